@@ -50,7 +50,7 @@ public:
     // Delivers or rests. After the end of a track nothing follows until seek() or load().
     sp_error play(bool on);
 
-    // Goes on from `offsetMs`, playing or paused as before; an offset behind the end ends the track.
+    // Goes on from `offsetMs`, playing or paused as before; behind the end lies the end of track.
     sp_error seek(int offsetMs);
 
     sp_error unload();

@@ -1,0 +1,72 @@
+#ifndef SONOLET_SERVICE_PLAYER_DECODER_H
+#define SONOLET_SERVICE_PLAYER_DECODER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// The sound of one file (whatever GStreamer decodes) as interleaved 16-bit samples in the machine's
+// byte order, 44,100 Hz, two channels. A source that has this form already passes bit for bit;
+// anything else is converted without dither, so that the same file always gives the same samples.
+//
+// Threads: all operations belong to one thread and none of them blocks for decoded data; `ready` is
+// called from threads of GStreamer. The destructor waits for such a call to return, so its caller
+// holds no lock that `ready` takes.
+class Decoder final {
+public:
+    static constexpr int sampleRate = 44100;
+    static constexpr int channels = 2;
+
+    enum class Status {
+        Data,    // frames were copied
+        NotYet,  // nothing decoded yet; `ready` will be called
+        End,     // the file is at its end
+        Failed   // failure() says why; what was sound came before
+    };
+
+    struct Outcome {
+        Status status;
+        std::size_t frames;
+    };
+
+    // Starts to decode at once. `ready` is called whenever read() may have something new to say.
+    Decoder(std::string path, std::function<void()> ready);
+    ~Decoder();
+
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+
+    // Copies up to `count` frames out.
+    [[nodiscard]] Outcome read(std::int16_t* out, std::size_t count);
+
+    // The next read() goes on from here, also after the end. Behind the end there is nothing.
+    void seek(int offsetMs);
+
+    const std::string& path() const { return location; }
+
+    // One line with the path and the cause. Empty until read() has answered Failed.
+    const std::string& failure() const { return reason; }
+
+private:
+    class Pipeline;
+
+    Outcome fail(std::string why);
+    bool takeSample();
+    bool performSeek();
+
+    const std::string location;
+    std::string reason;
+    std::unique_ptr<Pipeline> pipeline;
+
+    std::int64_t seekTarget = -1;  // ns; asked for, not done
+    std::int64_t dropBefore = -1;  // ns; frames before this are decoded for the seek's sake alone
+    bool behindEnd = false;
+};
+
+}  // namespace sonolet::service
+
+#endif
