@@ -82,13 +82,12 @@ void initialiseOnce() {
 // come from streaming threads and only leave notes here.
 class Decoder::Pipeline final {
 public:
-    Pipeline(const std::string& path, std::function<void()> readyToRead);
+    Pipeline(const std::string& path, std::function<void()> ready);
     ~Pipeline();
 
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    void restart();
     bool seek(std::int64_t target);
     std::int64_t duration() const;
     bool isStarted() const { return started; }
@@ -108,14 +107,14 @@ private:
     std::string explain(const GError& cause) const;
     void moved() {
         started = true;
-        ready();
+        wakeReader();
     }
 
     static void padAdded(GstElement* decodebin, GstPad* pad, gpointer self);
     static void noMorePads(GstElement* decodebin, gpointer self);
     static GstBusSyncReply message(GstBus* bus, GstMessage* message, gpointer self);
 
-    const std::function<void()> ready;
+    const std::function<void()> wakeReader;
     Handle<GstElement> bin;
     GstAppSink* sink = nullptr;       // (borrowed from bin)
     GstElement* converter = nullptr;  // (borrowed from bin)
@@ -128,8 +127,8 @@ private:
     std::string need;
 };
 
-Decoder::Pipeline::Pipeline(const std::string& path, std::function<void()> readyToRead)
-    : ready(std::move(readyToRead)), bin(gst_pipeline_new(nullptr)) {
+Decoder::Pipeline::Pipeline(const std::string& path, std::function<void()> ready)
+    : wakeReader(std::move(ready)), bin(gst_pipeline_new(nullptr)) {
     build(path);
 }
 
@@ -194,12 +193,6 @@ void Decoder::Pipeline::build(const std::string& path) {
     gst_element_set_state(bin.get(), GST_STATE_PLAYING);
 }
 
-void Decoder::Pipeline::restart() {
-    sample.reset();
-    gst_element_set_state(bin.get(), GST_STATE_READY);
-    gst_element_set_state(bin.get(), GST_STATE_PLAYING);
-}
-
 bool Decoder::Pipeline::seek(std::int64_t target) {
     sample.reset();
     return gst_element_seek_simple(
@@ -225,7 +218,7 @@ void Decoder::Pipeline::note(std::string why) {
             error = std::move(why);
         }
     }
-    ready();
+    wakeReader();
 }
 
 std::string Decoder::Pipeline::explain(const GError& cause) const {
@@ -275,9 +268,10 @@ GstBusSyncReply Decoder::Pipeline::message(GstBus*, GstMessage* message, gpointe
     return GST_BUS_DROP;
 }
 
-Decoder::Decoder(std::string path, std::function<void()> ready) : location(std::move(path)) {
+Decoder::Decoder(std::string path, std::function<void()> readyToRead)
+    : location(std::move(path)), ready(std::move(readyToRead)) {
     initialiseOnce();
-    pipeline = std::make_unique<Pipeline>(location, std::move(ready));
+    pipeline = std::make_unique<Pipeline>(location, ready);
 }
 
 Decoder::~Decoder() = default;
@@ -306,9 +300,11 @@ bool Decoder::performSeek() {
         return true;
     }
     dropBefore = target;
-    if (!pipeline->seek(target)) {
-        // A file without an index, say: decoded from its start, up to the place.
-        pipeline->restart();
+    // At the start a fresh decoder is exact where one that keeps state across a seek is not. A file
+    // that cannot be sought in is decoded from its start up to the place.
+    if (target == 0 || !pipeline->seek(target)) {
+        pipeline.reset();
+        pipeline = std::make_unique<Pipeline>(location, ready);
     }
     return true;
 }

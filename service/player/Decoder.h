@@ -13,9 +13,9 @@ namespace sonolet::service {
 // byte order, 44,100 Hz, two channels. A source that has this form already passes bit for bit;
 // anything else is converted without dither, so that the same file always gives the same samples.
 //
-// Threads: all operations belong to one thread and none of them blocks for decoded data; `ready` is
-// called from threads of GStreamer. The destructor waits for such a call to return, so its caller
-// holds no lock that `ready` takes.
+// Threads: all operations belong to one thread and none of them blocks for decoded data;
+// `readyToRead` is called from threads of GStreamer. The destructor waits for such a call to
+// return, so its caller holds no lock that it takes.
 class Decoder final {
 public:
     static constexpr int sampleRate = 44100;
@@ -23,7 +23,7 @@ public:
 
     enum class Status {
         Data,    // frames were copied
-        NotYet,  // nothing decoded yet; `ready` will be called
+        NotYet,  // nothing decoded yet; a call of readyToRead follows
         End,     // the file is at its end
         Failed   // failure() says why; what was sound came before
     };
@@ -33,8 +33,9 @@ public:
         std::size_t frames;
     };
 
-    // Starts to decode at once. `ready` is called whenever read() may have something new to say.
-    Decoder(std::string path, std::function<void()> ready);
+    // Starts to decode at once. `readyToRead` is called whenever read() may have something new to
+    // say.
+    Decoder(std::string path, std::function<void()> readyToRead);
     ~Decoder();
 
     Decoder(const Decoder&) = delete;
@@ -59,6 +60,7 @@ private:
     bool performSeek();
 
     const std::string location;
+    const std::function<void()> ready;
     std::string reason;
     std::unique_ptr<Pipeline> pipeline;
 
