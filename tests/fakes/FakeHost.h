@@ -1,0 +1,180 @@
+#ifndef SONOLET_TESTS_FAKES_FAKEHOST_H
+#define SONOLET_TESTS_FAKES_FAKEHOST_H
+
+#include "jsplugin.h"
+
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+// A script value as the page holds it: strings are copies.
+struct Value {
+    Value() = default;
+    // NOLINTBEGIN(google-explicit-constructor): tests write page values as literals
+    Value(double value) : type(JSP_TYPE_NUMBER), number(value) {}
+    Value(int value) : Value(static_cast<double>(value)) {}
+    Value(bool value) : type(JSP_TYPE_BOOLEAN), number(value ? 1 : 0) {}
+    Value(const char* value) : type(JSP_TYPE_STRING), string(value) {}
+    Value(const std::string& value) : type(JSP_TYPE_STRING), string(value) {}
+    Value(jsplugin_obj* value);  // the host knows whether a plug-in made it
+    // NOLINTEND(google-explicit-constructor)
+    static Value null();
+    static Value expression(const std::string& text);
+
+    bool operator==(const Value& other) const;
+
+    int type = JSP_TYPE_UNDEFINED;
+    double number = 0;
+    std::string string;
+    jsplugin_obj* object = nullptr;
+};
+
+// What a read, a write or a call came to: the plug-in's code and the value in its slot.
+struct Answer {
+    bool operator==(const Answer& other) const {
+        return code == other.code && value == other.value;
+    }
+
+    int code;
+    Value value;
+};
+
+std::ostream& operator<<(std::ostream& out, const Value& value);
+std::ostream& operator<<(std::ostream& out, const Answer& answer);
+
+// A browser of the test's own: documents, objects and a clock that moves only when told. One
+// instance at a time; all on one thread. An object unknown to it (freed, or never made) stops the
+// process with a message, wherever the plug-in hands it in.
+class FakeHost {
+public:
+    struct Call {
+        jsplugin_obj* document;
+        jsplugin_obj* thisObject;
+        jsplugin_obj* function;
+        std::vector<Value> arguments;
+    };
+
+    // Loads the plug-in, the first time.
+    FakeHost();
+    // Unloads what is still open and collects everything.
+    ~FakeHost();
+
+    FakeHost(const FakeHost&) = delete;
+    FakeHost& operator=(const FakeHost&) = delete;
+
+    static const struct jsplugin_capabilities& plugin();
+
+    // Documents. A closed one keeps its memory, so that `reopen` gives a later document its
+    // address.
+    jsplugin_obj* open();
+    void reopen(jsplugin_obj* document);
+    void unload(jsplugin_obj* document);      // runs the unload listeners, ends the polls
+    void collectAll(jsplugin_obj* document);  // every object but the document itself
+    void close(jsplugin_obj* document);       // both
+
+    // Objects of the page. A function's body may be empty; `reusing` is a collected object's
+    // address to take again.
+    jsplugin_obj* function(jsplugin_obj* document,
+                           std::function<void(const std::vector<Value>&)> body = nullptr);
+    jsplugin_obj* pageObject(jsplugin_obj* document);
+    jsplugin_obj* foreignObject(jsplugin_obj* document);  // another plug-in's
+    // The object dies with the functions kept for it: destructors run once, the memory goes.
+    void collect(jsplugin_obj* object);
+    // Like collect, but a later function of the page shall live at the same address.
+    void recycle(jsplugin_obj* object, jsplugin_obj* document);
+    // Traces the document and collects its page functions that the plug-in does not mark.
+    void collectGarbage(jsplugin_obj* document);
+    bool alive(jsplugin_obj* object) const { return objects.count(object) != 0; }
+    std::size_t objectCount() const { return objects.size(); }
+
+    // Script. `call` reads the function once per object and keeps it, as cacheable values are.
+    Answer global(jsplugin_obj* document, const char* name);
+    Answer get(jsplugin_obj* object, const std::string& name);
+    Answer set(jsplugin_obj* object, const std::string& name, const Value& value);
+    Answer
+    call(jsplugin_obj* object, const std::string& name, const std::vector<Value>& arguments = {});
+    Answer invoke(jsplugin_obj* thisObject,
+                  jsplugin_obj* function,
+                  const std::vector<Value>& arguments = {});
+    // "Spotify.Session" and the like; stops the process when a step is no object.
+    jsplugin_obj* find(jsplugin_obj* document, const std::string& path);
+
+    void advance(unsigned milliseconds);
+    std::vector<unsigned> intervals(jsplugin_obj* document) const;
+
+    // What reached the page, oldest first.
+    std::vector<Call> calls;
+    int callsOf(jsplugin_obj* function) const;
+
+    bool refusesObjects = false;
+    bool refusesFunctions = false;
+    // Runs inside every function of the host's table, before it does its work.
+    std::function<void()> duringCallbacks;
+    // The order of what the plug-in did at the start and end of documents, for tests of that order.
+    std::vector<std::string> lifecycle;
+
+private:
+    // Those before Document are made by a plug-in.
+    enum class Kind { Native, NativeFunction, Foreign, Document, Page, PageFunction };
+    struct Object : jsplugin_obj {
+        Kind kind;
+        jsplugin_obj* document;
+        jsplugin_getter* getter;
+        jsplugin_setter* setter;
+        jsplugin_function* call;
+        jsplugin_destructor* destructor;
+        std::function<void(const std::vector<Value>&)> body;
+        std::map<std::string, jsplugin_obj*> functions;  // read before and kept
+        bool marked;
+    };
+    struct Poll {
+        jsplugin_obj* document;
+        unsigned interval;
+        jsplugin_poll* poll;
+        unsigned long due;
+        unsigned long id;
+    };
+    struct Table;  // the callbacks, which reach the one instance
+    friend struct Value;
+
+    static FakeHost* instance;
+
+    Object& at(const jsplugin_obj* object, const char* who) const;
+    jsplugin_obj* make(Kind kind, jsplugin_obj* document);
+    void rekindle(Object& object, Kind kind, jsplugin_obj* document) const;
+
+    std::map<const jsplugin_obj*, std::unique_ptr<Object>> objects;
+    std::vector<Poll> polls;
+    std::vector<std::pair<jsplugin_obj*, jsplugin_unload*>> unloadListeners;
+    unsigned long now = 0;
+    unsigned long nextPoll = 0;
+    bool tracing = false;
+};
+
+// The answers that tests expect, by the way they came about.
+inline Answer returned(const Value& value) {
+    return {JSP_CALL_VALUE, value};
+}
+inline Answer nothing() {
+    return {JSP_CALL_NO_VALUE, {}};
+}
+inline Answer failed(const char* message) {
+    return {JSP_CALL_EXCEPTION, message};
+}
+inline Answer valued(const Value& value) {
+    return {JSP_GET_VALUE, value};
+}
+inline Answer cached(const Value& value) {
+    return {JSP_GET_VALUE_CACHE, value};
+}
+inline Answer raised(const char* message) {
+    return {JSP_GET_EXCEPTION, message};
+}
+inline Answer stored() {
+    return {JSP_PUT_OK, {}};
+}
+
+#endif
