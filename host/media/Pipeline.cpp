@@ -142,7 +142,7 @@ std::optional<double> Pipeline::position() const {
 }
 
 GstElement* Pipeline::add(const char* factory, const char* package) {
-    GstElement* element = gst_element_factory_make(factory, nullptr);
+    GstElement* element = gst_element_factory_make(factory, factory);
     if (element == nullptr) {
         throw std::runtime_error(std::string("element ") + factory + " is missing (package " +
                                  package + ")");

@@ -81,11 +81,10 @@ WavFile::Claim WavFile::claim() {
 }
 
 WavFile::WavFile(const std::string& path) : filePath(path), descriptor(create(path)) {
-    try {
-        write(fileFormat.header(0).data(), WavFormat::headerSize, 0);
-    } catch (...) {
+    if (write(fileFormat.header(0).data(), WavFormat::headerSize, 0) < WavFormat::headerSize) {
+        const int error = errno;
         ::close(descriptor);
-        throw;
+        throw failure(filePath, error);
     }
 }
 
@@ -105,23 +104,32 @@ void WavFile::append(const WavFormat& sampleFormat, const void* data, std::size_
     } else if (!(sampleFormat == fileFormat)) {
         throw std::runtime_error("cannot write " + filePath + ": the sound changed its format");
     }
-    write(data, size, WavFormat::headerSize + dataSize);
-    dataSize += size;
-    write(fileFormat.header(dataSize).data(), WavFormat::headerSize, 0);
+    // A full disk may take a part; the header then tells of that part.
+    const std::size_t written = write(data, size, WavFormat::headerSize + dataSize);
+    const int error = errno;
+    dataSize += written;
+    if (write(fileFormat.header(dataSize).data(), WavFormat::headerSize, 0) <
+        WavFormat::headerSize) {
+        throw failure(filePath, errno);
+    }
+    if (written < size) {
+        throw failure(filePath, error);
+    }
 }
 
-void WavFile::write(const void* data, std::size_t size, std::uint64_t offset) const {
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    while (size > 0) {
-        const ssize_t written = ::pwrite(descriptor, bytes, size, static_cast<off_t>(offset));
-        if (written < 0 && errno == EINTR) {
+std::size_t WavFile::write(const void* data, std::size_t size, std::uint64_t offset) const {
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    std::size_t written = 0;
+    while (written < size) {
+        const ssize_t count = ::pwrite(descriptor, bytes + written, size - written,
+                                       static_cast<off_t>(offset + written));
+        if (count < 0 && errno == EINTR) {
             continue;
         }
-        if (written < 0) {
-            throw failure(filePath, errno);
+        if (count < 0) {
+            break;
         }
-        bytes += written;
-        offset += static_cast<std::uint64_t>(written);
-        size -= static_cast<std::size_t>(written);
+        written += static_cast<std::size_t>(count);
     }
+    return written;
 }

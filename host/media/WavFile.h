@@ -42,11 +42,13 @@ public:
     // Of the samples in the file; nothing while there are none.
     std::optional<WavFormat> format() const;
 
-    // The first samples set the format; later ones have it too.
+    // The first samples set the format; later ones have it too. What was written before a failure
+    // stays in the file.
     void append(const WavFormat& sampleFormat, const void* data, std::size_t size);
 
 private:
-    void write(const void* data, std::size_t size, std::uint64_t offset) const;
+    // The number of bytes written; when that is less than `size`, errno tells why.
+    std::size_t write(const void* data, std::size_t size, std::uint64_t offset) const;
 
     // Constant after construction.
     const std::string filePath;

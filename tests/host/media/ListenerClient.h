@@ -77,6 +77,16 @@ public:
         return request;
     }
 
+    std::size_t offsetCount() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return offsets.size();
+    }
+
+    std::size_t eventCountNow() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return eventCount;
+    }
+
     // Answers what is queued until the feed is used up, or its end, too.
     void answer(UVABackend& backend, Feed& feed, bool atEnd = true) {
         while (feed.left() > 0 || atEnd) {

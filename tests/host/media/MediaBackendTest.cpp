@@ -1,139 +1,24 @@
 #include "AudioOptions.h"
 #include "ListenerClient.h"
+#include "TestStream.h"
 
 #include "uva.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <fstream>
-#include <iterator>
+#include <chrono>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr unsigned playbackFinished = 4;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
-using Bytes = std::vector<unsigned char>;
+constexpr unsigned secondOfStereo = 44100 * 4;  // bytes
 
-void append(Bytes& bytes, std::uint32_t value, unsigned size) {
-    for (unsigned i = 0; i < size; ++i) {
-        bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
-    }
-}
-
-void append(Bytes& bytes, const char* tag) {
-    bytes.insert(bytes.end(), tag, tag + 4);
-}
-
-// The header of an open-ended stream as the plug-in writes it: for stereo in two of its fields.
-Bytes streamHeader(unsigned rate, unsigned channels) {
-    Bytes bytes;
-    append(bytes, "RIFF");
-    append(bytes, 36, 4);
-    append(bytes, "WAVE");
-    append(bytes, "fmt ");
-    append(bytes, 16, 4);
-    append(bytes, 1, 2);
-    append(bytes, channels, 2);
-    append(bytes, rate, 4);
-    append(bytes, rate * 4, 4);
-    append(bytes, 4, 2);
-    append(bytes, 16, 2);
-    append(bytes, "data");
-    append(bytes, 0xFFFFFFFF, 4);
-    return bytes;
-}
-
-// A noise that never repeats within a test, so that a lost or doubled byte shows.
-Bytes noise(std::size_t size) {
-    Bytes bytes(size);
-    std::uint32_t state = 12345;
-    for (unsigned char& byte : bytes) {
-        state = state * 1664525 + 1013904223;
-        byte = static_cast<unsigned char>(state >> 24);
-    }
-    return bytes;
-}
-
-Bytes stream(unsigned rate, unsigned channels, const Bytes& samples) {
-    Bytes bytes = streamHeader(rate, channels);
-    bytes.insert(bytes.end(), samples.begin(), samples.end());
-    return bytes;
-}
-
-struct WavContent {
-    unsigned channels = 0;
-    unsigned rate = 0;
-    Bytes samples;
-};
-
-// Reads the file back; fails the test when its header does not fit it.
-WavContent readWav(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    const Bytes bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    WavContent content;
-    const auto number = [&](std::size_t at, unsigned size) {
-        std::uint32_t value = 0;
-        for (unsigned i = size; i > 0; --i) {
-            value = value << 8 | bytes.at(at + i - 1);
-        }
-        return value;
-    };
-    if (bytes.size() < 44) {
-        ADD_FAILURE() << path << " has " << bytes.size() << " bytes";
-        return content;
-    }
-    content.channels = number(22, 2);
-    content.rate = number(24, 4);
-    EXPECT_EQ(number(4, 4), bytes.size() - 8);
-    EXPECT_EQ(number(28, 4), content.rate * content.channels * 2);
-    EXPECT_EQ(number(32, 2), content.channels * 2);
-    EXPECT_EQ(number(34, 2), 16U);
-    EXPECT_EQ(number(40, 4), bytes.size() - 44);
-    content.samples.assign(bytes.begin() + 44, bytes.end());
-    return content;
-}
-
-class Backend {
-public:
-    explicit Backend(ListenerClient& client)
-        : backend(UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &client)) {}
-    ~Backend() { release(); }
-
-    Backend(const Backend&) = delete;
-    Backend& operator=(const Backend&) = delete;
-
-    int open() {
-        UVABackend::SourceDescription description{2, {}};
-        UVABackend::SourceDescription* list[] = {&description, nullptr};
-        return backend->setSource("", list, 0);
-    }
-
-    void release() {
-        if (backend != nullptr) {
-            UVAFactory::releaseBackend(backend);
-        }
-        backend = nullptr;
-    }
-
-    UVABackend* operator->() const { return backend; }
-    UVABackend& operator*() const { return *backend; }
-
-    double position() const {
-        double seconds = -1;
-        backend->getPosition(seconds);
-        return seconds;
-    }
-
-private:
-    UVABackend* backend;
-};
-
-std::string wavPath() {
-    return testing::TempDir() + "sonolet-media-" +
-           testing::UnitTest::GetInstance()->current_test_info()->name() + ".wav";
+double secondsSince(steady_clock::time_point start) {
+    return std::chrono::duration<double>(steady_clock::now() - start).count();
 }
 
 TEST(MediaBackend, WavHasTheSamplesDelivered) {
@@ -157,10 +42,205 @@ TEST(MediaBackend, WavHasTheSamplesDelivered) {
         const WavContent wav = readWav(wavPath());
         EXPECT_EQ(wav.rate, c.rate);
         EXPECT_EQ(wav.channels, c.channels);
-        EXPECT_TRUE(wav.samples == samples) << wav.samples.size() << " bytes of " << samples.size();
-        EXPECT_NEAR(backend.position(), static_cast<double>(c.size) / (2 * c.channels * c.rate),
-                    1e-3);
+        EXPECT_TRUE(wav.samples == samples) << wav.samples.size() << " bytes of " << c.size;
+        const double duration = static_cast<double>(c.size) / (2.0 * c.channels * c.rate);
+        EXPECT_NEAR(backend.position(), duration, 1e-3);
     }
+}
+
+TEST(MediaBackend, PullsInSequenceAndNotMoreThanItsWindow) {
+    setAudioOptions({AudioOptions::Sink::Null, "", 40});
+    Feed feed{stream(44100, 2, noise(6 * secondOfStereo))};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    constexpr std::size_t window = secondOfStereo * 3 / 2 / 4096;
+    ASSERT_TRUE(client.awaitRequests(window));
+    EXPECT_EQ(backend.position(), 0.0);
+
+    // Not played yet, the answers leave no room for more.
+    client.answer(*backend, feed, false);
+    EXPECT_FALSE(
+        client.await([&] { return client.offsets.size() > window + 2; }, milliseconds(50)));
+
+    backend->play();
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    for (std::size_t i = 0; i * 4096 < feed.bytes.size(); ++i) {
+        ASSERT_EQ(client.offsets[i], i * 4096);
+    }
+    EXPECT_FALSE(client.has(streamUnderrun));
+}
+
+TEST(MediaBackend, PositionFollowsTimeAtTheSpeedAndStaysAtTheEnd) {
+    setAudioOptions({AudioOptions::Sink::Null, "", 20});
+    Feed feed{stream(44100, 2, noise(10 * secondOfStereo))};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    ASSERT_TRUE(client.awaitRequests(64));
+    const auto start = steady_clock::now();
+    backend->play();
+    double last = 0;
+    while (!client.await([&] { return client.has(playbackFinished); }, milliseconds(0))) {
+        ASSERT_TRUE(
+            client.await([&] { return client.has(playbackFinished) || !client.requests.empty(); }));
+        client.answer(*backend, feed);
+        const double position = backend.position();
+        EXPECT_GE(position, last);
+        EXPECT_LE(position, secondsSince(start) * 20);
+        last = position;
+    }
+    EXPECT_GE(secondsSince(start), 0.5);
+    EXPECT_LT(secondsSince(start), 1.5);
+    EXPECT_NEAR(backend.position(), 10.0, 1e-3);
+    backend->pause(0);
+    EXPECT_NEAR(backend.position(), 10.0, 1e-3);
+}
+
+TEST(MediaBackend, PauseStopsPositionAndPullingAndLosesNothing) {
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    const Bytes samples = noise(5 * secondOfStereo);
+    Feed feed{stream(44100, 2, samples)};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    backend->play();
+    for (std::size_t asked = 100; asked <= 200; asked += 25) {
+        while (client.await([&] { return client.offsets.size() < asked; }, milliseconds(0))) {
+            ASSERT_TRUE(client.awaitRequests(1));
+            client.answer(*backend, feed);
+        }
+        backend->pause(0);
+        const double position = backend.position();
+        EXPECT_GT(position, 0.0);
+        client.answer(*backend, feed);
+        const std::size_t before = client.offsetCount();
+        EXPECT_FALSE(
+            client.await([&] { return client.offsets.size() > before + 2; }, milliseconds(20)));
+        EXPECT_EQ(backend.position(), position);
+        backend->play();
+    }
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    EXPECT_TRUE(readWav(wavPath()).samples == samples);
+    EXPECT_FALSE(client.has(streamUnderrun));
+}
+
+TEST(MediaBackend, UnderrunIsToldOnceAndItsEndToo) {
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    const Bytes samples = noise(3 * secondOfStereo);
+    const Bytes whole = stream(44100, 2, samples);
+    Feed first{Bytes(whole.begin(), whole.begin() + secondOfStereo)};
+    Feed second{Bytes(whole.begin() + secondOfStereo, whole.end())};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    backend->play();
+    while (first.left() > 0) {
+        ASSERT_TRUE(client.awaitRequests(1));
+        client.answer(*backend, first, false);
+    }
+    ASSERT_TRUE(client.awaitNotice(streamUnderrun));
+    // The sound stops at most one of the parser's blocks (4096 frames) and its play time early.
+    const double position = backend.position();
+    EXPECT_NEAR(position, 0.9, 0.1);
+    EXPECT_FALSE(client.await([&] { return client.notices.size() > 1; }, milliseconds(20)));
+    EXPECT_EQ(backend.position(), position);
+
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, second));
+    EXPECT_EQ(client.notices,
+              (std::vector<unsigned>{streamUnderrun, streamBuffered, playbackFinished}));
+    EXPECT_TRUE(readWav(wavPath()).samples == samples);
+}
+
+TEST(MediaBackend, EmptyAnswersAreAskedAgain) {
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    const Bytes samples = noise(40000);
+    Feed feed{stream(44100, 2, samples)};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    backend->play();
+    ASSERT_TRUE(client.awaitRequests(64));
+    const std::size_t before = client.offsetCount();
+    for (int i = 0; i < 64; ++i) {
+        backend->writeData(client.pop(), 0, UVABackend::WRITE_DATA_OK);
+    }
+    ASSERT_TRUE(client.await([&] { return client.offsets.size() >= before + 64; }));
+    // A dropped request is an empty answer, too.
+    client.dropRequests();
+    ASSERT_TRUE(client.awaitRequests(64));
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    EXPECT_TRUE(readWav(wavPath()).samples == samples);
+}
+
+TEST(MediaBackend, DataMarkedAsTheEndIsPlayedUntilTheLastAnswer) {
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    const Bytes samples = noise(12000);
+    const Bytes whole = stream(44100, 2, samples);
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    backend->play();
+    ASSERT_TRUE(client.awaitRequests(64));
+    Feed feed{whole};
+    const auto give = [&](std::size_t size) {
+        NeedDataEvent* const request = client.pop();
+        std::memcpy(request->data, whole.data() + feed.position, size);
+        feed.position += size;
+        backend->writeData(request, static_cast<unsigned>(size),
+                           UVABackend::WRITE_DATA_END_OF_STREAM);
+    };
+    give(4096);
+    give(0);
+    give(4096);
+    give(feed.left());
+    const std::size_t asked = client.offsetCount();
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    EXPECT_TRUE(readWav(wavPath()).samples == samples);
+    EXPECT_EQ(client.offsetCount(), asked);
+}
+
+TEST(MediaBackend, StreamsWithoutSoundFinish) {
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    for (const Bytes& bytes : {Bytes{}, stream(44100, 2, {}), stream(44100, 2, Bytes(4))}) {
+        SCOPED_TRACE(bytes.size());
+        Feed feed{bytes};
+        ListenerClient client;
+        Backend backend(client);
+        ASSERT_EQ(backend.open(), 1);
+        backend->play();
+        ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+        EXPECT_EQ(client.notices, (std::vector<unsigned>{playbackFinished}));
+    }
+    EXPECT_EQ(readWav(wavPath()).samples, Bytes(4));
+}
+
+TEST(MediaBackend, GarbageIsADecodeErrorAndEndsTheAsking) {
+    setAudioOptions({AudioOptions::Sink::Null, "", 20});
+    for (const std::size_t size : {std::size_t{20}, std::size_t{300000}}) {
+        SCOPED_TRACE(size);
+        Feed feed{noise(size)};
+        ListenerClient client;
+        Backend backend(client);
+        ASSERT_EQ(backend.open(), 1);
+        backend->play();
+        ASSERT_TRUE(client.answerUntil(decodeError, *backend, feed));
+        client.answer(*backend, feed);
+        const std::size_t events = client.eventCountNow();
+        EXPECT_FALSE(client.await([&] { return client.eventCount > events; }, milliseconds(20)));
+        EXPECT_EQ(client.notices, (std::vector<unsigned>{decodeError}));
+    }
+}
+
+TEST(MediaBackend, AutoPlaysWithAndWithoutASoundDevice) {
+    setAudioOptions({AudioOptions::Sink::Auto, "", 20});
+    Feed feed{stream(44100, 2, Bytes(secondOfStereo / 4))};
+    ListenerClient client;
+    Backend backend(client);
+    ASSERT_EQ(backend.open(), 1);
+    backend->play();
+    ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    EXPECT_NEAR(backend.position(), 0.25, 0.01);
 }
 
 }  // namespace
