@@ -1,0 +1,25 @@
+#ifndef SONOLET_BUFFER_FACTORY_H
+#define SONOLET_BUFFER_FACTORY_H
+
+#include "Buffer.h"
+
+#include <memory>
+
+// Makes the buffer of a track. One instance, made on first use and never freed; any thread.
+class BufferFactory final {
+public:
+    static BufferFactory& getInstance();
+
+    BufferFactory(const BufferFactory&) = delete;
+    BufferFactory& operator=(const BufferFactory&) = delete;
+
+    // Always a ring of the one fixed capacity, whatever size is asked for.
+    std::unique_ptr<Buffer> createBuffer(unsigned size) const;
+
+private:
+    BufferFactory() = default;
+
+    static BufferFactory* m_instance;
+};
+
+#endif

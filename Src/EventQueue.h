@@ -1,0 +1,35 @@
+#ifndef SONOLET_EVENT_QUEUE_H
+#define SONOLET_EVENT_QUEUE_H
+
+#include "jspp/orvo/mutex.h"
+
+#include "uva.h"
+
+#include <deque>
+
+// A backend's events on their way from its thread to the script thread. Any thread. Does not own
+// the events.
+class EventQueue {
+public:
+    EventQueue() = default;
+    virtual ~EventQueue();
+
+    EventQueue(const EventQueue&) = delete;
+    EventQueue& operator=(const EventQueue&) = delete;
+
+    void push(UVAEvent* event) ORVO_EXCLUDES(mutex);
+
+    // The front event, removed; null when there is none.
+    UVAEvent* pop() ORVO_EXCLUDES(mutex);
+
+    // The front event, left in place; null when there is none.
+    UVAEvent* peek() ORVO_EXCLUDES(mutex);
+
+    void clear() ORVO_EXCLUDES(mutex);
+
+private:
+    orvo::Mutex mutex;
+    std::deque<UVAEvent*> events ORVO_GUARDED_BY(mutex);
+};
+
+#endif

@@ -1,0 +1,76 @@
+#include "Factory.h"
+
+#include "Album.h"
+#include "Artist.h"
+#include "Track.h"
+#include "User.h"
+
+Factory& Factory::getInstance() {
+    static Factory& instance = *new Factory;
+    return instance;
+}
+
+void Factory::setSession(sp_session* librarySession,
+                         const orvo::shared_ptr<LibWrapper>& libraryShare) {
+    session = librarySession;
+    library = libraryShare;
+}
+
+template <class Wrapper, class Kind>
+orvo::shared_ptr<Wrapper> Factory::create(Kind* handle, Made<Wrapper>& made) {
+    orvo::shared_ptr<Wrapper> wrapper(new Wrapper(session, handle, library));
+    made.push_back(wrapper);
+    return wrapper;
+}
+
+template <class Wrapper>
+void Factory::clear(Made<Wrapper>& made) {
+    // The list is empty before the first handle goes: nothing that follows from that finds it half
+    // cleared.
+    Made<Wrapper> leaving;
+    leaving.swap(made);
+    for (const auto& weak : leaving) {
+        if (const orvo::shared_ptr<Wrapper> wrapper = weak.lock()) {
+            wrapper->clear();
+        }
+    }
+}
+
+orvo::shared_ptr<Album> Factory::createAlbum(sp_album* handle) {
+    return create(handle, albums);
+}
+
+orvo::shared_ptr<Artist> Factory::createArtist(sp_artist* handle) {
+    return create(handle, artists);
+}
+
+orvo::shared_ptr<Track> Factory::createTrack(sp_track* handle) {
+    return create(handle, tracks);
+}
+
+orvo::shared_ptr<User> Factory::createUser(sp_user* handle) {
+    return create(handle, users);
+}
+
+void Factory::clearObjects() {
+    clearAlbums();
+    clearArtists();
+    clearTracks();
+    clearUsers();
+}
+
+void Factory::clearAlbums() {
+    clear(albums);
+}
+
+void Factory::clearArtists() {
+    clear(artists);
+}
+
+void Factory::clearTracks() {
+    clear(tracks);
+}
+
+void Factory::clearUsers() {
+    clear(users);
+}

@@ -1,0 +1,62 @@
+#ifndef SONOLET_FACTORY_H
+#define SONOLET_FACTORY_H
+
+#include "LibWrapper.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include "libspotify/api.h"
+
+#include <list>
+
+class Album;
+class Artist;
+class Track;
+class User;
+
+// Makes every wrapper of a libspotify handle, a new one on each request, and clears those that
+// still live at logout. Script thread; made on first use, never freed.
+class Factory final {
+public:
+    static Factory& getInstance();
+
+    Factory(const Factory&) = delete;
+    Factory& operator=(const Factory&) = delete;
+
+    // The session that new wrappers get, and a share of it; null and empty take both away.
+    void setSession(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
+
+    // A null handle is wrapped as it is.
+    orvo::shared_ptr<Album> createAlbum(sp_album* handle);
+    orvo::shared_ptr<Artist> createArtist(sp_artist* handle);
+    orvo::shared_ptr<Track> createTrack(sp_track* handle);
+    orvo::shared_ptr<User> createUser(sp_user* handle);
+
+    // Every living wrapper loses its handle and its recorded script names.
+    void clearObjects();
+    void clearAlbums();
+    void clearArtists();
+    void clearTracks();
+    void clearUsers();
+
+private:
+    template <class Wrapper>
+    using Made = std::list<orvo::weak_ptr<Wrapper>>;
+
+    Factory() = default;
+
+    template <class Wrapper, class Kind>
+    orvo::shared_ptr<Wrapper> create(Kind* handle, Made<Wrapper>& made);
+    template <class Wrapper>
+    static void clear(Made<Wrapper>& made);
+
+    sp_session* session = nullptr;
+    orvo::shared_ptr<LibWrapper> library;
+
+    // In order of making; the dead stay until the next logout.
+    Made<Album> albums;
+    Made<Artist> artists;
+    Made<Track> tracks;
+    Made<User> users;
+};
+
+#endif

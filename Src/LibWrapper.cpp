@@ -1,0 +1,6 @@
+#include "LibWrapper.h"
+
+LibWrapper::~LibWrapper() {
+    sp_session_logout(session);
+    sp_session_release(session);
+}

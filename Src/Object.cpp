@@ -1,0 +1,16 @@
+#include "Object.h"
+
+Object::Object() : Object(nullptr, {}) {}
+
+Object::Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare)
+    : session(librarySession), library(libraryShare) {
+    _register();
+}
+
+void Object::clear() {
+    releaseHandle();
+    for (const std::string& name : names) {
+        _remove(name);
+    }
+    names.clear();
+}

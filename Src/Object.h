@@ -1,0 +1,44 @@
+#ifndef SONOLET_OBJECT_H
+#define SONOLET_OBJECT_H
+
+#include "LibWrapper.h"
+#include "jspp/event_dispatcher.h"
+#include "jspp/interface.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include "libspotify/api.h"
+
+#include <list>
+#include <string>
+
+// Base of every wrapper of a libspotify handle.
+//
+// A wrapper reads libspotify's current value at each call and caches nothing. Script thread.
+// Ownership: a wrapper holds one reference to its handle, and a share of the session, which
+// therefore outlives it.
+class Object : public jspp::event_dispatcher<jspp::interface> {
+public:
+    // What happens to a wrapper at logout: the handle goes back to libspotify, then the recorded
+    // names leave the script object, which stays valid.
+    void clear();
+
+protected:
+    // A constructor object: no session, no handle, and "create" for its own.
+    Object();
+    Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
+    ~Object() override = default;
+
+    // Gives the handle back, and whatever libspotify was told about this wrapper.
+    virtual void releaseHandle() noexcept = 0;
+
+    // Notes a script name as one that clear() removes.
+    void record(const std::string& name) { names.push_back(name); }
+
+    sp_session* const session;  // borrowed from the library share; null in a constructor object
+
+private:
+    const orvo::shared_ptr<LibWrapper> library;
+    std::list<std::string> names;
+};
+
+#endif

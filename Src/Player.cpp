@@ -1,0 +1,270 @@
+#include "Player.h"
+
+#include "Logger.h"
+#include "Session.h"
+
+#include <stdexcept>
+
+namespace TellusClientNamespace {
+
+namespace {
+
+const Logger logger SONOLET_AT_LOAD("Src/Player");
+
+enum EventType : unsigned {
+    Release = 0,
+    NeedData = 1,
+    PlaybackFinished = 4,
+    VideoResized = 6,
+};
+
+// The events that are only told in the log, by type.
+const char* lineOf(unsigned type) {
+    switch (type) {
+    case 3:
+        return "CancelDataRequests event received";
+    case 7:
+        return "Event: DecodeError";
+    case 8:
+        return "Event: SeekCompleted";
+    case 10:
+        return "Event: DRMRightsError";
+    case 11:
+        return "Event: ParentalRatingError";
+    case 12:
+        return "Event: ParentalRatingChange";
+    case 14:
+        return "Event: ChannelChangeError";
+    case 15:
+        return "Event: ChannelChangeSucceeded";
+    case 16:
+        return "Event: ProgrammesChanged";
+    case 17:
+        return "Event: RecordingError";
+    case 18:
+        return "Event: RecordingStateChange";
+    case 19:
+        return "Event: BufferingProgress";
+    case 20:
+        return "Event: BufferingNetworkError";
+    case 21:
+        return "Event: BufferingIdle";
+    case 22:
+        return "Event: BufferingStreamUnderrun";
+    case 23:
+        return "Event: BufferingStreamBuffered";
+    case 24:
+        return "Event: SubtitlesChanged";
+    case 9:
+        return nullptr;
+    default:
+        return "Unhandled event received";
+    }
+}
+
+}  // namespace
+
+Player::~Player() {
+    releaseTrack();
+}
+
+// ---- The backend's thread ----
+
+bool Player::handleEvent(UVAEvent* event) {
+    static constexpr char function[] = "Player::handleEvent";
+    switch (event->type) {
+    case Release:
+        // Last, nothing of the player may be touched: the backend is gone when this returns.
+        releaseTrack();
+        break;
+    case NeedData: {
+        QueueShare waiting;
+        {
+            const orvo::scoped_lock lock(mutex);
+            waiting = queue;
+        }
+        if (waiting) {
+            waiting->push(event);
+        } else {
+            discard(event);
+        }
+        break;
+    }
+    case PlaybackFinished:
+        logger.trace(function, "PlaybackFinished event received");
+        Session::withInstance([](Session& session) { session.triggerTrackCompleteEvent(); });
+        break;
+    case VideoResized: {
+        const auto* const resized = static_cast<const VideoResizedEvent*>(event);
+        logger.trace(function, "Event: VideoResized to ", resized->width, "x", resized->height,
+                     " PAR=", resized->pixelAspectRatio);
+        break;
+    }
+    default:
+        if (const char* const line = lineOf(event->type)) {
+            logger.trace(function, line);
+        }
+    }
+    return true;
+}
+
+UVABackend* Player::getDRMBackend(const char* /*system*/) {
+    return nullptr;
+}
+
+// ---- Track, queue and backend ----
+
+void Player::playTrack(AudioTrack* newTrack) {
+    releaseTrack();
+    {
+        const orvo::scoped_lock lock(mutex);
+        track = newTrack;
+        createEventQueue();
+    }
+    createBackend();
+    startPlaying();
+}
+
+void Player::releaseTrack() {
+    // In this order both go after the lock: the queue first, and each when nobody uses it any more.
+    BackendShare oldBackend;
+    QueueShare oldQueue;
+    const orvo::scoped_lock lock(mutex);
+    if (!track) {
+        return;
+    }
+    track = nullptr;
+    oldQueue.swap(queue);
+    oldBackend.swap(backend);
+}
+
+void Player::createEventQueue() {
+    queue = QueueShare(new EventQueue, &destroyEventQueue);
+}
+
+void Player::destroyEventQueue(EventQueue* queue) {
+    while (UVAEvent* const event = queue->pop()) {
+        if (event->type == NeedData) {
+            logger.trace("Player::destroyEventQueue", "Release unhandled the events in the QUEUE");
+            discard(event);
+        }
+    }
+    delete queue;
+}
+
+// Frees a request that nobody will answer.
+void Player::discard(UVAEvent* event) {
+    delete[] static_cast<NeedDataEvent*>(event)->data;
+    delete event;
+}
+
+void Player::createBackend() {
+    static constexpr char failure[] = "Could not initialize backend";
+    UVABackend* const granted = UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, this);
+    if (!granted) {
+        throw std::runtime_error(failure);
+    }
+    const BackendShare share(granted, &destroyBackend);
+    {
+        const orvo::scoped_lock lock(mutex);
+        if (!track) {
+            // The backend has asked for its release before it was handed over.
+            return;
+        }
+        backend = share;
+    }
+    UVABackend::SourceDescription source{};
+    source.kind = 2;
+    UVABackend::SourceDescription* sources[] = {&source, nullptr};
+    // No URL: the data comes through the backend's requests.
+    if (share->setSource("", sources, 0) != 1) {
+        throw std::runtime_error(failure);
+    }
+}
+
+void Player::destroyBackend(UVABackend* backend) {
+    UVAFactory::releaseBackend(backend);
+}
+
+Player::BackendShare Player::backendInUse() const {
+    const orvo::scoped_lock lock(mutex);
+    return backend;
+}
+
+void Player::startPlaying() {
+    resume();
+}
+
+void Player::resume() {
+    if (const BackendShare inUse = backendInUse()) {
+        inUse->play();
+    }
+}
+
+void Player::pause() {
+    if (const BackendShare inUse = backendInUse()) {
+        inUse->pause(0);
+    }
+}
+
+double Player::getPosition() {
+    double position = 0.0;
+    if (const BackendShare inUse = backendInUse()) {
+        inUse->getPosition(position);
+    }
+    return position;
+}
+
+// ---- Requests ----
+
+void Player::handleEventQueue() {
+    BackendShare to;
+    QueueShare requests;
+    AudioTrack* from = nullptr;
+    {
+        const orvo::scoped_lock lock(mutex);
+        to = backend;
+        requests = queue;
+        from = track;
+    }
+    // The queue exists before the backend does, and requests may come in between.
+    if (!requests || !to) {
+        return;
+    }
+    UVABackend::WriteDataStatus status = UVABackend::WRITE_DATA_OK;
+    while (UVAEvent* const front = requests->peek()) {
+        if (front->type != NeedData) {
+            requests->pop();
+            continue;
+        }
+        auto* const request = static_cast<NeedDataEvent*>(front);
+        if (!from->canRead(request->offset, request->size)) {
+            if (!from->isLoaded()) {
+                return;
+            }
+            // The last delivery and the end of the track may have come since the check.
+            if (!from->canRead(request->offset, request->size)) {
+                status = UVABackend::WRITE_DATA_END_OF_STREAM;
+            }
+        }
+        requests->pop();
+        handleNeedDataEvent(*to, *from, request, status);
+    }
+}
+
+void Player::handleNeedDataEvent(UVABackend& to,
+                                 AudioTrack& from,
+                                 NeedDataEvent* event,
+                                 UVABackend::WriteDataStatus status) {
+    const unsigned wanted = event->size;
+    unsigned delivered = from.read(event->data, event->offset, wanted);
+    if (delivered > wanted) {
+        logger.error("Player::handleNeedDataEvent",
+                     "Error to many bytes delivered, some data is lost");
+        delivered = wanted;
+    }
+    event->size = delivered;
+    to.writeData(event, delivered, status);
+}
+
+}  // namespace TellusClientNamespace

@@ -1,0 +1,73 @@
+#ifndef SONOLET_PLAYER_H
+#define SONOLET_PLAYER_H
+
+#include "AudioTrack.h"
+#include "EventQueue.h"
+#include "jspp/orvo/mutex.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include "uva.h"
+
+namespace TellusClientNamespace {
+
+// Plays one track at a time through the device's media backend, which pulls: its requests are
+// queued as they come and answered from the track's buffer on the script thread's tick.
+//
+// Threads: handleEvent() runs on the backend's thread, everything else on the script thread;
+// releaseTrack() on both. The lock guards the three fields alone and is never held while the
+// backend or its factory is called. Whoever calls the backend holds a share of it meanwhile, so
+// that it is released by the last one out, and never under a call. Ownership: tracks belong to the
+// session; the queue and the backend to the player, for as long as one track is attached.
+class Player final : public UVAClient {
+public:
+    Player() = default;
+    ~Player() override;
+
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+
+    // The order of the virtual operations is that of UVAClient.
+    bool handleEvent(UVAEvent* event) override;
+    // Null: no DRM backend is used.
+    UVABackend* getDRMBackend(const char* system) override;
+
+    // Replaces the track by this one and starts its backend. Throws
+    // std::runtime_error("Could not initialize backend"); the track stays attached then.
+    void playTrack(AudioTrack* newTrack) ORVO_EXCLUDES(mutex);
+
+    // Gives queue and backend back. Does nothing without a track.
+    void releaseTrack() ORVO_EXCLUDES(mutex);
+
+    // Without a backend these do nothing; the position is 0 then.
+    void pause() ORVO_EXCLUDES(mutex);
+    void resume() ORVO_EXCLUDES(mutex);
+    double getPosition() ORVO_EXCLUDES(mutex);  // the backend's unit
+
+    // Answers every queued request that can be served now. Once per tick.
+    void handleEventQueue() ORVO_EXCLUDES(mutex);
+
+private:
+    using QueueShare = orvo::shared_ptr<EventQueue>;
+    using BackendShare = orvo::shared_ptr<UVABackend>;
+
+    void createEventQueue() ORVO_REQUIRES(mutex);
+    void createBackend() ORVO_EXCLUDES(mutex);
+    void startPlaying();
+    static void destroyEventQueue(EventQueue* queue);
+    static void destroyBackend(UVABackend* backend);
+    static void discard(UVAEvent* event);
+    BackendShare backendInUse() const ORVO_EXCLUDES(mutex);
+    static void handleNeedDataEvent(UVABackend& to,
+                                    AudioTrack& from,
+                                    NeedDataEvent* event,
+                                    UVABackend::WriteDataStatus status);
+
+    mutable orvo::Mutex mutex;
+    AudioTrack* track ORVO_GUARDED_BY(mutex) = nullptr;  // not owned
+    QueueShare queue ORVO_GUARDED_BY(mutex);
+    BackendShare backend ORVO_GUARDED_BY(mutex);
+};
+
+}  // namespace TellusClientNamespace
+
+#endif

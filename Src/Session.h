@@ -1,0 +1,155 @@
+#ifndef SONOLET_SESSION_H
+#define SONOLET_SESSION_H
+
+#include "AudioTrack.h"
+#include "Player.h"
+#include "Sonolet.h"
+#include "jspp/event_dispatcher.h"
+#include "jspp/interface.h"
+#include "jspp/orvo/mutex.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include "libspotify/api.h"
+
+#include <atomic>
+#include <memory>
+
+// The one session with the music service, as script sees it: account, player and events. It exists
+// from start-up and is connected to libspotify when script calls "create".
+//
+// Threads: script functions, the poll and forceStopPlayback() belong to the script thread; the
+// handlers of music_delivery, end_of_track, log_message and notify_main_thread, and
+// triggerTrackCompleteEvent(), may be called from any. Events are posted, never delivered from
+// inside a callback.
+class Session final : public jspp::event_dispatcher<jspp::interface>,
+                      public orvo::enable_shared_from_this<Session> {
+public:
+    explicit Session(const orvo::shared_ptr<Sonolet>& pluginObject);
+    ~Session() override;
+
+    // Through it libspotify's callbacks reach the session. Null before and after the session's
+    // life.
+    static std::atomic<Session*> instance;
+
+    // Runs `body` with the instance, if there is one; the session does not go meanwhile.
+    template <class Body>
+    static void withInstance(const Body& body) {
+        const Visit visit;
+        if (Session* const session = instance.load()) {
+            body(*session);
+        }
+    }
+
+    // The libspotify session. Throws "Spotify not initialized correctly" when there is none.
+    static sp_session* requireLibrarySession();
+
+    bool isInitialized() const { return spotifyInitialized; }
+
+    // REQUIRES: isInitialized().
+    void processEvents();
+    TellusClientNamespace::Player& getPlayer() { return *player; }
+    Sonolet& getSonolet() { return *sonolet; }
+
+    // Stops the sound and logs out, because the page goes.
+    void forceStopPlayback();
+
+    // The end of the track was played out.
+    void triggerTrackCompleteEvent() noexcept;
+
+private:
+    // Counts who is inside withInstance(), for the destructor to wait.
+    class Visit final {
+    public:
+        Visit() noexcept { visits.fetch_add(1); }
+        ~Visit() { visits.fetch_sub(1); }
+        Visit(const Visit&) = delete;
+        Visit& operator=(const Visit&) = delete;
+    };
+
+    static const sp_session_callbacks& libraryCallbacks();
+    template <auto Handler, class... Arguments>
+    static void forward(sp_session* from, Arguments... arguments) noexcept;
+    static int forwardDelivery(sp_session* from,
+                               const sp_audioformat* format,
+                               const void* frames,
+                               int numFrames) noexcept;
+
+    void requireInitialized() const;
+
+    // ---- Script functions ----
+    void create(jspp::function_context& context);
+    void relogin(jspp::function_context& context) const;
+    void playerLoad(jspp::function_context& context);
+    void friendAt(jspp::function_context& context) const;
+    void numFriends(jspp::function_context& context) const;
+    void userCountry(jspp::function_context& context) const;
+    void playerUnload(jspp::function_context& context) const;
+    void rememberedUser(jspp::function_context& context) const;
+    void playerPrefetch(jspp::function_context& context) const;
+    void playerSeek(jspp::function_context& context) const;
+    void logout(jspp::function_context& context) const;
+    void user(jspp::function_context& context) const;
+    void setCacheSize(jspp::function_context& context) const;
+    void forgetMe(jspp::function_context& context) const;
+    void connectionstate(jspp::function_context& context) const;
+    void login(jspp::function_context& context) const;
+    void playerPlay(jspp::function_context& context);
+    void signupGetUnacceptedLicenses(jspp::function_context& context) const;
+    void signupPerformAction(jspp::function_context& context) const;
+
+    // ---- Event attributes ----
+    JSPP_EVENT_ATTRIBUTE(PlayTokenLost, "PlayTokenLost")
+    JSPP_EVENT_ATTRIBUTE(LoggedIn, "LoggedIn")
+    JSPP_EVENT_ATTRIBUTE(StreamingError, "StreamingError")
+    JSPP_EVENT_ATTRIBUTE(ConnectionError, "ConnectionError")
+    JSPP_EVENT_ATTRIBUTE(UserinfoUpdated, "UserinfoUpdated")
+    JSPP_EVENT_ATTRIBUTE(LoggedOut, "LoggedOut")
+    JSPP_EVENT_ATTRIBUTE(LogMessage, "LogMessage")
+    JSPP_EVENT_ATTRIBUTE(MessageToUser, "MessageToUser")
+    JSPP_EVENT_ATTRIBUTE(EndOfTrack, "EndOfTrack")
+    // The attribute and its event are spelled differently.
+    JSPP_EVENT_ATTRIBUTE(MetaDataUpdated, "MetadataUpdated")
+    JSPP_EVENT_ATTRIBUTE(CredentialsBlobUpdated, "CredentialsBlobUpdated")
+    JSPP_EVENT_ATTRIBUTE(ShowTrialWelcome, "ShowTrialWelcome")
+
+    // ---- Handlers of libspotify's callbacks ----
+    void handleLoggedInEvent(sp_error error);
+    void handleLoggedOutEvent();
+    void handleMetadataUpdatedEvent();
+    void handleConnectionErrorEvent(sp_error error);
+    void handleMessageToUserEvent(const char* message);
+    void handleNotifyMainThreadEvent();
+    int handleMusicDeliveryEvent(const sp_audioformat* format, const void* frames, int numFrames);
+    void handlePlayTokenLostEvent();
+    void handleLogMessageEvent(const char* message);
+    void handleEndOfTrackEvent();
+    void triggerEndOfTrackEvent();
+    void handleStreamingErrorEvent(sp_error error);
+    void handleUserinfoUpdatedEvent();
+    void handleOfflineStatusUpdatedEvent();
+    void handleOfflineErrorEvent(sp_error error);
+    void handleCredentialsBlobUpdated(const char* blob);
+    void handleShowSignupPageEvent(sp_signup_page page,
+                                   bool loading,
+                                   int features,
+                                   const char* recentUser);
+    void handleShowSignupErrorPageEvent(sp_signup_page page, sp_error error);
+    void handleConnectToFacebookEvent(const char* permissions);
+    void handleShowTrialWelcomeEvent();
+
+    static std::atomic<int> visits;
+
+    const orvo::shared_ptr<Sonolet> sonolet;
+
+    // Script thread only.
+    sp_session* session = nullptr;  // owned by the LibWrapper that create() makes
+    bool spotifyInitialized = false;
+    int nextTimeout = 0;  // milliseconds; what libspotify asks for, and the fixed poll ignores
+    std::unique_ptr<TellusClientNamespace::Player> player;
+
+    // The library may deliver the new track while the script thread still replaces the old one.
+    orvo::Mutex trackMutex;
+    std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack ORVO_GUARDED_BY(trackMutex);
+};
+
+#endif

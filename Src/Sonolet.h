@@ -1,0 +1,30 @@
+#ifndef SONOLET_SONOLET_H
+#define SONOLET_SONOLET_H
+
+#include "jspp/event_dispatcher.h"
+#include "jspp/interface.h"
+
+#include <string>
+
+// The plug-in itself, as script sees it: its version and the progress of playback. "Error" and
+// "LogMessage" take listeners, but nothing raises them.
+class Sonolet final : public jspp::event_dispatcher<jspp::interface> {
+public:
+    Sonolet();
+
+    // Raise "TrackProgress" with the backend's position, and "TrackComplete". Any thread.
+    void triggerTrackProgress(double position) noexcept;
+    void triggerTrackCompleteEvent() noexcept;
+
+private:
+    JSPP_EVENT_ATTRIBUTE(TrackProgress, "TrackProgress")
+    JSPP_EVENT_ATTRIBUTE(Error, "Error")
+    JSPP_EVENT_ATTRIBUTE(LogMessage, "LogMessage")
+    JSPP_EVENT_ATTRIBUTE(TrackComplete, "TrackComplete")
+
+    void version(jspp::function_context& context) const;
+
+    const std::string versionText;
+};
+
+#endif

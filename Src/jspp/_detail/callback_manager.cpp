@@ -1,0 +1,37 @@
+#include "jspp/_detail/callback_manager.h"
+
+namespace jspp::__detail {
+
+callback_manager& callbacks() noexcept {
+    static callback_manager& queue = *new callback_manager;
+    return queue;
+}
+
+namespace {
+
+// Constructed while the plug-in is loaded, as long as nothing else asks earlier.
+[[maybe_unused]] const callback_manager& made_at_load = callbacks();
+
+}  // namespace
+
+void callback_manager::add(jsplugin_obj* document,
+                           const object& function,
+                           const call_parameters& parameters) {
+    // Copied before the lock is taken; a vector that grows moves its calls.
+    std::pair<object, call_parameters> call(function, parameters);
+    const orvo::scoped_lock lock(mutex);
+    calls[document].push_back(std::move(call));
+}
+
+callback_manager::pending callback_manager::take(jsplugin_obj* document) {
+    pending taken;
+    const orvo::scoped_lock lock(mutex);
+    const auto waiting = calls.find(document);
+    if (waiting != calls.end()) {
+        taken.swap(waiting->second);
+        calls.erase(waiting);
+    }
+    return taken;
+}
+
+}  // namespace jspp::__detail

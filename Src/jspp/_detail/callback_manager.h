@@ -1,0 +1,42 @@
+#ifndef SONOLET_JSPP_DETAIL_CALLBACK_MANAGER_H
+#define SONOLET_JSPP_DETAIL_CALLBACK_MANAGER_H
+
+#include "jspp/call_parameters.h"
+#include "jspp/object.h"
+#include "jspp/orvo/mutex.h"
+
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace jspp::__detail {
+
+// The script calls that wait for their document's next tick.
+//
+// Threads: any. Nothing is called and nothing destroyed while the lock is held: dropping a call may
+// drop the last reference to a native object.
+class callback_manager final {
+public:
+    using pending = std::vector<std::pair<object, call_parameters>>;
+
+    callback_manager() = default;
+    callback_manager(const callback_manager&) = delete;
+    callback_manager& operator=(const callback_manager&) = delete;
+
+    void add(jsplugin_obj* document, const object& function, const call_parameters& parameters)
+        ORVO_EXCLUDES(mutex);
+
+    // Hands over everything that waits for the document, in the order queued.
+    pending take(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
+
+private:
+    orvo::Mutex mutex;
+    std::map<jsplugin_obj*, pending> calls ORVO_GUARDED_BY(mutex);
+};
+
+// The one queue; made on first use, never freed.
+callback_manager& callbacks() noexcept;
+
+}  // namespace jspp::__detail
+
+#endif

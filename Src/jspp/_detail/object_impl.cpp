@@ -1,0 +1,165 @@
+#include "Logger.h"
+#include "jspp/_detail/callback_manager.h"
+#include "jspp/_detail/globals.h"
+#include "jspp/call_parameters.h"
+#include "jspp/object.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace jspp {
+
+namespace {
+
+const Logger logger SONOLET_AT_LOAD("Src/jspp/_detail/object_impl", 16);
+
+}  // namespace
+
+// What the copies of a handle share: one count of the registry's, one place in the list of handles.
+struct object::_s_data {
+    _s_data(jsplugin_obj* script_object, jsplugin_obj* parent_object);
+    ~_s_data();
+    _s_data(const _s_data&) = delete;
+    _s_data& operator=(const _s_data&) = delete;
+
+    jsplugin_obj* const obj;
+    jsplugin_obj* const parent;
+    const __detail::object_manager::serial entry;
+};
+
+namespace __detail {
+namespace {
+
+using record = object::_s_data;
+
+// Every handle's record, weakly, for the collection's trace. Never freed: handles go up to process
+// exit. No lock is held while the host is called or a record is dropped.
+class handle_list final {
+public:
+    void add(const orvo::shared_ptr<record>& data) {
+        const orvo::scoped_lock lock(mutex);
+        handles.emplace(data.get(), data);
+    }
+
+    void remove(const record* data) noexcept {
+        const orvo::scoped_lock lock(mutex);
+        handles.erase(data);
+    }
+
+    std::vector<orvo::shared_ptr<record>> alive() {
+        std::vector<orvo::shared_ptr<record>> result;
+        {
+            const orvo::scoped_lock lock(mutex);
+            result.reserve(handles.size());
+            for (auto handle = handles.begin(); handle != handles.end();) {
+                if (orvo::shared_ptr<record> data = handle->second.lock()) {
+                    result.push_back(std::move(data));
+                    ++handle;
+                } else {
+                    handle = handles.erase(handle);
+                }
+            }
+        }
+        return result;
+    }
+
+    static handle_list& instance() noexcept {
+        static handle_list& list = *new handle_list;
+        return list;
+    }
+
+private:
+    orvo::Mutex mutex;
+    std::unordered_map<const record*, orvo::weak_ptr<record>> handles ORVO_GUARDED_BY(mutex);
+};
+
+}  // namespace
+
+void mark_handles(jsplugin_obj* document) {
+    for (const auto& data : handle_list::instance().alive()) {
+        if (objects().find(data->obj, data->entry).document == document) {
+            g_orvo_callbacks->gc_mark(data->obj);
+        }
+    }
+}
+
+void forget_handles(jsplugin_obj* document) {
+    for (const auto& data : handle_list::instance().alive()) {
+        if (objects().has_children(data->obj, document)) {
+            handle_list::instance().remove(data.get());
+        }
+    }
+}
+
+}  // namespace __detail
+
+object::_s_data::_s_data(jsplugin_obj* script_object, jsplugin_obj* parent_object)
+    : obj(script_object), parent(parent_object),
+      entry(__detail::objects().add_handle(script_object, parent_object)) {}
+
+object::_s_data::~_s_data() {
+    __detail::handle_list::instance().remove(this);
+    __detail::objects().remove_handle(obj, entry);
+}
+
+object::object() noexcept = default;
+
+object::object(jsplugin_obj* obj, jsplugin_obj* parent) : data(new _s_data(obj, parent)) {
+    __detail::handle_list::instance().add(data);
+}
+
+object::object(const object&) = default;
+object::object(object&&) noexcept = default;
+object& object::operator=(const object&) = default;
+object& object::operator=(object&&) noexcept = default;
+object::~object() = default;
+
+__detail::object_manager::found object::find() const noexcept {
+    return data ? __detail::objects().find(data->obj, data->entry)
+                : __detail::object_manager::found();
+}
+
+jsplugin_obj* object::get() const noexcept {
+    return find().document ? data->obj : nullptr;
+}
+
+jsplugin_obj* object::document() const noexcept {
+    return find().document;
+}
+
+bool object::is_function() const noexcept {
+    const __detail::object_manager::found found = find();
+    return found.document && !found.is_object;
+}
+
+bool operator==(const object& a, const object& b) noexcept {
+    if (!a.data || !b.data) {
+        return !a.data && !b.data;
+    }
+    // The entry tells a script object from a later one at the same address.
+    return a.data->obj == b.data->obj && a.data->entry == b.data->entry;
+}
+
+void object::call(const call_parameters& parameters) const {
+    jsplugin_obj* const context = document();
+    if (!context) {
+        logger.error("jspp::object::call", "Illegal Spotify object called, returning.");
+        return;
+    }
+    std::vector<jsplugin_value> values;
+    parameters.generate_values(context, values);
+    __detail::g_orvo_callbacks->call_function(
+        context, nullptr, data->obj, static_cast<int>(values.size()),
+        values.empty() ? nullptr : values.data(), nullptr, nullptr);
+}
+
+void object::call_delayed(const call_parameters& parameters) const {
+    jsplugin_obj* const context = document();
+    if (!context) {
+        logger.error("jspp::object::call_delayed", "Illegal Spotify object called, returning.");
+        return;
+    }
+    __detail::callbacks().add(context, *this, parameters);
+}
+
+}  // namespace jspp

@@ -1,0 +1,96 @@
+#ifndef SONOLET_JSPP_DETAIL_OBJECT_MANAGER_H
+#define SONOLET_JSPP_DETAIL_OBJECT_MANAGER_H
+
+#include "jspp/orvo/mutex.h"
+
+#include "jsplugin.h"
+
+#include <cstdint>
+#include <map>
+
+namespace jspp::__detail {
+
+// The registry of every script object that the framework made or holds a handle to, and of the
+// document (outermost object) each belongs to.
+//
+// Threads: any; the registry has a lock of its own, and calls nobody while it holds it. Ownership:
+// none, script objects belong to the host. A document is no entry of its own unless it was
+// registered as the child of something.
+class object_manager final {
+public:
+    // Tells two objects apart that had the same address one after the other. Never 0.
+    using serial = std::uint64_t;
+
+    object_manager() = default;
+    object_manager(const object_manager&) = delete;
+    object_manager& operator=(const object_manager&) = delete;
+
+    // Registers `obj` under the document of `parent`, or under `parent` itself when that is not
+    // registered. `is_object`: a plain object of this framework, otherwise a function. An earlier
+    // entry of `obj` is replaced.
+    void add_object(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_EXCLUDES(mutex);
+    void remove_object(jsplugin_obj* obj) ORVO_EXCLUDES(mutex);
+
+    // Removes every child of the document.
+    void remove_parent(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
+
+    // Counts a handle to `obj`. An unknown object is added as a function, and leaves the registry
+    // with its last handle; a known one keeps its entry.
+    serial add_handle(jsplugin_obj* obj, jsplugin_obj* parent) ORVO_EXCLUDES(mutex);
+    void remove_handle(jsplugin_obj* obj, serial entry) noexcept ORVO_EXCLUDES(mutex);
+
+    // Throws std::runtime_error when `obj` is not registered.
+    jsplugin_obj* find_most_parent(jsplugin_obj* obj) const ORVO_EXCLUDES(mutex);
+
+    // The same for an owner that may be a document: what is not registered is its own document.
+    jsplugin_obj* document_of(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
+
+    bool has_children(jsplugin_obj* obj, jsplugin_obj* document) const noexcept
+        ORVO_EXCLUDES(mutex);
+    bool does_exist(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
+
+    // True for a plain object of this framework: only then may its plugin_private be read as one.
+    bool is_object(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
+
+    // What a handle refers to, looked up at once.
+    struct found {
+        jsplugin_obj* document = nullptr;  // null: the handle's object is not registered any more
+        bool is_object = false;
+    };
+    found find(jsplugin_obj* obj, serial entry) const noexcept ORVO_EXCLUDES(mutex);
+
+    // Entries at this moment.
+    std::size_t size() const noexcept ORVO_EXCLUDES(mutex);
+
+private:
+    struct s_child {
+        jsplugin_obj* object;
+        bool is_object;
+    };
+    using child_map = std::multimap<jsplugin_obj*, s_child>;
+
+    struct owner {
+        jsplugin_obj* document = nullptr;
+        child_map::iterator child;
+        serial id = 0;
+        int handles = 0;
+        bool added_by_handle = false;
+    };
+    using owner_map = std::map<jsplugin_obj*, owner>;
+
+    owner& add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_REQUIRES(mutex);
+    void erase(owner_map::iterator entry) noexcept ORVO_REQUIRES(mutex);
+    const owner* entry_of(jsplugin_obj* obj) const noexcept ORVO_REQUIRES(mutex);
+
+    mutable orvo::Mutex mutex;
+    owner_map owners ORVO_GUARDED_BY(mutex);
+    child_map children ORVO_GUARDED_BY(mutex);
+    serial last_id ORVO_GUARDED_BY(mutex) = 0;
+};
+
+// The one registry; made on first use, never freed, since handles are dropped up to process exit.
+object_manager& objects() noexcept;
+
+}  // namespace jspp::__detail
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef SONOLET_JSPP_FUNCTION_CONTEXT_H
+#define SONOLET_JSPP_FUNCTION_CONTEXT_H
+
+#include "jspp/parameter_context.h"
+#include "jspp/result_context.h"
+
+namespace jspp {
+
+// One call from script: its arguments, and the place for its result.
+class function_context final : public parameter_context, public result_context {
+public:
+    function_context(jsplugin_obj* this_object,
+                     int count,
+                     jsplugin_value* values,
+                     jsplugin_value* result_slot,
+                     std::string* scratch = nullptr) noexcept
+        : parameter_context(this_object, count, values),
+          result_context(this_object, result_slot, scratch) {}
+};
+
+}  // namespace jspp
+
+#endif

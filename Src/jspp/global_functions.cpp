@@ -1,0 +1,189 @@
+#include "jspp/global_functions.h"
+
+#include "Logger.h"
+#include "jspp/_detail/callback_manager.h"
+#include "jspp/_detail/globals.h"
+#include "jspp/_detail/object_manager.h"
+#include "jspp/plugin.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace jspp::__detail {
+
+jsplugin_callbacks* g_orvo_callbacks = nullptr;
+
+}  // namespace jspp::__detail
+
+namespace {
+
+using jspp::__detail::callbacks;
+using jspp::__detail::g_orvo_callbacks;
+using jspp::__detail::guarded;
+using jspp::__detail::objects;
+
+constexpr unsigned framework_tick_ms = 100;
+
+const Logger logger SONOLET_AT_LOAD("Src/jspp/global_functions");
+
+JSPP_functions functions;
+
+// For what nobody waits for an answer of: a failure goes to the log.
+template <class Body>
+void logged(const char* function, const Body& body) noexcept {
+    try {
+        body();
+    } catch (const std::exception& error) {
+        logger.error(function, ": ", error.what());
+    } catch (...) {
+        logger.error(function, ": unknown exception");
+    }
+}
+
+// A NULL-terminated copy that lives until process exit.
+char** copy_names(const std::vector<std::string>& names) {
+    auto* const copies = new char*[names.size() + 1];
+    char** next = copies;
+    for (const std::string& name : names) {
+        *next = new char[name.size() + 1];
+        std::memcpy(*next++, name.c_str(), name.size() + 1);
+    }
+    *next = nullptr;
+    return copies;
+}
+
+}  // namespace
+
+void jspp_add_poll_function(jsplugin_obj* ctx, unsigned interval_ms, jsplugin_poll* poll) {
+    g_orvo_callbacks->add_poll_function(ctx, interval_ms, poll);
+}
+
+void _js_global_functions::js_init(jsplugin_obj* ctx) noexcept {
+    logged("js_init", [&] {
+        if (functions.init) {
+            functions.init(ctx);
+        }
+    });
+    g_orvo_callbacks->add_poll_function(ctx, framework_tick_ms, &js_document_interval);
+    g_orvo_callbacks->add_unload_listener(ctx, &js_unload);
+}
+
+void _js_global_functions::js_destroy(jsplugin_obj*) noexcept {
+    logged("js_destroy", [] {
+        if (functions.destroy) {
+            functions.destroy();
+        }
+    });
+}
+
+int _js_global_functions::js_global_getter(jsplugin_obj* ctx,
+                                           const char* name,
+                                           jsplugin_value* result) noexcept {
+    if (!functions.global_getter) {
+        return JSP_GET_NO_VALUE;
+    }
+    return guarded(result, nullptr, JSP_GET_EXCEPTION, [&]() -> int {
+        jspp::result_context context(ctx, result);
+        functions.global_getter(name, context);
+        if (!context.has_result()) {
+            return JSP_GET_NO_VALUE;
+        }
+        return context.cacheable() ? JSP_GET_VALUE_CACHE : JSP_GET_VALUE;
+    });
+}
+
+int _js_global_functions::js_allow_access(const char* protocol,
+                                          const char* host,
+                                          int port) noexcept {
+    if (!functions.allow_access) {
+        return 1;
+    }
+    return guarded(nullptr, nullptr, 0,
+                   [&] { return functions.allow_access(protocol, host, port) ? 1 : 0; });
+}
+
+int _js_global_functions::js_handle_object(jsplugin_obj* global,
+                                           jsplugin_obj* parent,
+                                           int attrs_count,
+                                           jsplugin_attr* attrs,
+                                           jsplugin_getter** getter,
+                                           jsplugin_setter** setter,
+                                           jsplugin_destructor** destructor,
+                                           jsplugin_gc_trace** gc_trace,
+                                           jsplugin_notify** notify_a,
+                                           jsplugin_notify** notify_b,
+                                           jsplugin_notify** notify_c) noexcept {
+    if (!functions.handle_object) {
+        return 0;
+    }
+    return guarded(nullptr, nullptr, 0, [&] {
+        const jsplugin_attr* const end = attrs + attrs_count;
+        const jsplugin_attr* attr = attrs;
+        while (attr != end && std::strcmp(attr->name, "type") != 0) {
+            ++attr;
+        }
+        if (attr == end) {
+            return 0;
+        }
+        const orvo::shared_ptr<jspp::interface> native = functions.handle_object(attr->value);
+        if (!native) {
+            return 0;
+        }
+        native->create_object(global, parent, native, attrs_count, attrs, getter, setter,
+                              destructor, gc_trace, notify_a, notify_b, notify_c);
+        return 1;
+    });
+}
+
+void _js_global_functions::js_global_gc_trace(jsplugin_obj* ctx) noexcept {
+    logged("js_global_gc_trace", [&] { jspp::__detail::mark_handles(ctx); });
+}
+
+void _js_global_functions::js_unload(jsplugin_obj* ctx) noexcept {
+    logged("js_unload", [] {
+        if (functions.unload) {
+            functions.unload();
+        }
+    });
+    logged("js_unload", [&] { jspp::__detail::forget_handles(ctx); });
+    objects().remove_parent(ctx);
+    // What still waits for the document would only be skipped; dropping it frees its arguments.
+    logged("js_unload", [&] { callbacks().take(ctx); });
+}
+
+int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept {
+    auto* const document = const_cast<jsplugin_obj*>(ctx);
+    // Calls queued by these calls wait for the next tick.
+    for (const auto& [function, parameters] : callbacks().take(document)) {
+        // The object may have gone since the call was queued, and with any call before this one.
+        if (function.is_function()) {
+            const auto& callee = function;
+            const auto& arguments = parameters;
+            logged("js_document_interval", [&] { callee.call(arguments); });
+        }
+    }
+    return 1;
+}
+
+int jsplugin_capabilities(struct jsplugin_capabilities** result,
+                          struct jsplugin_callbacks* host_callbacks) {
+    static constexpr char banner[] = "====== SONOLET LOADED ======\n";
+    std::fwrite(banner, 1, sizeof banner - 1, stderr);
+    js_load_plugin(functions);
+
+    static char** const global_names = copy_names(functions.global_names);
+    static char** const object_types = copy_names(functions.object_types);
+    static struct jsplugin_capabilities capabilities;
+    capabilities.global_names = global_names;
+    capabilities.object_types = object_types;
+    capabilities.global_getter = &_js_global_functions::js_global_getter;
+    capabilities.global_setter = nullptr;
+    capabilities.init = &_js_global_functions::js_init;
+    capabilities.destroy = &_js_global_functions::js_destroy;
+    capabilities.handle_object = &_js_global_functions::js_handle_object;
+    capabilities.allow_access = &_js_global_functions::js_allow_access;
+    capabilities.gc_trace = &_js_global_functions::js_global_gc_trace;
+    *result = &capabilities;
+    g_orvo_callbacks = host_callbacks;
+    return 0;
+}

@@ -1,0 +1,46 @@
+#include "jspp/number_array.h"
+
+#include "jspp/lexical_cast.h"
+
+#include <stdexcept>
+
+namespace jspp {
+
+namespace {
+
+std::size_t checked(unsigned index, std::size_t count) {
+    if (index >= count) {
+        throw std::runtime_error("Out of bounds array access");
+    }
+    return index;
+}
+
+}  // namespace
+
+number_array::number_array(std::vector<double> values) : items(std::move(values)) {
+    _attribute_get("length", &number_array::get_length);
+    _function("item", &number_array::item, "n");
+    _catch_all_get(&number_array::index_get);
+    _catch_all_set(&number_array::index_set);
+}
+
+void number_array::get_length(result_context& context) const {
+    context.return_number(static_cast<double>(items.size()));
+}
+
+void number_array::item(function_context& context) const {
+    // A negative index lies beyond every count once it is unsigned.
+    const auto index = static_cast<unsigned>(context.integer(0));
+    context.return_number(items[checked(index, items.size())]);
+}
+
+void number_array::index_get(const std::string& name, result_context& context) const {
+    context.return_number(items[checked(lexical_cast<unsigned>(name), items.size())]);
+}
+
+void number_array::index_set(const std::string& name, parameter_context& context) {
+    const std::size_t index = checked(lexical_cast<unsigned>(name), items.size());
+    items[index] = context.number(0);
+}
+
+}  // namespace jspp

@@ -1,0 +1,42 @@
+#ifndef SONOLET_ORVO_MUTEX_H
+#define SONOLET_ORVO_MUTEX_H
+
+#include "jspp/orvo/thread_annotations.h"
+
+#include <pthread.h>
+
+namespace orvo {
+
+// A POSIX mutex with default attributes: not recursive, any thread.
+class ORVO_CAPABILITY("mutex") Mutex final {
+public:
+    Mutex() = default;
+    ~Mutex() { pthread_mutex_destroy(&mutex); }
+
+    // A mutex has one address for its life.
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock() noexcept ORVO_ACQUIRE() { pthread_mutex_lock(&mutex); }
+    void unlock() noexcept ORVO_RELEASE() { pthread_mutex_unlock(&mutex); }
+
+private:
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+// Holds a mutex for the length of a block.
+class ORVO_SCOPED_CAPABILITY scoped_lock final {
+public:
+    explicit scoped_lock(Mutex& held) noexcept ORVO_ACQUIRE(held) : mutex(held) { mutex.lock(); }
+    ~scoped_lock() ORVO_RELEASE() { mutex.unlock(); }
+
+    scoped_lock(const scoped_lock&) = delete;
+    scoped_lock& operator=(const scoped_lock&) = delete;
+
+private:
+    Mutex& mutex;
+};
+
+}  // namespace orvo
+
+#endif

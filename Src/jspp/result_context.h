@@ -1,0 +1,88 @@
+#ifndef SONOLET_JSPP_RESULT_CONTEXT_H
+#define SONOLET_JSPP_RESULT_CONTEXT_H
+
+#include "jspp/object.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include "jsplugin.h"
+
+#include <string>
+
+namespace jspp {
+
+class interface;
+
+// Where a member function puts its answer to script. Each return call overwrites an earlier one.
+//
+// Valid for the length of one property access or call, on the script thread. A string result lives
+// in the script object through which it is returned until that object's next string result; the
+// host copies it at once.
+class result_context {
+public:
+    // `scratch` keeps the text of a string result; without one a per-thread buffer does.
+    result_context(jsplugin_obj* owner_object,
+                   jsplugin_value* result_slot,
+                   std::string* scratch = nullptr) noexcept
+        : owner(owner_object), result(result_slot), text(scratch) {}
+
+    void return_number(double number) noexcept;
+    void return_boolean(bool boolean) noexcept;
+    void return_string(const std::string& string);
+    void return_string(const char* string);  // null is the empty text
+
+    // Script text that the host evaluates; script receives what it gives.
+    void return_js_expression(const std::string& expression);
+
+    // A Date made from milliseconds since 1970, or from a date's text, both as script writes them.
+    void return_js_date(const std::string& date);
+
+    void return_null() noexcept;
+    void return_undefined() noexcept;
+
+    // Null when the script object has gone.
+    void return_object(const object& script_object);
+
+    // The script object of a native one in this document, null for a null pointer. `is_cacheable`:
+    // the host may keep the answer and need not ask again.
+    void return_interface(const orvo::shared_ptr<interface>& native, bool is_cacheable);
+
+    bool has_result() const noexcept { return returned; }
+    bool cacheable() const noexcept { return may_cache; }
+
+private:
+    void set_type(jsplugin_type type) noexcept;
+    void set_text(jsplugin_type type, const std::string& string);
+
+    jsplugin_obj* const owner;
+    jsplugin_value* const result;
+    bool returned = false;
+    bool may_cache = false;
+    std::string* const text;
+};
+
+namespace __detail {
+
+// Stores an exception's text for the host; never fails. `scratch` as for result_context.
+void set_exception(jsplugin_value* slot, std::string* scratch, const char* message) noexcept;
+
+// Runs the body of a callback from the host. An exception becomes its text in `slot`, and the
+// answer `exception_code`.
+template <class Body>
+int guarded(jsplugin_value* slot,
+            std::string* scratch,
+            int exception_code,
+            const Body& body) noexcept {
+    try {
+        return body();
+    } catch (const std::exception& error) {
+        set_exception(slot, scratch, error.what());
+    } catch (...) {
+        set_exception(slot, scratch, "JSPP: Unknown exception type");
+    }
+    return exception_code;
+}
+
+}  // namespace __detail
+}  // namespace jspp
+
+#endif
