@@ -1,5 +1,7 @@
 #include "player/Decoder.h"
 
+#include "player/Handover.h"
+
 #include <gst/app/gstappsink.h>
 #include <gst/audio/audio.h>
 #include <gst/gst.h>
@@ -106,6 +108,7 @@ private:
     void note(std::string why);
     std::string explain(const GError& cause) const;
     void moved() {
+        const Handover visit(this);
         started = true;
         wakeReader();
     }
@@ -135,6 +138,7 @@ Decoder::Pipeline::Pipeline(const std::string& path, std::function<void()> ready
 Decoder::Pipeline::~Pipeline() {
     // Joins the streaming threads; from here on no callback comes.
     gst_element_set_state(bin.get(), GST_STATE_NULL);
+    const Handover fromTheirThreads(this);
 }
 
 void Decoder::Pipeline::build(const std::string& path) {
@@ -190,6 +194,7 @@ void Decoder::Pipeline::build(const std::string& path) {
     gst_bus_set_sync_handler(bus.get(), message, this, nullptr);
 
     // A refusal has come as an error message before this returns.
+    { const Handover toTheirThreads(this); }
     gst_element_set_state(bin.get(), GST_STATE_PLAYING);
 }
 
@@ -231,6 +236,7 @@ std::string Decoder::Pipeline::explain(const GError& cause) const {
 
 // The first sound of the file is its sound.
 void Decoder::Pipeline::padAdded(GstElement*, GstPad* pad, gpointer self) {
+    const Handover visit(self);
     const Handle<GstPad> input(
         gst_element_get_static_pad(static_cast<Pipeline*>(self)->converter, "sink"));
     if (!gst_pad_is_linked(input.get())) {
@@ -239,6 +245,7 @@ void Decoder::Pipeline::padAdded(GstElement*, GstPad* pad, gpointer self) {
 }
 
 void Decoder::Pipeline::noMorePads(GstElement*, gpointer self) {
+    const Handover visit(self);
     auto* pipeline = static_cast<Pipeline*>(self);
     const Handle<GstPad> input(gst_element_get_static_pad(pipeline->converter, "sink"));
     if (!gst_pad_is_linked(input.get())) {
@@ -248,6 +255,7 @@ void Decoder::Pipeline::noMorePads(GstElement*, gpointer self) {
 
 // Every message is dropped here: nobody reads the bus, and what lay on it would only pile up.
 GstBusSyncReply Decoder::Pipeline::message(GstBus*, GstMessage* message, gpointer self) {
+    const Handover visit(self);
     auto* pipeline = static_cast<Pipeline*>(self);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError* raw = nullptr;

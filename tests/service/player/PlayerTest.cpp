@@ -91,13 +91,13 @@ private:
     int deliver(const std::int16_t* frames, int count) {
         int accepted = 0;
         note([&] {
-            const Samples offered(frames, frames + 2 * count);
+            const Samples offered(frames, frames + 2L * count);
             seen.changedWhenRefused |= !refused.empty() && refused != offered;
             seen.offers.push_back(count);
             accepted = appetite();
-            const int kept = std::clamp(accepted, 0, count);
-            seen.sound.insert(seen.sound.end(), frames, frames + 2 * kept);
-            refused.assign(frames + 2 * kept, frames + 2 * count);
+            const std::int16_t* const rest = frames + 2L * std::clamp(accepted, 0, count);
+            seen.sound.insert(seen.sound.end(), frames, rest);
+            refused.assign(rest, frames + 2L * count);
         });
         return accepted;
     }
@@ -175,7 +175,7 @@ TEST_F(PlayerTest, AfterTheEndNothingComesUntilASeekOrALoad) {
     EXPECT_EQ(player.play(true), SP_ERROR_OK);
     EXPECT_EQ(player.seek(100), SP_ERROR_OK);
     ASSERT_TRUE(listener.awaitEnds(1));
-    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 2 * 4410, one.end()));
+    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 8820, one.end()));
 
     listener.forget();
     EXPECT_EQ(player.seek(1000000), SP_ERROR_OK);
@@ -193,7 +193,7 @@ TEST_F(PlayerTest, ASeekDropsTheBlockThatWaits) {
     listener.forget();
     listener.accept(takeAll);
     ASSERT_TRUE(listener.awaitEnds(1));
-    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 2 * 8820, one.end()));
+    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 17640, one.end()));
 
     // Paused, before anything was decoded: the last of several seeks counts.
     player.load(first);
@@ -202,7 +202,7 @@ TEST_F(PlayerTest, ASeekDropsTheBlockThatWaits) {
     listener.forget();
     player.play(true);
     ASSERT_TRUE(listener.awaitEnds(1));
-    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 2 * 4410, one.end()));
+    EXPECT_TRUE(listener.now().sound == Samples(one.begin() + 8820, one.end()));
 }
 
 TEST_F(PlayerTest, PauseHoldsAndLosesNothing) {

@@ -10,14 +10,6 @@
 
 namespace sonolet::test {
 
-// GLib synchronises by means that the thread sanitizer cannot see. What the project's own code does
-// is still watched.
-extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() {
-    return "called_from_lib:libglib-2.0.so\n"
-           "called_from_lib:libgobject-2.0.so\n"
-           "called_from_lib:libgstreamer-1.0.so\n";
-}
-
 Samples sweep(std::size_t frames) {
     Samples samples(frames * 2);
     double phase = 0;
