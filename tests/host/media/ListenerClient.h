@@ -7,7 +7,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <cstring>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -96,7 +95,8 @@ public:
             }
             const std::size_t size =
                 std::min({std::size_t{request->size}, feed.left(), feed.pieceLimit});
-            std::memcpy(request->data, feed.bytes.data() + feed.position, size);
+            std::copy_n(feed.bytes.begin() + static_cast<std::ptrdiff_t>(feed.position), size,
+                        request->data);
             const bool last = feed.left() == 0;
             feed.position += size;
             request->size = static_cast<unsigned>(size);
@@ -106,20 +106,19 @@ public:
         }
     }
 
-    // Answers until the feed is used up and the backend says `type`.
-    bool answerUntil(unsigned type, UVABackend& backend, Feed& feed) {
-        for (;;) {
-            if (!await([&] { return has(type) || !requests.empty(); })) {
-                return false;
-            }
+    // Answers as answer() does, again and again, until the backend says `type`.
+    bool answerUntil(unsigned type, UVABackend& backend, Feed& feed, bool atEnd = true) {
+        const auto hasWork = [&] { return !requests.empty() && (feed.left() > 0 || atEnd); };
+        while (await([&] { return has(type) || hasWork(); })) {
             {
                 const std::lock_guard<std::mutex> lock(mutex);
                 if (has(type)) {
                     return true;
                 }
             }
-            answer(backend, feed);
+            answer(backend, feed, atEnd);
         }
+        return false;
     }
 
     // Frees the requests as a client does that gives its track up.

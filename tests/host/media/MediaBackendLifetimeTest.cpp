@@ -86,14 +86,7 @@ TEST(MediaBackendLifetime, TheClientMayReleaseInsideItsHandler) {
             ASSERT_TRUE(client.awaitRequests(40));
         } else {
             // Without its end, the stream starves.
-            while (feed.left() > 0 &&
-                   !client.await([&] { return client.has(type); }, milliseconds(0))) {
-                ASSERT_TRUE(
-                    client.await([&] { return client.has(type) || !client.requests.empty(); }));
-                client.answer(alive, feed, type == playbackFinished);
-            }
-            client.answer(alive, feed, type == playbackFinished);
-            ASSERT_TRUE(client.awaitNotice(type));
+            ASSERT_TRUE(client.answerUntil(type, alive, feed, type != streamUnderrun));
         }
         const std::size_t events = client.eventCountNow();
         EXPECT_FALSE(client.await([&] { return client.eventCount > events; }, milliseconds(10)));
