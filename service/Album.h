@@ -1,0 +1,52 @@
+#ifndef SONOLET_SERVICE_ALBUM_H
+#define SONOLET_SERVICE_ALBUM_H
+
+#include "Artist.h"
+#include "ImageIds.h"
+#include "Library.h"
+
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// An album as the catalogue has it; as for Track.
+class Album : public Handle {
+public:
+    Album(std::shared_ptr<Library> owner, const Id& albumId);
+
+    const Id& id() const { return link; }
+
+    bool isLoaded();
+    bool isAvailable();
+    const std::string& name();
+    int year();
+    sp_albumtype type();
+    sp_artist* artist();
+    const byte* cover(sp_image_size size);
+
+protected:
+    ~Album() override;
+
+private:
+    const AlbumRow& row();
+
+    // Constant after construction.
+    const std::shared_ptr<Library> library;
+    const Id link;
+
+    unsigned edition = 0;
+    bool loaded = false;
+    AlbumRow known;
+    Ref<sp_artist> artistHandle;
+    ImageIds covers;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_album final : sonolet::service::Album {  // NOLINT(readability-identifier-naming)
+    using Album::Album;
+};
+
+#endif

@@ -1,0 +1,207 @@
+#include "Database.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace sonolet::service {
+
+namespace {
+
+constexpr int busyMilliseconds = 10000;
+
+// SQLite gives its journal files the mode of the database, so the database comes first.
+void createPrivateFile(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot open " + path);
+    }
+    // A file that someone else owns keeps its mode; SQLite will tell if it is of no use.
+    static_cast<void>(fchmod(descriptor, S_IRUSR | S_IWUSR));
+    close(descriptor);
+}
+
+}  // namespace
+
+Database::Database(const std::string& path, Durability durability) : file(path) {
+    createPrivateFile(path);
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
+    try {
+        if (result != SQLITE_OK) {
+            fail("open");
+        }
+        sqlite3_busy_timeout(connection, busyMilliseconds);
+        execute("PRAGMA journal_mode = WAL");
+        execute("PRAGMA foreign_keys = ON");
+        execute("PRAGMA cache_size = -4000");
+        execute("PRAGMA temp_store = MEMORY");
+        execute(durability == Durability::power ? "PRAGMA synchronous = FULL"
+                                                : "PRAGMA synchronous = NORMAL");
+    } catch (...) {
+        sqlite3_close_v2(connection);
+        throw;
+    }
+}
+
+Database::~Database() {
+    sqlite3_finalize(versionQuery);
+    sqlite3_close_v2(connection);
+}
+
+void Database::execute(const char* sql) {
+    if (sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        fail(sql);
+    }
+}
+
+void Database::migrate(std::initializer_list<const char*> steps) {
+    const auto version = [this] {
+        Statement query(*this, "PRAGMA user_version");
+        Cursor row = query.run();
+        return row.next() ? row.integer(0) : 0;
+    };
+    const auto newest = static_cast<std::int64_t>(steps.size());
+    if (version() == newest) {
+        return;
+    }
+    Transaction transaction(*this);
+    // Another process may have migrated while this one waited.
+    const std::int64_t found = version();
+    if (found > newest) {
+        throw DatabaseError(SQLITE_ERROR, file +
+                                              ": made by a newer version of the service (schema " +
+                                              std::to_string(found) + ", this one knows " +
+                                              std::to_string(newest) + ")");
+    }
+    for (std::int64_t step = found; step < newest; ++step) {
+        execute(steps.begin()[step]);
+    }
+    execute(("PRAGMA user_version = " + std::to_string(newest)).c_str());
+    transaction.commit();
+}
+
+std::int64_t Database::dataVersion() {
+    if (versionQuery == nullptr && sqlite3_prepare_v2(connection, "PRAGMA data_version", -1,
+                                                      &versionQuery, nullptr) != SQLITE_OK) {
+        fail("PRAGMA data_version");
+    }
+    std::int64_t version = 0;
+    if (sqlite3_step(versionQuery) == SQLITE_ROW) {
+        version = sqlite3_column_int64(versionQuery, 0);
+    }
+    sqlite3_reset(versionQuery);
+    return version;
+}
+
+void Database::fail(std::string_view sql) const {
+    const int code = connection == nullptr ? SQLITE_NOMEM : sqlite3_extended_errcode(connection);
+    const char* why = connection == nullptr ? "out of memory" : sqlite3_errmsg(connection);
+    throw DatabaseError(code, file + ": " + why + " (" + std::string(sql) + ")");
+}
+
+Cursor::~Cursor() {
+    if (statement != nullptr) {
+        statement->rewind();
+    }
+}
+
+bool Cursor::next() {
+    const int result = sqlite3_step(statement->statement);
+    if (result == SQLITE_ROW) {
+        return true;
+    }
+    if (result != SQLITE_DONE) {
+        statement->database.fail(statement->sql);
+    }
+    return false;
+}
+
+std::int64_t Cursor::integer(int column) const {
+    return sqlite3_column_int64(statement->statement, column);
+}
+
+std::string Cursor::text(int column) const {
+    const void* bytes = sqlite3_column_blob(statement->statement, column);
+    const int size = sqlite3_column_bytes(statement->statement, column);
+    return bytes == nullptr ? std::string() : std::string(static_cast<const char*>(bytes), size);
+}
+
+std::optional<Id> Cursor::id(int column) const {
+    return Id::fromBytes(text(column));
+}
+
+bool Cursor::isNull(int column) const {
+    return sqlite3_column_type(statement->statement, column) == SQLITE_NULL;
+}
+
+Statement::Statement(Database& preparedFor, const char* statementSql)
+    : database(preparedFor), sql(statementSql) {
+    const int result = sqlite3_prepare_v3(database.handle(), sql, -1, SQLITE_PREPARE_PERSISTENT,
+                                          &statement, nullptr);
+    if (result != SQLITE_OK) {
+        database.fail(sql);
+    }
+}
+
+Statement::~Statement() {
+    sqlite3_finalize(statement);
+}
+
+void Statement::rewind() {
+    // The result repeats the failure of the last step, which has been told already.
+    static_cast<void>(sqlite3_reset(statement));
+    sqlite3_clear_bindings(statement);
+}
+
+void Statement::bind(int place, std::int64_t value) {
+    check(sqlite3_bind_int64(statement, place, value));
+}
+
+void Statement::bind(int place, std::nullptr_t) {
+    check(sqlite3_bind_null(statement, place));
+}
+
+void Statement::bind(int place, std::string_view value) {
+    // A null data pointer would bind NULL.
+    const char* bytes = value.data() == nullptr ? "" : value.data();
+    check(
+        sqlite3_bind_text64(statement, place, bytes, value.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+}
+
+void Statement::bind(int place, const Id& value) {
+    check(sqlite3_bind_blob(statement, place, value.bytes.data(),
+                            static_cast<int>(value.bytes.size()), SQLITE_TRANSIENT));
+}
+
+void Statement::bind(int place, const Blob& value) {
+    check(sqlite3_bind_blob64(statement, place, value.bytes.data(), value.bytes.size(),
+                              SQLITE_TRANSIENT));
+}
+
+void Statement::check(int result) const {
+    if (result != SQLITE_OK) {
+        database.fail(sql);
+    }
+}
+
+Transaction::Transaction(Database& changed) : database(changed) {
+    database.execute("BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+    if (open) {
+        // SQLite may have rolled back by itself already; then this fails and nothing is open.
+        sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+void Transaction::commit() {
+    database.execute("COMMIT");
+    open = false;
+}
+
+}  // namespace sonolet::service

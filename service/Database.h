@@ -1,0 +1,162 @@
+#ifndef SONOLET_SERVICE_DATABASE_H
+#define SONOLET_SERVICE_DATABASE_H
+
+#include "Id.h"
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace sonolet::service {
+
+// A failure of SQLite: what was asked, of which file, and what it answered.
+class DatabaseError final : public std::runtime_error {
+public:
+    DatabaseError(int resultCode, const std::string& text)
+        : std::runtime_error(text), code(resultCode) {}
+
+    // The file holds something that is no usable database.
+    bool damaged() const {
+        return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
+    }
+
+private:
+    int code;
+};
+
+// One connection to one SQLite file in WAL mode, with foreign keys on.
+//
+// Threads: a connection, its statements and cursors belong to one thread at a time. Other threads
+// and processes open their own; a writer waits up to ten seconds for another. The file is made
+// readable by its owner alone. Errors: DatabaseError.
+class Database final {
+public:
+    enum class Durability {
+        process,  // a killed process loses nothing, a power cut may lose the latest changes
+        power,    // a power cut loses nothing that was committed
+    };
+
+    Database(const std::string& path, Durability durability);
+    ~Database();
+
+    // Statements point at the connection.
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    void execute(const char* sql);
+
+    // Brings the schema to the newest version, one step for each version, all or nothing. A file
+    // of a newer program is refused.
+    void migrate(std::initializer_list<const char*> steps);
+
+    // Changes whenever another connection, of this process or another, has committed.
+    std::int64_t dataVersion();
+
+    sqlite3* handle() const { return connection; }
+    const std::string& path() const { return file; }
+
+    [[noreturn]] void fail(std::string_view sql) const;
+
+private:
+    const std::string file;
+    sqlite3* connection = nullptr;         // owned
+    sqlite3_stmt* versionQuery = nullptr;  // owned, made on first use
+};
+
+class Statement;
+
+// The rows of one run of a statement. The statement is free for its next run once this is gone.
+class Cursor final {
+public:
+    explicit Cursor(Statement& ranStatement) : statement(&ranStatement) {}
+    Cursor(Cursor&& other) noexcept : statement(other.statement) { other.statement = nullptr; }
+    ~Cursor();
+
+    Cursor(const Cursor&) = delete;
+    Cursor& operator=(const Cursor&) = delete;
+    Cursor& operator=(Cursor&&) = delete;
+
+    bool next();
+    std::int64_t integer(int column) const;
+    std::string text(int column) const;  // bytes of a text or a blob, empty for NULL
+    std::optional<Id> id(int column) const;
+    bool isNull(int column) const;
+
+private:
+    Statement* statement;  // borrowed
+};
+
+// A prepared statement. `database` must outlive it.
+class Statement final {
+public:
+    Statement(Database& preparedFor, const char* statementSql);
+    ~Statement();
+
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    // Binds the values to ?1, ?2, ... and starts.
+    template <typename... Values>
+    Cursor run(const Values&... values) {
+        rewind();
+        int place = 0;
+        (bind(++place, values), ...);
+        return Cursor(*this);
+    }
+
+    // run() for a statement whose rows, if any, do not matter.
+    template <typename... Values>
+    void execute(const Values&... values) {
+        Cursor cursor = run(values...);
+        while (cursor.next()) {
+        }
+    }
+
+private:
+    friend class Cursor;
+
+    void rewind();
+    void bind(int place, std::int64_t value);
+    void bind(int place, int value) { bind(place, static_cast<std::int64_t>(value)); }
+    void bind(int place, bool value) { bind(place, static_cast<std::int64_t>(value)); }
+    void bind(int place, std::nullptr_t value);
+    void bind(int place, const char* value) { bind(place, std::string_view(value)); }
+    void bind(int place, const std::string& value) { bind(place, std::string_view(value)); }
+    void bind(int place, std::string_view value);
+    void bind(int place, const Id& value);
+    void bind(int place, const Blob& value);
+    template <typename Value>
+    void bind(int place, const std::optional<Value>& value) {
+        value ? bind(place, *value) : bind(place, nullptr);
+    }
+    void check(int result) const;
+
+    Database& database;
+    const char* const sql;              // a literal
+    sqlite3_stmt* statement = nullptr;  // owned
+};
+
+// Takes the write lock now and undoes everything unless commit() was called.
+class Transaction final {
+public:
+    explicit Transaction(Database& changed);
+    ~Transaction();
+
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+
+private:
+    Database& database;
+    bool open = true;
+};
+
+}  // namespace sonolet::service
+
+#endif

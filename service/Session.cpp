@@ -1,0 +1,476 @@
+#include "Session.h"
+
+#include "User.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+namespace sonolet::service {
+
+namespace {
+
+constexpr std::size_t longestUserAgent = 255;
+constexpr int sweden = 'S' << 8 | 'E';
+
+// How often changes that other processes make are looked for, in milliseconds.
+constexpr int restingTimeout = 5000;
+constexpr int loggedInTimeout = 1000;
+
+void require(bool condition, sp_error error, const char* text) {
+    if (!condition) {
+        throw ServiceError(error, text);
+    }
+}
+
+const sp_session_callbacks& checked(const sp_session_config& config) {
+    require(config.api_version == SPOTIFY_API_VERSION, SP_ERROR_BAD_API_VERSION,
+            "the program was made for another version of the interface");
+    require(config.application_key != nullptr && config.application_key_size > 0,
+            SP_ERROR_BAD_APPLICATION_KEY, "there is no application key");
+    require(config.user_agent != nullptr && *config.user_agent != '\0' &&
+                strnlen(config.user_agent, longestUserAgent + 1) <= longestUserAgent,
+            SP_ERROR_BAD_USER_AGENT, "the user agent must have 1 to 255 bytes");
+    require(config.callbacks != nullptr, SP_ERROR_MISSING_CALLBACK, "there are no callbacks");
+    return *config.callbacks;
+}
+
+// A catalogue can be made again from the music, so a damaged one makes room.
+std::unique_ptr<Catalogue> openCatalogue(const std::string& file, std::string& complaint) {
+    try {
+        return std::make_unique<Catalogue>(file);
+    } catch (const DatabaseError& error) {
+        if (!error.damaged()) {
+            throw;
+        }
+        complaint = std::string(error.what()) + "; it is made again";
+    }
+    for (const char* ending : {"", "-wal", "-shm"}) {
+        const std::string damaged = file + ending;
+        // A journal need not exist; a database that stays makes the next try fail.
+        static_cast<void>(std::remove(damaged.c_str()));
+    }
+    return std::make_unique<Catalogue>(file);
+}
+
+}  // namespace
+
+Session::Session(const sp_session_config& config)
+    : callbacks(checked(config)), userData(config.userdata), token(randomText(16)), events([this] {
+          if (callbacks.notify_main_thread != nullptr) {
+              callbacks.notify_main_thread(handle());
+          }
+      }) {
+    try {
+        paths = StatePaths::prepare(config.settings_location, config.cache_location);
+        music = musicFolder();
+        openLibrary();
+    } catch (const std::exception& error) {
+        throw ServiceError(SP_ERROR_API_INITIALIZATION_FAILED, error.what());
+    }
+}
+
+Session::~Session() = default;
+
+sp_session* Session::handle() {
+    return static_cast<sp_session*>(this);
+}
+
+void Session::openLibrary() {
+    auto openAccounts = std::make_unique<Accounts>(paths.accountsFile());
+    std::string complaint;
+    auto catalogue = openCatalogue(paths.catalogueFile(music), complaint);
+    shelves = std::make_shared<Library>(std::move(catalogue), std::move(openAccounts));
+    log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
+    if (!complaint.empty()) {
+        log(complaint);
+    }
+}
+
+void Session::start() {
+    worker = std::make_unique<Worker>();
+    startPlayer();
+    ScanEvents scanEvents;
+    scanEvents.log = [this](std::string line) { log(std::move(line)); };
+    scanEvents.finished = [this] {
+        events.post([this] {
+            shelves->setScanned();
+            raise(&sp_session_callbacks::metadata_updated);
+        });
+    };
+    scanner = std::make_unique<Scanner>(music, paths.catalogueFile(music), std::move(scanEvents));
+}
+
+void Session::startPlayer() {
+    PlayerEvents playerEvents;
+    playerEvents.deliver = [this](const AudioFormat& format, const void* frames, int count) {
+        if (callbacks.music_delivery == nullptr) {
+            return count;
+        }
+        const sp_audioformat delivered = {SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, format.sampleRate,
+                                          format.channels};
+        return callbacks.music_delivery(handle(), &delivered, frames, count);
+    };
+    playerEvents.endOfTrack = [this] {
+        std::optional<Id> ended;
+        {
+            const std::lock_guard<std::mutex> lock(loadedMutex);
+            ended = loaded;
+        }
+        events.post([this, ended] {
+            if (ended && account) {
+                accounts().recordPlay(account->id, *ended);
+            }
+        });
+        if (callbacks.end_of_track != nullptr) {
+            callbacks.end_of_track(handle());
+        }
+    };
+    playerEvents.streamingError = [this](sp_error error, const std::string& why) {
+        log(why);
+        events.post([this, error] {
+            playing = false;
+            raise(&sp_session_callbacks::streaming_error, error);
+        });
+    };
+    playerEvents.log = [this](std::string line) { log(std::move(line)); };
+    player = std::make_unique<Player>(std::move(playerEvents));
+}
+
+void Session::close() {
+    closed = true;
+    // Each joins its thread; what those still post is dropped with the queue.
+    player.reset();
+    scanner.reset();
+    worker.reset();
+    events.close();
+    account.reset();
+    userHandle = {};
+    friendHandles.clear();
+    shelves->close();
+}
+
+void Session::log(std::string line) {
+    if (callbacks.log_message != nullptr) {
+        events.post(
+            [this, line = std::move(line)] { callbacks.log_message(handle(), line.c_str()); });
+    }
+}
+
+template <typename... Parameters, typename... Arguments>
+void Session::raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
+                    Arguments... arguments) {
+    if (!closed && callbacks.*callback != nullptr) {
+        (callbacks.*callback)(handle(), arguments...);
+    }
+}
+
+sp_error Session::processEvents(int* nextTimeout) {
+    if (!dispatching) {
+        // A callback may release the session.
+        const std::shared_ptr<Session> keep = shared_from_this();
+        dispatching = true;
+        try {
+            lookForChanges();
+        } catch (const std::exception& error) {
+            log(error.what());
+        }
+        // What the events themselves post waits for the next call, so that this one ends.
+        for (std::size_t waiting = events.size(); waiting > 0 && !closed; --waiting) {
+            const EventQueue::Event event = events.pop();
+            try {
+                event();
+            } catch (const std::exception& error) {
+                log(error.what());
+            }
+        }
+        dispatching = false;
+    }
+    if (nextTimeout != nullptr) {
+        *nextTimeout = timeout();
+    }
+    return SP_ERROR_OK;
+}
+
+int Session::timeout() const {
+    if (events.size() > 0) {
+        return 0;
+    }
+    return account ? loggedInTimeout : restingTimeout;
+}
+
+void Session::lookForChanges() {
+    if (shelves->refreshCatalogue()) {
+        events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
+    }
+    if (shelves->refreshAccounts()) {
+        if (playing && account && accounts().playToken(account->id) != token) {
+            losePlayToken();
+        }
+        const std::vector<std::string> before = friends;
+        refreshFriends();
+        if (friends != before) {
+            events.post([this] { raise(&sp_session_callbacks::userinfo_updated); });
+        }
+    }
+}
+
+// ---- Accounts ----
+
+sp_error Session::login(const char* name, const char* password, bool remember, const char* blob) {
+    const bool hasBlob = blob != nullptr && *blob != '\0';
+    if (name == nullptr || *name == '\0' || (password == nullptr && !hasBlob)) {
+        return SP_ERROR_INVALID_INDATA;
+    }
+    const std::string wanted = name;
+    const Secret secret(hasBlob ? blob : password);
+    checkCredentials(
+        [wanted, secret, hasBlob](Accounts& store) {
+            return hasBlob ? store.checkBlob(wanted, secret) : store.checkPassword(wanted, secret);
+        },
+        remember, true);
+    return SP_ERROR_OK;
+}
+
+sp_error Session::relogin() {
+    const std::optional<Account> remembered = accounts().remembered();
+    if (!remembered) {
+        return SP_ERROR_NO_CREDENTIALS;
+    }
+    checkCredentials([](Accounts& store) { return store.remembered(); }, false, false);
+    return SP_ERROR_OK;
+}
+
+// The worker opens a connection of its own, since a check takes as long as its hash is hard.
+void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
+    const unsigned attempt = ++loginAttempt;
+    loginPending = true;
+    worker->post([this, attempt, remember, issueBlob, check = std::move(check)] {
+        std::optional<Account> found;
+        std::string blob;
+        sp_error error = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+        try {
+            Accounts store(paths.accountsFile());
+            found = check(store);
+            if (found && remember) {
+                store.remember(found->id);
+            }
+            if (found && issueBlob) {
+                blob = store.issueBlob(found->id);
+            }
+        } catch (const std::exception& failure) {
+            log(std::string("Login failed: ") + failure.what());
+            found.reset();
+            error = SP_ERROR_OTHER_PERMANENT;
+        }
+        events.post([this, attempt, found, blob, error] {
+            if (attempt != loginAttempt) {
+                return;
+            }
+            loginPending = false;
+            found ? finishLogin(*found, blob) : failLogin(error);
+        });
+    });
+}
+
+void Session::failLogin(sp_error error) {
+    raise(&sp_session_callbacks::logged_in, error);
+}
+
+void Session::finishLogin(const Account& found, const std::string& blob) {
+    if (account && account->id != found.id) {
+        stopPlaying();
+        account.reset();
+        userHandle = {};
+        raise(&sp_session_callbacks::logged_out);
+        if (closed) {
+            return;
+        }
+    }
+    account = found;
+    userHandle = shelves->user(found.name);
+    refreshFriends();
+    log("Logged in as " + found.name);
+    raise(&sp_session_callbacks::logged_in, SP_ERROR_OK);
+    if (!blob.empty()) {
+        raise(&sp_session_callbacks::credentials_blob_updated, blob.c_str());
+    }
+    raise(&sp_session_callbacks::userinfo_updated);
+    raise(&sp_session_callbacks::metadata_updated);
+}
+
+sp_error Session::logout() {
+    if (!account && !loginPending) {
+        return SP_ERROR_OK;
+    }
+    ++loginAttempt;
+    loginPending = false;
+    stopPlaying();
+    account.reset();
+    userHandle = {};
+    friends.clear();
+    friendHandles.clear();
+    events.post([this] { raise(&sp_session_callbacks::logged_out); });
+    return SP_ERROR_OK;
+}
+
+sp_error Session::forgetMe() {
+    accounts().forget();
+    return SP_ERROR_OK;
+}
+
+std::optional<std::string> Session::rememberedUser() {
+    const std::optional<Account> remembered = accounts().remembered();
+    return remembered ? std::optional<std::string>(remembered->name) : std::nullopt;
+}
+
+sp_connectionstate Session::connectionState() const {
+    return account ? SP_CONNECTION_STATE_LOGGED_IN : SP_CONNECTION_STATE_LOGGED_OUT;
+}
+
+void Session::refreshFriends() {
+    friends.clear();
+    if (!account) {
+        return;
+    }
+    for (const Account& other : accounts().all()) {
+        if (other.id != account->id) {
+            friends.push_back(other.name);
+        }
+    }
+}
+
+int Session::friendCount() {
+    return static_cast<int>(friends.size());
+}
+
+sp_user* Session::friendAt(int index) {
+    if (index < 0 || index >= friendCount()) {
+        return nullptr;
+    }
+    Ref<sp_user> wanted = shelves->user(friends[index]);
+    const auto held = [&](const Ref<sp_user>& ref) { return ref.get() == wanted.get(); };
+    if (std::none_of(friendHandles.begin(), friendHandles.end(), held)) {
+        friendHandles.push_back(wanted);
+    }
+    return wanted.get();
+}
+
+int Session::country() const {
+    // As the C library reads it: the first of these that is set decides.
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* locale = g_getenv(name);
+        if (locale == nullptr || *locale == '\0') {
+            continue;
+        }
+        const char* territory = std::strchr(locale, '_');
+        const bool known = territory != nullptr && g_ascii_isupper(territory[1]) &&
+                           g_ascii_isupper(territory[2]) && !g_ascii_isalnum(territory[3]);
+        return known ? territory[1] << 8 | territory[2] : sweden;
+    }
+    return sweden;
+}
+
+sp_error Session::setCacheSize(std::size_t megabytes) {
+    accounts().setSetting("cache_megabytes", std::to_string(megabytes));
+    return SP_ERROR_OK;
+}
+
+// ---- Playing ----
+
+std::string Session::filePath(Track& track) const {
+    return music + '/' + track.path();
+}
+
+sp_error Session::playable(Track& track) const {
+    if (!account) {
+        return SP_ERROR_PERMISSION_DENIED;
+    }
+    if (!track.isLoaded() && track.error() == SP_ERROR_IS_LOADING) {
+        return SP_ERROR_IS_LOADING;
+    }
+    return track.isAvailable() ? SP_ERROR_OK : SP_ERROR_TRACK_NOT_PLAYABLE;
+}
+
+sp_error Session::load(Track& track) {
+    if (const sp_error error = playable(track); error != SP_ERROR_OK) {
+        return error;
+    }
+    stopPlaying();
+    const sp_error error = player->load(filePath(track));
+    if (error == SP_ERROR_OK) {
+        loadedDurationMs = track.durationMs();
+        const std::lock_guard<std::mutex> lock(loadedMutex);
+        loaded = track.id();
+    }
+    return error;
+}
+
+sp_error Session::play(bool on) {
+    if (!loaded) {
+        return SP_ERROR_NO_STREAM_AVAILABLE;
+    }
+    if (on && account) {
+        accounts().takePlayToken(account->id, token);
+    }
+    playing = on;
+    return player->play(on);
+}
+
+sp_error Session::seek(int offsetMs) {
+    if (!loaded) {
+        return SP_ERROR_NO_STREAM_AVAILABLE;
+    }
+    if (offsetMs < 0 || offsetMs > loadedDurationMs) {
+        return SP_ERROR_INVALID_INDATA;
+    }
+    return player->seek(offsetMs);
+}
+
+sp_error Session::unload() {
+    stopPlaying();
+    return SP_ERROR_OK;
+}
+
+sp_error Session::prefetch(Track& track) {
+    if (const sp_error error = playable(track); error != SP_ERROR_OK) {
+        return error;
+    }
+    return player->prefetch(filePath(track));
+}
+
+void Session::stopPlaying() {
+    playing = false;
+    // There is nothing to unload when nothing is loaded; the answer would say no more.
+    static_cast<void>(player->unload());
+    const std::lock_guard<std::mutex> lock(loadedMutex);
+    loaded.reset();
+}
+
+void Session::losePlayToken() {
+    playing = false;
+    static_cast<void>(player->play(false));
+    log("Playback stopped: another session plays for " + account->name);
+    events.post([this] { raise(&sp_session_callbacks::play_token_lost); });
+}
+
+// ---- Stars ----
+
+bool Session::isStarred(const Track& track) {
+    return account && accounts().isStarred(account->id, track.id());
+}
+
+sp_error Session::setStarred(const std::vector<Id>& tracks, bool star) {
+    if (!account) {
+        return SP_ERROR_PERMISSION_DENIED;
+    }
+    accounts().setStarred(account->id, tracks, star);
+    events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
+    return SP_ERROR_OK;
+}
+
+}  // namespace sonolet::service

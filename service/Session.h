@@ -1,0 +1,147 @@
+#ifndef SONOLET_SERVICE_SESSION_H
+#define SONOLET_SERVICE_SESSION_H
+
+#include "EventQueue.h"
+#include "Library.h"
+#include "Scanner.h"
+#include "StatePaths.h"
+#include "Track.h"
+#include "Worker.h"
+#include "player/Player.h"
+
+#include "libspotify/api.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// A failure that has a number in the interface.
+class ServiceError final : public std::runtime_error {
+public:
+    ServiceError(sp_error errorCode, const std::string& text)
+        : std::runtime_error(text), code(errorCode) {}
+    sp_error number() const { return code; }
+
+private:
+    sp_error code;
+};
+
+// The one session of a process: who is logged in, what there is to play, and what plays.
+//
+// Threads: the operations belong to the thread that calls processEvents(). The scan, the checking
+// of credentials and the player have threads of their own, which reach the owner through the event
+// queue; music_delivery and end_of_track alone are called on the player's. No lock is held while a
+// callback runs. A callback may call any operation: a processEvents() inside one does nothing, and
+// after close() no further callback runs.
+class Session : public std::enable_shared_from_this<Session> {
+public:
+    // Throws ServiceError for a configuration that cannot be used.
+    explicit Session(const sp_session_config& config);
+
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    // Starts the scan. The session is known by its handle from here on.
+    void start();
+
+    // Joins every thread. The player is silent, the library empty from here on.
+    void close();
+
+    sp_error processEvents(int* nextTimeout);
+    void* userdata() const { return userData; }
+    const std::shared_ptr<Library>& library() const { return shelves; }
+    Accounts& accounts() const { return *shelves->accounts(); }
+
+    sp_error login(const char* name, const char* password, bool remember, const char* blob);
+    sp_error relogin();
+    sp_error logout();
+    sp_error forgetMe();
+    std::optional<std::string> rememberedUser();
+    sp_connectionstate connectionState() const;
+    sp_user* user() const { return userHandle.get(); }
+    int friendCount();
+    sp_user* friendAt(int index);
+    int country() const;
+    sp_error setCacheSize(std::size_t megabytes);
+
+    sp_error load(Track& track);
+    sp_error play(bool on);
+    sp_error seek(int offsetMs);
+    sp_error unload();
+    sp_error prefetch(Track& track);
+
+    bool isStarred(const Track& track);
+    sp_error setStarred(const std::vector<Id>& tracks, bool star);
+
+protected:
+    ~Session();
+
+private:
+    using Check = std::function<std::optional<Account>(Accounts&)>;
+
+    sp_session* handle();
+    void log(std::string line);
+    template <typename... Parameters, typename... Arguments>
+    void raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
+               Arguments... arguments);
+
+    void openLibrary();
+    void startPlayer();
+    void checkCredentials(Check check, bool remember, bool issueBlob);
+    void finishLogin(const Account& found, const std::string& blob);
+    void failLogin(sp_error error);
+    void lookForChanges();
+    void refreshFriends();
+    void losePlayToken();
+    void stopPlaying();
+    std::string filePath(Track& track) const;
+    sp_error playable(Track& track) const;
+    int timeout() const;
+
+    // Constant after construction.
+    const sp_session_callbacks callbacks;
+    void* const userData;
+    StatePaths paths;
+    std::string music;
+    const std::string token;  // names this session among those of an account
+
+    EventQueue events;
+
+    // State below is the owner thread's.
+    std::shared_ptr<Library> shelves;
+    std::optional<Account> account;  // who is logged in
+    Ref<sp_user> userHandle;
+    std::vector<std::string> friends;
+    std::vector<Ref<sp_user>> friendHandles;
+    unsigned loginAttempt = 0;  // an outcome of an earlier attempt is dropped
+    bool loginPending = false;
+    bool dispatching = false;
+    bool closed = false;
+    bool playing = false;
+    int loadedDurationMs = 0;
+
+    // The track whose end the player may report; set once load() has returned.
+    std::mutex loadedMutex;
+    std::optional<Id> loaded;
+
+    std::unique_ptr<Player> player;
+    std::unique_ptr<Scanner> scanner;
+    std::unique_ptr<Worker> worker;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_session final : sonolet::service::Session {  // NOLINT(readability-identifier-naming)
+    using Session::Session;
+    ~sp_session() = default;
+};
+
+#endif

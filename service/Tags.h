@@ -1,0 +1,43 @@
+#ifndef SONOLET_SERVICE_TAGS_H
+#define SONOLET_SERVICE_TAGS_H
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sonolet::service {
+
+// A file that says it is music and cannot be read as such.
+class UnreadableFile final : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// What a music file says of itself. Texts are valid UTF-8; a text or number that is not given is
+// empty or 0.
+struct Tags {
+    std::string title;
+    std::vector<std::string> artists;
+    std::string albumArtist;
+    std::string album;
+    int disc = 0;
+    int number = 0;
+    int numberOfTracks = 0;
+    int year = 0;
+    bool compilation = false;
+    std::string releaseType;  // "album", "single", "compilation", ... in lower case
+    std::string copyright;
+    int durationMs = 0;
+    std::string picture;  // the front cover's bytes
+};
+
+// Whether the name's ending is one of a format that can be played.
+bool isMusicFile(std::string_view fileName);
+
+// Throws UnreadableFile.
+Tags readTags(const std::string& path);
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,42 @@
+#ifndef SONOLET_SERVICE_WORKER_H
+#define SONOLET_SERVICE_WORKER_H
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace sonolet::service {
+
+// A thread that does one task after another.
+//
+// Threads: post() is for any thread. The destructor finishes the task under way, drops the others
+// and joins. A task must not throw.
+class Worker final {
+public:
+    using Task = std::function<void()>;
+
+    Worker();
+    ~Worker();
+
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    void post(Task task);
+
+private:
+    void work();
+
+    // State below is protected by mutex.
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Task> tasks;
+    bool stopping = false;
+
+    std::thread thread;  // last: it uses everything above
+};
+
+}  // namespace sonolet::service
+
+#endif

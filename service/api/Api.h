@@ -1,0 +1,88 @@
+#ifndef SONOLET_SERVICE_API_API_H
+#define SONOLET_SERVICE_API_API_H
+
+#include "Session.h"
+
+#include "libspotify/api.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <string>
+
+// The door between the C interface and the classes behind it. Nothing is thrown through it, a NULL
+// handle is never followed, and a handle of a session that was released is refused.
+namespace sonolet::service {
+
+// The living session, if that is what the handle names.
+std::shared_ptr<Session> sessionOf(const sp_session* handle) noexcept;
+
+// The living session's library, or NULL.
+std::shared_ptr<Library> currentLibrary() noexcept;
+
+// Tells what went wrong inside a function that has no room for it, and gives its number.
+sp_error explain() noexcept;
+
+// What `action` answers, or what it threw as a number.
+template <typename Action>
+sp_error guarded(Action action) noexcept {
+    try {
+        return action();
+    } catch (...) {
+        return explain();
+    }
+}
+
+// What `action` answers, or `otherwise` when it throws.
+template <typename Result, typename Action>
+Result guardedOr(Result otherwise, Action action) noexcept {
+    try {
+        return action();
+    } catch (...) {
+        explain();
+        return otherwise;
+    }
+}
+
+// guarded() for a session's operation.
+template <typename Action>
+sp_error withSession(const sp_session* handle, Action action) noexcept {
+    return guarded([&] {
+        const std::shared_ptr<Session> session = sessionOf(handle);
+        return session == nullptr ? SP_ERROR_INVALID_INDATA : action(*session);
+    });
+}
+
+// guardedOr() for a question to a handle.
+template <typename Result, typename Object, typename Question>
+Result ask(Object* object, Result otherwise, Question question) noexcept {
+    if (object == nullptr) {
+        return otherwise;
+    }
+    return guardedOr(otherwise, [&]() -> Result { return question(*object); });
+}
+
+template <typename Object>
+sp_error addRef(Object* object) noexcept {
+    if (object == nullptr) {
+        return SP_ERROR_INVALID_INDATA;
+    }
+    object->addRef();
+    return SP_ERROR_OK;
+}
+
+template <typename Object>
+sp_error release(Object* object) noexcept {
+    if (object == nullptr) {
+        return SP_ERROR_INVALID_INDATA;
+    }
+    object->release();
+    return SP_ERROR_OK;
+}
+
+// Copies as much of the text as fits, with its terminator, and answers the text's length.
+int copyText(const std::string& text, char* buffer, std::size_t size) noexcept;
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,132 @@
+// sonolet-user: the accounts of the local music service.
+
+#include "Accounts.h"
+#include "StatePaths.h"
+
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sonolet::service;
+
+constexpr int failure = 1;
+constexpr int misuse = 2;
+
+constexpr char usage[] =
+    "Usage: sonolet-user add NAME      make an account\n"
+    "       sonolet-user list          print the names of all accounts\n"
+    "       sonolet-user passwd NAME   change a password; forgets stored logins\n"
+    "       sonolet-user remove NAME   remove an account and all that it kept\n"
+    "\n"
+    "The password is asked for on a terminal, and otherwise read as one line of standard input.\n"
+    "SONOLET_STATE names the folder that the accounts are kept in.\n";
+
+// What is typed is not shown while this lives.
+class HiddenInput final {
+public:
+    HiddenInput() {
+        if (tcgetattr(STDIN_FILENO, &shown) == 0) {
+            termios hidden = shown;
+            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+            changed = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
+        }
+    }
+    ~HiddenInput() {
+        if (changed) {
+            tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+            std::fputc('\n', stderr);
+        }
+    }
+    HiddenInput(const HiddenInput&) = delete;
+    HiddenInput& operator=(const HiddenInput&) = delete;
+
+private:
+    termios shown{};
+    bool changed = false;
+};
+
+Secret askPassword(const std::string& prompt) {
+    std::string line;
+    if (isatty(STDIN_FILENO) != 0) {
+        std::fputs(prompt.c_str(), stderr);
+        const HiddenInput hidden;
+        std::getline(std::cin, line);
+    } else {
+        std::getline(std::cin, line);
+    }
+    const Secret password(line.c_str());
+    line.assign(line.size(), '\0');
+    if (password.value().empty()) {
+        throw std::runtime_error("no password was given");
+    }
+    return password;
+}
+
+Secret newPassword(const std::string& name) {
+    const Secret password = askPassword("Password for " + name + ": ");
+    if (isatty(STDIN_FILENO) != 0 && askPassword("Again: ").value() != password.value()) {
+        throw std::runtime_error("the two passwords differ");
+    }
+    return password;
+}
+
+int answer(bool found, const std::string& name) {
+    if (!found) {
+        std::cerr << "sonolet-user: there is no user " << name << '\n';
+        return failure;
+    }
+    return 0;
+}
+
+int run(const std::vector<std::string>& arguments) {
+    const std::string command = arguments.empty() ? "" : arguments[0];
+    if (command == "--help" || command == "-h") {
+        std::cout << usage;
+        return 0;
+    }
+    const bool takesName = command == "add" || command == "passwd" || command == "remove";
+    if ((!takesName && command != "list") || arguments.size() != (takesName ? 2U : 1U)) {
+        std::cerr << usage;
+        return misuse;
+    }
+    const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
+    Accounts accounts(paths.accountsFile());
+    if (command == "list") {
+        for (const Account& account : accounts.all()) {
+            std::cout << account.name << '\n';
+        }
+        return 0;
+    }
+    const std::string& name = arguments[1];
+    if (command == "add") {
+        // Before anything is typed.
+        if (accounts.find(Accounts::canonicalName(name))) {
+            throw std::runtime_error("the user " + name + " exists already");
+        }
+        accounts.add(name, newPassword(name));
+        return 0;
+    }
+    if (command == "passwd") {
+        return accounts.find(name) ? answer(accounts.setPassword(name, newPassword(name)), name)
+                                   : answer(false, name);
+    }
+    return answer(accounts.remove(name), name);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const std::exception& error) {
+        std::cerr << "sonolet-user: " << error.what() << '\n';
+        return failure;
+    }
+}
