@@ -48,12 +48,10 @@ void CircularBuffer::read(char* out, const unsigned& /*offset*/, const unsigned&
     const unsigned from = readPos.load(std::memory_order_relaxed);
     const unsigned to = writePos.load(std::memory_order_acquire);
     const unsigned end = from + length;
-    if (end < to && end < capacity) {
-        std::memcpy(out, data.get() + from, length);
-        readPos.store(end, std::memory_order_release);
-    } else if (from <= to) {
+    if (from <= to && end >= to) {
         return;
-    } else if (end < capacity) {
+    }
+    if (end < capacity) {
         std::memcpy(out, data.get() + from, length);
         readPos.store(end, std::memory_order_release);
     } else {

@@ -16,14 +16,16 @@ enum SpPluginError {
 };
 
 class Enumeration : public jspp::interface {
+public:
+    ~Enumeration() override = default;
+
 protected:
     struct Constant {
         const char* name;
         int value;
     };
 
-    explicit Enumeration(std::initializer_list<Constant> constants);
-    ~Enumeration() override = default;
+    Enumeration(std::initializer_list<Constant> constants);
 };
 
 class SpSignupPageEnums final : public Enumeration {

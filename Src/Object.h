@@ -18,6 +18,8 @@
 // therefore outlives it.
 class Object : public jspp::event_dispatcher<jspp::interface> {
 public:
+    ~Object() override = default;
+
     // What happens to a wrapper at logout: the handle goes back to libspotify, then the recorded
     // names leave the script object, which stays valid.
     void clear();
@@ -26,7 +28,6 @@ protected:
     // A constructor object: no session, no handle, and "create" for its own.
     Object();
     Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
-    ~Object() override = default;
 
     // Gives the handle back, and whatever libspotify was told about this wrapper.
     virtual void releaseHandle() noexcept = 0;

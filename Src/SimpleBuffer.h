@@ -15,7 +15,7 @@ public:
     void read(char* out, const unsigned& offset, const unsigned& length) override;
 
     // REQUIRES: hasEnoughSpace(length). canWrite() is never true here.
-    void write(const char* data, const unsigned& length) override;
+    void write(const char* bytes, const unsigned& length) override;
 
     unsigned getSize() const override;
     unsigned getSpace() const override;

@@ -77,7 +77,7 @@ void base64_encode(const unsigned char* data, unsigned length, std::string& out)
 int base64_decode(const char* text,
                   unsigned length,
                   unsigned char* out,
-                  unsigned out_size) noexcept {
+                  unsigned outSize) noexcept {
     if (length % 4 != 0) {
         logger.error("", "WARNING: Input string to base64 decode does not have a length that is a "
                          "multiple of 4");
@@ -88,13 +88,13 @@ int base64_decode(const char* text,
         const unsigned p1 = positionOf(group[1]);
         const unsigned p2 = positionOf(group[2]);
         const int produced = group[3] != padding ? 3 : group[2] != padding ? 2 : 1;
-        if (written <= out_size) {
+        if (written <= outSize) {
             out[written] = static_cast<unsigned char>(positionOf(group[0]) << 2 | (p1 & 0x30) >> 4);
         }
-        if (produced > 1 && written + 2 <= out_size) {
+        if (produced > 1 && written + 2 <= outSize) {
             out[written + 1] = static_cast<unsigned char>(p1 << 4 | (p2 & 0x3C) >> 2);
         }
-        if (produced > 2 && written + 4 <= out_size) {
+        if (produced > 2 && written + 4 <= outSize) {
             out[written + 2] = static_cast<unsigned char>(p2 << 6 | positionOf(group[3]));
         }
     }

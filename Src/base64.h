@@ -18,12 +18,9 @@ void base64_encode(const unsigned char* data, unsigned length, std::string& out)
 // multiple of 4. A character outside the alphabet is not refused and gives wrong bytes.
 //
 // With w bytes decoded before a group of four, the group's bytes are stored while w, w + 2 and
-// w + 4 stay within `out_size`; the last bytes of an exact fit may therefore be left out, except
-// where padding ends the text, as it does in an image id. REQUIRES: room for out_size + 1 bytes, or
-// a text that decodes to at most out_size.
-int base64_decode(const char* text,
-                  unsigned length,
-                  unsigned char* out,
-                  unsigned out_size) noexcept;
+// w + 4 stay within `outSize`; the last bytes of an exact fit may therefore be left out, except
+// where padding ends the text, as it does in an image id. REQUIRES: room for outSize + 1 bytes, or
+// a text that decodes to at most outSize.
+int base64_decode(const char* text, unsigned length, unsigned char* out, unsigned outSize) noexcept;
 
 #endif

@@ -36,7 +36,7 @@ public:
     // The native object behind an argument that is a script object of this framework.
     template <class T>
     orvo::shared_ptr<T> interface_of(int i) const {
-        const orvo::shared_ptr<T> native = orvo::dynamic_pointer_cast<T>(native_of(i));
+        orvo::shared_ptr<T> native = orvo::dynamic_pointer_cast<T>(native_of(i));
         if (!native) {
             throw std::runtime_error("Parameter is not of the requested interface type.");
         }

@@ -2,7 +2,7 @@
 
 namespace jspp::__detail {
 
-callback_manager& callbacks() noexcept {
+callback_manager& callbacks() {
     static callback_manager& queue = *new callback_manager;
     return queue;
 }

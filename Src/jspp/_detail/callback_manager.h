@@ -35,7 +35,7 @@ private:
 };
 
 // The one queue; made on first use, never freed.
-callback_manager& callbacks() noexcept;
+callback_manager& callbacks();
 
 }  // namespace jspp::__detail
 

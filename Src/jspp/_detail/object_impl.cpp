@@ -63,7 +63,7 @@ public:
         return result;
     }
 
-    static handle_list& instance() noexcept {
+    static handle_list& instance() {
         static handle_list& list = *new handle_list;
         return list;
     }

@@ -4,7 +4,7 @@
 
 namespace jspp::__detail {
 
-object_manager& objects() noexcept {
+object_manager& objects() {
     static object_manager& registry = *new object_manager;
     return registry;
 }
@@ -25,15 +25,16 @@ object_manager::owner&
 object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) {
     const owner* const parent_entry = entry_of(parent);
     jsplugin_obj* const document = parent_entry ? parent_entry->document : parent;
-    const auto child = children.insert({document, s_child{obj, is_object}});
-    const auto [entry, added] = [&] {
-        try {
-            return owners.try_emplace(obj);
-        } catch (...) {
-            children.erase(child);
-            throw;
+    const auto [entry, added] = owners.try_emplace(obj);
+    child_map::iterator child;
+    try {
+        child = children.insert({document, s_child{obj, is_object}});
+    } catch (...) {
+        if (added) {
+            owners.erase(entry);
         }
-    }();
+        throw;
+    }
     if (added) {
         entry->second.id = ++last_id;
     } else {

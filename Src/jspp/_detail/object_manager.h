@@ -89,7 +89,7 @@ private:
 };
 
 // The one registry; made on first use, never freed, since handles are dropped up to process exit.
-object_manager& objects() noexcept;
+object_manager& objects();
 
 }  // namespace jspp::__detail
 

@@ -107,13 +107,8 @@ public:
 
     ~shared_ptr() { decreaseRef(); }
 
-    shared_ptr& operator=(const shared_ptr& other) noexcept {
-        shared_ptr(other).swap(*this);
-        return *this;
-    }
-
-    shared_ptr& operator=(shared_ptr&& other) noexcept {
-        shared_ptr(std::move(other)).swap(*this);
+    shared_ptr& operator=(shared_ptr other) noexcept {
+        swap(other);
         return *this;
     }
 
