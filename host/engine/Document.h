@@ -1,0 +1,108 @@
+#ifndef SONOLET_HOST_ENGINE_DOCUMENT_H
+#define SONOLET_HOST_ENGINE_DOCUMENT_H
+
+#include "engine/ErrorReporter.h"
+#include "engine/GlobalNames.h"
+#include "engine/Intrinsics.h"
+#include "engine/ObjectStore.h"
+#include "engine/PluginLibrary.h"
+#include "engine/Scheduler.h"
+
+#include <JavaScriptCore/JavaScript.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+// One page's script context with the plug-in in it: the plug-in's globals, its objects, its polls.
+//
+// Made for a context in which no script of the page has run yet, and closed before that context is
+// released. Threads: the script thread. Errors: the constructor throws std::runtime_error; what the
+// plug-in answers as an exception is thrown in script, what a listener throws goes to the reporter.
+class Document final {
+public:
+    // Where the page comes from, as allow_access is asked.
+    struct Origin {
+        std::string protocol;
+        std::string host;
+        int port = 0;
+    };
+
+    Document(JSGlobalContextRef scriptContext,
+             const PluginLibrary& plugin,
+             Scheduler& pageScheduler,
+             ErrorReporter& errorReporter);
+    ~Document();
+
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    // Starts the plug-in in this document. Answers false when it refuses the page, which then sees
+    // none of its globals.
+    bool open(const Origin& origin);
+
+    // Runs the unload listeners, stops the polls and destructs every object of the plug-in; script
+    // that still has one finds it empty. From inside a call of the plug-in it waits for its end.
+    void close();
+
+    // Lets go of what the plug-in no longer holds, so that the next collection can take it. It
+    // happens by itself now and then; before a forced collection it must be called.
+    void letGo();
+
+    ObjectStore& objects() noexcept { return *store; }
+    const Intrinsics& intrinsics() const noexcept { return engine; }
+    const struct jsplugin_capabilities& plugin() const noexcept { return capabilities; }
+
+    // The callback table's part. Each answers whether it was done.
+    bool addPoll(unsigned intervalMs, jsplugin_poll* poll);
+    bool addUnloadListener(jsplugin_unload* listener);
+    bool
+    callFunction(ObjectRecord* thisRecord, ObjectRecord& callee, int argc, jsplugin_value* argv);
+
+    // The fronts' part: an access of script to a native object.
+    JSValueRef readProperty(ObjectRecord& record, JSStringRef name, JSValueRef* exception);
+    bool
+    writeProperty(ObjectRecord& record, JSStringRef name, JSValueRef value, JSValueRef* exception);
+    JSValueRef callNative(ObjectRecord& function,
+                          JSObjectRef thisObject,
+                          size_t argc,
+                          const JSValueRef argv[],
+                          JSValueRef* exception);
+
+    // Stands while the plug-in runs. The outermost is where objects may be let go first: no frame
+    // of the plug-in is on the stack that could hold one.
+    class PluginCall final {
+    public:
+        explicit PluginCall(Document& calledIn);
+        ~PluginCall();
+        PluginCall(const PluginCall&) = delete;
+        PluginCall& operator=(const PluginCall&) = delete;
+
+    private:
+        Document& document;
+    };
+
+private:
+    void closeNow();
+
+    JSGlobalContextRef context;
+    const struct jsplugin_capabilities& capabilities;
+    Scheduler& scheduler;
+    ErrorReporter& reporter;
+    Intrinsics engine;
+    std::unique_ptr<ObjectStore> store;
+    GlobalNames globals;
+
+    bool opened = false;
+    bool closed = false;
+    bool closePending = false;
+    std::vector<jsplugin_unload*> unloadListeners;
+    std::set<unsigned> polls;  // the scheduler's ids
+    unsigned housekeeping = 0;
+
+    unsigned depth = 0;               // of plug-in calls on the stack
+    std::uint64_t serialAtEntry = 0;  // the store's, when the outermost began
+};
+
+#endif

@@ -1,0 +1,13 @@
+#ifndef SONOLET_HOST_ENGINE_ERRORREPORTER_H
+#define SONOLET_HOST_ENGINE_ERRORREPORTER_H
+
+#include <JavaScriptCore/JavaScript.h>
+
+// Where exceptions go that no script can catch: those thrown by functions that a plug-in calls.
+class ErrorReporter {
+public:
+    virtual ~ErrorReporter() = default;
+    virtual void uncaught(JSContextRef context, JSValueRef exception) noexcept = 0;
+};
+
+#endif

@@ -1,0 +1,126 @@
+#include "engine/Fronts.h"
+
+#include "engine/Document.h"
+#include "engine/Text.h"
+
+namespace {
+
+ObjectRecord* recordIn(JSObjectRef cell) noexcept {
+    auto* const link = static_cast<FrontLink*>(JSObjectGetPrivate(cell));
+    return link != nullptr ? link->record : nullptr;
+}
+
+// The accessor of Object.prototype answers it; no plug-in may.
+bool isPrototypeName(JSStringRef name) {
+    return JSStringIsEqualToUTF8CString(name, "__proto__");
+}
+
+JSValueRef
+catchRead(JSContextRef, JSObjectRef cell, JSStringRef name, JSValueRef* exception) noexcept {
+    ObjectRecord* const record = recordIn(cell);
+    if (record == nullptr || isPrototypeName(name)) {
+        return nullptr;
+    }
+    return record->document.readProperty(*record, name, exception);
+}
+
+bool catchWrite(JSContextRef,
+                JSObjectRef cell,
+                JSStringRef name,
+                JSValueRef value,
+                JSValueRef* exception) noexcept {
+    ObjectRecord* const record = recordIn(cell);
+    if (record == nullptr || record->callbacks.setter == nullptr || isPrototypeName(name)) {
+        return false;
+    }
+    return record->document.writeProperty(*record, name, value, exception);
+}
+
+JSValueRef callFunction(JSContextRef context,
+                        JSObjectRef function,
+                        JSObjectRef thisObject,
+                        size_t argc,
+                        const JSValueRef argv[],
+                        JSValueRef* exception) noexcept {
+    ObjectRecord* const record = recordIn(function);
+    if (record == nullptr) {
+        return JSValueMakeUndefined(context);
+    }
+    return record->document.callNative(*record, thisObject, argc, argv, exception);
+}
+
+void finalize(JSObjectRef cell) noexcept {
+    FinalizerQueue::add(static_cast<FrontLink*>(JSObjectGetPrivate(cell)));
+}
+
+JSClassDefinition definition(const char* name) {
+    JSClassDefinition made = kJSClassDefinitionEmpty;
+    made.className = name;
+    made.attributes = kJSClassAttributeNoAutomaticPrototype;
+    made.finalize = finalize;
+    return made;
+}
+
+// The three classes are the process's, and are never released.
+JSClassRef objectClass() {
+    static const JSClassRef made = [] {
+        JSClassDefinition front = definition("NativeObject");
+        front.setProperty = catchWrite;
+        return JSClassCreate(&front);
+    }();
+    return made;
+}
+
+JSClassRef functionClass() {
+    static const JSClassRef made = [] {
+        JSClassDefinition front = definition("Function");
+        front.setProperty = catchWrite;
+        front.callAsFunction = callFunction;
+        return JSClassCreate(&front);
+    }();
+    return made;
+}
+
+JSClassRef catcherClass() {
+    static const JSClassRef made = [] {
+        JSClassDefinition catcher = definition("NativeObjectPrototype");
+        catcher.getProperty = catchRead;
+        return JSClassCreate(&catcher);
+    }();
+    return made;
+}
+
+}  // namespace
+
+Fronts::Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
+    : context(scriptContext), intrinsics(engineFunctions),
+      objectFallback(context, intrinsics, intrinsics.objectPrototype()),
+      functionFallback(context, intrinsics, intrinsics.functionPrototype()) {}
+
+JSObjectRef Fronts::make(FrontLink& link) const {
+    const NativeCallbacks& callbacks = link.record->callbacks;
+    const bool isFunction = callbacks.call != nullptr;
+    const JSObjectRef front =
+        JSObjectMake(context, isFunction ? functionClass() : objectClass(), &link);
+    link.cells = 1;
+    if (callbacks.getter == nullptr) {
+        JSObjectSetPrototype(context, front,
+                             isFunction ? intrinsics.functionPrototype()
+                                        : intrinsics.objectPrototype());
+        return front;
+    }
+    const JSObjectRef catcher = JSObjectMake(context, catcherClass(), &link);
+    link.cells = 2;
+    JSObjectSetPrototype(context, catcher,
+                         isFunction ? functionFallback.object() : objectFallback.object());
+    JSObjectSetPrototype(context, front, catcher);
+    return front;
+}
+
+ObjectRecord* Fronts::recordOf(JSContextRef context, JSObjectRef object) noexcept {
+    if (!JSValueIsObjectOfClass(context, object, objectClass()) &&
+        !JSValueIsObjectOfClass(context, object, functionClass())) {
+        return nullptr;
+    }
+    return recordIn(object);
+}

@@ -1,0 +1,48 @@
+#ifndef SONOLET_HOST_ENGINE_GLIBSCHEDULER_H
+#define SONOLET_HOST_ENGINE_GLIBSCHEDULER_H
+
+#include "engine/Scheduler.h"
+
+#include <glib.h>
+
+#include <map>
+#include <unordered_map>
+#include <utility>
+
+// Tasks on the thread's default GLib main context, `speed` times as fast as the clock.
+//
+// One source serves all tasks: GLib runs sources that are due in the order of their making, tasks
+// run in the order of their time.
+class GlibScheduler final : public Scheduler {
+public:
+    explicit GlibScheduler(double speed = 1.0);
+    ~GlibScheduler() override;
+
+    GlibScheduler(const GlibScheduler&) = delete;
+    GlibScheduler& operator=(const GlibScheduler&) = delete;
+
+    unsigned schedule(Delay delay, Task task) override;
+    void cancel(unsigned id) override;
+
+private:
+    // When a task is due (monotonic time, microseconds), and its turn among those due together.
+    using Place = std::pair<gint64, unsigned long>;
+    struct Entry {
+        Place place;
+        gint64 interval;  // microseconds
+        Task task;
+    };
+
+    void runDue();
+    void arm();
+    static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer data);
+
+    const double speed;
+    GSource* source;  // owned
+    unsigned lastId = 0;
+    unsigned long lastTurn = 0;
+    std::unordered_map<unsigned, Entry> entries;
+    std::map<Place, unsigned> order;  // to the id; without the running task
+};
+
+#endif

@@ -1,0 +1,147 @@
+#include "engine/Intrinsics.h"
+
+#include "engine/Text.h"
+
+#include <array>
+#include <stdexcept>
+
+namespace {
+
+const char* const script = R"js((function () {
+    'use strict';
+    const define = Object.defineProperty;
+    const create = Object.create;
+    const ProxyConstructor = Proxy;
+    return {
+        __proto__: null,
+        weakRef: WeakRef,
+        deref: WeakRef.prototype.deref,
+        holders: new WeakMap(),
+        set: WeakMap.prototype.set,
+        value: (object, name, value, enumerable) => define(object, name,
+            { __proto__: null, value, writable: true, enumerable, configurable: true }),
+        accessor: (object, name, get, set) => define(object, name,
+            { __proto__: null, get, set, enumerable: true, configurable: true }),
+        typeError: TypeError,
+        fallback: (base, get, has) =>
+            new ProxyConstructor(create(base), { __proto__: null, get, has }),
+        get: Reflect.get,
+        has: Reflect.has,
+        objects: Object.prototype,
+        functions: Function.prototype,
+    };
+})())js";
+
+JSObjectRef evaluate(JSGlobalContextRef context) {
+    const text::EngineString source(script);
+    JSValueRef exception = nullptr;
+    const JSValueRef result =
+        JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, &exception);
+    if (exception != nullptr || result == nullptr) {
+        throw std::runtime_error("the script engine lacks a needed function: " +
+                                 (exception != nullptr ? text::toUtf8(context, exception) : ""));
+    }
+    return JSValueToObject(context, result, nullptr);
+}
+
+}  // namespace
+
+Intrinsics::Intrinsics(JSGlobalContextRef scriptContext)
+    : context(scriptContext), table(evaluate(scriptContext)) {
+    weakRefConstructor = member("weakRef");
+    weakRefDeref = member("deref");
+    holders = member("holders");
+    holdersSet = member("set");
+    defineValue = member("value");
+    definePair = member("accessor");
+    typeError = member("typeError");
+    fallback = member("fallback");
+    get = member("get");
+    has = member("has");
+    objects = member("objects");
+    functions = member("functions");
+    JSValueProtect(context, table);
+}
+
+Intrinsics::~Intrinsics() {
+    JSValueUnprotect(context, table);
+}
+
+JSObjectRef Intrinsics::member(const char* name) const {
+    const text::EngineString key(name);
+    const JSValueRef value = JSObjectGetProperty(context, table, key.get(), nullptr);
+    if (value == nullptr || !JSValueIsObject(context, value)) {
+        throw std::runtime_error(std::string("the script engine has no ") + name);
+    }
+    return JSValueToObject(context, value, nullptr);
+}
+
+JSObjectRef Intrinsics::makeWeakRef(JSObjectRef target) const {
+    JSValueRef exception = nullptr;
+    const JSValueRef argument = target;
+    return JSObjectCallAsConstructor(context, weakRefConstructor, 1, &argument, &exception);
+}
+
+JSObjectRef Intrinsics::deref(JSObjectRef weakRef) const {
+    const JSValueRef target =
+        JSObjectCallAsFunction(context, weakRefDeref, weakRef, 0, nullptr, nullptr);
+    return target != nullptr && JSValueIsObject(context, target)
+               ? const_cast<JSObjectRef>(target)  // a JSObjectRef is a JSValueRef to an object
+               : nullptr;
+}
+
+void Intrinsics::hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const {
+    const JSObjectRef list = JSObjectMakeArray(context, held.size(), held.data(), nullptr);
+    const std::array<JSValueRef, 2> arguments = {holder, list};
+    JSObjectCallAsFunction(context, holdersSet, holders, 2, arguments.data(), nullptr);
+}
+
+bool Intrinsics::define(JSObjectRef object,
+                        JSStringRef name,
+                        JSValueRef value,
+                        bool enumerable) const {
+    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), value,
+                                                 JSValueMakeBoolean(context, enumerable)};
+    JSValueRef exception = nullptr;
+    JSObjectCallAsFunction(context, defineValue, nullptr, 4, arguments.data(), &exception);
+    return exception == nullptr;
+}
+
+void Intrinsics::defineAccessor(JSObjectRef object,
+                                JSStringRef name,
+                                JSObjectRef getter,
+                                JSObjectRef setter) const {
+    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), getter,
+                                                 setter};
+    JSObjectCallAsFunction(context, definePair, nullptr, 4, arguments.data(), nullptr);
+}
+
+JSValueRef Intrinsics::makeError(const std::string& message) const {
+    const text::EngineString string(message);
+    const JSValueRef argument = JSValueMakeString(context, string.get());
+    return JSObjectMakeError(context, 1, &argument, nullptr);
+}
+
+JSValueRef Intrinsics::makeTypeError(const std::string& message) const {
+    const text::EngineString string(message);
+    const JSValueRef argument = JSValueMakeString(context, string.get());
+    return JSObjectCallAsConstructor(context, typeError, 1, &argument, nullptr);
+}
+
+JSObjectRef
+Intrinsics::makeFallback(JSObjectRef base, JSObjectRef getTrap, JSObjectRef hasTrap) const {
+    const std::array<JSValueRef, 3> arguments = {base, getTrap, hasTrap};
+    return JSValueToObject(
+        context, JSObjectCallAsFunction(context, fallback, nullptr, 3, arguments.data(), nullptr),
+        nullptr);
+}
+
+JSValueRef
+Intrinsics::reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
+    return JSObjectCallAsFunction(context, get, nullptr, argc, argv, exception);
+}
+
+JSValueRef
+Intrinsics::reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
+    return JSObjectCallAsFunction(context, has, nullptr, argc, argv, exception);
+}

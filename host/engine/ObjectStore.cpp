@@ -1,0 +1,308 @@
+#include "engine/ObjectStore.h"
+
+#include "engine/Values.h"
+
+#include <algorithm>
+#include <utility>
+
+ObjectStore::ObjectStore(Document& owner,
+                         JSGlobalContextRef scriptContext,
+                         const Intrinsics& engineFunctions,
+                         jsplugin_gc_trace* traceOfDocument)
+    : document(owner), context(scriptContext), intrinsics(engineFunctions),
+      fronts(scriptContext, engineFunctions), documentTrace(traceOfDocument),
+      globalRecord(std::make_unique<ObjectRecord>(owner, ObjectRecord::Kind::Global)) {
+    globalRecord->object = JSContextGetGlobalObject(context);
+    globalRecord->rooted = true;
+}
+
+ObjectStore::~ObjectStore() {
+    close();
+}
+
+ObjectRecord* ObjectStore::create(const NativeCallbacks& callbacks) {
+    if (closed) {
+        return nullptr;
+    }
+    auto record = std::make_unique<ObjectRecord>(document, ObjectRecord::Kind::Native, callbacks);
+    ObjectRecord* const created = record.get();
+    created->handedAt = ++lastSerial;
+    ++newSinceTrace;
+    records.emplace(created, std::move(record));
+    return created;
+}
+
+ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
+    if (object == globalRecord->object) {
+        return *globalRecord;
+    }
+    if (ObjectRecord* const native = Fronts::recordOf(context, object)) {
+        touch(*native);
+        return *native;
+    }
+    if (const auto found = pageRecords.find(object); found != pageRecords.end()) {
+        if (living(*found->second) == object) {
+            touch(*found->second);
+            return *found->second;
+        }
+        // Another object has come to lie at the address of one that died.
+        found->second->object = nullptr;
+        pageRecords.erase(found);
+    }
+    auto made = std::make_unique<ObjectRecord>(document, ObjectRecord::Kind::Page);
+    ObjectRecord& record = *made;
+    record.object = object;
+    records.emplace(&record, std::move(made));
+    pageRecords.emplace(object, &record);
+    touch(record);
+    return record;
+}
+
+JSObjectRef ObjectStore::living(const ObjectRecord& record) const {
+    if (record.rooted || record.object == nullptr) {
+        return record.object;
+    }
+    return record.weakRef != nullptr ? intrinsics.deref(record.weakRef) : record.object;
+}
+
+JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
+    if (record.kind == ObjectRecord::Kind::Native && !closed && living(record) == nullptr) {
+        auto* const link = new FrontLink{&record, 0, finalizers};
+        record.object = fronts.make(*link);
+        record.hasCachedProperties = false;
+        record.links.push_back(link);
+        dropWeakRef(record);
+        root(record, record.object);
+    }
+    touch(record);
+    return record.rooted ? record.object : nullptr;
+}
+
+JSValueRef ObjectStore::namedValue(const jsplugin_value& value,
+                                   const std::string& name,
+                                   JSValueRef* exception) {
+    if (value.type == JSP_TYPE_NATIVE_OBJECT) {
+        ObjectRecord* const record = ObjectRecord::find(value.u.object);
+        if (record != nullptr && record->callbacks.call != nullptr && record->name.empty()) {
+            record->name = name;
+        }
+    }
+    return toScript(context, value, exception);
+}
+
+void ObjectStore::cache(ObjectRecord& record, JSStringRef name, JSValueRef value) {
+    const JSObjectRef front = living(record);
+    // Not enumerable, like the names that are not kept: what a page reads changes no enumeration.
+    // A front that the page has frozen takes no property; it is asked for again.
+    if (front != nullptr && intrinsics.define(front, name, value, false)) {
+        record.hasCachedProperties = true;
+    }
+}
+
+void ObjectStore::uncache(ObjectRecord& record, JSStringRef name) {
+    if (!record.hasCachedProperties) {
+        return;
+    }
+    if (const JSObjectRef front = living(record)) {
+        JSObjectDeleteProperty(context, front, name, nullptr);
+    }
+}
+
+void ObjectStore::touch(ObjectRecord& record) {
+    if (closed || &record == globalRecord.get()) {
+        return;
+    }
+    if (!record.rooted) {
+        if (const JSObjectRef object = living(record)) {
+            root(record, object);
+        }
+    }
+    record.handedAt = ++lastSerial;
+}
+
+void ObjectStore::root(ObjectRecord& record, JSObjectRef object) {
+    if (!record.rooted) {
+        JSValueProtect(context, object);
+        record.rooted = true;
+        ++newSinceTrace;
+    }
+}
+
+void ObjectStore::unroot(ObjectRecord& record) {
+    if (!record.rooted) {
+        return;
+    }
+    if (record.weakRef == nullptr) {
+        record.weakRef = intrinsics.makeWeakRef(record.object);
+        if (record.weakRef == nullptr) {
+            return;  // out of memory: it stays until the next trace
+        }
+        JSValueProtect(context, record.weakRef);
+    }
+    JSValueUnprotect(context, record.object);
+    record.rooted = false;
+}
+
+void ObjectStore::dropWeakRef(ObjectRecord& record) {
+    if (record.weakRef != nullptr) {
+        JSValueUnprotect(context, record.weakRef);
+        record.weakRef = nullptr;
+    }
+}
+
+void ObjectStore::mark(ObjectRecord& record) noexcept {
+    if (&record.document != &document || !tracing) {
+        return;
+    }
+    if (markingForDocument) {
+        record.rootTrace = lastTrace;
+    } else {
+        marked.push_back(&record);
+    }
+}
+
+void ObjectStore::trace(std::uint64_t keepAfter, bool outermost) {
+    if (closed || tracing) {
+        return;
+    }
+    ++lastTrace;
+    tracing = true;
+    markingForDocument = true;
+    if (documentTrace != nullptr) {
+        documentTrace(globalRecord.get());
+    }
+    markingForDocument = false;
+    std::vector<ObjectRecord*> holders;
+    for (const auto& [address, record] : records) {
+        if (record->callbacks.trace != nullptr) {
+            holders.push_back(record.get());
+        }
+    }
+    for (ObjectRecord* const holder : holders) {
+        marked.clear();
+        holder->callbacks.trace(holder);
+        attach(*holder);
+    }
+    tracing = false;
+
+    std::vector<ObjectRecord*> released;
+    for (const auto& [address, record] : records) {
+        if (record->rootTrace == lastTrace || record->handedAt > keepAfter) {
+            if (const JSObjectRef object = living(*record)) {
+                root(*record, object);
+            }
+            continue;
+        }
+        const bool isPage = record->kind == ObjectRecord::Kind::Page;
+        if (record->heldTrace != lastTrace && (isPage || (outermost && record->links.empty()))) {
+            released.push_back(record.get());
+        } else {
+            unroot(*record);
+        }
+    }
+    for (ObjectRecord* const record : released) {
+        if (record->kind == ObjectRecord::Kind::Page) {
+            forget(*record);
+        } else {
+            destruct(*record);
+        }
+    }
+    newSinceTrace = 0;
+}
+
+// Gives what the trace of `holder` has marked to its script object to keep.
+void ObjectStore::attach(ObjectRecord& holder) {
+    if (marked.empty() && !holder.holdsOthers) {
+        return;
+    }
+    const JSObjectRef front = living(holder);
+    if (front == nullptr) {
+        // Nothing of the engine's can keep them until it has a script object again or is
+        // destructed.
+        for (ObjectRecord* const record : marked) {
+            record->rootTrace = lastTrace;
+        }
+        return;
+    }
+    std::vector<JSValueRef> objects;
+    for (ObjectRecord* const record : marked) {
+        record->heldTrace = lastTrace;
+        if (const JSObjectRef object = living(*record)) {
+            // The engine does not see the list: protected until the trace is done.
+            root(*record, object);
+            objects.push_back(object);
+        }
+    }
+    intrinsics.hold(front, objects);
+    holder.holdsOthers = !objects.empty();
+}
+
+void ObjectStore::sweep() {
+    std::vector<ObjectRecord*> released;
+    for (FrontLink* const link : finalizers->take()) {
+        if (--link->cells > 0) {
+            continue;
+        }
+        if (ObjectRecord* const record = link->record) {
+            record->links.erase(std::find(record->links.begin(), record->links.end(), link));
+            const bool held = record->rootTrace == lastTrace || record->heldTrace == lastTrace;
+            if (record->links.empty() && !record->rooted && !held) {
+                released.push_back(record);
+            }
+        }
+        delete link;
+    }
+    for (ObjectRecord* const record : released) {
+        destruct(*record);
+    }
+}
+
+void ObjectStore::forget(ObjectRecord& record) {
+    if (const auto found = pageRecords.find(record.object);
+        found != pageRecords.end() && found->second == &record) {
+        pageRecords.erase(found);
+    }
+    if (record.rooted) {
+        JSValueUnprotect(context, record.object);
+    }
+    dropWeakRef(record);
+    records.erase(&record);
+}
+
+void ObjectStore::destruct(ObjectRecord& record) {
+    const auto node = records.extract(&record);
+    if (record.rooted) {
+        JSValueUnprotect(context, record.object);
+    }
+    dropWeakRef(record);
+    for (FrontLink* const link : record.links) {
+        link->record = nullptr;
+    }
+    if (record.callbacks.destructor != nullptr) {
+        record.callbacks.destructor(&record);
+    }
+}
+
+void ObjectStore::close() {
+    if (closed) {
+        return;
+    }
+    sweep();
+    closed = true;
+    std::vector<ObjectRecord*> remaining;
+    for (const auto& [address, record] : records) {
+        remaining.push_back(record.get());
+    }
+    // Page objects last: a destructor may still look at what it held.
+    std::stable_partition(remaining.begin(), remaining.end(), [](const ObjectRecord* record) {
+        return record->kind == ObjectRecord::Kind::Native;
+    });
+    for (ObjectRecord* const record : remaining) {
+        if (record->kind == ObjectRecord::Kind::Native) {
+            destruct(*record);
+        } else {
+            forget(*record);
+        }
+    }
+    finalizers->close();
+}

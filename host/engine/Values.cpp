@@ -1,0 +1,91 @@
+#include "engine/Values.h"
+
+#include "engine/Document.h"
+#include "engine/Text.h"
+
+#include <cmath>
+
+PluginArguments::PluginArguments(ObjectStore& objects,
+                                 JSContextRef context,
+                                 size_t argc,
+                                 const JSValueRef argv[]) {
+    values.reserve(argc);
+    for (size_t i = 0; i < argc; ++i) {
+        values.push_back(convert(objects, context, argv[i]));
+    }
+}
+
+jsplugin_value
+PluginArguments::convert(ObjectStore& objects, JSContextRef context, JSValueRef value) {
+    jsplugin_value converted = {};
+    switch (JSValueGetType(context, value)) {
+    case kJSTypeNull:
+        converted.type = JSP_TYPE_NULL;
+        break;
+    case kJSTypeBoolean:
+        converted.type = JSP_TYPE_BOOLEAN;
+        converted.u.boolean = JSValueToBoolean(context, value) ? 1 : 0;
+        break;
+    case kJSTypeNumber:
+        converted.type = JSP_TYPE_NUMBER;
+        converted.u.number = JSValueToNumber(context, value, nullptr);
+        break;
+    case kJSTypeString:
+        converted.type = JSP_TYPE_STRING;
+        converted.u.string = strings.emplace_back(text::toUtf8(context, value)).c_str();
+        break;
+    case kJSTypeObject: {
+        ObjectRecord& record = objects.handOut(JSValueToObject(context, value, nullptr));
+        converted.type =
+            record.kind == ObjectRecord::Kind::Native ? JSP_TYPE_NATIVE_OBJECT : JSP_TYPE_OBJECT;
+        converted.u.object = &record;
+        break;
+    }
+    default:
+        // Symbols and big integers have no type on the other side.
+        converted.type = JSP_TYPE_UNDEFINED;
+        break;
+    }
+    return converted;
+}
+
+JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRef* exception) {
+    switch (value.type) {
+    case JSP_TYPE_NATIVE_OBJECT:
+    case JSP_TYPE_OBJECT:
+        if (ObjectRecord* const record = ObjectRecord::find(value.u.object)) {
+            if (const JSObjectRef object = record->document.objects().scriptObject(*record)) {
+                return object;
+            }
+        }
+        return JSValueMakeUndefined(context);
+    case JSP_TYPE_STRING:
+        if (value.u.string != nullptr) {
+            return JSValueMakeString(context, text::EngineString(value.u.string).get());
+        }
+        return JSValueMakeUndefined(context);
+    case JSP_TYPE_NUMBER:
+        // A NaN of another pattern would be no number to the engine.
+        return JSValueMakeNumber(context, std::isnan(value.u.number) ? NAN : value.u.number);
+    case JSP_TYPE_BOOLEAN:
+        return JSValueMakeBoolean(context, value.u.boolean != 0);
+    case JSP_TYPE_NULL:
+        return JSValueMakeNull(context);
+    case JSP_TYPE_EXPRESSION:
+        if (value.u.string != nullptr) {
+            const text::EngineString source(value.u.string);
+            const JSValueRef result =
+                JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, exception);
+            return *exception == nullptr ? result : nullptr;
+        }
+        return JSValueMakeUndefined(context);
+    default:
+        return JSValueMakeUndefined(context);
+    }
+}
+
+std::string messageOf(const jsplugin_value& value) {
+    return value.type == JSP_TYPE_STRING && value.u.string != nullptr
+               ? value.u.string
+               : "the plug-in failed and gave no message";
+}

@@ -1,0 +1,43 @@
+#ifndef SONOLET_HOST_ENGINE_VALUES_H
+#define SONOLET_HOST_ENGINE_VALUES_H
+
+#include "jsplugin.h"
+
+#include <JavaScriptCore/JavaScript.h>
+
+#include <deque>
+#include <string>
+#include <vector>
+
+class ObjectStore;
+
+// Script values as the plug-in gets them; valid as long as this object, or until the plug-in
+// overwrites one.
+class PluginArguments final {
+public:
+    PluginArguments(ObjectStore& objects,
+                    JSContextRef context,
+                    size_t argc,
+                    const JSValueRef argv[]);
+
+    PluginArguments(const PluginArguments&) = delete;
+    PluginArguments& operator=(const PluginArguments&) = delete;
+
+    int count() const noexcept { return static_cast<int>(values.size()); }
+    jsplugin_value* data() noexcept { return values.empty() ? nullptr : values.data(); }
+
+private:
+    jsplugin_value convert(ObjectStore& objects, JSContextRef context, JSValueRef value);
+
+    std::vector<jsplugin_value> values;
+    std::deque<std::string> strings;  // never moves what the values point at
+};
+
+// What the plug-in answered, as a script value; undefined for what is none. Evaluates expressions:
+// `exception` is set when one throws, and then the result is null.
+JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRef* exception);
+
+// The text of an exception answer.
+std::string messageOf(const jsplugin_value& value);
+
+#endif

@@ -1,0 +1,83 @@
+#include "runner/Page.h"
+
+#include "engine/Text.h"
+#include "runner/Console.h"
+#include "runner/Function.h"
+
+// Exported by the engine but in none of its public headers; null with an engine that has them not.
+extern "C" {
+__attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
+__attribute__((weak)) void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef context,
+                                                                        JSObjectRef function,
+                                                                        JSValueRef* exception);
+}
+
+Page::Context::Context() : ref(JSGlobalContextCreateInGroup(nullptr, nullptr)) {}
+
+Page::Context::~Context() {
+    JSGlobalContextRelease(ref);
+}
+
+Page::Page(const PluginLibrary& plugin, Scheduler& scheduler, PageOwner& pageOwner, bool exposeGc)
+    : owner(pageOwner) {
+    document = std::make_unique<Document>(context.ref, plugin, scheduler, pageOwner);
+    timers = std::make_unique<Timers>(context.ref, scheduler, pageOwner);
+    console::install(context.ref);
+    installWindow(exposeGc);
+    reportRejections();
+    document->open({"file", "", 0});
+}
+
+Page::~Page() {
+    timers->clearAll();
+    document->close();
+}
+
+void Page::installWindow(bool exposeGc) {
+    const JSObjectRef global = JSContextGetGlobalObject(context.ref);
+    function::setProperty(context.ref, global, "window", global);
+    function::define(context.ref, global, "close", [this](JSContextRef ctx, size_t, auto) {
+        owner.closePage();
+        return JSValueMakeUndefined(ctx);
+    });
+    const JSObjectRef location = JSObjectMake(context.ref, nullptr, nullptr);
+    function::setProperty(context.ref, global, "location", location);
+    function::define(context.ref, location, "reload", [this](JSContextRef ctx, size_t, auto) {
+        owner.reload();
+        return JSValueMakeUndefined(ctx);
+    });
+    if (exposeGc) {
+        function::define(context.ref, global, "gc", [this](JSContextRef ctx, size_t, auto) {
+            document->letGo();
+            if (JSSynchronousGarbageCollectForDebugging != nullptr) {
+                JSSynchronousGarbageCollectForDebugging(ctx);
+            } else {
+                JSGarbageCollect(ctx);
+            }
+            return JSValueMakeUndefined(ctx);
+        });
+    }
+}
+
+void Page::reportRejections() {
+    if (JSGlobalContextSetUnhandledRejectionCallback == nullptr) {
+        return;
+    }
+    const JSObjectRef reporter =
+        function::make(context.ref, "unhandledRejection",
+                       [this](JSContextRef ctx, size_t argc, const JSValueRef argv[]) {
+                           owner.uncaught(ctx, argc > 1 ? argv[1] : JSValueMakeUndefined(ctx));
+                           return JSValueMakeUndefined(ctx);
+                       });
+    JSGlobalContextSetUnhandledRejectionCallback(context.ref, reporter, nullptr);
+}
+
+void Page::run(const std::string& script, const std::string& file) {
+    const text::EngineString source(script);
+    const text::EngineString url(file);
+    JSValueRef exception = nullptr;
+    JSEvaluateScript(context.ref, source.get(), nullptr, url.get(), 1, &exception);
+    if (exception != nullptr) {
+        owner.uncaught(context.ref, exception);
+    }
+}

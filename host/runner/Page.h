@@ -1,0 +1,54 @@
+#ifndef SONOLET_HOST_RUNNER_PAGE_H
+#define SONOLET_HOST_RUNNER_PAGE_H
+
+#include "engine/Document.h"
+#include "engine/ErrorReporter.h"
+#include "engine/PluginLibrary.h"
+#include "engine/Scheduler.h"
+#include "runner/Timers.h"
+
+#include <JavaScriptCore/JavaScript.h>
+
+#include <memory>
+#include <string>
+
+// What a page can ask of the one who shows it. It is asked from inside script, so it acts later.
+class PageOwner : public ErrorReporter {
+public:
+    virtual void reload() = 0;
+    virtual void closePage() = 0;
+};
+
+// One load of a page script, in an engine context of its own, which goes with it: unload listeners
+// have run and every object of the plug-in is destructed when the destructor returns.
+class Page final {
+public:
+    Page(const PluginLibrary& plugin, Scheduler& scheduler, PageOwner& pageOwner, bool exposeGc);
+    ~Page();
+
+    Page(const Page&) = delete;
+    Page& operator=(const Page&) = delete;
+
+    // Runs the script; `file` is its name in messages.
+    void run(const std::string& script, const std::string& file);
+
+private:
+    // First made, last released.
+    struct Context {
+        Context();
+        ~Context();
+        Context(const Context&) = delete;
+        Context& operator=(const Context&) = delete;
+        JSGlobalContextRef ref;  // owned
+    };
+
+    void installWindow(bool exposeGc);
+    void reportRejections();
+
+    PageOwner& owner;
+    Context context;
+    std::unique_ptr<Document> document;
+    std::unique_ptr<Timers> timers;
+};
+
+#endif

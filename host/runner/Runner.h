@@ -1,0 +1,49 @@
+#ifndef SONOLET_HOST_RUNNER_RUNNER_H
+#define SONOLET_HOST_RUNNER_RUNNER_H
+
+#include "engine/GlibScheduler.h"
+#include "engine/PluginLibrary.h"
+#include "runner/Options.h"
+#include "runner/Page.h"
+
+#include <glib.h>
+
+#include <memory>
+#include <string>
+
+// Shows one page until it is closed: by itself, by --for, by a signal or by its first uncaught
+// exception.
+class Runner final : public PageOwner {
+public:
+    // Throws std::runtime_error when the page or the plug-in cannot be loaded.
+    explicit Runner(const Options& givenOptions);
+    ~Runner() override;
+
+    Runner(const Runner&) = delete;
+    Runner& operator=(const Runner&) = delete;
+
+    // Answers the exit code.
+    int run();
+
+    void reload() override;
+    void closePage() override;
+    void uncaught(JSContextRef context, JSValueRef exception) noexcept override;
+
+private:
+    enum class Next { Wait, Reload, Close };
+
+    void load();
+    void stopWaiting(Next next);
+
+    const Options& options;
+    const std::string script;
+    const PluginLibrary plugin;
+    GlibScheduler scheduler;
+    GMainLoop* loop;  // owned
+    guint signals[2];
+    std::unique_ptr<Page> page;
+    Next next = Next::Wait;
+    int exitCode = 0;
+};
+
+#endif
