@@ -155,8 +155,9 @@ TEST_P(EveryFormat, GivesTheSoundThatWasEncoded) {
         EXPECT_TRUE(decoded == source);
         return;
     }
-    EXPECT_NEAR(static_cast<double>(decoded.size() / 2), static_cast<double>(twoSeconds),
-                static_cast<double>(GetParam().padding));
+    const std::size_t frames = decoded.size() / 2;
+    EXPECT_GE(frames + GetParam().padding, twoSeconds);
+    EXPECT_LE(frames, twoSeconds + GetParam().padding);
     double best = 0;
     for (long shift = 0; shift <= static_cast<long>(GetParam().padding) && best < 0.98; ++shift) {
         best = std::max(best, likeness(source, decoded, shift));

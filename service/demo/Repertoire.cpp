@@ -1,0 +1,112 @@
+#include "demo/Repertoire.h"
+
+namespace sonolet::service {
+
+std::string DemoAlbum::fileName(const DemoTrack& track) const {
+    const std::string disc = discs() > 1 ? std::to_string(track.disc) + '-' : std::string();
+    return disc + '0' + std::to_string(track.number) + ' ' + track.title +
+           (lossless ? ".flac" : ".ogg");
+}
+
+const std::vector<DemoAlbum>& repertoire() {
+    static constexpr const char* ferries = "The Paper Ferries";
+    static constexpr const char* ines = "Ines Orrell";
+    static constexpr const char* quartet = "Low Tide Quartet";
+    // Tonic, mode, chords, beats a bar, bars, tempo, lead, percussion, seed.
+    static const std::vector<DemoAlbum> albums = {
+        {"Lanterns on the Water",
+         ferries,
+         2009,
+         false,
+         true,
+         false,
+         {24, 32, 74},
+         {236, 164, 84},
+         {{"Ropes and Tar",
+           ferries,
+           1,
+           1,
+           {62, Mode::Dorian, {0, 3, 6, 0}, 4, 4, 104, Lead::Guitar, true, 11}},
+          {"Slow Crossing",
+           ferries,
+           1,
+           2,
+           {60, Mode::Major, {0, 5, 3, 4}, 4, 4, 76, Lead::Flute, false, 23}},
+          {"The Far Bank",
+           ferries,
+           2,
+           1,
+           {64, Mode::Minor, {0, 5, 2, 6}, 4, 6, 112, Lead::Kalimba, true, 31}},
+          {"Moored",
+           ferries,
+           2,
+           2,
+           {57, Mode::Major, {0, 3, 0, 4}, 3, 6, 92, Lead::Guitar, false, 47}}}},
+        {"Small Hours",
+         ines,
+         2014,
+         false,
+         false,
+         false,
+         {56, 28, 70},
+         {108, 178, 196},
+         {{"Kettle Song",
+           ines,
+           1,
+           1,
+           {65, Mode::Major, {0, 4, 5, 3}, 4, 4, 120, Lead::Kalimba, true, 53}},
+          {"Streetlight Waltz",
+           ines,
+           1,
+           2,
+           {58, Mode::Major, {0, 5, 1, 4}, 3, 8, 126, Lead::Flute, true, 61}},
+          {"Before the Birds",
+           ines,
+           1,
+           3,
+           {59, Mode::Minor, {0, 2, 3, 0}, 4, 4, 84, Lead::Kalimba, false, 71}}}},
+        {"Harbour Weather",
+         quartet,
+         2018,
+         false,
+         true,
+         true,
+         {196, 208, 214},
+         {38, 92, 110},
+         {{"Fog Signal",
+           quartet,
+           1,
+           1,
+           {55, Mode::Dorian, {0, 6, 3, 0}, 4, 4, 88, Lead::Flute, true, 83}},
+          {"Salt Wind",
+           quartet,
+           1,
+           2,
+           {61, Mode::Minor, {0, 3, 4, 0}, 4, 6, 116, Lead::Guitar, true, 97}}}},
+        {"Winter Sampler",
+         "Various Artists",
+         2021,
+         true,
+         false,
+         false,
+         {214, 232, 246},
+         {84, 112, 168},
+         {{"First Frost",
+           ines,
+           1,
+           1,
+           {63, Mode::Major, {0, 2, 3, 4}, 4, 4, 100, Lead::Kalimba, false, 101}},
+          {"Ice on the Pilings",
+           quartet,
+           1,
+           2,
+           {60, Mode::Minor, {0, 6, 5, 6}, 4, 6, 108, Lead::Guitar, true, 113}},
+          {"Home by Dark",
+           ferries,
+           1,
+           3,
+           {62, Mode::Major, {0, 3, 4, 0}, 3, 8, 138, Lead::Guitar, true, 127}}}}};
+    return albums;
+}
+
+}  // namespace sonolet::service
