@@ -213,30 +213,27 @@ struct FakeHost::Table {
     }
 };
 
-const struct jsplugin_capabilities& FakeHost::plugin() {
-    static jsplugin_callbacks table{Table::createFunction,
-                                    Table::createObject,
-                                    nullptr,
-                                    Table::addPoll,
-                                    Table::callFunction,
-                                    nullptr,
-                                    nullptr,
-                                    Table::addUnloadListener,
-                                    nullptr,
-                                    nullptr,
-                                    nullptr,
-                                    nullptr,
-                                    nullptr,
-                                    nullptr,
-                                    Table::mark};
-    static const struct jsplugin_capabilities* const record = [] {
-        struct jsplugin_capabilities* filled = nullptr;
-        if (jsplugin_capabilities(&filled, &table) != 0 || filled == nullptr) {
-            stop("jsplugin_capabilities", "did not answer 0 with a record");
-        }
+struct jsplugin_capabilities& FakeHost::load() {
+    static jsplugin_callbacks table = [] {
+        jsplugin_callbacks filled{};
+        filled.create_function = Table::createFunction;
+        filled.create_object = Table::createObject;
+        filled.add_poll_function = Table::addPoll;
+        filled.call_function = Table::callFunction;
+        filled.add_unload_listener = Table::addUnloadListener;
+        filled.gc_mark = Table::mark;
         return filled;
     }();
+    struct jsplugin_capabilities* record = nullptr;
+    if (jsplugin_capabilities(&record, &table) != 0 || record == nullptr) {
+        stop("jsplugin_capabilities", "did not answer 0 with a record");
+    }
     return *record;
+}
+
+const struct jsplugin_capabilities& FakeHost::plugin() {
+    static const struct jsplugin_capabilities& record = load();
+    return record;
 }
 
 FakeHost::FakeHost() {

@@ -37,6 +37,7 @@ struct Answer {
     bool operator==(const Answer& other) const {
         return code == other.code && value == other.value;
     }
+    bool operator!=(const Answer& other) const { return !(*this == other); }
 
     int code;
     Value value;
@@ -65,6 +66,7 @@ public:
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
 
+    static struct jsplugin_capabilities& load();  // once more
     static const struct jsplugin_capabilities& plugin();
 
     // Documents. A closed one keeps its memory, so that `reopen` gives a later document its

@@ -47,6 +47,23 @@ FakeSpotify& FakeSpotify::get() {
     return *instance;
 }
 
+namespace {
+
+// Made before, and so destroyed after, everything that the plug-in makes at load: tells what became
+// of the sessions by the end of the process.
+struct LastWord {
+    ~LastWord() {
+        const FakeSpotify& spotify = FakeSpotify::get();
+        if (spotify.sessionsCreated != 0) {
+            fprintf(stderr, "FakeSpotify: released %d of %d sessions\n", spotify.sessionsReleased,
+                    spotify.sessionsCreated);
+        }
+    }
+};
+const LastWord lastWord __attribute__((init_priority(101)));
+
+}  // namespace
+
 template <typename... Arguments>
 int FakeSpotify::called(const char* function, const Arguments&... arguments) {
     std::ostringstream call;
@@ -101,6 +118,7 @@ void FakeSpotify::reset() {
     user = nullptr;
     nextTimeout = 1000;
     duringProcessEvents = nullptr;
+    duringPlayerLoad = nullptr;
     sessionsCreated = 0;
     sessionsReleased = 0;
     linksOut = 0;
@@ -307,8 +325,14 @@ sp_user* sp_session_friend(sp_session* session, int index) {
 }
 
 sp_error sp_session_player_load(sp_session* session, sp_track* track) {
-    const std::lock_guard<std::mutex> lock(fake().deliveryMutex);
-    return scripted(__func__, session, track);
+    {
+        const std::lock_guard<std::mutex> lock(fake().deliveryMutex);
+        fake().called(__func__, session, track);
+    }
+    if (fake().duringPlayerLoad) {
+        fake().duringPlayerLoad();
+    }
+    return static_cast<sp_error>(fake().answers[__func__]);
 }
 sp_error sp_session_player_seek(sp_session* session, int offset) {
     return scripted(__func__, session, offset);

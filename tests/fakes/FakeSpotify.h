@@ -86,6 +86,7 @@ public:
     std::vector<sp_user*> friends;
     int nextTimeout = 1000;
     std::function<void()> duringProcessEvents;
+    std::function<void()> duringPlayerLoad;  // the library has switched to the new track
 
     // Read by the tests.
     std::vector<std::string> calls;

@@ -1,0 +1,74 @@
+#ifndef SONOLET_TESTS_PLUGIN_PLUGINTEST_H
+#define SONOLET_TESTS_PLUGIN_PLUGINTEST_H
+
+#include "../fakes/FakeBackend.h"
+#include "../fakes/FakeHost.h"
+#include "../fakes/FakeLog.h"
+#include "../fakes/FakeSpotify.h"
+#include "Spotify.h"
+#include "jspp/_detail/object_manager.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+// A fresh root object, one open document, and the fakes around them. At the end everything is let
+// go, and both sides must have given back what they took.
+class PluginTest : public testing::Test {
+protected:
+    PluginTest() {
+        renewRoot();
+        log.reset();
+        spotify.calls.clear();
+        page = host->open();
+    }
+
+    ~PluginTest() override {
+        host.reset();
+        g_spotify_instance_Spotify.reset();
+        EXPECT_EQ(spotify.imbalance(), "");
+        EXPECT_EQ(spotify.sessionsReleased, spotify.sessionsCreated);
+        EXPECT_EQ(factory.held(), 0);
+        EXPECT_EQ(FakeRequest::alive, 0);
+        EXPECT_EQ(registrySize(), 0U);
+        spotify.reset();
+        factory.reset();
+    }
+
+    // What the dynamic loader does: one root, made after the earlier one has gone.
+    static void renewRoot() {
+        g_spotify_instance_Spotify.reset();
+        g_spotify_instance_Spotify = orvo::shared_ptr<Spotify>(new Spotify);
+    }
+
+    static std::size_t registrySize() { return jspp::__detail::objects().size(); }
+
+    jsplugin_obj* find(const char* path) { return host->find(page, path); }
+    Answer call(const char* path, const std::string& name, const std::vector<Value>& values = {}) {
+        return host->call(find(path), name, values);
+    }
+
+    void createSession() {
+        ASSERT_EQ(call("Spotify.Session", "create", {find("Spotify.SessionConfig")}),
+                  returned(find("Spotify.Session")));
+    }
+    // A wrapper of `kind` over what the link leads to.
+    jsplugin_obj* create(const char* kind, const char* link) {
+        const Answer made = call((std::string("Spotify.") + kind).c_str(), "create", {link});
+        EXPECT_EQ(made.code, JSP_CALL_VALUE) << made;
+        return made.value.object;
+    }
+    // Lets queued calls reach the page.
+    void tick() { host->advance(100); }
+
+    FakeSpotify& spotify = FakeSpotify::get();
+    FakeFactory& factory = FakeFactory::get();
+    FakeLog& log = FakeLog::get();
+    std::unique_ptr<FakeHost> host = std::make_unique<FakeHost>();
+    jsplugin_obj* page = nullptr;
+};
+
+#endif

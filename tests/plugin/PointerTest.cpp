@@ -1,0 +1,133 @@
+#include "jspp/lexical_cast.h"
+#include "jspp/orvo/mutex.h"
+#include "jspp/orvo/shared_ptr.h"
+#include "jspp/parameter_context.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+struct Counted : orvo::enable_shared_from_this<Counted> {
+    Counted() { ++alive; }
+    virtual ~Counted() {
+        --alive;
+        selfWhileDying = static_cast<bool>(shared_from_this());
+    }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+    static std::atomic<int> alive;
+    static bool selfWhileDying;
+};
+std::atomic<int> Counted::alive{0};
+bool Counted::selfWhileDying = false;
+
+struct Derived final : Counted {};
+
+}  // namespace
+
+TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
+    orvo::shared_ptr<Counted> base;
+    orvo::weak_ptr<Counted> weak;
+    {
+        const orvo::shared_ptr<Derived> derived(new Derived);
+        base = derived;
+        weak = derived;
+        EXPECT_EQ(weak.lock(), derived);
+    }
+    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(base->shared_from_this(), base);
+    base = *&base;  // an assignment to itself keeps the object
+    EXPECT_EQ(Counted::alive, 1);
+    base.decreaseRef();
+    EXPECT_FALSE(base);
+    EXPECT_EQ(Counted::alive, 0);
+    EXPECT_TRUE(weak.expired());
+    EXPECT_FALSE(weak.lock());
+    EXPECT_FALSE(Counted::selfWhileDying) << "a dying object handed out a share of itself";
+    base.decreaseRef();
+}
+
+TEST(SharedPointer, UsesItsDeleterInsteadOfDeleteAlsoThroughAWeakPointer) {
+    static int deleted;
+    deleted = 0;
+    int object = 0;
+    {
+        orvo::weak_ptr<int> weak;
+        orvo::shared_ptr<int> again;
+        {
+            const orvo::shared_ptr<int> owner(&object, [](int*) { ++deleted; });
+            weak = owner;
+            again = weak.lock();
+        }
+        EXPECT_EQ(deleted, 0);
+    }
+    EXPECT_EQ(deleted, 1);
+}
+
+TEST(SharedPointer, CountsAreExactWhenThreadsCopyReleaseAndLock) {
+    orvo::shared_ptr<Counted> owner(new Counted);
+    const orvo::weak_ptr<Counted> weak(owner);
+    std::vector<std::thread> threads;
+    std::atomic<int> locked{0};
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&weak, &locked, mine = owner]() mutable {
+            for (int round = 0; round < 2000; ++round) {
+                const orvo::shared_ptr<Counted> copy(mine);
+                const orvo::weak_ptr<Counted> other(copy);
+                locked += other.lock() ? 1 : 0;
+            }
+            mine.decreaseRef();
+            while (weak.lock()) {
+                std::this_thread::yield();
+            }
+        });
+    }
+    owner.decreaseRef();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(locked, 4 * 2000);
+    EXPECT_EQ(Counted::alive, 0);
+}
+
+TEST(LexicalCast, TakesTheWholeTextAndNothingElse) {
+    EXPECT_EQ(jspp::lexical_cast<int>("-12"), -12);
+    EXPECT_EQ(jspp::lexical_cast<unsigned>("4294967295"), 4294967295U);
+    for (const char* text : {"", " ", " 1", "1 ", "1x", "0x10", "1.5", "foo", "-", "2147483648"}) {
+        EXPECT_THROW(jspp::lexical_cast<int>(text), std::exception) << '"' << text << '"';
+    }
+    for (const char* text : {"", "-1", "4294967296", "1,000"}) {
+        EXPECT_THROW(jspp::lexical_cast<unsigned>(text), std::exception) << '"' << text << '"';
+    }
+    try {
+        jspp::lexical_cast<int>("foo");
+    } catch (const std::exception& error) {
+        EXPECT_STREQ(error.what(), "bad_lexical_cast");
+    }
+}
+
+TEST(Numbers, BecomeIntegersByTruncationWithinTheRange) {
+    const int least = std::numeric_limits<int>::min();
+    const int most = std::numeric_limits<int>::max();
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::vector<std::pair<double, int>> cases = {
+        {1500.9, 1500},
+        {-0.5, 0},
+        {-1.9, -1},
+        {1e300, most},
+        {-infinity, least},
+        {infinity, most},
+        {2147483647.5, most},
+        {-2147483648.0, least},
+        {std::numeric_limits<double>::quiet_NaN(), 0}};
+    for (const auto& [number, expected] : cases) {
+        EXPECT_EQ(jspp::to_int(number), expected) << number;
+    }
+}

@@ -1,0 +1,350 @@
+#include "PluginTest.h"
+#include "jspp/call_parameters.h"
+#include "jspp/event_dispatcher.h"
+#include "jspp/interface.h"
+#include "jspp/number_array.h"
+#include "jspp/object.h"
+#include "jspp/string_array.h"
+
+#include <stdexcept>
+
+namespace {
+
+// One member of every kind that the framework knows.
+class Probe final : public jspp::event_dispatcher<jspp::interface> {
+public:
+    Probe() {
+        ++alive;
+        _register();
+        _function("echo", &Probe::echo, "-");
+        _function("kinds", &Probe::kinds, "nsbo");
+        _function("silent", &Probe::silent, "");
+        _function("fail", &Probe::fail, "s");
+        _function("failOddly", &Probe::failOddly, "");
+        _function("date", &Probe::date, "s");
+        _function("probe", &Probe::probe, "o");
+        _attribute_get("text", &Probe::getText);
+        _attribute_set("text", &Probe::setText);
+        _attribute_get("silence", &Probe::getSilence);
+        _attribute_get("failure", &Probe::getFailure);
+        _attribute_get("self", &Probe::getSelf);
+        _attribute_get("fresh", &Probe::getFresh);
+        _enum("MINUS", -1);
+        _string("STRING", "constant");
+        _boolean("YES", true);
+    }
+    ~Probe() override { --alive; }
+
+    Probe(const Probe&) = delete;
+    Probe& operator=(const Probe&) = delete;
+
+    using interface::_child;
+    using interface::_enum;
+    using interface::_function;
+    using interface::_remove;
+
+    void echo(jspp::function_context& context) { context.return_object(context.object(0)); }
+    void kinds(jspp::function_context& context) {
+        std::string read = std::to_string(context.integer(0));
+        read += context.string(1);
+        read += context.boolean(2) ? "true" : "false";
+        context.object(3);
+        context.return_string(read);
+    }
+    void silent(jspp::function_context&) const {}
+    void fail(jspp::function_context& context) { throw std::runtime_error(context.string(0)); }
+    void failOddly(jspp::function_context&) { throw 7; }
+    void date(jspp::function_context& context) { context.return_js_date(context.string(0)); }
+    void probe(jspp::function_context& context) {
+        context.return_interface(context.interface_of<Probe>(0), false);
+    }
+    void getText(jspp::result_context& context) {
+        context.return_string("overwritten");
+        context.return_string(text);
+    }
+    void setText(jspp::parameter_context& context) { text = context.string(0); }
+    void getSilence(jspp::result_context&) {}
+    void getFailure(jspp::result_context&) { throw std::runtime_error("no reading"); }
+    void getSelf(jspp::result_context& context) { context.return_interface(self.lock(), true); }
+    void getFresh(jspp::result_context& context) {
+        context.return_interface(orvo::shared_ptr<interface>(new Probe), false);
+    }
+
+    static int alive;
+    orvo::weak_ptr<interface> self;
+    std::string text = "first";
+};
+int Probe::alive = 0;
+
+class ScriptObjectTest : public PluginTest {
+protected:
+    ScriptObjectTest() : probe(new Probe) {
+        probe->self = orvo::shared_ptr<jspp::interface>(probe);
+        object = show(page);
+    }
+    ~ScriptObjectTest() override {
+        host.reset();
+        probe.reset();
+        EXPECT_EQ(Probe::alive, 0);
+    }
+    jsplugin_obj* show(jsplugin_obj* document) { return probe->create_object(document, probe); }
+
+    orvo::shared_ptr<Probe> probe;
+    jsplugin_obj* object = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ScriptObjectTest, EachKindOfMemberAnswersWithItsOwnCode) {
+    EXPECT_EQ(host->get(object, "echo").code, JSP_GET_VALUE_CACHE);
+    EXPECT_EQ(host->get(object, "text"), valued("first"));
+    EXPECT_EQ(host->get(object, "silence"), (Answer{JSP_GET_NO_VALUE, {}}));
+    EXPECT_EQ(host->get(object, "failure"), raised("no reading"));
+    EXPECT_EQ(host->get(object, "MINUS"), cached(-1));
+    EXPECT_EQ(host->get(object, "STRING"), cached("constant"));
+    EXPECT_EQ(host->get(object, "YES"), cached(true));
+    EXPECT_EQ(host->get(object, "self"), cached(object));
+    EXPECT_EQ(host->get(object, "missing").code, JSP_GET_NO_PROPERTY);
+
+    EXPECT_EQ(host->set(object, "text", "second"), stored());
+    EXPECT_EQ(host->set(object, "text", 5), (Answer{JSP_PUT_EXCEPTION, "Not a string"}));
+    EXPECT_EQ(probe->text, "second") << "a refused value changed the attribute";
+    EXPECT_EQ(host->set(object, "silence", 5).code, JSP_PUT_READ_ONLY);
+
+    EXPECT_EQ(host->call(object, "silent"), nothing());
+    EXPECT_EQ(host->call(object, "fail", {"x"}), failed("x"));
+    EXPECT_EQ(host->call(object, "failOddly"), failed("JSPP: Unknown exception type"));
+    EXPECT_EQ(host->call(object, "date", {"86400000"}),
+              returned(Value::expression("new Date(86400000)")));
+}
+
+TEST_F(ScriptObjectTest, ArgumentsAreCheckedInOrderWithTheirMessages) {
+    jsplugin_obj* function = host->function(page);
+    const auto kinds = [&](const std::vector<Value>& values) {
+        return host->call(object, "kinds", values);
+    };
+    EXPECT_EQ(kinds({}), failed("Not enough arguments"));
+    EXPECT_EQ(kinds({"1"}), failed("Not a number"));
+    EXPECT_EQ(kinds({1, 5}), failed("Not a string"));
+    EXPECT_EQ(kinds({1, "s", 1}), failed("Not a boolean"));
+    EXPECT_EQ(kinds({1, "s", true}), failed("Not enough arguments"));
+    EXPECT_EQ(kinds({1, "s", true, Value::null()}), failed("Not an object"));
+    EXPECT_EQ(kinds({1.9, "\u00e4", true, function}), returned("1\u00e4true"));
+    EXPECT_EQ(host->call(object, "echo", {function}), returned(function));
+}
+
+TEST_F(ScriptObjectTest, OnlyPlainObjectsOfThisFrameworkAreInterfaces) {
+    const auto take = [&](const Value& value) { return host->call(object, "probe", {value}); };
+    EXPECT_EQ(host->call(object, "probe"), failed("Not enough arguments"));
+    for (const Value& value : {Value(1), Value("s"), Value(true), Value::null(), Value()}) {
+        EXPECT_EQ(take(value), failed("Not an interface")) << value;
+    }
+    EXPECT_EQ(take(host->pageObject(page)), failed("Not a jspp interface"));
+    EXPECT_EQ(take(host->function(page)), failed("Not a jspp interface"));
+    EXPECT_EQ(take(host->foreignObject(page)), failed("Not a jspp interface"));
+    EXPECT_EQ(take(host->get(object, "echo").value), failed("Not a jspp interface"));
+    EXPECT_EQ(take(find("Spotify")), failed("Parameter is not of the requested interface type."));
+    EXPECT_EQ(take(object), returned(object));
+}
+
+TEST_F(ScriptObjectTest, AFunctionTornOffItsObjectFailsWithoutTouchingWhatItIsCalledOn) {
+    jsplugin_obj* function = host->get(object, "silent").value.object;
+    for (jsplugin_obj* thisObject :
+         {static_cast<jsplugin_obj*>(nullptr), page, function, host->pageObject(page),
+          host->function(page), host->foreignObject(page)}) {
+        EXPECT_EQ(host->invoke(thisObject, function), failed("Not a jspp interface"));
+    }
+    EXPECT_EQ(host->invoke(find("Spotify"), function).code, JSP_CALL_NO_FUNCTION);
+    EXPECT_EQ(host->invoke(object, function), nothing());
+}
+
+TEST_F(ScriptObjectTest, ANameIsRegisteredOnceForReadingAndOnceForWriting) {
+    EXPECT_THROW(probe->_enum("text", 1), std::runtime_error);
+    EXPECT_THROW(probe->_function("MINUS", &Probe::silent, ""), std::runtime_error);
+    jsplugin_obj* function = host->get(object, "silent").value.object;
+    probe->_remove("text");
+    probe->_remove("silent");
+    EXPECT_EQ(host->get(object, "text").code, JSP_GET_NO_PROPERTY);
+    EXPECT_EQ(host->set(object, "text", "x").code, JSP_PUT_READ_ONLY);
+    EXPECT_EQ(host->invoke(object, function).code, JSP_CALL_NO_FUNCTION);
+    probe->_enum("text", 1);
+    EXPECT_EQ(host->get(object, "text"), cached(1));
+}
+
+TEST_F(ScriptObjectTest, OneScriptObjectPerDocumentAndAFreshOneAfterItsCollection) {
+    jsplugin_obj* second = host->open();
+    jsplugin_obj* elsewhere = show(second);
+    EXPECT_EQ(show(page), object);
+    EXPECT_NE(elsewhere, object);
+    host->collect(object);
+    object = show(page);
+    EXPECT_EQ(host->get(object, "text"), valued("first"));
+    EXPECT_EQ(show(second), elsewhere) << "collecting in one document disturbed the other";
+    EXPECT_THROW(show(nullptr), std::runtime_error);
+}
+
+TEST_F(ScriptObjectTest, AnUnloadedDocumentsObjectIsNotHandedToALaterDocumentAtItsAddress) {
+    const std::size_t before = host->objectCount();
+    host->unload(page);
+    host->reopen(page);
+    jsplugin_obj* fresh = show(page);
+    EXPECT_NE(fresh, object) << "a script object of the unloaded document was handed out";
+    host->collect(object);  // late: the sweep comes after the new document
+    EXPECT_EQ(show(page), fresh) << "the late destructor took the new object's place away";
+    EXPECT_EQ(host->objectCount(), before);
+}
+
+TEST_F(ScriptObjectTest, RefusalsByTheHostReachScriptAsMessages) {
+    host->refusesFunctions = true;
+    EXPECT_EQ(host->get(object, "silent"),
+              raised("Couldn't create JS function using create_function"));
+    host->refusesObjects = true;
+    EXPECT_EQ(host->get(object, "fresh"), raised("Create object failed"));
+    EXPECT_EQ(Probe::alive, 1) << "the object that found no script object was leaked";
+    host->refusesFunctions = host->refusesObjects = false;
+    EXPECT_EQ(host->get(object, "fresh").code, JSP_GET_VALUE);
+}
+
+TEST_F(ScriptObjectTest, CollectionInsideEveryHostCallIsHarmless) {
+    // Everything the host is asked to make may first sweep away an object of the same class, whose
+    // destructor takes the same locks, and read other members of the calling object.
+    for (const char* name : {"fresh", "silent", "self"}) {
+        jsplugin_obj* victim = host->get(object, "fresh").value.object;
+        jsplugin_obj* function = host->get(victim, "silent").value.object;
+        if (std::string(name) == "self") {
+            host->unload(page);
+            host->reopen(page);
+        }
+        bool swept = false;
+        host->duringCallbacks = [&] {
+            host->collect(function);
+            host->collect(victim);
+            host->get(object, "text");
+            host->set(object, "text", "set meanwhile");
+            host->collectGarbage(page);
+            swept = true;
+        };
+        host->get(object, name);
+        host->duringCallbacks = nullptr;
+        EXPECT_TRUE(swept) << name;
+    }
+    EXPECT_EQ(probe->text, "set meanwhile");
+}
+
+TEST_F(ScriptObjectTest, AScriptObjectKeepsItsNativeOneAliveAndLetsItGoOnCollection) {
+    jsplugin_obj* fresh = host->get(object, "fresh").value.object;
+    EXPECT_EQ(Probe::alive, 2);
+    probe->_child("child", orvo::shared_ptr<jspp::interface>(new Probe));
+    jsplugin_obj* child = host->get(object, "child").value.object;
+    EXPECT_EQ(host->get(object, "child"), valued(child));
+    host->collect(fresh);
+    EXPECT_EQ(Probe::alive, 2);
+    host->collect(child);
+    EXPECT_EQ(Probe::alive, 2) << "its parent owns the child";
+}
+
+TEST_F(ScriptObjectTest, AnElementsObjectIsServedLikeAnyOther) {
+    jsplugin_obj element{};
+    jsplugin_getter* getter = nullptr;
+    jsplugin_setter* setter = nullptr;
+    jsplugin_destructor* destructor = nullptr;
+    jsplugin_gc_trace* trace = nullptr;
+    jsplugin_notify* notify = nullptr;
+    probe->create_object(page, &element, probe, 0, nullptr, &getter, &setter, &destructor, &trace,
+                         &notify, &notify, &notify);
+    jsplugin_value value{};
+    EXPECT_EQ(getter(&element, "MINUS", &value), JSP_GET_VALUE_CACHE);
+    EXPECT_EQ(value.u.number, -1);
+    trace(&element);
+    destructor(&element);
+}
+
+TEST_F(ScriptObjectTest, TheRegistryDoesNotGrowOverThousandsOfUses) {
+    jsplugin_obj* function = host->function(page);
+    const auto use = [&] {
+        host->call(object, "addEventListener", {"E", function});
+        host->call(object, "removeEventListener", {"E", function});
+        host->call(object, "echo", {function});
+        host->collect(host->get(object, "silent").value.object);
+        jsplugin_obj* fresh = host->get(object, "fresh").value.object;
+        host->call(fresh, "addEventListener", {"E", function});
+        host->collect(fresh);
+    };
+    use();
+    const std::size_t before = registrySize();
+    for (int i = 0; i < 3000; ++i) {
+        use();
+    }
+    EXPECT_EQ(registrySize(), before);
+}
+
+TEST_F(ScriptObjectTest, ValuesOfEveryKindReachAListenerInOrder) {
+    jsplugin_obj* function = host->function(page);
+    jsplugin_obj* gone = host->function(page);
+    jspp::object handle(function, page);
+    jspp::call_parameters parameters;
+    parameters.add(1.5);
+    parameters.add(-2);
+    parameters.add(true);
+    parameters.add(std::string("text").c_str());
+    parameters.add(static_cast<const char*>(nullptr));
+    parameters.add(handle);
+    parameters.add_null();
+    parameters.add_undefined();
+    parameters.add(probe);
+    parameters.add(jspp::object());
+    handle.call(parameters);
+    handle.call_delayed(jspp::call_parameters());
+    ASSERT_EQ(host->calls.size(), 1U) << "a delayed call ran at once";
+    tick();
+    ASSERT_EQ(host->calls.size(), 2U);
+    const std::vector<Value> expected = {1.5,           -2, true,   "text", "", function,
+                                         Value::null(), {}, object, {}};
+    EXPECT_EQ(host->calls[0].arguments, expected);
+    EXPECT_EQ(host->calls[0].thisObject, nullptr);
+    EXPECT_EQ(host->calls[0].document, page);
+    EXPECT_TRUE(host->calls[1].arguments.empty());
+
+    jspp::object().call(parameters);
+    host->close(page);
+    handle.call(parameters);
+    handle.call_delayed(parameters);
+    EXPECT_EQ(host->calls.size(), 2U);
+    EXPECT_NE(log.lines.back().text.find("Illegal Spotify object called, returning."),
+              std::string::npos);
+    EXPECT_EQ(log.lines.back().level, 5);
+    EXPECT_EQ(log.lines.back().file, "Src/jspp/_detail/object_impl");
+    EXPECT_FALSE(host->alive(gone));
+}
+
+TEST_F(ScriptObjectTest, ArraysAnswerLengthItemsAndIndexesWithinTheirBounds) {
+    const orvo::shared_ptr<jspp::number_array> numbers(
+        new jspp::number_array(std::vector<double>{1, 2.5, 3}));
+    const orvo::shared_ptr<string_array> strings(
+        new string_array(std::vector<std::string>{"a", "b", "c"}));
+    jsplugin_obj* number = numbers->create_object(page, numbers);
+    jsplugin_obj* string = strings->create_object(page, strings);
+    for (jsplugin_obj* array : {number, string}) {
+        const bool isNumber = array == number;
+        const char* outside = isNumber ? "Out of bounds array access" : "Invalid index";
+        EXPECT_EQ(host->get(array, "length"), valued(3));
+        EXPECT_EQ(host->get(array, "2"), valued(isNumber ? Value(3) : Value("c")));
+        EXPECT_EQ(host->call(array, "item", {2.9}).value, host->get(array, "2").value);
+        EXPECT_EQ(host->get(array, "3"), raised(outside));
+        EXPECT_EQ(host->call(array, "item", {3}), failed(outside));
+        EXPECT_EQ(host->call(array, "item", {-1}), failed(outside));
+        EXPECT_EQ(host->call(array, "item"), failed("Not enough arguments"));
+        EXPECT_EQ(host->call(array, "item", {"0"}), failed("Not a number"));
+        for (const char* name : {"foo", "1x", "", "99999999999"}) {
+            EXPECT_EQ(host->get(array, name), raised("bad_lexical_cast")) << name;
+        }
+    }
+    EXPECT_EQ(host->get(string, "-1"), raised("Invalid index"));
+    EXPECT_EQ(host->set(string, "0", "x").code, JSP_PUT_READ_ONLY);
+    EXPECT_EQ(host->set(number, "0", 5), stored());
+    EXPECT_EQ(host->get(number, "0"), valued(5));
+    EXPECT_EQ(host->set(number, "0", "5"), (Answer{JSP_PUT_EXCEPTION, "Not a number"}));
+    EXPECT_EQ(host->set(number, "3", 5), (Answer{JSP_PUT_EXCEPTION, "Out of bounds array access"}));
+    EXPECT_EQ(host->set(number, "length", 5).code, JSP_PUT_EXCEPTION);
+    EXPECT_EQ(host->get(number, "0"), valued(5));
+}

@@ -1,0 +1,51 @@
+# What the plug-in shows to the dynamic loader is what it promises: four symbols, its name, and
+# nothing needed but the language's runtimes and two libraries of the device.
+cmake_minimum_required(VERSION 3.25)
+
+function(read_plugin option result)
+    execute_process(COMMAND ${READELF} --wide ${option} ${PLUGIN}
+        OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
+    string(REPLACE "[" "<" text "${text}")  # brackets would keep lines together
+    string(REPLACE "]" ">" text "${text}")
+    string(REPLACE "\n" ";" lines "${text}")
+    set(${result} "${lines}" PARENT_SCOPE)
+endfunction()
+
+function(expect what found expected)
+    list(SORT found)
+    list(SORT expected)
+    if(NOT found STREQUAL expected)
+        message(FATAL_ERROR "${what}: found '${found}', expected '${expected}'")
+    endif()
+endfunction()
+
+set(exported "")
+set(imported "")
+read_plugin(--dyn-syms lines)
+foreach(line IN LISTS lines)
+    if(line MATCHES " DEFAULT +UND +([^ @]+)")
+        list(APPEND imported ${CMAKE_MATCH_1})
+    elseif(line MATCHES "(GLOBAL|WEAK|UNIQUE) +DEFAULT +[0-9]+ +([^ @]+)")
+        list(APPEND exported ${CMAKE_MATCH_2})
+    endif()
+endforeach()
+expect("exported symbols" "${exported}"
+    "alphabet;g_spotify_instance_Spotify;jspp_add_poll_function;jsplugin_capabilities")
+list(FILTER imported INCLUDE REGEX "UVA")
+list(LENGTH imported count)
+expect("number of symbols of the media backend" ${count} 2)
+
+set(needed "")
+set(soname "")
+set(runtimes "^(libc|libm|libgcc_s|libstdc\\+\\+|libpthread|ld-linux.*|libasan|libtsan|libubsan)\\.so")
+read_plugin(--dynamic lines)
+foreach(line IN LISTS lines)
+    if(line MATCHES "\\(NEEDED\\).*<(.*)>")
+        list(APPEND needed ${CMAKE_MATCH_1})
+    elseif(line MATCHES "\\(SONAME\\).*<(.*)>")
+        set(soname ${CMAKE_MATCH_1})
+    endif()
+endforeach()
+list(FILTER needed EXCLUDE REGEX "${runtimes}")
+expect("needed libraries" "${needed}" "libKelLogOld.so;libspotify.so.12")
+expect("soname" "${soname}" "libSonolet.so.1.0")
