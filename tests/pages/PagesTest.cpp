@@ -1,0 +1,273 @@
+#include "Command.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <random>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char bin[] = BIN_DIR "/";
+
+// One folder of music, and the state of a service that has never seen it.
+class Place {
+public:
+    Place(const std::string& name, const std::string& music) : musicFolder(music) {
+        state = fs::path(WORK_DIR) / name;
+        fs::remove_all(state);
+        fs::create_directories(state);
+        environment = {{"SONOLET_MUSIC", musicFolder},
+                       {"SONOLET_STATE", (state / "state").string()}};
+    }
+
+    // A constant LINKS for a page: the links of the folder's tracks, by title.
+    std::string links() const {
+        const Outcome index = run({std::string(bin) + "sonolet-index"}, environment);
+        EXPECT_EQ(index.exitCode, 0) << index.errors;
+        std::ostringstream text;
+        text << "const LINKS = {";
+        std::istringstream lines(index.output);
+        std::string line;
+        while (std::getline(lines, line)) {
+            std::istringstream fields(line);
+            std::string link;
+            std::string artist;
+            std::string album;
+            std::string title;
+            std::getline(fields, link, '\t');
+            std::getline(fields, artist, '\t');
+            std::getline(fields, album, '\t');
+            std::getline(fields, title, '\t');
+            text << '"' << title << "\": \"" << link << "\", ";
+        }
+        text << "};\n";
+        return text.str();
+    }
+
+    // Runs the page, with the harness and the links before it.
+    Outcome page(const std::string& script, const std::vector<std::string>& options = {}) const {
+        const std::string file = (state / "page.js").string();
+        writeTo(file, links() + contentsOf(PAGES_DIR "/harness.js") + script);
+        std::vector<std::string> command{std::string(bin) + "sonolet-host",
+                                         file,
+                                         "--speed",
+                                         "20",
+                                         "--expose-gc",
+                                         "--music",
+                                         musicFolder};
+        if (std::find(options.begin(), options.end(), "--audio") == options.end()) {
+            command.insert(command.end(), {"--audio", "null"});
+        }
+        command.insert(command.end(), options.begin(), options.end());
+        return run(command, environment);
+    }
+
+    fs::path state;
+
+private:
+    const std::string musicFolder;
+    std::map<std::string, std::string> environment;
+};
+
+std::string demoMusic() {
+    static const std::string folder = [] {
+        fs::create_directories(WORK_DIR);
+        const std::string made = WORK_DIR "/demo";
+        const Outcome outcome = run({std::string(bin) + "sonolet-demo", made}, {});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        return made;
+    }();
+    return folder;
+}
+
+std::size_t count(const std::string& text, const std::string& wanted) {
+    std::size_t found = 0;
+    for (auto at = text.find(wanted); at != std::string::npos; at = text.find(wanted, at + 1)) {
+        ++found;
+    }
+    return found;
+}
+
+// ---- Pages that check themselves ----
+
+class SelfCheckingPage : public testing::TestWithParam<const char*> {};
+
+TEST_P(SelfCheckingPage, Passes) {
+    const Place place(GetParam(), demoMusic());
+    const Outcome outcome =
+        place.page(contentsOf(std::string(PAGES_DIR "/scripts/") + GetParam() + ".js"));
+    EXPECT_EQ(outcome.exitCode, 0);
+    const std::size_t passed = count("\n" + outcome.output, "\nok ");
+    EXPECT_GT(passed, 5U);
+    EXPECT_EQ(count("\n" + outcome.output, "\nnot ok "), 0U);
+    EXPECT_NE(outcome.output.find("\n1.." + std::to_string(passed) + "\n"), std::string::npos);
+    EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
+    if (HasFailure()) {
+        std::cout << outcome.output << outcome.errors;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages,
+                         SelfCheckingPage,
+                         testing::Values("root", "session", "catalogue", "events", "playback"),
+                         [](const auto& page) { return std::string(page.param); });
+
+// ---- Sound ----
+
+void append(std::string& bytes, std::uint32_t value, unsigned size) {
+    for (unsigned i = 0; i < size; ++i) {
+        bytes += static_cast<char>(value >> (8 * i));
+    }
+}
+
+// A WAV file of 44.1 kHz 16-bit stereo (RIFF/WAVE, PCM).
+std::string wavFile(const std::string& samples) {
+    std::string bytes = "RIFF";
+    append(bytes, static_cast<std::uint32_t>(36 + samples.size()), 4);
+    bytes += "WAVEfmt ";
+    append(bytes, 16, 4);
+    append(bytes, 1, 2);
+    append(bytes, 2, 2);
+    append(bytes, 44100, 4);
+    append(bytes, 44100 * 4, 4);
+    append(bytes, 4, 2);
+    append(bytes, 16, 2);
+    bytes += "data";
+    append(bytes, static_cast<std::uint32_t>(samples.size()), 4);
+    return bytes + samples;
+}
+
+// The samples of a WAV file whose sizes tell the truth.
+std::string samplesOf(const std::string& wav) {
+    const std::size_t data = wav.find("data", 12);
+    if (wav.compare(0, 4, "RIFF") != 0 || data == std::string::npos || wav.size() < data + 8) {
+        ADD_FAILURE() << "no WAV file of " << wav.size() << " bytes";
+        return {};
+    }
+    std::uint32_t size = 0;
+    std::memcpy(&size, wav.data() + data + 4, sizeof size);
+    EXPECT_EQ(size, wav.size() - data - 8);
+    return wav.substr(data + 8);
+}
+
+class Sound : public testing::Test {
+protected:
+    // Noise, so that a block that is lost, repeated or moved shows.
+    Sound() {
+        std::mt19937 random(7);
+        source.resize(44100 * 4 * 9 + 4 * 731);
+        for (char& byte : source) {
+            byte = static_cast<char>(random());
+        }
+        fs::create_directories(music);
+        writeTo(music + "/Noise.wav", wavFile(source));
+    }
+
+    // The stream of a page that played the noise: a silent frame, then the source.
+    static void expectPrefixOfSource(const std::string& played, const std::string& source) {
+        ASSERT_GE(played.size(), 4U);
+        EXPECT_EQ(played.substr(0, 4), std::string(4, '\0'));
+        EXPECT_TRUE(played.compare(4, played.size() - 4, source, 0, played.size() - 4) == 0);
+    }
+
+    std::string source;
+    const std::string music = WORK_DIR "/noise";
+};
+
+constexpr char playNoise[] = R"js(
+test.run(async () => {
+    await test.login();
+    const session = Spotify.Session;
+    session.playerLoad(await test.loaded(Spotify.Track.create(LINKS["Noise"])));
+    const complete = test.next(Spotify.Sonolet, "TrackComplete");
+    session.playerPlay(true);
+    await UNTIL;
+    test.ok(true, "played");
+});
+)js";
+
+std::string playNoiseUntil(const std::string& until) {
+    std::string script = playNoise;
+    return script.replace(script.find("UNTIL"), 5, until);
+}
+
+TEST_F(Sound, OfATrackReachesTheSinkSampleForSample) {
+    const Place place("sound", music);
+    const std::string file = (place.state / "out.wav").string();
+    const Outcome outcome = place.page(playNoiseUntil("complete"), {"--audio", "wav:" + file});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.output << outcome.errors;
+    const std::string played = samplesOf(contentsOf(file));
+    expectPrefixOfSource(played, source);
+    EXPECT_LE(played.size(), source.size() + 4);
+    EXPECT_LT(source.size() + 4 - played.size(), 4096U) << "less than one request may be missing";
+}
+
+TEST_F(Sound, StopsWhenThePageClosesInTheMiddle) {
+    const Place place("stop", music);
+    const std::string file = (place.state / "out.wav").string();
+    const Outcome outcome =
+        place.page(playNoiseUntil("test.next(Spotify.Sonolet, \"TrackProgress\", (at) => at > 2)"),
+                   {"--audio", "wav:" + file});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.output << outcome.errors;
+    const std::string played = samplesOf(contentsOf(file));
+    expectPrefixOfSource(played, source);
+    EXPECT_GT(played.size(), 44100U * 4);
+    EXPECT_LT(played.size(), source.size());
+}
+
+// ---- The page's life ----
+
+TEST(Reloading, StopsTheSoundAndStartsThePageAfresh) {
+    const Place place("reload", demoMusic());
+    // The session is the process's: a page finds out whether it is the first to create it.
+    const Outcome outcome = place.page(R"js(
+        let runs = 0;
+        try { Spotify.Session.numFriends(); runs = Spotify.SessionConfig.proxyUsername.length; }
+        catch (error) { console.log("first page"); }
+        Spotify.SessionConfig.proxyUsername = "x".repeat(runs + 1);
+        test.run(async () => {
+            test.same(await test.login(), 0, "logged in on page " + (runs + 1));
+            const track = await test.loaded(Spotify.Track.create(LINKS["Fog Signal"]));
+            Spotify.Session.playerLoad(track);
+            Spotify.Session.playerPlay(true);
+            await test.next(Spotify.Sonolet, "TrackProgress", (at) => at > 0.5);
+            if (runs < 9) {
+                location.reload();
+                await new Promise(() => {});
+            }
+        });
+    )js");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(count(outcome.output, "first page"), 1U);
+    for (int page = 1; page <= 10; ++page) {
+        EXPECT_NE(outcome.output.find("logged in on page " + std::to_string(page) + "\n"),
+                  std::string::npos)
+            << outcome.output;
+    }
+    EXPECT_EQ(count(outcome.output, "not ok"), 0U);
+}
+
+TEST(Passwords, AreInNoLogLine) {
+    const Place place("log", demoMusic());
+    const Outcome outcome = place.page(R"js(
+        Spotify.Session.addEventListener("LogMessage", (line) => console.log(line));
+        test.run(async () => {
+            await test.login("listener", "very-secret-words");
+            await test.login("nobody", "other-secret-words");
+            test.same(await test.login(), 0, "logged in");
+        });
+    )js",
+                                       {"--log", "trace"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(outcome.errors.find("Session::handleLoggedInEvent"), std::string::npos);
+    EXPECT_EQ((outcome.output + outcome.errors).find("secret-words"), std::string::npos);
+}
+
+}  // namespace
