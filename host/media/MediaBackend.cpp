@@ -86,22 +86,20 @@ void MediaBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatu
                 std::to_string(requestSize) + " is cut");
         size = requestSize;
     }
+    // Holding the pipeline keeps its end, which the answer may make due, behind the bytes.
     const std::lock_guard<std::mutex> pipelineLock(pipelineMutex);
-    std::optional<unsigned> byteRate;
-    if (pipeline && size > 0) {
-        {
-            // Before the bytes can leave the queue: `taken` never passes `pushed`.
-            const std::lock_guard<std::mutex> lock(mutex);
-            pushed += size;
-        }
-        pipeline->push(std::move(data), size);
-        byteRate = pipeline->byteRate();
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        requestBack(size, status);
     }
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (byteRate) {
+    if (!pipeline || size == 0) {
+        return;
+    }
+    pipeline->push(std::move(data), size);
+    if (const std::optional<unsigned> byteRate = pipeline->byteRate()) {
+        const std::lock_guard<std::mutex> lock(mutex);
         window = windowOf(*byteRate);
     }
-    requestBack(size, status);
 }
 
 void MediaBackend::requestDropped() noexcept {
@@ -253,6 +251,7 @@ bool MediaBackend::mayAsk() const {
 
 void MediaBackend::requestBack(unsigned size, WriteDataStatus status) {
     --unanswered;
+    pushed += size;
     if (status == WRITE_DATA_END_OF_STREAM) {
         ended = true;
     } else if (size == 0) {

@@ -62,7 +62,8 @@ bool isSilentFallback(GstElement* sink) {
     GST_OBJECT_LOCK(sink);
     for (GList* child = GST_BIN_CHILDREN(sink); child != nullptr; child = child->next) {
         const GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(child->data));
-        fallback = fallback || std::strcmp(GST_OBJECT_NAME(factory), "fakesink") == 0;
+        fallback = fallback ||
+                   (factory != nullptr && std::strcmp(GST_OBJECT_NAME(factory), "fakesink") == 0);
     }
     GST_OBJECT_UNLOCK(sink);
     return fallback;
@@ -106,13 +107,16 @@ Pipeline::Pipeline(Listener& owner, const AudioOptions& options)
             throw std::runtime_error("the sound pipeline does not start");
         }
     } catch (...) {
-        gst_element_set_state(pipeline, GST_STATE_NULL);
-        gst_object_unref(pipeline);
+        stop();
         throw;
     }
 }
 
 Pipeline::~Pipeline() {
+    stop();
+}
+
+void Pipeline::stop() {
     {
         const std::lock_guard<std::mutex> lock(busLink->mutex);
         busLink->listener = nullptr;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -59,11 +60,12 @@ void WavFile::Release::operator()(WavFile* file) const noexcept {
 }
 
 void WavFile::createFirst(const std::string& path) {
-    const std::lock_guard<std::mutex> lock(files().mutex);
-    files().entries.clear();
+    std::vector<Entry> entries;
     if (!path.empty()) {
-        files().entries.push_back({std::make_unique<WavFile>(path)});
+        entries.push_back({std::make_unique<WavFile>(path)});
     }
+    const std::lock_guard<std::mutex> lock(files().mutex);
+    files().entries = std::move(entries);
 }
 
 WavFile::Claim WavFile::claim() {

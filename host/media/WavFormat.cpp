@@ -1,7 +1,6 @@
 #include "WavFormat.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -10,8 +9,18 @@ constexpr unsigned formatFloat = 3;
 constexpr std::uint64_t riffOverhead =
     WavFormat::headerSize - 8;  // what the RIFF size counts besides the data
 
-bool isTag(const unsigned char* at, const char* tag) {
-    return std::memcmp(at, tag, 4) == 0;
+using Tag = std::array<unsigned char, 4>;
+constexpr Tag riffTag{'R', 'I', 'F', 'F'};
+constexpr Tag waveTag{'W', 'A', 'V', 'E'};
+constexpr Tag formatTag{'f', 'm', 't', ' '};
+constexpr Tag dataTag{'d', 'a', 't', 'a'};
+
+bool isTag(const unsigned char* at, const Tag& tag) {
+    return std::equal(tag.begin(), tag.end(), at);
+}
+
+void put(unsigned char* at, const Tag& tag) {
+    std::copy(tag.begin(), tag.end(), at);
 }
 
 std::uint32_t get(const unsigned char* at, unsigned bytes) {
@@ -32,8 +41,8 @@ void put(unsigned char* at, unsigned bytes, std::uint64_t value) {
 
 std::optional<WavFormat> WavFormat::parse(const Header& header) {
     const unsigned char* bytes = header.data();
-    if (!isTag(bytes, "RIFF") || !isTag(bytes + 8, "WAVE") || !isTag(bytes + 12, "fmt ") ||
-        get(bytes + 16, 4) != 16 || !isTag(bytes + 36, "data")) {
+    if (!isTag(bytes, riffTag) || !isTag(bytes + 8, waveTag) || !isTag(bytes + 12, formatTag) ||
+        get(bytes + 16, 4) != 16 || !isTag(bytes + 36, dataTag)) {
         return std::nullopt;
     }
     const std::uint32_t tag = get(bytes + 20, 2);
@@ -53,9 +62,10 @@ WavFormat::Header WavFormat::header(std::uint64_t dataSize) const {
     constexpr std::uint64_t largest = 0xFFFFFFFF;
     Header result{};
     unsigned char* bytes = result.data();
-    std::memcpy(bytes, "RIFF", 4);
+    put(bytes, riffTag);
     put(bytes + 4, 4, std::min(dataSize, largest - riffOverhead) + riffOverhead);
-    std::memcpy(bytes + 8, "WAVEfmt ", 8);
+    put(bytes + 8, waveTag);
+    put(bytes + 12, formatTag);
     put(bytes + 16, 4, 16);
     put(bytes + 20, 2, isFloat ? formatFloat : formatPcm);
     put(bytes + 22, 2, channels);
@@ -63,7 +73,7 @@ WavFormat::Header WavFormat::header(std::uint64_t dataSize) const {
     put(bytes + 28, 4, byteRate());
     put(bytes + 32, 2, frameSize());
     put(bytes + 34, 2, bits);
-    std::memcpy(bytes + 36, "data", 4);
+    put(bytes + 36, dataTag);
     put(bytes + 40, 4, std::min(dataSize, largest));
     return result;
 }

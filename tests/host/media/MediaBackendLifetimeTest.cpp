@@ -21,8 +21,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr unsigned secondOfStereo = 44100 * 4;  // bytes
-
 // Plays until the backend has asked for `count` requests in all.
 void playUntilAsked(std::size_t count, ListenerClient& client, Backend& backend, Feed& feed) {
     while (client.offsetCount() < count) {
@@ -193,7 +191,8 @@ TEST(MediaBackendLifetime, StreamsThatFollowShareTheFileAndOnesBesideGetTheirOwn
     const WavContent wav = readWav(wavPath());
     EXPECT_EQ(wav.channels, 2U);
     EXPECT_EQ(wav.rate, 44100U);
-    EXPECT_NEAR(static_cast<double>(wav.samples.size() - samples.size()), secondOfStereo / 2, 200);
+    EXPECT_NEAR(static_cast<double>(wav.samples.size() - samples.size()), 0.5 * secondOfStereo,
+                200);
 }
 
 TEST(MediaBackendLifetime, AnOutputThatFailsAsksForTheRelease) {

@@ -16,8 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr unsigned secondOfStereo = 44100 * 4;  // bytes
-
 double secondsSince(steady_clock::time_point start) {
     return std::chrono::duration<double>(steady_clock::now() - start).count();
 }

@@ -23,6 +23,8 @@ enum : unsigned {
     streamBuffered = 23,
 };
 
+constexpr std::size_t secondOfStereo = 176400;  // bytes, at 44.1 kHz
+
 using Bytes = std::vector<unsigned char>;
 
 inline void append(Bytes& bytes, std::uint32_t value, unsigned size) {
