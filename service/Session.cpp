@@ -98,6 +98,8 @@ void Session::start() {
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
     scanEvents.finished = [this] {
         events.post([this] {
+            // The last changes may be younger than the last look.
+            shelves->refreshCatalogue();
             shelves->setScanned();
             raise(&sp_session_callbacks::metadata_updated);
         });

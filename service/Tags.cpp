@@ -9,12 +9,15 @@
 #include <id3v2tag.h>
 #include <mp4file.h>
 #include <mpegfile.h>
+#include <mpegheader.h>
+#include <mpegproperties.h>
 #include <oggfile.h>
 #include <oggflacfile.h>
 #include <opusfile.h>
 #include <tpropertymap.h>
 #include <vorbisfile.h>
 #include <wavfile.h>
+#include <xingheader.h>
 #include <xiphcomment.h>
 
 #include <algorithm>
@@ -127,6 +130,38 @@ std::string frontCover(TagLib::File& file) {
     return {};
 }
 
+// The length of an MP3 stream in milliseconds. Without a header that tells it, the tag library
+// goes by the first frame's bit rate, which is right only while all frames have the same.
+int mpegDurationMs(TagLib::MPEG::File& file) {
+    const TagLib::MPEG::Properties* audio = file.audioProperties();
+    if (audio == nullptr) {
+        return 0;
+    }
+    if (audio->xingHeader() != nullptr) {
+        return audio->lengthInMilliseconds();
+    }
+    constexpr int framesThatTell = 64;
+    double milliseconds = 0;
+    int frames = 0;
+    int firstRate = 0;
+    bool varies = false;
+    long offset = file.firstFrameOffset();
+    while (offset >= 0 && (varies || frames < framesThatTell)) {
+        const TagLib::MPEG::Header header(&file, offset, false);
+        if (!header.isValid() || header.frameLength() <= 0 || header.sampleRate() <= 0) {
+            break;
+        }
+        firstRate = frames == 0 ? header.bitrate() : firstRate;
+        varies = varies || header.bitrate() != firstRate;
+        milliseconds += 1000.0 * header.samplesPerFrame() / header.sampleRate();
+        offset += header.frameLength();
+        ++frames;
+    }
+    const bool whole = varies || frames < framesThatTell;
+    return whole ? static_cast<int>(std::min<double>(milliseconds, INT_MAX))
+                 : audio->lengthInMilliseconds();
+}
+
 Tags tagsOf(TagLib::File& file) {
     const TagLib::PropertyMap properties = file.properties();
     Tags tags;
@@ -217,6 +252,8 @@ Tags readTags(const std::string& path) {
         Tags tags = tagsOf(*file);
         if (ending == "aac") {
             tags.durationMs = adtsDurationMs(path);
+        } else if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file.get())) {
+            tags.durationMs = mpegDurationMs(*mpeg);
         }
         if (tags.durationMs == 0) {
             throw UnreadableFile("there is no sound in it, or it is damaged");

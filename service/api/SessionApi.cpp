@@ -76,13 +76,11 @@ sp_error sp_session_create(const sp_session_config* config, sp_session** session
 
 sp_error sp_session_release(sp_session* session) {
     return withSession(session, [](Session& living) {
-        std::shared_ptr<sp_session> released;
-        {
-            Current& place = current();
-            const std::lock_guard<std::mutex> lock(place.mutex);
-            released = std::move(place.session);
-        }
+        // A callback under way may still ask the session something.
         living.close();
+        Current& place = current();
+        const std::lock_guard<std::mutex> lock(place.mutex);
+        place.session.reset();
         return SP_ERROR_OK;
     });
 }
