@@ -10,8 +10,8 @@
 namespace {
 
 constexpr Scheduler::Delay housekeepingInterval{2000};
-// A script that runs for long without a break hands out this many objects before housekeeping
-// steps in between two of its calls.
+// A script that runs for long without a break hands out this many objects, or half as many as there
+// are, before housekeeping steps in between two of its calls.
 constexpr std::size_t housekeepingThreshold = 4096;
 
 // The arguments of one call into script. The engine finds values on the stack by itself, but not
@@ -55,7 +55,7 @@ private:
 
 Document::PluginCall::PluginCall(Document& calledIn) : document(calledIn) {
     if (document.depth == 0 && document.store->rootedSinceTrace() >
-                                   std::max(housekeepingThreshold, document.store->size())) {
+                                   std::max(housekeepingThreshold, document.store->size() / 2)) {
         document.letGo();
     }
     if (document.depth++ == 0) {

@@ -22,10 +22,7 @@ JSValueRef call(JSContextRef context,
     } catch (const std::exception& error) {
         const text::EngineString message(error.what());
         const JSValueRef argument = JSValueMakeString(context, message.get());
-        const JSObjectRef made = JSObjectMakeError(context, 1, &argument, nullptr);
-        setProperty(context, made, "name",
-                    JSValueMakeString(context, text::EngineString("TypeError").get()));
-        *exception = made;
+        *exception = JSObjectMakeError(context, 1, &argument, nullptr);
         return nullptr;
     }
 }

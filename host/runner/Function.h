@@ -9,7 +9,7 @@
 // Functions of the host for scripts.
 namespace function {
 
-// Throws std::exception to throw a TypeError of its text in script.
+// Throws std::exception to throw an Error of its text in script.
 using Body = std::function<JSValueRef(JSContextRef context, size_t argc, const JSValueRef argv[])>;
 
 // A function object that runs `body`; it owns it, and lives as long as script can reach it.

@@ -151,6 +151,13 @@ int valueOf(const std::string& name, jsplugin_value* result) {
         result->u.object = &stray;
         return JSP_GET_VALUE;
     }
+    if (name == "inits") {
+        return answerNumber(result, JSP_GET_VALUE, counts.inits);
+    }
+    if (name == "music") {
+        const char* const folder = std::getenv("SONOLET_MUSIC");
+        return answerString(result, JSP_GET_VALUE, folder != nullptr ? folder : "");
+    }
     if (name == "garbageType") {
         result->type = 99;
         return JSP_GET_VALUE;
@@ -168,10 +175,9 @@ int valueOf(const std::string& name, jsplugin_value* result) {
     return JSP_GET_NO_PROPERTY;
 }
 
-const std::set<std::string> functionNames = {"again",     "collectAndGo", "describe", "echo",
-                                             "fire",      "hold",         "listen",   "make",
-                                             "missing",   "nothing",      "readsOf",  "remember",
-                                             "startPoll", "throwing",     "unlisten", "callWith"};
+const std::set<std::string> functionNames = {
+    "again",   "describe", "echo",     "fire",      "hold",     "listen",   "make",    "missing",
+    "nothing", "readsOf",  "remember", "startPoll", "throwing", "unlisten", "callWith"};
 
 int getter(jsplugin_obj* object, const char* name, jsplugin_value* result) {
     ++counts.reads;

@@ -13,6 +13,7 @@ struct ProbeCounts {
     int globalReads;
 };
 
+#pragma GCC visibility push(default)
 extern "C" {
 // Since the plug-in was loaded.
 ProbeCounts probeCounts();
@@ -23,5 +24,6 @@ const char* probeProtocol();
 // Every object of the plug-in has been destructed once and none is left.
 int probeIsClean();
 }
+#pragma GCC visibility pop
 
 #endif

@@ -1,0 +1,98 @@
+#include "DocumentHarness.h"
+
+#include "engine/Text.h"
+
+#include <dlfcn.h>
+#include <glib.h>
+
+#include <chrono>
+#include <stdexcept>
+
+extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
+
+namespace {
+
+const PluginLibrary& plugin() {
+    static const PluginLibrary library(HOST_PROBE);
+    return library;
+}
+
+template <typename Function>
+Function* probeFunction(const char* name) {
+    void* const library = dlopen(HOST_PROBE, RTLD_NOW | RTLD_NOLOAD);
+    if (library == nullptr) {
+        throw std::runtime_error("the probe is not loaded");
+    }
+    auto* const function = reinterpret_cast<Function*>(dlsym(library, name));
+    dlclose(library);
+    return function;
+}
+
+}  // namespace
+
+DocumentHarness::DocumentHarness() : context(JSGlobalContextCreateInGroup(nullptr, nullptr)) {
+    document = std::make_unique<Document>(context, plugin(), scheduler, *this);
+    atStart = counts();
+}
+
+DocumentHarness::~DocumentHarness() {
+    document.reset();
+    JSGlobalContextRelease(context);
+}
+
+std::string DocumentHarness::eval(const std::string& script) {
+    const text::EngineString source(script);
+    JSValueRef exception = nullptr;
+    const JSValueRef value =
+        JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, &exception);
+    return exception != nullptr ? "throws " + text::toUtf8(context, exception)
+                                : text::toUtf8(context, value);
+}
+
+void DocumentHarness::collect() {
+    JSSynchronousGarbageCollectForDebugging(context);
+}
+
+void DocumentHarness::collectAll() {
+    for (int i = 0; i < 2; ++i) {
+        document->letGo();
+        collect();
+        // Allocation finishes the lazy sweep of what was found dead.
+        eval("for (let i = 0; i < 2000; ++i) { ({ i }); }");
+    }
+    document->letGo();
+}
+
+bool DocumentHarness::waitUntil(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    // Wakes the loop now and then, lest it waits for an event that never comes.
+    const guint wake = g_timeout_add(
+        20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+    bool reached = done();
+    while (!reached && std::chrono::steady_clock::now() < end) {
+        g_main_context_iteration(nullptr, TRUE);
+        reached = done();
+    }
+    g_source_remove(wake);
+    return reached;
+}
+
+void DocumentHarness::uncaught(JSContextRef callContext, JSValueRef exception) noexcept {
+    errors.push_back(text::toUtf8(callContext, exception));
+}
+
+ProbeCounts DocumentHarness::counts() {
+    return probeFunction<decltype(probeCounts)>("probeCounts")();
+}
+
+void DocumentHarness::allowAccess(int answer) {
+    probeFunction<decltype(probeAllowAccess)>("probeAllowAccess")(answer);
+}
+
+std::string DocumentHarness::askedProtocol() {
+    return probeFunction<decltype(probeProtocol)>("probeProtocol")();
+}
+
+bool DocumentHarness::isClean() {
+    return probeFunction<decltype(probeIsClean)>("probeIsClean")() == 1;
+}

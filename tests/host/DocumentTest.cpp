@@ -1,0 +1,347 @@
+#include "DocumentHarness.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+namespace {
+
+class DocumentTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(host.document->open({"file", "", 0})); }
+
+    // Every object that the plug-in was ever given goes, once.
+    void TearDown() override {
+        host.document->close();
+        EXPECT_EQ(host.created(), host.destructed());
+        EXPECT_TRUE(DocumentHarness::isClean());
+        EXPECT_EQ(host.document->objects().size(), 0U);
+    }
+
+    std::string eval(const std::string& script) { return host.eval(script); }
+
+    DocumentHarness host;
+};
+
+TEST_F(DocumentTest, CacheableAnswersAreAskedForOnce) {
+    eval("for (let i = 0; i < 10; ++i) { Probe.constant; Probe.echo; Probe.text; }");
+    EXPECT_EQ(eval("Probe.readsOf('constant')"), "1");
+    EXPECT_EQ(eval("Probe.readsOf('echo')"), "1");
+    EXPECT_EQ(eval("Probe.readsOf('text')"), "10");
+    EXPECT_EQ(eval("delete Probe.constant; Probe.constant + Probe.readsOf('constant')"), "44");
+    const int before = DocumentHarness::counts().globalReads;
+    eval("Probe; Probe; globalThis.Probe");
+    EXPECT_EQ(DocumentHarness::counts().globalReads, before);
+}
+
+TEST_F(DocumentTest, ACachedAnswerSwallowsNoWrite) {
+    EXPECT_EQ(eval("Probe.cachedText"), "first");
+    EXPECT_EQ(eval("Probe.cachedText = 'second'; Probe.cachedText"), "second");
+    EXPECT_EQ(eval("Probe.constant; Probe.constant = 1"),
+              "throws Error: Cannot set \"constant\": it is read-only");
+    EXPECT_EQ(eval("'use strict'; Probe.echo; Probe.echo = 1"),
+              "throws Error: Cannot set \"echo\": it is read-only");
+    EXPECT_EQ(eval("Probe.constant"), "42");
+    EXPECT_EQ(eval("Probe.text = 7"), "throws Error: text takes a string");
+    EXPECT_EQ(eval("Probe[3] = 7"), "throws Error: Cannot set \"3\": it is read-only");
+    EXPECT_EQ(eval("Probe.expando = 7; Probe.expando"), "7");
+}
+
+TEST_F(DocumentTest, EveryAnswerHasItsMeaning) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Probe.nothingThere", "undefined"},
+        {"Probe.unknown", "undefined"},
+        {"Probe.failing", "throws Error: failing cannot be read"},
+        {"try { Probe.failing } catch (e) { e.constructor === Error }", "true"},
+        {"Probe.missing()", "throws TypeError: \"missing\" is not a function"},
+        {"Probe.nothing()", "undefined"},
+        {"Probe.throwing()", "throws Error: thrown by the plug-in"},
+        {"Probe.undefinedValue", "undefined"},
+        {"Probe.nullValue", "null"},
+        {"[Probe.yes, Probe.no]", "true,false"},
+        {"Probe.nan", "NaN"},
+        {"Probe.nullText", "undefined"},
+        {"Probe.strayObject", "undefined"},
+        {"Probe.garbageType", "undefined"},
+        {"Probe.date instanceof Date && Probe.date.getTime()", "86400000"},
+        {"Probe.brokenExpression",
+         "throws TypeError: null is not an object (evaluating 'null.member')"},
+        {"ProbeEmpty", "undefined"},
+        {"ProbeFailing", "throws Error: no such probe"},
+        {"ProbeEmpty = 5; ProbeEmpty", "5"},
+    };
+    for (const auto& [script, expected] : cases) {
+        EXPECT_EQ(eval(script), expected) << script;
+    }
+}
+
+TEST_F(DocumentTest, ValuesCrossBothWays) {
+    EXPECT_EQ(eval("Probe.describe(undefined, null, true, 1.5, 'x', {}, () => 1, Probe, Probe.echo,"
+                   "Symbol.iterator, 5n)"),
+              "native 0 6 5:1 4:1.500000 3:x 2:page 2:page 1 1 0 0");
+    EXPECT_EQ(eval("const values = [undefined, null, false, -0.5, 'y', {}, [], () => 1, Probe,"
+                   "Probe.make, globalThis]; values.every((v) => Probe.echo(v) === v)"),
+              "true");
+    EXPECT_EQ(eval("let many; Probe.callWith((...args) => { many = args; });"
+                   "many.length + many[0] + many[39]"),
+              "40argument 0argument 39");
+}
+
+TEST_F(DocumentTest, TextNeverBreaksOnTheWay) {
+    EXPECT_EQ(eval("const same = ['', 'a', '\\u00e9\\u4e16', '\\ud83d\\ude00', 'x'.repeat(1e5)];"
+                   "same.every((s) => Probe.echo(s) === s)"),
+              "true");
+    EXPECT_EQ(eval("Probe.echo('a\\ud83db\\ude00\\ud83d') === 'a\\ufffdb\\ufffd\\ufffd'"), "true");
+    EXPECT_EQ(eval("Probe.echo('a\\0b') === 'a\\ufffdb'"), "true");
+    EXPECT_EQ(eval("Probe.brokenText.startsWith('a\\ufffd\\ufffd(z\\ufffd')"), "true");
+    EXPECT_EQ(eval("Probe['\\ud800'] === undefined && Probe['a\\0'] === undefined"), "true");
+}
+
+TEST_F(DocumentTest, InAsksThePlugin) {
+    for (const char* const name : {"text", "constant", "echo", "nothingThere", "nullValue"}) {
+        EXPECT_EQ(eval(std::string("'") + name + "' in Probe"), "true") << name;
+    }
+    for (const char* const name : {"unknown", "failing", "then", "0"}) {
+        EXPECT_EQ(eval(std::string("'") + name + "' in Probe"), "false") << name;
+    }
+    EXPECT_EQ(eval("Symbol.iterator in Probe"), "false");
+    // What was found absent by `in` is thrown by a read, and the other way round.
+    EXPECT_EQ(eval("'failing' in Probe; Probe.unknown; Probe.failing"),
+              "throws Error: failing cannot be read");
+}
+
+TEST_F(DocumentTest, ObjectsStandWhatPagesDoToThem) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Probe.constant; Object.keys(Probe).length", "0"},
+        {"JSON.stringify(Probe)", "{}"},
+        {"let names = ''; for (const name in Probe) names += name; names", ""},
+        {"String(Probe)", "[object NativeObject]"},
+        {"`${Probe}` + Probe.toString()", "[object NativeObject][object NativeObject]"},
+        {"Probe instanceof Object && Probe.echo instanceof Function", "true"},
+        {"typeof Probe + typeof Probe.echo", "objectfunction"},
+        {"Probe.describe.call({}, 1)", "page 4:1.000000"},
+        {"Probe.describe.apply(Probe, [2])", "native 4:2.000000"},
+        {"Probe.describe.bind(Probe)(3)", "native 4:3.000000"},
+        {"const f = Probe.describe; f()", "none"},
+        {"'use strict'; Probe.describe.call(undefined)", "none"},
+        {"Probe.describe.call(5)", "page"},
+        {"String(Probe.echo).startsWith('function')", "true"},
+        {"new Probe.echo()", "throws TypeError: function is not a constructor (evaluating 'new "
+                             "Probe.echo()')"},
+        {"const child = Object.create(Probe); child.constant", "42"},
+        {"({ ...Probe }).constant", "undefined"},
+        {"const frozen = Object.freeze(Probe.make()); frozen.text + frozen.constant", "first42"},
+        {"const bare = Object.setPrototypeOf(Probe.make(), null); bare.text", "undefined"},
+        {"bare.__proto__ = Probe; Probe.echo(bare) === bare", "true"},
+        {"const cut = Probe.make(); Object.setPrototypeOf(Object.getPrototypeOf(cut), null);"
+         "[cut.text, cut.failing, 'failing' in cut, cut.unknown]",
+         "first,,false,"},
+        {"const own = Probe.make();"
+         "Object.defineProperty(own, 'constant', { value: 1 }); own.constant",
+         "1"},
+        {"Object.prototype.injected = 3; Probe.injected", "3"},
+        {"delete Object.prototype.injected; Probe.injected", "undefined"},
+        {"new Proxy(Probe, {}).text", "first"},
+        {"Reflect.ownKeys(Object.getPrototypeOf(Probe)).length", "0"},
+        {"Object.getPrototypeOf(Probe).text", "first"},
+    };
+    for (const auto& [script, expected] : cases) {
+        EXPECT_EQ(eval(script), expected) << script;
+    }
+    EXPECT_EQ(eval("let resolved; Promise.resolve(Probe).then((v) => { resolved = v; })"),
+              "[object Promise]");
+    EXPECT_EQ(eval("resolved === Probe"), "true");
+}
+
+TEST_F(DocumentTest, AScriptThatReplacesTheEnginesFunctionsChangesNothing) {
+    eval("Object.defineProperty = Reflect.get = Reflect.has = () => { throw new Error('mine'); };"
+         "WeakRef.prototype.deref = () => ({}); WeakMap.prototype.set = undefined;"
+         "globalThis.Error = globalThis.TypeError = globalThis.WeakRef = undefined;");
+    EXPECT_EQ(eval("Probe.constant + Probe.readsOf('constant')"), "43");
+    EXPECT_EQ(eval("Probe.failing"), "throws Error: failing cannot be read");
+    EXPECT_EQ(eval("Probe.missing()"), "throws TypeError: \"missing\" is not a function");
+    host.collectAll();
+    EXPECT_EQ(eval("Probe.echo(Probe) === Probe"), "true");
+}
+
+TEST_F(DocumentTest, OnePageFunctionHasOneHandle) {
+    EXPECT_EQ(eval("const f = () => 1, g = () => 2; Probe.listen(f); Probe.listen(f)"), "1");
+    host.collectAll();
+    EXPECT_EQ(eval("Probe.listen(f)"), "1");
+    EXPECT_EQ(eval("Probe.listen(g)"), "2");
+}
+
+TEST_F(DocumentTest, ListenersLiveAsLongAsTheyAreMarked) {
+    eval("var calls = 0, refs = [];"
+         "for (let i = 0; i < 50; ++i) {"
+         "    const f = () => { calls += i; }; refs.push(new WeakRef(f)); Probe.listen(f); }");
+    host.collectAll();
+    host.collectAll();
+    EXPECT_EQ(eval("refs.filter((r) => r.deref() !== undefined).length"), "50");
+    EXPECT_EQ(eval("Probe.fire() + calls"), "1225");
+    eval("Probe.unlisten()");
+    host.collectAll();
+    EXPECT_LE(std::stoi(eval("refs.filter((r) => r.deref() !== undefined).length")), 5);
+    // The records are gone with them: what is left are Probe and its functions.
+    EXPECT_LE(host.document->objects().size(), 10U);
+}
+
+TEST_F(DocumentTest, WhatANativeObjectHoldsLivesAndGoesWithIt) {
+    eval("var calls = 0, refs = [], kept = [];"
+         "for (let i = 0; i < 50; ++i) {"
+         "    const native = Probe.make(); kept.push(native);"
+         // Each holds the other.
+         "    const f = () => native; refs.push(new WeakRef(f)); native.hold(f); }");
+    host.collectAll();
+    host.collectAll();
+    EXPECT_EQ(eval("refs.filter((r) => r.deref() !== undefined).length"), "50");
+    const int before = host.destructed();
+    eval("kept = []");
+    host.collectAll();
+    EXPECT_LE(std::stoi(eval("refs.filter((r) => r.deref() !== undefined).length")), 5);
+    EXPECT_GE(host.destructed() - before, 45);
+}
+
+TEST_F(DocumentTest, AnObjectThatDiedIsMintedAnew) {
+    // The plug-in keeps the object without marking it, and the engine has collected its script
+    // object, finalized or not.
+    int anew = 0;
+    for (int i = 0; i < 40; ++i) {
+        eval("(() => { const made = Probe.make(); made.text = 'round " + std::to_string(i) +
+             "'; made.expando = 1; Probe.remember(made); })()");
+        host.document->letGo();
+        host.collect();
+        const std::string text = eval("var object = Probe.again(); object && object.text");
+        if (text != "null") {
+            ++anew;
+            ASSERT_EQ(text, "round " + std::to_string(i));
+            ASSERT_EQ(eval("Probe.again() === object && object.describe(object)"), "native 1");
+            // The finalizer of the old script object must not destruct the new one's.
+            host.collectAll();
+            ASSERT_EQ(eval("object.text"), text);
+            ASSERT_EQ(eval("Probe.again() === object"), "true");
+        }
+        eval("object = undefined");
+    }
+    EXPECT_GT(anew, 0);
+    host.collectAll();
+    EXPECT_GE(host.destructed(), 35);
+}
+
+TEST_F(DocumentTest, APageThatRunsForLongDoesNotGrow) {
+    const char* const round =
+        "(() => { for (let i = 0; i < 500; ++i) {"
+        "    const made = Probe.make(); made.hold(() => made); Probe.describe({}, () => i, made);"
+        "    made.text; made.constant; } })()";
+    for (int i = 0; i < 20; ++i) {
+        eval(round);
+        host.collectAll();
+    }
+    EXPECT_LE(host.document->objects().size(), 200U);
+    EXPECT_GE(host.created(), 10000);
+    EXPECT_LE(host.created() - host.destructed(), 200);
+}
+
+TEST_F(DocumentTest, ALongScriptLetsGoWhileItRuns) {
+    eval("for (let i = 0; i < 60000; ++i) { Probe.describe({}); }");
+    EXPECT_LE(host.document->objects().size(), 10000U);
+}
+
+TEST_F(DocumentTest, ACollectionInsideACallLeavesItsArgumentsAlone) {
+    JSClassDefinition definition = kJSClassDefinitionEmpty;
+    static DocumentHarness* current = nullptr;
+    current = &host;
+    definition.callAsFunction = [](JSContextRef ctx, JSObjectRef, JSObjectRef, size_t,
+                                   const JSValueRef[], JSValueRef*) -> JSValueRef {
+        current->collectAll();
+        return JSValueMakeUndefined(ctx);
+    };
+    const JSClassRef collectorClass = JSClassCreate(&definition);
+    JSStringRef name = JSStringCreateWithUTF8CString("collectAll");
+    JSObjectSetProperty(host.context, JSContextGetGlobalObject(host.context), name,
+                        JSObjectMake(host.context, collectorClass, nullptr),
+                        kJSPropertyAttributeNone, nullptr);
+    JSStringRelease(name);
+    JSClassRelease(collectorClass);
+    // The plug-in's `fire` has these two on its stack while the listener collects, and passes them
+    // on to the second listener.
+    EXPECT_EQ(eval("let got; Probe.listen(() => collectAll());"
+                   "Probe.listen((a, b) => { got = a.x + b.text; });"
+                   "Probe.fire({ x: 'page ' }, Probe.make()) + got"),
+              "0page first");
+}
+
+TEST_F(DocumentTest, WhatAListenerThrowsGoesToTheReporter) {
+    EXPECT_EQ(eval("let later = 0; Probe.listen(() => { throw new RangeError('mine'); });"
+                   "Probe.listen(() => { ++later; }); Probe.fire() + later"),
+              "1");
+    ASSERT_EQ(host.errors.size(), 1U);
+    EXPECT_EQ(host.errors[0], "RangeError: mine");
+    // A page object that is no function is refused.
+    EXPECT_EQ(eval("Probe.unlisten(); Probe.listen({}); Probe.fire()"), "1");
+}
+
+TEST_F(DocumentTest, APollStopsWhenItAnswersZero) {
+    const int before = DocumentHarness::counts().polls;
+    EXPECT_EQ(eval("let ticks = 0; Probe.listen(() => { ++ticks; }); Probe.startPoll(3)"), "0");
+    ASSERT_TRUE(host.waitUntil([&] { return DocumentHarness::counts().polls == before + 3; }));
+    // Were it still to run, it would be long before this one is due.
+    bool later = false;
+    host.scheduler.schedule(Scheduler::Delay(1000), [&] {
+        later = true;
+        return false;
+    });
+    ASSERT_TRUE(host.waitUntil([&] { return later; }));
+    EXPECT_EQ(DocumentHarness::counts().polls, before + 3);
+    EXPECT_EQ(eval("ticks"), "3");
+}
+
+TEST_F(DocumentTest, ADocumentClosedInsideAPollIsClosedAfterIt) {
+    static DocumentHarness* current = nullptr;
+    static int destructedInside = 0;
+    current = &host;
+    JSStringRef name = JSStringCreateWithUTF8CString("closeDocument");
+    const JSObjectRef closer =
+        JSObjectMakeFunctionWithCallback(host.context, name,
+                                         [](JSContextRef ctx, JSObjectRef, JSObjectRef, size_t,
+                                            const JSValueRef[], JSValueRef*) -> JSValueRef {
+                                             current->document->close();
+                                             destructedInside = current->destructed();
+                                             return JSValueMakeUndefined(ctx);
+                                         });
+    JSObjectSetProperty(host.context, JSContextGetGlobalObject(host.context), name, closer,
+                        kJSPropertyAttributeNone, nullptr);
+    JSStringRelease(name);
+    const int unloads = DocumentHarness::counts().unloads;
+    const int polls = DocumentHarness::counts().polls;
+    eval("Probe.listen(closeDocument); Probe.startPoll(100)");
+    ASSERT_TRUE(host.waitUntil([&] { return DocumentHarness::counts().unloads == unloads + 1; }));
+    EXPECT_EQ(destructedInside, 0);
+    EXPECT_EQ(host.created(), host.destructed());
+    EXPECT_EQ(DocumentHarness::counts().polls, polls + 1);
+    EXPECT_EQ(DocumentHarness::counts().destroys - host.atStart.destroys, 1);
+}
+
+TEST_F(DocumentTest, ScriptThatOutlivesTheDocumentFindsItsObjectsEmpty) {
+    eval("var object = Probe.make(), echo = Probe.echo; object.constant");
+    host.document->close();
+    EXPECT_EQ(host.created(), host.destructed());
+    EXPECT_EQ(eval("[object.text, object.constant, echo(1), 'text' in object, typeof Probe]"),
+              ",42,,false,object");
+    EXPECT_EQ(eval("object.text = 1; ProbeEmpty"), "undefined");
+}
+
+TEST(DocumentAccessTest, ARefusedPageSeesNothingOfThePlugin) {
+    DocumentHarness host;
+    DocumentHarness::allowAccess(0);
+    EXPECT_FALSE(host.document->open({"http", "example.org", 80}));
+    DocumentHarness::allowAccess(1);
+    EXPECT_EQ(DocumentHarness::askedProtocol(), "http");
+    EXPECT_EQ(host.eval("'Probe' in globalThis"), "false");
+    EXPECT_EQ(DocumentHarness::counts().inits, host.atStart.inits);
+    host.document->close();
+    EXPECT_EQ(DocumentHarness::counts().destroys, host.atStart.destroys);
+}
+
+}  // namespace

@@ -1,0 +1,54 @@
+#include "log/LogThreshold.h"
+
+#include "kellog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+TEST(LogTest, OnlyLinesFromTheThresholdAreWritten) {
+    KlogContext* const before = KlogContext::GetLogContext("Module", "file", 1);
+    EXPECT_EQ(before->threshold(), static_cast<int>(KLOG_ERROR));
+    testing::internal::CaptureStderr();
+    KlogPrintf(before, KLOG_TRACE, "Some/File", 7, "%s", "unwanted");
+    KlogPrintf(nullptr, KLOG_ERROR, "Some/File", 8, "number %d", 5);
+    KlogSetThreshold(KLOG_TRACE);
+    EXPECT_EQ(before->threshold(), static_cast<int>(KLOG_TRACE));
+    KlogPrintf(before, KLOG_TRACE, "Some/File", 9, "%s", "100% wanted");
+    KlogSetThreshold(KLOG_NONE);
+    KlogPrintf(before, KLOG_ERROR, "Some/File", 10, "nothing");
+    KlogSetThreshold(KLOG_ERROR);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "error Some/File:8: number 5\ntrace Some/File:9: 100% wanted\n");
+}
+
+TEST(LogTest, LinesOfSeveralThreadsStayWhole) {
+    testing::internal::CaptureStderr();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] {
+            // Longer than any buffer that a writer would keep on its stack.
+            const std::string text(2000, static_cast<char>('a' + i));
+            for (int n = 0; n < 50; ++n) {
+                KlogPrintf(nullptr, KLOG_ERROR, "f", 1, "%s", text.c_str());
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::istringstream lines(testing::internal::GetCapturedStderr());
+    int count = 0;
+    for (std::string text; std::getline(lines, text); ++count) {
+        ASSERT_EQ(text, "error f:1: " + std::string(2000, text.back()));
+    }
+    EXPECT_EQ(count, 200);
+}
+
+}  // namespace

@@ -1,0 +1,228 @@
+#include "HostProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <utility>
+#include <vector>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+std::string line(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+TEST(RunnerTest, APageEndsWhenItClosesItself) {
+    const HostResult result = runPage("setTimeout(() => { console.log('late'); close(); }, 5);"
+                                      "setTimeout(() => console.log('never'), 100000);"
+                                      "console.log('early');");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "early\nlate\n");
+    EXPECT_THAT(result.err, HasSubstr("probe: inits 1 unloads 1 created none destructed 0"));
+}
+
+TEST(RunnerTest, TimersKeepTheirOrderAndArguments) {
+    const HostResult result = runPage(R"(
+        const seen = [];
+        setTimeout(() => seen.push('c'), 30);
+        setTimeout((...args) => seen.push(...args), 10, 'a', 'b');
+        const cancelled = setTimeout(() => seen.push('cancelled'), 20);
+        setTimeout(() => clearTimeout(cancelled), 1);
+        let rounds = 0;
+        const interval = setInterval(() => {
+            seen.push(++rounds);
+            if (rounds === 3) {
+                clearInterval(interval);
+                setTimeout(() => { console.log(seen.join()); close(); }, 1);
+            }
+        }, 40);
+        clearTimeout(); clearTimeout(12345); clearInterval('x'); clearTimeout(interval + 1000);
+        Promise.resolve('m').then((m) => seen.push(m));
+        seen.push('s');
+        // Both are long due when the loop comes to them: the earlier comes first all the same.
+        setTimeout(() => {
+            setTimeout(() => seen.push('second'), 3);
+            setTimeout(() => seen.push('first'), 2);
+            for (const end = Date.now() + 8; Date.now() < end;) {}
+        }, 1);
+        try { setTimeout('code') } catch (e) { seen.push(e.message) }
+    )");
+    EXPECT_EQ(result.err.find("uncaught"), std::string::npos) << result.err;
+    EXPECT_EQ(result.out,
+              "s,a timer takes a function as its first argument,m,first,second,a,b,c,1,2,3\n");
+}
+
+TEST(RunnerTest, AnUncaughtExceptionSaysWhereAndEndsThePage) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"let a = 1;\n  null.member;", "page.js:2:7: uncaught TypeError: null is not an object"},
+        {"\nsetTimeout(() => { throw new RangeError('mine') }, 1)",
+         "page.js:2:40: uncaught RangeError: mine"},
+        {"Probe.listen(() => { throw new Error('heard') });\nProbe.startPoll(5);",
+         "page.js:1:37: uncaught Error: heard"},
+        {"Promise.reject(new Error('refused'))", "page.js:1:25: uncaught Error: refused"},
+        {"throw 'a text'", "uncaught a text"},
+        {"throw { toString() { throw 1 } }", "uncaught an exception without a text"},
+        {"Probe.throwing()", "page.js:1:15: uncaught Error: thrown by the plug-in"},
+    };
+    for (const auto& [script, expected] : cases) {
+        const HostResult result = runPage(script);
+        EXPECT_EQ(result.exitCode, 1) << script;
+        EXPECT_THAT(result.err, StartsWith(expected));
+        EXPECT_THAT(result.err, HasSubstr("unloads 1"));
+    }
+    const HostResult stack = runPage("function inner() { throw new Error('deep') }\n"
+                                     "function outer() { inner() }\nouter()");
+    EXPECT_THAT(stack.err, HasSubstr("    at inner@page.js:1:35\n    at outer@page.js:2:25\n"));
+    const HostResult syntax = runPage("let a = 1;\nlet let = 2;");
+    EXPECT_EQ(syntax.exitCode, 1);
+    EXPECT_THAT(syntax.err, StartsWith("page.js:2"));
+    EXPECT_THAT(syntax.err, HasSubstr("uncaught SyntaxError: "));
+}
+
+TEST(RunnerTest, AWrongCommandLineIsOneClearLine) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{}, "sonolet-host: no page given (sonolet-host [options] PAGE.js)"},
+        {{"none.js"}, "sonolet-host: none.js: No such file or directory"},
+        {{"/tmp"}, "sonolet-host: /tmp: is a folder, not a page script"},
+        {{"a.js", "b.js"}, "sonolet-host: one page at a time: \"a.js\" and then \"b.js\""},
+        {{"--loud", "a.js"}, "sonolet-host: unknown option --loud (--help lists them)"},
+        {{"--speed", "0", "a.js"}, "sonolet-host: --speed takes a number above 0, not \"0\""},
+        {{"--for=1x", "a.js"}, "sonolet-host: --for takes a number above 0, not \"1x\""},
+        {{"--for"}, "sonolet-host: --for takes a number above 0, not \"\""},
+        {{"--audio", "wav:", "a.js"},
+         "sonolet-host: --audio takes auto, wav:FILE or null, not \"wav:\""},
+        {{"--music", "/none", "a.js"}, "sonolet-host: --music: no folder \"/none\""},
+        {{"--log", "loud", "a.js"},
+         "sonolet-host: --log takes trace, error, none or a number from 0 to 100, not \"loud\""},
+        {{"--plugin", "/none.so", "--audio", "null", "/dev/null"},
+         "sonolet-host: /none.so: cannot open shared object file: No such file or directory"},
+        {{"--plugin", HOST_KELLOG, "--audio", "null", "/dev/null"},
+         "sonolet-host: " HOST_KELLOG ": no symbol jsplugin_capabilities"},
+    };
+    for (const auto& [arguments, expected] : cases) {
+        const HostResult result = runHost(arguments);
+        EXPECT_EQ(result.exitCode, 2) << expected;
+        EXPECT_EQ(result.err, std::string(expected) + '\n');
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST(RunnerTest, HelpNamesEveryOption) {
+    const HostResult result = runHost({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char* const option :
+         {"--music DIR", "--audio", "wav:FILE", "--for SECONDS", "--plugin FILE", "--speed N",
+          "--log LEVEL", "--expose-gc", "--help"}) {
+        EXPECT_THAT(result.out, HasSubstr(option));
+    }
+}
+
+TEST(RunnerTest, AReloadStartsAFreshDocument) {
+    const HostResult result = runPage(R"(
+        console.log(Probe.inits, typeof leftover);
+        globalThis.leftover = 1;
+        Probe.make(); Probe.echo; Probe.listen(() => {});
+        Probe.startPoll(1000);
+        setInterval(() => console.log('late timer'), 1);
+        if (Probe.inits < 3) {
+            location.reload();
+            console.log('to the end');
+        } else {
+            close();
+        }
+    )");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "1 undefined\nto the end\n2 undefined\nto the end\n3 undefined\n");
+    // Probe, its four functions and one object made, three times.
+    EXPECT_EQ(line(result.err), "probe: inits 3 unloads 3 created 18 destructed 18 polls 0");
+}
+
+TEST(RunnerTest, AReloadFromInsideThePluginWaitsForIt) {
+    const HostResult result = runPage(R"(
+        if (Probe.inits === 1) {
+            Probe.listen(() => { location.reload(); console.log('asked', Probe.text); });
+            Probe.startPoll(1000);
+        } else {
+            console.log('again');
+            close();
+        }
+    )");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "asked first\nagain\n");
+    EXPECT_THAT(line(result.err), HasSubstr("unloads 2"));
+    EXPECT_THAT(line(result.err), HasSubstr("polls 1"));
+}
+
+TEST(RunnerTest, ForAndSpeedCountPageTime) {
+    const HostResult result =
+        runPage("let n = 0; setInterval(() => { ++n; }, 1000);"
+                "Probe.listen(() => console.log(n)); Probe.startPoll(100000);",
+                {"--for", "60", "--speed", "100"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    // A poll every 100 ms of a minute; on a busy machine some come late.
+    const std::size_t at = result.err.find("polls ");
+    ASSERT_NE(at, std::string::npos) << result.err;
+    const int polls = std::stoi(result.err.substr(at + 6));
+    EXPECT_LE(polls, 600);
+    EXPECT_GE(polls, 100);
+    const std::string last = result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1);
+    EXPECT_LE(std::stoi(last), 60);
+    EXPECT_GE(std::stoi(last), 50);
+}
+
+TEST(RunnerTest, ASignalUnloadsThePageInOrder) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const HostResult result = runPageUntilSignal("Probe.make(); console.log('ready');", signal);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(line(result.err), "probe: inits 1 unloads 1 created 3 destructed 3 polls 0");
+    }
+}
+
+TEST(RunnerTest, ConsoleShowsWhatItIsGiven) {
+    const HostResult result = runPage(R"(
+        console.log('a', 1, -0, 2n, null, undefined, true, Symbol('s'));
+        console.log({ a: [1, 'x', { b: { c: { d: 1 } } }], f() {}, get g() { throw 1 } });
+        const circle = { name: 'circle' }; circle.self = circle; console.log(circle);
+        console.log('%s is %d%%, %o', 'x', 5, { y: 1 }, 'more');
+        console.info(Probe, Probe.make(), Probe.echo);
+        console.log(new Proxy({}, { get() { throw 1 }, ownKeys() { throw 2 } }));
+        console.log(Object.create(null), [,1], new Map());
+        console.table([{ id: 1, name: 'a' }, { id: 20 }]);
+        console.log();
+        console.warn('to the other'); console.error('stream');
+        close();
+    )");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out,
+              "a 1 -0 2n null undefined true Symbol(s)\n"
+              "{ a: [1, \"x\", { b: { c: [Object] } }], f: [Function f], g: [Getter] }\n"
+              "{ name: \"circle\", self: [Circular] }\n"
+              "x is 5%, { y: 1 } more\n"
+              "NativeObject { make: [Function], echo: [Function] } NativeObject {} [Function]\n"
+              "[object that cannot be shown]\n"
+              "{} [undefined, 1] Map {}\n"
+              "   id  name\n0  1   \"a\"\n1  20\n"
+              "\n");
+    EXPECT_THAT(result.err, StartsWith("to the other\nstream\n"));
+}
+
+TEST(RunnerTest, TheOptionsReachThePluginAndThePage) {
+    EXPECT_EQ(runPage("console.log(Probe.music, typeof gc, window === globalThis); close()",
+                      {"--music", "/usr", "--expose-gc"})
+                  .out,
+              "/usr function true\n");
+    EXPECT_EQ(runPage("console.log(typeof gc); close()").out, "undefined\n");
+    const HostResult collected = runPage(
+        "(() => { for (let i = 0; i < 100; ++i) new WeakRef(Probe.make()); })();"
+        "setTimeout(() => { gc(); setTimeout(() => { gc(); console.log('done'); close(); }); });",
+        {"--expose-gc"});
+    EXPECT_EQ(collected.out, "done\n");
+    EXPECT_THAT(line(collected.err), HasSubstr("created 102 destructed 102"));
+}
+
+}  // namespace
