@@ -16,11 +16,13 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+class MediaPlayback : public MediaTest {};
+
 double secondsSince(steady_clock::time_point start) {
     return std::chrono::duration<double>(steady_clock::now() - start).count();
 }
 
-TEST(MediaBackend, WavHasTheSamplesDelivered) {
+TEST_F(MediaPlayback, WavHasTheSamplesDelivered) {
     struct Case {
         unsigned rate;
         unsigned channels;
@@ -47,7 +49,7 @@ TEST(MediaBackend, WavHasTheSamplesDelivered) {
     }
 }
 
-TEST(MediaBackend, PullsInSequenceAndNotMoreThanItsWindow) {
+TEST_F(MediaPlayback, PullsInSequenceAndNotMoreThanItsWindow) {
     setAudioOptions({AudioOptions::Sink::Null, "", 40});
     Feed feed{stream(44100, 2, noise(6 * secondOfStereo))};
     ListenerClient client;
@@ -69,7 +71,7 @@ TEST(MediaBackend, PullsInSequenceAndNotMoreThanItsWindow) {
     }
 }
 
-TEST(MediaBackend, PositionFollowsTimeAtTheSpeedAndStaysAtTheEnd) {
+TEST_F(MediaPlayback, PositionFollowsTimeAtTheSpeedAndStaysAtTheEnd) {
     setAudioOptions({AudioOptions::Sink::Null, "", 20});
     Feed feed{stream(44100, 2, noise(10 * secondOfStereo))};
     ListenerClient client;
@@ -95,7 +97,7 @@ TEST(MediaBackend, PositionFollowsTimeAtTheSpeedAndStaysAtTheEnd) {
     EXPECT_NEAR(backend.position(), 10.0, 1e-3);
 }
 
-TEST(MediaBackend, PauseStopsPositionAndPullingAndLosesNothing) {
+TEST_F(MediaPlayback, PauseStopsPositionAndPullingAndLosesNothing) {
     setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
     const Bytes samples = noise(5 * secondOfStereo);
     Feed feed{stream(44100, 2, samples)};
@@ -122,7 +124,7 @@ TEST(MediaBackend, PauseStopsPositionAndPullingAndLosesNothing) {
     EXPECT_TRUE(readWav(wavPath()).samples == samples);
 }
 
-TEST(MediaBackend, UnderrunIsToldOnceAndItsEndToo) {
+TEST_F(MediaPlayback, UnderrunIsToldOnceAndItsEndToo) {
     setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
     const Bytes samples = noise(3 * secondOfStereo);
     const Bytes whole = stream(44100, 2, samples);
@@ -145,7 +147,7 @@ TEST(MediaBackend, UnderrunIsToldOnceAndItsEndToo) {
     EXPECT_TRUE(readWav(wavPath()).samples == samples);
 }
 
-TEST(MediaBackend, EmptyAnswersAreAskedAgain) {
+TEST_F(MediaPlayback, EmptyAnswersAreAskedAgain) {
     setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
     const Bytes samples = noise(40000);
     Feed feed{stream(44100, 2, samples)};
@@ -166,7 +168,7 @@ TEST(MediaBackend, EmptyAnswersAreAskedAgain) {
     EXPECT_TRUE(readWav(wavPath()).samples == samples);
 }
 
-TEST(MediaBackend, DataMarkedAsTheEndIsPlayedUntilTheLastAnswer) {
+TEST_F(MediaPlayback, DataMarkedAsTheEndIsPlayedUntilTheLastAnswer) {
     setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
     const Bytes samples = noise(12000);
     const Bytes whole = stream(44100, 2, samples);
@@ -194,7 +196,7 @@ TEST(MediaBackend, DataMarkedAsTheEndIsPlayedUntilTheLastAnswer) {
     EXPECT_EQ(client.offsetCount(), asked);
 }
 
-TEST(MediaBackend, StreamsWithoutSoundFinish) {
+TEST_F(MediaPlayback, StreamsWithoutSoundFinish) {
     setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
     for (const Bytes& bytes : {Bytes{}, stream(44100, 2, {}), stream(44100, 2, Bytes(4))}) {
         SCOPED_TRACE(bytes.size());
@@ -209,7 +211,7 @@ TEST(MediaBackend, StreamsWithoutSoundFinish) {
     EXPECT_EQ(readWav(wavPath()).samples, Bytes(4));
 }
 
-TEST(MediaBackend, GarbageIsADecodeErrorAndEndsTheAsking) {
+TEST_F(MediaPlayback, GarbageIsADecodeErrorAndEndsTheAsking) {
     setAudioOptions({AudioOptions::Sink::Null, "", 20});
     for (const std::size_t size : {std::size_t{20}, std::size_t{300000}}) {
         SCOPED_TRACE(size);
@@ -226,7 +228,7 @@ TEST(MediaBackend, GarbageIsADecodeErrorAndEndsTheAsking) {
     }
 }
 
-TEST(MediaBackend, AutoPlaysWithAndWithoutASoundDevice) {
+TEST_F(MediaPlayback, AutoPlaysWithAndWithoutASoundDevice) {
     setAudioOptions({AudioOptions::Sink::Auto, "", 20});
     Feed feed{stream(44100, 2, Bytes(secondOfStereo / 4))};
     ListenerClient client;

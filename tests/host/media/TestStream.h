@@ -6,8 +6,11 @@
 #include "uva.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -141,9 +144,22 @@ private:
     UVABackend* backend;
 };
 
-inline std::string wavPath() {
-    return testing::TempDir() + "sonolet-media-" +
-           testing::UnitTest::GetInstance()->current_test_info()->name() + ".wav";
-}
+// Has a place for a WAV file of its own and cleans it up.
+class MediaTest : public testing::Test {
+protected:
+    ~MediaTest() override {
+        std::remove(wavPath().c_str());
+        std::remove(besidePath().c_str());
+    }
+
+    const std::string& wavPath() const { return path; }
+
+    // Where a second stream goes that plays at the same time.
+    std::string besidePath() const { return path.substr(0, path.size() - 4) + "-2.wav"; }
+
+private:
+    const std::string path =
+        testing::TempDir() + "sonolet-media-" + std::to_string(getpid()) + ".wav";
+};
 
 #endif
