@@ -2,10 +2,7 @@
 
 #include "engine/Text.h"
 
-#include <glib-unix.h>
-
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -68,19 +65,10 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 
 Runner::Runner(const Options& givenOptions)
     : options(givenOptions), script(readPage(options.page)), plugin(options.plugin),
-      scheduler(options.speed), loop(g_main_loop_new(nullptr, FALSE)) {
-    const GSourceFunc onSignal = [](gpointer self) -> gboolean {
-        static_cast<Runner*>(self)->closePage();
-        return G_SOURCE_CONTINUE;
-    };
-    signals[0] = g_unix_signal_add(SIGINT, onSignal, this);
-    signals[1] = g_unix_signal_add(SIGTERM, onSignal, this);
-}
+      scheduler(options.speed), loop(g_main_loop_new(nullptr, FALSE)),
+      signals([this] { closePage(); }) {}
 
 Runner::~Runner() {
-    for (const guint source : signals) {
-        g_source_remove(source);
-    }
     page.reset();
     g_main_loop_unref(loop);
 }

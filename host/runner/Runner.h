@@ -5,6 +5,7 @@
 #include "engine/PluginLibrary.h"
 #include "runner/Options.h"
 #include "runner/Page.h"
+#include "runner/Signals.h"
 
 #include <glib.h>
 
@@ -40,7 +41,7 @@ private:
     const PluginLibrary plugin;
     GlibScheduler scheduler;
     GMainLoop* loop;  // owned
-    guint signals[2];
+    Signals signals;
     std::unique_ptr<Page> page;
     Next next = Next::Wait;
     int exitCode = 0;

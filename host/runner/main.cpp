@@ -12,7 +12,8 @@
 
 namespace {
 
-void apply(const Options& options) {
+// What must stand before the plug-in is loaded.
+void prepare(const Options& options) {
     if (!options.music.empty()) {
         // Before the plug-in is loaded: no thread can be reading the environment yet.
         setenv("SONOLET_MUSIC", options.music.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
@@ -20,6 +21,10 @@ void apply(const Options& options) {
     if (options.logLevel) {
         KlogSetThreshold(*options.logLevel);
     }
+}
+
+// Last, since it creates the file: a page that is not there leaves none behind.
+void chooseSink([[maybe_unused]] const Options& options) {
 #ifdef SONOLET_HOST_MEDIA
     AudioOptions audio;
     audio.sink = options.sink == Options::Sink::Wav    ? AudioOptions::Sink::Wav
@@ -40,8 +45,10 @@ int main(int argc, char* argv[]) {
             std::fputs(Options::helpText().c_str(), stdout);
             return 0;
         }
-        apply(options);
-        return Runner(options).run();
+        prepare(options);
+        Runner runner(options);
+        chooseSink(options);
+        return runner.run();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-host: %s\n", error.what());
         return 2;

@@ -35,6 +35,13 @@ TEST_F(DocumentTest, CacheableAnswersAreAskedForOnce) {
     EXPECT_EQ(DocumentHarness::counts().globalReads, before);
 }
 
+TEST_F(DocumentTest, IndexesAreNamesLikeAnyOther) {
+    EXPECT_EQ(eval("let sum = 0; for (let i = 0; i < 3; ++i) sum += Probe.list[i]; sum"), "3");
+    EXPECT_EQ(eval("Probe.list[1]; Probe.list[1]; Probe.list.readsOf('1')"), "1");
+    EXPECT_EQ(eval("Probe.list[3] + Array.from(Probe.list).join()"), "undefined0,1,2");
+    EXPECT_EQ(eval("2 in Probe.list && !(3 in Probe.list)"), "true");
+}
+
 TEST_F(DocumentTest, ACachedAnswerSwallowsNoWrite) {
     EXPECT_EQ(eval("Probe.cachedText"), "first");
     EXPECT_EQ(eval("Probe.cachedText = 'second'; Probe.cachedText"), "second");

@@ -34,7 +34,7 @@ public:
     std::filesystem::path path;
 };
 
-// `signal` is sent after the first output; 0 for none.
+// `signal` is sent at each output; 0 for none.
 HostResult run(const std::vector<std::string>& arguments, const std::string& folder, int signal) {
     std::array<int, 2> out = {};
     std::array<int, 2> err = {};
@@ -48,6 +48,7 @@ HostResult run(const std::vector<std::string>& arguments, const std::string& fol
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
+    setenv("PROBE_REPORT", "1", 1);
     const pid_t child = fork();
     if (child == 0) {
         dup2(out[1], STDOUT_FILENO);
@@ -79,7 +80,6 @@ HostResult run(const std::vector<std::string>& arguments, const std::string& fol
             texts[i]->append(buffer.data(), static_cast<std::size_t>(length));
             if (signal != 0 && i == 0) {
                 kill(child, signal);
-                signal = 0;
             }
         }
     }

@@ -17,7 +17,7 @@ HostResult runHost(const std::vector<std::string>& arguments);
 // Runs a page script with the probe as plug-in; messages name the page "page.js".
 HostResult runPage(const std::string& script, const std::vector<std::string>& options = {});
 
-// The same, and sends `signal` once the page has written a line.
+// The same, and sends `signal` when the page first writes, and again if it writes after that.
 HostResult runPageUntilSignal(const std::string& script, int signal);
 
 #endif

@@ -38,23 +38,20 @@ TEST(RunnerTest, TimersKeepTheirOrderAndArguments) {
             seen.push(++rounds);
             if (rounds === 3) {
                 clearInterval(interval);
-                setTimeout(() => { console.log(seen.join()); close(); }, 1);
+                // Both are long due when the loop comes to them: the earlier comes first all the same.
+                setTimeout(() => { seen.push('second'); console.log(seen.join()); close(); }, 3);
+                setTimeout(() => seen.push('first'), 2);
+                for (const end = Date.now() + 8; Date.now() < end;) {}
             }
         }, 40);
         clearTimeout(); clearTimeout(12345); clearInterval('x'); clearTimeout(interval + 1000);
         Promise.resolve('m').then((m) => seen.push(m));
         seen.push('s');
-        // Both are long due when the loop comes to them: the earlier comes first all the same.
-        setTimeout(() => {
-            setTimeout(() => seen.push('second'), 3);
-            setTimeout(() => seen.push('first'), 2);
-            for (const end = Date.now() + 8; Date.now() < end;) {}
-        }, 1);
         try { setTimeout('code') } catch (e) { seen.push(e.message) }
     )");
     EXPECT_EQ(result.err.find("uncaught"), std::string::npos) << result.err;
     EXPECT_EQ(result.out,
-              "s,a timer takes a function as its first argument,m,first,second,a,b,c,1,2,3\n");
+              "s,a timer takes a function as its first argument,m,a,b,c,1,2,3,first,second\n");
 }
 
 TEST(RunnerTest, AnUncaughtExceptionSaysWhereAndEndsThePage) {
@@ -181,6 +178,11 @@ TEST(RunnerTest, ASignalUnloadsThePageInOrder) {
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(line(result.err), "probe: inits 1 unloads 1 created 3 destructed 3 polls 0");
     }
+}
+
+TEST(RunnerTest, ASecondSignalEndsAScriptWithoutEnd) {
+    const HostResult result = runPageUntilSignal("for (;;) { console.log('busy'); }", SIGINT);
+    EXPECT_EQ(result.exitCode, -1);
 }
 
 TEST(RunnerTest, ConsoleShowsWhatItIsGiven) {

@@ -27,6 +27,7 @@ struct Item {
     std::string name;  // of a function
     std::map<std::string, int> reads;
     std::string text = "first";
+    bool isList = false;              // of the numbers 0, 1 and 2
     std::vector<jsplugin_obj*> held;  // marked by the item's own trace
 };
 
@@ -99,7 +100,7 @@ jsplugin_obj* created(int answer, jsplugin_obj* object, const std::string& name)
     if (answer != JSP_CREATE_OK) {
         return nullptr;
     }
-    object->plugin_private = new Item{name, {}, "first", {}};
+    object->plugin_private = new Item{name, {}, "first", false, {}};
     live.insert(object);
     ++counts.created;
     return object;
@@ -199,6 +200,17 @@ int getter(jsplugin_obj* object, const char* name, jsplugin_value* result) {
     }
     if (std::strcmp(name, "nothingThere") == 0) {
         return JSP_GET_NO_VALUE;
+    }
+    if (item.isList && name[0] >= '0' && name[0] <= '2' && name[1] == '\0') {
+        return answerNumber(result, JSP_GET_VALUE_CACHE, name[0] - '0');
+    }
+    if (item.isList && std::strcmp(name, "length") == 0) {
+        return answerNumber(result, JSP_GET_VALUE, 3);
+    }
+    if (std::strcmp(name, "list") == 0) {
+        jsplugin_obj* const list = makeObject(object);
+        itemOf(list).isList = true;
+        return answerObject(result, JSP_GET_VALUE_CACHE, list);
     }
     if (std::strcmp(name, "failing") == 0) {
         return answerString(result, JSP_GET_EXCEPTION, "failing cannot be read");
