@@ -147,7 +147,7 @@ private:
 // Has a place for a WAV file of its own and cleans it up.
 class MediaTest : public testing::Test {
 protected:
-    ~MediaTest() override {
+    void TearDown() override {
         std::remove(wavPath().c_str());
         std::remove(besidePath().c_str());
     }
