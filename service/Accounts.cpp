@@ -111,7 +111,7 @@ std::string Accounts::canonicalName(std::string_view name) {
     if (!g_utf8_validate(name.data(), static_cast<gssize>(name.size()), nullptr)) {
         throw std::runtime_error("a user name must be valid UTF-8");
     }
-    const std::string canonical = normalised(name);
+    std::string canonical = normalised(name);
     if (canonical.empty() || canonical.size() > longestName) {
         throw std::runtime_error("a user name has 1 to " + std::to_string(longestName) +
                                  " bytes, this one has " + std::to_string(canonical.size()));

@@ -14,6 +14,7 @@ namespace sonolet::service {
 class Album : public Handle {
 public:
     Album(std::shared_ptr<Library> owner, const Id& albumId);
+    ~Album() override;
 
     const Id& id() const { return link; }
 
@@ -24,9 +25,6 @@ public:
     sp_albumtype type();
     sp_artist* artist();
     const byte* cover(sp_image_size size);
-
-protected:
-    ~Album() override;
 
 private:
     const AlbumRow& row();

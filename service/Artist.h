@@ -13,15 +13,13 @@ namespace sonolet::service {
 class Artist : public Handle {
 public:
     Artist(std::shared_ptr<Library> owner, const Id& artistId);
+    ~Artist() override;
 
     const Id& id() const { return link; }
 
     bool isLoaded();
     const std::string& name();
     const byte* portrait(sp_image_size size);
-
-protected:
-    ~Artist() override;
 
 private:
     const ArtistRow& row();

@@ -12,6 +12,9 @@ namespace sonolet::service {
 class Handle {
 public:
     Handle() = default;
+    // For release() alone.
+    virtual ~Handle() = default;
+
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 
@@ -33,9 +36,6 @@ public:
             delete this;
         }
     }
-
-protected:
-    virtual ~Handle() = default;
 
 private:
     std::atomic<int> references{1};

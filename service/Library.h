@@ -19,7 +19,7 @@ namespace sonolet::service {
 // nothing new to say.
 class Library final : public std::enable_shared_from_this<Library> {
 public:
-    Library(std::unique_ptr<Catalogue> openCatalogue, std::unique_ptr<Accounts> openAccounts);
+    Library(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
     ~Library();
 
     Library(const Library&) = delete;

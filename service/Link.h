@@ -32,16 +32,17 @@ struct LinkTarget {
 class Link : public Handle {
 public:
     explicit Link(LinkTarget linkTarget) : target(std::move(linkTarget)) {}
+    ~Link() override;
 
-    const LinkTarget& where() const { return target; }
+    const LinkTarget& where() const {
+        return target;
+        ~Link() override;
+    }
 
     // NULL when the link is of another kind. `library` is the living session's.
     sp_track* track(const std::shared_ptr<Library>& library);
     sp_album* album(const std::shared_ptr<Library>& library);
     sp_artist* artist(const std::shared_ptr<Library>& library);
-
-protected:
-    ~Link() override;
 
 private:
     // Lets go of what belongs to an earlier session.

@@ -152,7 +152,7 @@ void Session::close() {
     events.close();
     account.reset();
     userHandle = {};
-    friendHandles.clear();
+    friends.clear();
     shelves->close();
 }
 
@@ -213,9 +213,7 @@ void Session::lookForChanges() {
         if (playing && account && accounts().playToken(account->id) != token) {
             losePlayToken();
         }
-        const std::vector<std::string> before = friends;
-        refreshFriends();
-        if (friends != before) {
+        if (refreshFriends()) {
             events.post([this] { raise(&sp_session_callbacks::userinfo_updated); });
         }
     }
@@ -315,17 +313,16 @@ sp_error Session::logout() {
     account.reset();
     userHandle = {};
     friends.clear();
-    friendHandles.clear();
     events.post([this] { raise(&sp_session_callbacks::logged_out); });
     return SP_ERROR_OK;
 }
 
-sp_error Session::forgetMe() {
+sp_error Session::forgetMe() const {
     accounts().forget();
     return SP_ERROR_OK;
 }
 
-std::optional<std::string> Session::rememberedUser() {
+std::optional<std::string> Session::rememberedUser() const {
     const std::optional<Account> remembered = accounts().remembered();
     return remembered ? std::optional<std::string>(remembered->name) : std::nullopt;
 }
@@ -334,32 +331,30 @@ sp_connectionstate Session::connectionState() const {
     return account ? SP_CONNECTION_STATE_LOGGED_IN : SP_CONNECTION_STATE_LOGGED_OUT;
 }
 
-void Session::refreshFriends() {
-    friends.clear();
-    if (!account) {
-        return;
-    }
-    for (const Account& other : accounts().all()) {
-        if (other.id != account->id) {
-            friends.push_back(other.name);
+bool Session::refreshFriends() {
+    std::vector<Ref<sp_user>> others;
+    if (account) {
+        for (const Account& other : accounts().all()) {
+            if (other.id != account->id) {
+                others.push_back(shelves->user(other.name));
+            }
         }
     }
+    // A user whom someone holds has one handle.
+    const bool same = std::equal(others.begin(), others.end(), friends.begin(), friends.end(),
+                                 [](const Ref<sp_user>& left, const Ref<sp_user>& right) {
+                                     return left.get() == right.get();
+                                 });
+    friends.swap(others);
+    return !same;
 }
 
-int Session::friendCount() {
+int Session::friendCount() const {
     return static_cast<int>(friends.size());
 }
 
-sp_user* Session::friendAt(int index) {
-    if (index < 0 || index >= friendCount()) {
-        return nullptr;
-    }
-    Ref<sp_user> wanted = shelves->user(friends[index]);
-    const auto held = [&](const Ref<sp_user>& ref) { return ref.get() == wanted.get(); };
-    if (std::none_of(friendHandles.begin(), friendHandles.end(), held)) {
-        friendHandles.push_back(wanted);
-    }
-    return wanted.get();
+sp_user* Session::friendAt(int index) const {
+    return index < 0 || index >= friendCount() ? nullptr : friends[index].get();
 }
 
 int Session::country() const {
@@ -377,7 +372,7 @@ int Session::country() const {
     return sweden;
 }
 
-sp_error Session::setCacheSize(std::size_t megabytes) {
+sp_error Session::setCacheSize(std::size_t megabytes) const {
     accounts().setSetting("cache_megabytes", std::to_string(megabytes));
     return SP_ERROR_OK;
 }

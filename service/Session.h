@@ -62,14 +62,14 @@ public:
     sp_error login(const char* name, const char* password, bool remember, const char* blob);
     sp_error relogin();
     sp_error logout();
-    sp_error forgetMe();
-    std::optional<std::string> rememberedUser();
+    sp_error forgetMe() const;
+    std::optional<std::string> rememberedUser() const;
     sp_connectionstate connectionState() const;
     sp_user* user() const { return userHandle.get(); }
-    int friendCount();
-    sp_user* friendAt(int index);
+    int friendCount() const;
+    sp_user* friendAt(int index) const;
     int country() const;
-    sp_error setCacheSize(std::size_t megabytes);
+    sp_error setCacheSize(std::size_t megabytes) const;
 
     sp_error load(Track& track);
     sp_error play(bool on);
@@ -98,7 +98,8 @@ private:
     void finishLogin(const Account& found, const std::string& blob);
     void failLogin(sp_error error);
     void lookForChanges();
-    void refreshFriends();
+    // True when there are others than before.
+    bool refreshFriends();
     void losePlayToken();
     void stopPlaying();
     std::string filePath(Track& track) const;
@@ -118,8 +119,7 @@ private:
     std::shared_ptr<Library> shelves;
     std::optional<Account> account;  // who is logged in
     Ref<sp_user> userHandle;
-    std::vector<std::string> friends;
-    std::vector<Ref<sp_user>> friendHandles;
+    std::vector<Ref<sp_user>> friends;
     unsigned loginAttempt = 0;  // an outcome of an earlier attempt is dropped
     bool loginPending = false;
     bool dispatching = false;

@@ -16,6 +16,7 @@ namespace sonolet::service {
 class Track : public Handle {
 public:
     Track(std::shared_ptr<Library> owner, const Id& trackId);
+    ~Track() override;
 
     const Id& id() const { return link; }
     const Library& owner() const { return *library; }
@@ -35,9 +36,6 @@ public:
     sp_artist* artist(int index);
     // Relative to the folder of music.
     const std::string& path();
-
-protected:
-    ~Track() override;
 
 private:
     const TrackRow& row();

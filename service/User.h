@@ -12,14 +12,12 @@ namespace sonolet::service {
 class User : public Handle {
 public:
     User(std::shared_ptr<Library> owner, std::string canonicalName);
+    ~User() override;
 
     bool isLoaded();
     const std::string& canonicalName() const { return name; }
     const std::string& displayName();
     const std::string& fullName();
-
-protected:
-    ~User() override;
 
 private:
     const Account& account();

@@ -12,6 +12,7 @@ sp_link* sp_link_create_from_string(const char* link) {
     });
 }
 
+// NOLINTNEXTLINE(readability-identifier-naming): as declared
 sp_link* sp_link_create_from_track(sp_track* track, int offset_ms) {
     return ask<sp_link*>(track, nullptr, [&](Track& from) {
         return new sp_link(LinkTarget::track(from.id(), offset_ms));

@@ -8,6 +8,7 @@ sp_error sp_session_player_load(sp_session* session, sp_track* track) {
     });
 }
 
+// NOLINTNEXTLINE(readability-identifier-naming): as declared
 sp_error sp_session_player_seek(sp_session* session, int offset_ms) {
     return withSession(session, [&](Session& living) { return living.seek(offset_ms); });
 }

@@ -15,7 +15,7 @@ struct Current {
     std::shared_ptr<sp_session> session;
 };
 
-Current& current() noexcept {
+Current& current() {
     static Current& value = *new Current;
     return value;
 }
@@ -88,7 +88,7 @@ sp_error sp_session_release(sp_session* session) {
 sp_error sp_session_login(sp_session* session,
                           const char* username,
                           const char* password,
-                          bool remember_me,
+                          bool remember_me,  // NOLINT(readability-identifier-naming): as declared
                           const char* blob) {
     return withSession(session, [&](Session& living) {
         return living.login(username, password, remember_me, blob);
@@ -129,6 +129,7 @@ sp_error sp_session_set_cache_size(sp_session* session, size_t megabytes) {
     return withSession(session, [&](Session& living) { return living.setCacheSize(megabytes); });
 }
 
+// NOLINTNEXTLINE(readability-identifier-naming): as declared
 sp_error sp_session_process_events(sp_session* session, int* next_timeout) {
     return withSession(session,
                        [&](Session& living) { return living.processEvents(next_timeout); });

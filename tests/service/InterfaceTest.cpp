@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,15 +17,23 @@ namespace sonolet::test {
 
 namespace {
 
+// Every name that begins with sp_ and has an argument list behind it.
 std::set<std::string> declaredFunctions() {
     std::ifstream stream(SPOTIFY_HEADER);
-    std::string header((std::istreambuf_iterator<char>(stream)), {});
-    header = std::regex_replace(header, std::regex(R"(/\*[^*]*\*+([^/*][^*]*\*+)*/)"), "");
-    const std::regex function(R"(\b(sp_\w+)\s*\()");
+    const std::string header((std::istreambuf_iterator<char>(stream)), {});
+    const auto inName = [](char character) {
+        return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
+    };
     std::set<std::string> names;
-    for (std::sregex_iterator found(header.begin(), header.end(), function), end; found != end;
-         ++found) {
-        names.insert((*found)[1]);
+    for (std::size_t at = header.find("sp_"); at != std::string::npos;
+         at = header.find("sp_", at)) {
+        const std::size_t start = at;
+        while (inName(header[at])) {
+            ++at;
+        }
+        if (header[at] == '(' && !inName(header[start - 1])) {
+            names.insert(header.substr(start, at - start));
+        }
     }
     return names;
 }

@@ -47,10 +47,10 @@ bool scanFor(std::chrono::microseconds time) {
 
 TEST(ScanInterruption, AKilledScanIsCompletedByTheNext) {
     const TestMusic music;
-    for (int number = 0; number < 400; ++number) {
+    for (int number = 0; number < 240; ++number) {
         const std::string name = std::to_string(number);
         music.add("folder" + std::to_string(number % 20) + "/" + name + ".wav",
-                  {{"TITLE", "Song " + std::to_string(number % 390)},
+                  {{"TITLE", "Song " + std::to_string(number % 230)},
                    {"ARTIST", "Artist " + std::to_string(number % 7)},
                    {"ALBUM", "Album " + std::to_string(number % 31)}},
                   50);
@@ -64,9 +64,9 @@ TEST(ScanInterruption, AKilledScanIsCompletedByTheNext) {
     std::minstd_rand random(2);  // NOLINT(bugprone-random-generator-seed): the same every time
     std::uniform_int_distribution<std::int64_t> moment(0, whole.count());
     int killed = 0;
-    for (int attempt = 0; attempt < 12; ++attempt) {
+    for (int attempt = 0; attempt < 9; ++attempt) {
         killed += scanFor(std::chrono::microseconds(moment(random))) ? 0 : 1;
-        if (attempt % 4 == 3) {
+        if (attempt % 3 == 2) {
             // Half a change on top of half a scan.
             music.add("folder3/3.wav", {{"TITLE", "Changed " + std::to_string(attempt)}}, 60);
         }
