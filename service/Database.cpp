@@ -13,21 +13,25 @@ namespace {
 
 constexpr int busyMilliseconds = 10000;
 
-// SQLite gives its journal files the mode of the database, so the database comes first.
-void createPrivateFile(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot open " + path);
+// SQLite gives its journal files the mode of the database, so the database comes first. A file that
+// is there is not opened: closing it would end the locks of the process's other connections.
+void makePrivateFile(const std::string& path) {
+    const int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
+    const int descriptor = open(path.c_str(), flags, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0) {
+        close(descriptor);
+    } else if (errno != EEXIST) {
+        throw std::system_error(errno, std::generic_category(), "cannot make " + path);
+    } else {
+        // A file that someone else owns keeps its mode; SQLite will tell if it is of no use.
+        static_cast<void>(chmod(path.c_str(), S_IRUSR | S_IWUSR));
     }
-    // A file that someone else owns keeps its mode; SQLite will tell if it is of no use.
-    static_cast<void>(fchmod(descriptor, S_IRUSR | S_IWUSR));
-    close(descriptor);
 }
 
 }  // namespace
 
 Database::Database(const std::string& path, Durability durability) : file(path) {
-    createPrivateFile(path);
+    makePrivateFile(path);
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
     try {
@@ -35,7 +39,7 @@ Database::Database(const std::string& path, Durability durability) : file(path) 
             fail("open");
         }
         sqlite3_busy_timeout(connection, busyMilliseconds);
-        execute("PRAGMA journal_mode = WAL");
+        useWriteAheadLog();
         execute("PRAGMA foreign_keys = ON");
         execute("PRAGMA cache_size = -4000");
         execute("PRAGMA temp_store = MEMORY");
@@ -44,6 +48,22 @@ Database::Database(const std::string& path, Durability durability) : file(path) 
     } catch (...) {
         sqlite3_close_v2(connection);
         throw;
+    }
+}
+
+// SQLite does not wait when two connections turn a new file into one with a log.
+void Database::useWriteAheadLog() {
+    constexpr char sql[] = "PRAGMA journal_mode = WAL";
+    constexpr int pause = 5;
+    int result = SQLITE_BUSY;
+    for (int waited = 0; result == SQLITE_BUSY && waited < busyMilliseconds; waited += pause) {
+        result = sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) & 0xff;
+        if (result == SQLITE_BUSY) {
+            sqlite3_sleep(pause);
+        }
+    }
+    if (result != SQLITE_OK) {
+        fail(sql);
     }
 }
 

@@ -63,6 +63,8 @@ public:
     [[noreturn]] void fail(std::string_view sql) const;
 
 private:
+    void useWriteAheadLog();
+
     const std::string file;
     sqlite3* connection = nullptr;         // owned
     sqlite3_stmt* versionQuery = nullptr;  // owned, made on first use

@@ -34,10 +34,7 @@ public:
     explicit Link(LinkTarget linkTarget) : target(std::move(linkTarget)) {}
     ~Link() override;
 
-    const LinkTarget& where() const {
-        return target;
-        ~Link() override;
-    }
+    const LinkTarget& where() const { return target; }
 
     // NULL when the link is of another kind. `library` is the living session's.
     sp_track* track(const std::shared_ptr<Library>& library);

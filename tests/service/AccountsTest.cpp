@@ -36,6 +36,13 @@ TEST(UserCommand, MakesListsAndRemovesAccounts) {
     EXPECT_EQ(user("list").output, "ann\nzo\xc3\xab\n") << "the first account stays away";
 }
 
+TEST(UserCommand, SeveralProcessesMayBeTheFirst) {
+    const TestMusic music;
+    const std::string list = "(" SONOLET_USER " list 2>&1) & ";
+    const Ran ran = runProgram(list + list + list + list + "wait");
+    EXPECT_EQ(ran.output, "listener\nlistener\nlistener\nlistener\n");
+}
+
 TEST(UserCommand, SaysWhatIsWrong) {
     const TestMusic music;
     for (const auto& [arguments, input, status, text] :
