@@ -242,17 +242,19 @@ void Session::playerLoad(jspp::function_context& context) {
     requireInitialized();
     logger.trace("Session::playerLoad");
     sp_track* const track = context.interface_of<Track>(0)->getHandle();
+    setReceiver(nullptr);
     const sp_error error = sp_session_player_load(session, track);
-
     std::unique_ptr<AudioTrack> replaced = TrackFactory::getInstance().createTrack(track);
-    AudioTrack* const loading = replaced.get();
-    {
-        const orvo::scoped_lock lock(trackMutex);
-        currentTrack.swap(replaced);
-    }
+    currentTrack.swap(replaced);
+    setReceiver(currentTrack.get());
     // The earlier track goes when the player has let it go.
-    player->playTrack(loading);
+    player->playTrack(currentTrack.get());
     context.return_number(error);
+}
+
+void Session::setReceiver(AudioTrack* track) {
+    const orvo::scoped_lock lock(receiverMutex);
+    receiver = track;
 }
 
 void Session::playerPlay(jspp::function_context& context) {
@@ -388,18 +390,18 @@ int Session::handleMusicDeliveryEvent(const sp_audioformat* format,
                                       const void* frames,
                                       int numFrames) {
     logger.trace("Session::handleMusicDeliveryEvent");
-    const orvo::scoped_lock lock(trackMutex);
-    if (!currentTrack) {
+    const orvo::scoped_lock lock(receiverMutex);
+    if (!receiver) {
         return 0;
     }
-    if (!currentTrack->isInitialized()) {
+    if (!receiver->isInitialized()) {
         TrackSettingsStruct settings{format->sample_type,
                                      static_cast<unsigned>(format->sample_rate),
                                      static_cast<unsigned>(format->channels), 0};
-        currentTrack->initialize(&settings);
+        receiver->initialize(&settings);
     }
-    const unsigned taken = currentTrack->write(static_cast<const unsigned char*>(frames),
-                                               static_cast<unsigned>(numFrames));
+    const unsigned taken = receiver->write(static_cast<const unsigned char*>(frames),
+                                           static_cast<unsigned>(numFrames));
     return taken == 0 ? 0 : numFrames;
 }
 
@@ -416,9 +418,9 @@ void Session::handleLogMessageEvent(const char* message) {
 void Session::handleEndOfTrackEvent() {
     logger.trace("Session::handleEndOfTrackEvent");
     {
-        const orvo::scoped_lock lock(trackMutex);
-        if (currentTrack) {
-            currentTrack->setLoaded();
+        const orvo::scoped_lock lock(receiverMutex);
+        if (receiver) {
+            receiver->setLoaded();
         }
     }
     triggerEndOfTrackEvent();

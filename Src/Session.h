@@ -66,6 +66,8 @@ private:
         Visit& operator=(const Visit&) = delete;
     };
 
+    void setReceiver(TellusClientNamespace::AudioTrack* track);
+
     static const sp_session_callbacks& libraryCallbacks();
     template <auto Handler, class... Arguments>
     static void forward(sp_session* from, Arguments... arguments) noexcept;
@@ -146,10 +148,12 @@ private:
     bool spotifyInitialized = false;
     int nextTimeout = 0;  // milliseconds; what libspotify asks for, and the fixed poll ignores
     std::unique_ptr<TellusClientNamespace::Player> player;
+    std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack;
 
-    // The library may deliver the new track while the script thread still replaces the old one.
-    orvo::Mutex trackMutex;
-    std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack ORVO_GUARDED_BY(trackMutex);
+    // The current track, for the library's thread. Null while a track is being replaced: what the
+    // library delivers then is refused, and comes again.
+    orvo::Mutex receiverMutex;
+    TellusClientNamespace::AudioTrack* receiver ORVO_GUARDED_BY(receiverMutex) = nullptr;
 };
 
 #endif
