@@ -60,6 +60,8 @@ public:
                                          "--speed",
                                          "20",
                                          "--expose-gc",
+                                         "--for",
+                                         "600",
                                          "--music",
                                          musicFolder};
         if (std::find(options.begin(), options.end(), "--audio") == options.end()) {

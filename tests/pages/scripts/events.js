@@ -12,6 +12,8 @@ test.run(
         session.onLoggedIn = () => order.push("replaced");
         session.onLoggedIn = handler;
         test.same(session.onLoggedIn, handler, "the attribute answers its handler");
+        // The attribute is spelled otherwise than its event, which the first look at the music raises.
+        const updated = new Promise((resolve) => { session.onMetaDataUpdated = resolve; });
         session.addEventListener("LoggedIn", first);
         session.addEventListener("LoggedIn", twice);
         session.addEventListener("LoggedIn", twice);
@@ -19,6 +21,7 @@ test.run(
         session.removeEventListener("LoggedIn", Math.max);
         session.removeEventListener("LoggedIn", () => 0);
         await test.login();
+        await updated;
         await test.next(plugin, "TrackProgress");
         test.same(order.join(), "first,twice,twice,handler", "each as often as it was added");
         session.removeEventListener("LoggedIn", twice);
@@ -37,17 +40,8 @@ test.run(
         test.throws(() => { session.onLoggedIn = null; }, "Not an object");
     },
     async () => {
-        let metadata = 0;
-        session.onMetaDataUpdated = () => { ++metadata; };
-        let inside = false;
-        const progress = test.next(plugin, "TrackProgress", () => !inside);
-        inside = true;
-        Spotify.Track.create(LINKS["Fog Signal"]).setStarred(true);
-        Spotify.Track.create(LINKS["Fog Signal"]).setStarred(false);
-        inside = false;
-        const [position] = await progress;
+        const [position] = await test.next(plugin, "TrackProgress");
         test.same(position, 0, "nothing plays, and progress is reported all the same");
-        test.ok(metadata >= 0, "the attribute's spelling is accepted");
         // A handler survives collection while native code alone knows it.
         let collected = 0;
         (() => {
@@ -69,7 +63,5 @@ test.run(
             gc();
         }
         const track = await test.loaded(Spotify.Track.create(LINKS["Fog Signal"]));
-        test.same(track.name(), "Fog Signal", "and the last one works");
-        await new Promise((resolve) => setTimeout(resolve, 300));
-        test.same(Spotify.Session.connectionstate(), 1, "and so does the session");
+        test.same(track.artist(0).name(), "Low Tide Quartet", "and the last one works");
     });
