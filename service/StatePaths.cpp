@@ -63,7 +63,11 @@ std::string absolute(std::string path) {
 
 StatePaths StatePaths::prepare(const char* settingsLocation, const char* cacheLocation) {
     StatePaths paths;
-    if (const std::string state = environment("SONOLET_STATE"); !state.empty()) {
+    if (std::string state = environment("SONOLET_STATE"); !state.empty()) {
+        // The process may change its folder later.
+        gchar* whole = g_canonicalize_filename(state.c_str(), nullptr);
+        state = whole;
+        g_free(whole);
         paths.settings = state + "/settings";
         paths.cache = state + "/cache";
         requireFolder(paths.settings);
