@@ -15,7 +15,7 @@
 // The engine then comes here, where the two can be told apart: the read throws, `in` says no.
 class Fallback final {
 public:
-    Fallback(JSGlobalContextRef scriptContext, const Intrinsics& intrinsics, JSObjectRef base);
+    Fallback(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions, JSObjectRef base);
     ~Fallback();
 
     Fallback(const Fallback&) = delete;

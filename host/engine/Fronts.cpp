@@ -3,7 +3,15 @@
 #include "engine/Document.h"
 #include "engine/Text.h"
 
+// Exported by the engine but in none of its public headers; null with an engine that has it not.
+// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
+extern "C" __attribute__((weak)) void JSReportExtraMemoryCost(JSContextRef context, size_t size);
+
 namespace {
+
+// What hangs on a script object outside of the engine's heap, about: without knowing of it the
+// engine would let many thousand dead objects lie before it collects.
+constexpr size_t nativeMemoryCost = 4096;
 
 ObjectRecord* recordIn(JSObjectRef cell) noexcept {
     auto* const link = static_cast<FrontLink*>(JSObjectGetPrivate(cell));
@@ -103,6 +111,9 @@ JSObjectRef Fronts::make(FrontLink& link) const {
     const JSObjectRef front =
         JSObjectMake(context, isFunction ? functionClass() : objectClass(), &link);
     link.cells = 1;
+    if (JSReportExtraMemoryCost != nullptr) {
+        JSReportExtraMemoryCost(context, nativeMemoryCost);
+    }
     if (callbacks.getter == nullptr) {
         JSObjectSetPrototype(context, front,
                              isFunction ? intrinsics.functionPrototype()

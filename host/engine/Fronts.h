@@ -19,7 +19,7 @@
 // Writes come to the front itself, before its own properties, so that none is lost in a cached one.
 class Fronts final {
 public:
-    Fronts(JSGlobalContextRef scriptContext, const Intrinsics& intrinsics);
+    Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
 
     // A new front, which owns `link` through its finalizers.
     JSObjectRef make(FrontLink& link) const;

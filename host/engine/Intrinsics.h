@@ -23,8 +23,8 @@ public:
     // The target, or null when it has died. Never touches a dead cell.
     JSObjectRef deref(JSObjectRef weakRef) const;
 
-    // `holder` keeps `objects` alive from now on, and nothing that it held before.
-    void hold(JSObjectRef holder, const std::vector<JSValueRef>& objects) const;
+    // `holder` keeps `held` alive from now on, and nothing that it held before.
+    void hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const;
 
     // Defines a writable, configurable own property of `object`. Answers whether it could be.
     bool define(JSObjectRef object, JSStringRef name, JSValueRef value, bool enumerable) const;
@@ -38,9 +38,9 @@ public:
     JSValueRef makeError(const std::string& message) const;
     JSValueRef makeTypeError(const std::string& message) const;
 
-    // An object that ends a prototype chain in `base`, and asks the functions `get` and `has`, as a
+    // An object that ends a prototype chain in `base`, and asks `getTrap` and `hasTrap`, as a
     // Proxy would, for what the objects before it do not have.
-    JSObjectRef makeFallback(JSObjectRef base, JSObjectRef get, JSObjectRef has) const;
+    JSObjectRef makeFallback(JSObjectRef base, JSObjectRef getTrap, JSObjectRef hasTrap) const;
 
     // Reflect.get and Reflect.has.
     JSValueRef reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;

@@ -26,10 +26,10 @@
 // themselves.
 class ObjectStore final {
 public:
-    ObjectStore(Document& document,
+    ObjectStore(Document& owner,
                 JSGlobalContextRef scriptContext,
-                const Intrinsics& intrinsics,
-                jsplugin_gc_trace* documentTrace);
+                const Intrinsics& engineFunctions,
+                jsplugin_gc_trace* traceOfDocument);
     ~ObjectStore();
 
     ObjectStore(const ObjectStore&) = delete;

@@ -9,6 +9,7 @@
 
 enum { KLOG_TRACE = 2, KLOG_ERROR = 5, KLOG_NONE = 100 };
 
+// NOLINTNEXTLINE(readability-identifier-naming): named as the library's other functions are
 extern "C" __attribute__((visibility("default"))) void KlogSetThreshold(int level);
 
 #endif

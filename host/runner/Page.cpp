@@ -5,12 +5,14 @@
 #include "runner/Function.h"
 
 // Exported by the engine but in none of its public headers; null with an engine that has them not.
+// NOLINTBEGIN(readability-identifier-naming): the engine's names
 extern "C" {
 __attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 __attribute__((weak)) void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef context,
                                                                         JSObjectRef function,
                                                                         JSValueRef* exception);
 }
+// NOLINTEND(readability-identifier-naming)
 
 Page::Context::Context() : ref(JSGlobalContextCreateInGroup(nullptr, nullptr)) {}
 

@@ -34,7 +34,7 @@ private:
     enum class Next { Wait, Reload, Close };
 
     void load();
-    void stopWaiting(Next next);
+    void stopWaiting(Next wanted);
 
     const Options& options;
     const std::string script;

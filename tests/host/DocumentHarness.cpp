@@ -8,6 +8,7 @@
 #include <chrono>
 #include <stdexcept>
 
+// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
 extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 
 namespace {
@@ -40,7 +41,7 @@ DocumentHarness::~DocumentHarness() {
     JSGlobalContextRelease(context);
 }
 
-std::string DocumentHarness::eval(const std::string& script) {
+std::string DocumentHarness::eval(const std::string& script) const {
     const text::EngineString source(script);
     JSValueRef exception = nullptr;
     const JSValueRef value =
@@ -49,11 +50,11 @@ std::string DocumentHarness::eval(const std::string& script) {
                                 : text::toUtf8(context, value);
 }
 
-void DocumentHarness::collect() {
+void DocumentHarness::collect() const {
     JSSynchronousGarbageCollectForDebugging(context);
 }
 
-void DocumentHarness::collectAll() {
+void DocumentHarness::collectAll() const {
     for (int i = 0; i < 2; ++i) {
         document->letGo();
         collect();

@@ -23,13 +23,13 @@ public:
     DocumentHarness& operator=(const DocumentHarness&) = delete;
 
     // The text of the script's value, or "throws " and the text of its exception.
-    std::string eval(const std::string& script);
+    std::string eval(const std::string& script) const;
 
     // The engine collects; what it found dead need not be finalized yet.
-    void collect();
+    void collect() const;
 
     // The document lets go, the engine collects, and finalized objects are destructed.
-    void collectAll();
+    void collectAll() const;
 
     // Runs the main loop until `done`; answers false after a generous time without it.
     static bool waitUntil(const std::function<bool()>& done);

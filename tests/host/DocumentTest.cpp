@@ -19,7 +19,7 @@ protected:
         EXPECT_EQ(host.document->objects().size(), 0U);
     }
 
-    std::string eval(const std::string& script) { return host.eval(script); }
+    std::string eval(const std::string& script) const { return host.eval(script); }
 
     DocumentHarness host;
 };

@@ -44,11 +44,12 @@ HostResult run(const std::vector<std::string>& arguments, const std::string& fol
     std::vector<std::string> words = {HOST_EXECUTABLE};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
-    setenv("PROBE_REPORT", "1", 1);
+    setenv("PROBE_REPORT", "1", 1);  // NOLINT(concurrency-mt-unsafe): the tests have one thread
     const pid_t child = fork();
     if (child == 0) {
         dup2(out[1], STDOUT_FILENO);

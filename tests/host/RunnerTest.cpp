@@ -185,6 +185,24 @@ TEST(RunnerTest, ASecondSignalEndsAScriptWithoutEnd) {
     EXPECT_EQ(result.exitCode, -1);
 }
 
+TEST(RunnerTest, TheEngineCollectsByItselfBeforeDeadObjectsPileUp) {
+    const HostResult result = runPage(R"(
+        let made = 0, most = 0;
+        const interval = setInterval(() => {
+            for (let i = 0; i < 1000; ++i) {
+                const object = Probe.make();
+                object.hold(() => object);
+            }
+            made += 1000;
+            most = Math.max(most, Probe.live);
+            if (made === 40000) { console.log(most); close(); }
+        }, 1000);
+    )",
+                                      {"--speed", "100"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_LE(std::stoi(result.out), 30000);
+}
+
 TEST(RunnerTest, ConsoleShowsWhatItIsGiven) {
     const HostResult result = runPage(R"(
         console.log('a', 1, -0, 2n, null, undefined, true, Symbol('s'));

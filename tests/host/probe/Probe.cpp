@@ -155,8 +155,12 @@ int valueOf(const std::string& name, jsplugin_value* result) {
     if (name == "inits") {
         return answerNumber(result, JSP_GET_VALUE, counts.inits);
     }
+    if (name == "live") {
+        return answerNumber(result, JSP_GET_VALUE, counts.created - counts.destructed);
+    }
     if (name == "music") {
-        const char* const folder = std::getenv("SONOLET_MUSIC");
+        const char* const folder =
+            std::getenv("SONOLET_MUSIC");  // NOLINT(concurrency-mt-unsafe): nobody sets it now
         return answerString(result, JSP_GET_VALUE, folder != nullptr ? folder : "");
     }
     if (name == "garbageType") {
@@ -347,6 +351,7 @@ int call(jsplugin_obj* self,
         // More arguments than a host would keep in a small place of its own.
         std::vector<jsplugin_value> many(40);
         std::vector<std::string> texts;
+        texts.reserve(many.size());
         for (int i = 0; i < 40; ++i) {
             texts.push_back("argument " + std::to_string(i));
         }
@@ -394,6 +399,7 @@ int allowAccess(const char* protocol, const char*, int) {
 // With PROBE_REPORT set, the counts go out at exit: for tests that see the process from outside.
 struct Reporter {
     ~Reporter() {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it now
         if (std::getenv("PROBE_REPORT") != nullptr) {
             std::fprintf(stderr, "probe: inits %d unloads %d created %s destructed %d polls %d\n",
                          counts.inits, counts.unloads,
