@@ -17,14 +17,14 @@ constexpr std::size_t frames = 44100;
 
 class PlaybackTest : public testing::Test {
 protected:
-    PlaybackTest() {
+    void SetUp() override {
         music.add("song.wav", {{"TITLE", "Song"}, {"ARTIST", "Ann"}}, frames);
         session = std::make_unique<TestSession>();
-        EXPECT_TRUE(session->untilScanned());
+        ASSERT_TRUE(session->untilScanned());
         link = sp_link_create_from_string(music.link("Song").c_str());
         track = sp_link_as_track(link);
     }
-    ~PlaybackTest() override { sp_link_release(link); }
+    void TearDown() override { sp_link_release(link); }
 
     const TestMusic music;
     std::unique_ptr<TestSession> session;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 namespace sonolet::test {
 
@@ -51,7 +52,8 @@ TestSession::TestSession() {
         TestSession& self = from(caller);
         const auto* first = static_cast<const std::int16_t*>(frames);
         const std::lock_guard<std::mutex> lock(self.mutex);
-        self.samples.insert(self.samples.end(), first, first + count * format->channels);
+        self.samples.insert(self.samples.end(), first,
+                            first + std::ptrdiff_t{count} * format->channels);
         return count;
     };
     callbacks.end_of_track = [](sp_session* caller) {
