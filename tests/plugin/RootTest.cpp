@@ -2,9 +2,9 @@
 
 #include <fstream>
 #include <map>
-#include <regex>
-#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -61,23 +61,26 @@ TEST_F(RootTest, EveryConstantOfTheLibraryIsOfferedWithItsValue) {
         {"sp_signup_page", "SP_SIGNUP_PAGE"},
         {"sp_signup_feature", "SP_SIGNUP_FEATURE"},
         {"sp_signup_action", "SP_SIGNUP_ACTION"}};
-    std::ostringstream header;
-    header << std::ifstream(SONOLET_LIBRARY_HEADER).rdbuf();
-    const std::string text = header.str();
-    const std::regex group(R"(typedef enum \{([^}]*)\} (\w+);)");
-    const std::regex constant(R"((SP_\w+) = (-?\d+))");
+    // "typedef enum { SP_A = 0, SP_B = 1 } sp_name;", token by token.
+    std::ifstream header(SONOLET_LIBRARY_HEADER);
+    std::vector<std::pair<std::string, int>> constants;
     int checked = 0;
-    const std::sregex_iterator end;
-    for (std::sregex_iterator type(text.begin(), text.end(), group); type != end; ++type) {
-        const auto object = groups.find((*type)[2]);
-        if (object == groups.end()) {
-            continue;
-        }
-        const std::string body = (*type)[1];
-        for (std::sregex_iterator one(body.begin(), body.end(), constant); one != end; ++one) {
-            jsplugin_obj* offered = find((std::string("Spotify.") + object->second).c_str());
-            EXPECT_EQ(host->get(offered, (*one)[1]), cached(std::stoi((*one)[2]))) << (*one)[1];
-            ++checked;
+    for (std::string token, name; header >> token; name = token) {
+        if (token == "=") {
+            int value = 0;
+            header >> value;
+            constants.emplace_back(name, value);
+        } else if (name == "}" && groups.count(token.substr(0, token.size() - 1)) != 0) {
+            const char* group = groups.at(token.substr(0, token.size() - 1));
+            for (const auto& [constant, value] : constants) {
+                EXPECT_EQ(host->get(find((std::string("Spotify.") + group).c_str()), constant),
+                          cached(value))
+                    << constant;
+                ++checked;
+            }
+            constants.clear();
+        } else if (name == "}") {
+            constants.clear();
         }
     }
     EXPECT_EQ(checked, 82);
