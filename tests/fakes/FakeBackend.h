@@ -46,7 +46,7 @@ public:
     int setSource(const char* url, SourceDescription** sources, int flags) override;
     void play() override;
     void pause(int mode) override;
-    void getPosition(double& position) override;
+    void getPosition(double& result) override;
     void writeData(NeedDataEvent* event, unsigned size, WriteDataStatus status) override;
 
     // Events, on the caller's thread. Answer what handleEvent does.

@@ -84,23 +84,10 @@ bool Value::operator==(const Value& other) const {
 }
 
 std::ostream& operator<<(std::ostream& out, const Value& value) {
-    static const char* const names[] = {"undefined", "native ", "object ", "",
-                                        "",          "",        "null",    "expression "};
-    out << names[value.type];
-    switch (value.type) {
-    case JSP_TYPE_NATIVE_OBJECT:
-    case JSP_TYPE_OBJECT:
-        return out << value.object;
-    case JSP_TYPE_STRING:
-    case JSP_TYPE_EXPRESSION:
-        return out << '"' << value.string << '"';
-    case JSP_TYPE_NUMBER:
-        return out << value.number;
-    case JSP_TYPE_BOOLEAN:
-        return out << (value.number != 0 ? "true" : "false");
-    default:
-        return out;
-    }
+    static const char* const names[] = {"undefined", "native",  "object", "string",
+                                        "number",    "boolean", "null",   "expression"};
+    return out << names[value.type] << " (" << value.number << ", \"" << value.string << "\", "
+               << value.object << ')';
 }
 
 std::ostream& operator<<(std::ostream& out, const Answer& answer) {
@@ -119,6 +106,17 @@ struct FakeHost::Table {
         }
     }
 
+    static int
+    create(const char* who, bool refused, jsplugin_obj* ctx, Object model, jsplugin_obj** result) {
+        enter();
+        model.document = instance->at(ctx, who).document;
+        if (refused) {
+            return 0;
+        }
+        *result = instance->make(std::move(model));
+        return JSP_CREATE_OK;
+    }
+
     static int createFunction(jsplugin_obj* ctx,
                               jsplugin_getter* getter,
                               jsplugin_setter* setter,
@@ -126,18 +124,12 @@ struct FakeHost::Table {
                               jsplugin_destructor* destructor,
                               jsplugin_gc_trace*,
                               jsplugin_obj** result) {
-        enter();
-        jsplugin_obj* document = instance->at(ctx, "create_function").document;
-        if (instance->refusesFunctions) {
-            return 0;
-        }
-        Object& made = instance->at(instance->make(Kind::NativeFunction, document), "made");
-        made.getter = getter;
-        made.setter = setter;
-        made.call = call;
-        made.destructor = destructor;
-        *result = &made;
-        return JSP_CREATE_OK;
+        Object model(Kind::NativeFunction);
+        model.getter = getter;
+        model.setter = setter;
+        model.call = call;
+        model.destructor = destructor;
+        return create("create_function", instance->refusesFunctions, ctx, model, result);
     }
 
     static int createObject(jsplugin_obj* ctx,
@@ -146,17 +138,11 @@ struct FakeHost::Table {
                             jsplugin_destructor* destructor,
                             jsplugin_gc_trace*,
                             jsplugin_obj** result) {
-        enter();
-        jsplugin_obj* document = instance->at(ctx, "create_object").document;
-        if (instance->refusesObjects) {
-            return 0;
-        }
-        Object& made = instance->at(instance->make(Kind::Native, document), "made");
-        made.getter = getter;
-        made.setter = setter;
-        made.destructor = destructor;
-        *result = &made;
-        return JSP_CREATE_OK;
+        Object model(Kind::Native);
+        model.getter = getter;
+        model.setter = setter;
+        model.destructor = destructor;
+        return create("create_object", instance->refusesObjects, ctx, model, result);
     }
 
     static int addPoll(jsplugin_obj* ctx, unsigned interval, jsplugin_poll* poll) {
@@ -267,28 +253,21 @@ FakeHost::Object& FakeHost::at(const jsplugin_obj* object, const char* who) cons
     return *found->second;
 }
 
-void FakeHost::rekindle(Object& object, Kind kind, jsplugin_obj* document) const {
-    object = Object{};
-    object.kind = kind;
-    object.document = document == nullptr ? &object : document;
-}
-
-jsplugin_obj* FakeHost::make(Kind kind, jsplugin_obj* document) {
-    auto object = std::make_unique<Object>();
-    rekindle(*object, kind, document);
+jsplugin_obj* FakeHost::make(Object model) {
+    auto object = std::make_unique<Object>(std::move(model));
     jsplugin_obj* const address = object.get();
     objects[address] = std::move(object);
     return address;
 }
 
 jsplugin_obj* FakeHost::open() {
-    jsplugin_obj* document = make(Kind::Document, nullptr);
-    plugin().init(document);
+    jsplugin_obj* document = make(Object(Kind::Document));
+    reopen(document);
     return document;
 }
 
 void FakeHost::reopen(jsplugin_obj* document) {
-    rekindle(at(document, "reopen"), Kind::Document, nullptr);
+    at(document, "reopen") = Object(Kind::Document, document);
     plugin().init(document);
 }
 
@@ -331,20 +310,20 @@ void FakeHost::close(jsplugin_obj* document) {
 
 jsplugin_obj* FakeHost::function(jsplugin_obj* document,
                                  std::function<void(const std::vector<Value>&)> body) {
-    jsplugin_obj* object = make(Kind::PageFunction, document);
-    at(object, "function").body = std::move(body);
-    return object;
+    Object model(Kind::PageFunction, document);
+    model.body = std::move(body);
+    return make(std::move(model));
 }
 
 jsplugin_obj* FakeHost::pageObject(jsplugin_obj* document) {
-    return make(Kind::Page, document);
+    return make(Object(Kind::Page, document));
 }
 
 jsplugin_obj* FakeHost::foreignObject(jsplugin_obj* document) {
-    jsplugin_obj* object = make(Kind::Foreign, document);
+    Object model(Kind::Foreign, document);
     // Whoever takes this for a pointer to something of its own reads far outside the process.
-    object->plugin_private = reinterpret_cast<void*>(0x10);
-    return object;
+    model.plugin_private = reinterpret_cast<void*>(0x10);
+    return make(std::move(model));
 }
 
 void FakeHost::collect(jsplugin_obj* object) {
@@ -364,12 +343,8 @@ void FakeHost::collect(jsplugin_obj* object) {
     objects.erase(object);
 }
 
-void FakeHost::recycle(jsplugin_obj* object, jsplugin_obj* document) {
-    Object& old = at(object, "recycle");
-    if (old.destructor != nullptr) {
-        old.destructor(object);
-    }
-    rekindle(old, Kind::PageFunction, document);
+void FakeHost::recycle(jsplugin_obj* function, jsplugin_obj* document) {
+    at(function, "recycle") = Object(Kind::PageFunction, document);
 }
 
 void FakeHost::collectGarbage(jsplugin_obj* document) {

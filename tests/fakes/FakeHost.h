@@ -77,16 +77,15 @@ public:
     void collectAll(jsplugin_obj* document);  // every object but the document itself
     void close(jsplugin_obj* document);       // both
 
-    // Objects of the page. A function's body may be empty; `reusing` is a collected object's
-    // address to take again.
+    // Objects of the page. A function's body may be empty.
     jsplugin_obj* function(jsplugin_obj* document,
                            std::function<void(const std::vector<Value>&)> body = nullptr);
     jsplugin_obj* pageObject(jsplugin_obj* document);
     jsplugin_obj* foreignObject(jsplugin_obj* document);  // another plug-in's
     // The object dies with the functions kept for it: destructors run once, the memory goes.
     void collect(jsplugin_obj* object);
-    // Like collect, but a later function of the page shall live at the same address.
-    void recycle(jsplugin_obj* object, jsplugin_obj* document);
+    // A page's function dies, and a later one of the document lives at the same address.
+    void recycle(jsplugin_obj* function, jsplugin_obj* document);
     // Traces the document and collects its page functions that the plug-in does not mark.
     void collectGarbage(jsplugin_obj* document);
     bool alive(jsplugin_obj* object) const { return objects.count(object) != 0; }
@@ -122,15 +121,18 @@ private:
     // Those before Document are made by a plug-in.
     enum class Kind { Native, NativeFunction, Foreign, Document, Page, PageFunction };
     struct Object : jsplugin_obj {
+        explicit Object(Kind itsKind, jsplugin_obj* itsDocument = nullptr)
+            : jsplugin_obj{nullptr}, kind(itsKind), document(itsDocument) {}
+
         Kind kind;
         jsplugin_obj* document;
-        jsplugin_getter* getter;
-        jsplugin_setter* setter;
-        jsplugin_function* call;
-        jsplugin_destructor* destructor;
+        jsplugin_getter* getter = nullptr;
+        jsplugin_setter* setter = nullptr;
+        jsplugin_function* call = nullptr;
+        jsplugin_destructor* destructor = nullptr;
         std::function<void(const std::vector<Value>&)> body;
         std::map<std::string, jsplugin_obj*> functions;  // read before and kept
-        bool marked;
+        bool marked = false;
     };
     struct Poll {
         jsplugin_obj* document;
@@ -145,8 +147,7 @@ private:
     static FakeHost* instance;
 
     Object& at(const jsplugin_obj* object, const char* who) const;
-    jsplugin_obj* make(Kind kind, jsplugin_obj* document);
-    void rekindle(Object& object, Kind kind, jsplugin_obj* document) const;
+    jsplugin_obj* make(Object model);
 
     std::map<const jsplugin_obj*, std::unique_ptr<Object>> objects;
     std::vector<Poll> polls;

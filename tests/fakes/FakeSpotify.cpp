@@ -222,7 +222,7 @@ sp_error FakeSpotify::createSession(const sp_session_config* settings, sp_sessio
     return SP_ERROR_OK;
 }
 
-// The library's functions that the plug-in uses.
+// The library's functions that the plug-in uses, a line each where one will do.
 
 namespace {
 
@@ -256,12 +256,9 @@ Handle* element(const std::vector<Handle*>& list, int index) {
 
 }  // namespace
 
-const char* sp_build_id() {
-    return fake().buildId.c_str();
-}
-const char* sp_error_message(sp_error code) {
-    return text(__func__, code);
-}
+// clang-format off
+const char* sp_build_id() { return fake().buildId.c_str(); }
+const char* sp_error_message(sp_error code) { return text(__func__, code); }
 
 sp_error sp_session_create(const sp_session_config* config, sp_session** session) {
     return fake().createSession(config, session);
@@ -279,23 +276,17 @@ sp_error sp_session_login(sp_session* session,
                           const char* blob) {
     return scripted(__func__, session, username, password, remember, blob);
 }
-sp_error sp_session_relogin(sp_session* session) {
-    return scripted(__func__, session);
-}
+sp_error sp_session_relogin(sp_session* session) { return scripted(__func__, session); }
 int sp_session_remembered_user(sp_session* session, char* buffer, size_t size) {
     const char* name = text(__func__, session);
     return name == nullptr ? -1 : snprintf(buffer, size, "%s", name);
 }
-sp_error sp_session_forget_me(sp_session* session) {
-    return scripted(__func__, session);
-}
+sp_error sp_session_forget_me(sp_session* session) { return scripted(__func__, session); }
 sp_user* sp_session_user(sp_session* session) {
     fake().called(__func__, session);
     return fake().user;
 }
-sp_error sp_session_logout(sp_session* session) {
-    return scripted(__func__, session);
-}
+sp_error sp_session_logout(sp_session* session) { return scripted(__func__, session); }
 sp_connectionstate sp_session_connectionstate(sp_session* session) {
     return scripted<sp_connectionstate>(__func__, session);
 }
@@ -313,12 +304,8 @@ sp_error sp_session_process_events(sp_session* session, int* nextTimeout) {
 sp_error sp_session_preferred_bitrate(sp_session* session, sp_bitrate bitrate) {
     return scripted(__func__, session, bitrate);
 }
-int sp_session_user_country(sp_session* session) {
-    return scripted<int>(__func__, session);
-}
-int sp_session_num_friends(sp_session* session) {
-    return scripted<int>(__func__, session);
-}
+int sp_session_user_country(sp_session* session) { return scripted<int>(__func__, session); }
+int sp_session_num_friends(sp_session* session) { return scripted<int>(__func__, session); }
 sp_user* sp_session_friend(sp_session* session, int index) {
     fake().called(__func__, session, index);
     return element(fake().friends, index);
@@ -359,35 +346,23 @@ sp_link* sp_link_create_from_string(const char* link) {
     fake().called(__func__, link);
     return fake().makeLink(link);
 }
-sp_track* sp_link_as_track(sp_link* link) {
-    return field(__func__, link, &sp_link::track);
-}
-sp_album* sp_link_as_album(sp_link* link) {
-    return field(__func__, link, &sp_link::album);
-}
-sp_artist* sp_link_as_artist(sp_link* link) {
-    return field(__func__, link, &sp_link::artist);
-}
+sp_track* sp_link_as_track(sp_link* link) { return field(__func__, link, &sp_link::track); }
+sp_album* sp_link_as_album(sp_link* link) { return field(__func__, link, &sp_link::album); }
+sp_artist* sp_link_as_artist(sp_link* link) { return field(__func__, link, &sp_link::artist); }
 sp_error sp_link_release(sp_link* link) {
     --fake().linksOut;
     return scripted(__func__, link);
 }
 
-bool sp_track_is_loaded(sp_track* track) {
-    return scripted<bool>(__func__, track);
-}
-sp_error sp_track_error(sp_track* track) {
-    return scripted(__func__, track);
-}
+bool sp_track_is_loaded(sp_track* track) { return scripted<bool>(__func__, track); }
+sp_error sp_track_error(sp_track* track) { return scripted(__func__, track); }
 sp_track_availability sp_track_get_availability(sp_session* session, sp_track* track) {
     return scripted<sp_track_availability>(__func__, session, track);
 }
 bool sp_track_is_local(sp_session* session, sp_track* track) {
     return scripted<bool>(__func__, session, track);
 }
-bool sp_track_is_placeholder(sp_track* track) {
-    return scripted<bool>(__func__, track);
-}
+bool sp_track_is_placeholder(sp_track* track) { return scripted<bool>(__func__, track); }
 bool sp_track_is_starred(sp_session* session, sp_track* track) {
     return scripted<bool>(__func__, session, track);
 }
@@ -402,76 +377,36 @@ sp_artist* sp_track_artist(sp_track* track, int index) {
     fake().called(__func__, track, index);
     return element(track->artists, index);
 }
-sp_album* sp_track_album(sp_track* track) {
-    return field(__func__, track, &sp_track::album);
-}
-const char* sp_track_name(sp_track* track) {
-    return field(__func__, track, &sp_track::name);
-}
-int sp_track_duration(sp_track* track) {
-    return field(__func__, track, &sp_track::duration);
-}
-int sp_track_popularity(sp_track* track) {
-    return scripted<int>(__func__, track);
-}
-int sp_track_disc(sp_track* track) {
-    return scripted<int>(__func__, track);
-}
-int sp_track_index(sp_track* track) {
-    return scripted<int>(__func__, track);
-}
-sp_error sp_track_add_ref(sp_track* track) {
-    return fake().count(__func__, track, 1);
-}
-sp_error sp_track_release(sp_track* track) {
-    return fake().count(__func__, track, -1);
-}
+sp_album* sp_track_album(sp_track* track) { return field(__func__, track, &sp_track::album); }
+const char* sp_track_name(sp_track* track) { return field(__func__, track, &sp_track::name); }
+int sp_track_duration(sp_track* track) { return field(__func__, track, &sp_track::duration); }
+int sp_track_popularity(sp_track* track) { return scripted<int>(__func__, track); }
+int sp_track_disc(sp_track* track) { return scripted<int>(__func__, track); }
+int sp_track_index(sp_track* track) { return scripted<int>(__func__, track); }
+sp_error sp_track_add_ref(sp_track* track) { return fake().count(__func__, track, 1); }
+sp_error sp_track_release(sp_track* track) { return fake().count(__func__, track, -1); }
 
-bool sp_album_is_loaded(sp_album* album) {
-    return scripted<bool>(__func__, album);
-}
-bool sp_album_is_available(sp_album* album) {
-    return scripted<bool>(__func__, album);
-}
-sp_artist* sp_album_artist(sp_album* album) {
-    return field(__func__, album, &sp_album::artist);
-}
+bool sp_album_is_loaded(sp_album* album) { return scripted<bool>(__func__, album); }
+bool sp_album_is_available(sp_album* album) { return scripted<bool>(__func__, album); }
+sp_artist* sp_album_artist(sp_album* album) { return field(__func__, album, &sp_album::artist); }
 const byte* sp_album_cover(sp_album* album, sp_image_size size) {
     fake().called(__func__, album, size);
     return album->cover;
 }
-const char* sp_album_name(sp_album* album) {
-    return field(__func__, album, &sp_album::name);
-}
-int sp_album_year(sp_album* album) {
-    return scripted<int>(__func__, album);
-}
-sp_albumtype sp_album_type(sp_album* album) {
-    return scripted<sp_albumtype>(__func__, album);
-}
-sp_error sp_album_add_ref(sp_album* album) {
-    return fake().count(__func__, album, 1);
-}
-sp_error sp_album_release(sp_album* album) {
-    return fake().count(__func__, album, -1);
-}
+const char* sp_album_name(sp_album* album) { return field(__func__, album, &sp_album::name); }
+int sp_album_year(sp_album* album) { return scripted<int>(__func__, album); }
+sp_albumtype sp_album_type(sp_album* album) { return scripted<sp_albumtype>(__func__, album); }
+sp_error sp_album_add_ref(sp_album* album) { return fake().count(__func__, album, 1); }
+sp_error sp_album_release(sp_album* album) { return fake().count(__func__, album, -1); }
 
-const char* sp_artist_name(sp_artist* artist) {
-    return field(__func__, artist, &sp_artist::name);
-}
-bool sp_artist_is_loaded(sp_artist* artist) {
-    return scripted<bool>(__func__, artist);
-}
+const char* sp_artist_name(sp_artist* artist) { return field(__func__, artist, &sp_artist::name); }
+bool sp_artist_is_loaded(sp_artist* artist) { return scripted<bool>(__func__, artist); }
 const byte* sp_artist_portrait(sp_artist* artist, sp_image_size size) {
     fake().called(__func__, artist, size);
     return artist->portrait;
 }
-sp_error sp_artist_add_ref(sp_artist* artist) {
-    return fake().count(__func__, artist, 1);
-}
-sp_error sp_artist_release(sp_artist* artist) {
-    return fake().count(__func__, artist, -1);
-}
+sp_error sp_artist_add_ref(sp_artist* artist) { return fake().count(__func__, artist, 1); }
+sp_error sp_artist_release(sp_artist* artist) { return fake().count(__func__, artist, -1); }
 
 const char* sp_user_canonical_name(sp_user* user) {
     return field(__func__, user, &sp_user::canonicalName);
@@ -479,21 +414,12 @@ const char* sp_user_canonical_name(sp_user* user) {
 const char* sp_user_display_name(sp_user* user) {
     return field(__func__, user, &sp_user::displayName);
 }
-const char* sp_user_full_name(sp_user* user) {
-    return field(__func__, user, &sp_user::fullName);
-}
-const char* sp_user_picture(sp_user* user) {
-    return field(__func__, user, &sp_user::picture);
-}
-bool sp_user_is_loaded(sp_user* user) {
-    return scripted<bool>(__func__, user);
-}
+const char* sp_user_full_name(sp_user* user) { return field(__func__, user, &sp_user::fullName); }
+const char* sp_user_picture(sp_user* user) { return field(__func__, user, &sp_user::picture); }
+bool sp_user_is_loaded(sp_user* user) { return scripted<bool>(__func__, user); }
 sp_relation_type sp_user_relation_type(sp_session* session, sp_user* user) {
     return scripted<sp_relation_type>(__func__, session, user);
 }
-sp_error sp_user_add_ref(sp_user* user) {
-    return fake().count(__func__, user, 1);
-}
-sp_error sp_user_release(sp_user* user) {
-    return fake().count(__func__, user, -1);
-}
+sp_error sp_user_add_ref(sp_user* user) { return fake().count(__func__, user, 1); }
+sp_error sp_user_release(sp_user* user) { return fake().count(__func__, user, -1); }
+// clang-format on

@@ -24,7 +24,7 @@ protected:
         TellusClientNamespace::TrackSettingsStruct format{0, 44100, 2, 0};
         track.initialize(&format);
     }
-    ~PlayerTest() override {
+    void TearDown() override {
         player.reset();
         EXPECT_EQ(FakeRequest::alive, 0);
         EXPECT_EQ(factory.held(), 0);

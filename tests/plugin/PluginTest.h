@@ -26,7 +26,7 @@ protected:
         page = host->open();
     }
 
-    ~PluginTest() override {
+    void TearDown() override {
         host.reset();
         g_spotify_instance_Spotify.reset();
         EXPECT_EQ(spotify.imbalance(), "");

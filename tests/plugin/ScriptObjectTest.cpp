@@ -58,14 +58,16 @@ public:
     void probe(jspp::function_context& context) {
         context.return_interface(context.interface_of<Probe>(0), false);
     }
-    void getText(jspp::result_context& context) {
+    void getText(jspp::result_context& context) const {
         context.return_string("overwritten");
         context.return_string(text);
     }
     void setText(jspp::parameter_context& context) { text = context.string(0); }
     void getSilence(jspp::result_context&) {}
     void getFailure(jspp::result_context&) { throw std::runtime_error("no reading"); }
-    void getSelf(jspp::result_context& context) { context.return_interface(self.lock(), true); }
+    void getSelf(jspp::result_context& context) const {
+        context.return_interface(self.lock(), true);
+    }
     void getFresh(jspp::result_context& context) {
         context.return_interface(orvo::shared_ptr<interface>(new Probe), false);
     }
@@ -82,10 +84,11 @@ protected:
         probe->self = orvo::shared_ptr<jspp::interface>(probe);
         object = show(page);
     }
-    ~ScriptObjectTest() override {
+    void TearDown() override {
         host.reset();
         probe.reset();
         EXPECT_EQ(Probe::alive, 0);
+        PluginTest::TearDown();
     }
     jsplugin_obj* show(jsplugin_obj* document) { return probe->create_object(document, probe); }
 

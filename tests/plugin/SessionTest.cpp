@@ -36,7 +36,8 @@ protected:
         return factory.current();
     }
     int deliver(int frames, unsigned char value = 'f') {
-        return spotify.deliver(std::vector<unsigned char>(frames * 4U, value).data(), frames);
+        const std::vector<unsigned char> bytes(static_cast<std::size_t>(frames) * 4, value);
+        return spotify.deliver(bytes.data(), frames);
     }
     int callsAfterTick(const char* event) {
         jsplugin_obj* listener = host->function(page);

@@ -60,10 +60,10 @@ TEST_F(ThreadsTest, EventsOfManyThreadsArriveOnceEachInTheirOrder) {
                                                next[static_cast<std::size_t>(value / 10000)]++ ==
                                                    value % 10000;
                                  })});
-    std::vector<std::thread> library;
+    std::array<std::thread, threads> library;
     std::atomic<int> running{threads};
     for (int thread = 0; thread < threads; ++thread) {
-        library.emplace_back([&, thread] {
+        library[static_cast<std::size_t>(thread)] = std::thread([&, thread] {
             for (int i = 0; i < events; ++i) {
                 spotify.callbacks().log_message(spotify.session(),
                                                 std::to_string(thread * 10000 + i).c_str());
@@ -99,7 +99,7 @@ TEST_F(ThreadsTest, LoadingPlayingAndUnloadingUnderABackendAndALibraryOfTheirOwn
     std::atomic<bool> done{false};
     std::atomic<int> delivered{0};
     std::thread library([&] {
-        const std::vector<unsigned char> frames(2048 * 4, 'f');
+        const std::vector<unsigned char> frames(8192, 'f');
         for (unsigned i = 1; !done; ++i) {
             delivered += spotify.deliver(frames.data(), 2048) != 0 ? 1 : 0;
             if (i % 50 == 0) {
@@ -137,18 +137,11 @@ TEST_F(ThreadsTest, LoadingPlayingAndUnloadingUnderABackendAndALibraryOfTheirOwn
     // The last track is heard before all ends.
     factory.whenRequested = [&](FakeBackend& granted) { granted.start(everyEvent(7, false)); };
     EXPECT_EQ(session("playerLoad", {create("Track", "track")}), returned(0));
-    for (FakeBackend& last = factory.current(); last.writes.size() < 50;) {
+    while (factory.current().writes.empty()) {
         host->advance(250);
         host->calls.clear();
         spotify.calls.clear();
-        if (delivered % 50 == 0) {
-            std::this_thread::yield();
-        }
-        if (!last.writes.empty() && last.writes.back().status != 0) {
-            break;  // the library told the end early
-        }
     }
-    EXPECT_FALSE(factory.current().writes.empty());
     EXPECT_EQ(refused, 0);
     EXPECT_GT(delivered, 0);
     host->close(page);  // under full traffic, too
