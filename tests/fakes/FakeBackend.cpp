@@ -150,6 +150,7 @@ void FakeFactory::reset() {
     grants = true;
     sourceResult = 1;
     whenRequested = nullptr;
+    whenReleased = nullptr;
 }
 
 FakeBackend& FakeFactory::current() const {
@@ -189,5 +190,9 @@ UVABackend* UVAFactory::requestBackend(UVABackend::UVABackendType type, UVAClien
 }
 
 void UVAFactory::releaseBackend(UVABackend* backend) {
-    static_cast<FakeBackend*>(backend)->release();
+    auto& released = *static_cast<FakeBackend*>(backend);
+    if (FakeFactory::get().whenReleased) {
+        FakeFactory::get().whenReleased(released);
+    }
+    released.release();
 }

@@ -86,6 +86,7 @@ struct FakeFactory {
     bool grants = true;
     int sourceResult = 1;                             // of backends granted from now on
     std::function<void(FakeBackend&)> whenRequested;  // runs inside requestBackend
+    std::function<void(FakeBackend&)> whenReleased;   // runs inside releaseBackend
     std::vector<std::unique_ptr<FakeBackend>> backends;
 };
 

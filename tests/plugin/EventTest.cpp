@@ -154,6 +154,8 @@ TEST_F(EventTest, ADocumentThatGoesDuringItsTickEndsTheTick) {
     EXPECT_EQ(host->callsOf(listener), 0);
     tick();
     EXPECT_EQ(host->calls.size(), 1U);
+    EXPECT_EQ(log.count(5, "jspp::object::callIllegal Spotify object called, returning."), 0)
+        << "what is skipped at the tick is not told";
 }
 
 TEST_F(EventTest, FunctionsHeldNativelySurviveCollectionWhileTheyAreHeld) {

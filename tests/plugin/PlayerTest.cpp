@@ -10,6 +10,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 using TellusClientNamespace::AudioTrack;
@@ -167,6 +168,19 @@ TEST_F(PlayerTest, RequestsMadeBeforeTheBackendIsHandedOverAreAnswered) {
     FakeBackend& backend = play();
     player->handleEventQueue();
     EXPECT_EQ(answers(backend), "40/40:0 ");
+}
+
+TEST_F(PlayerTest, EventsMayComeFromTheBackendsThreadUntilTheReleaseReturns) {
+    // A lock held over the release would never be given to the thread that is waited for.
+    factory.whenReleased = [](FakeBackend& leaving) {
+        std::thread([&] {
+            leaving.request(0, 16);
+            leaving.send(0);
+        }).join();
+    };
+    play();
+    player->releaseTrack();
+    EXPECT_EQ(FakeRequest::alive, 0) << "a late request was kept";
 }
 
 TEST_F(PlayerTest, EveryOtherEventIsOnlyTold) {

@@ -246,6 +246,18 @@ TEST_F(ScriptObjectTest, AScriptObjectKeepsItsNativeOneAliveAndLetsItGoOnCollect
     EXPECT_EQ(Probe::alive, 2) << "its parent owns the child";
 }
 
+TEST_F(ScriptObjectTest, UnloadingFreesWhatQueuedCallsHold) {
+    const jspp::object handle(host->function(page), page);
+    {
+        jspp::call_parameters parameters;
+        parameters.add(orvo::shared_ptr<Probe>(new Probe));
+        handle.call_delayed(parameters);
+    }
+    EXPECT_EQ(Probe::alive, 2);
+    host->unload(page);
+    EXPECT_EQ(Probe::alive, 1);
+}
+
 TEST_F(ScriptObjectTest, AnElementsObjectIsServedLikeAnyOther) {
     jsplugin_obj element{};
     jsplugin_getter* getter = nullptr;
