@@ -31,6 +31,7 @@ TEST(LogTest, OnlyLinesFromTheThresholdAreWritten) {
 TEST(LogTest, LinesOfSeveralThreadsStayWhole) {
     testing::internal::CaptureStderr();
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([i] {
             // Longer than any buffer that a writer would keep on its stack.
