@@ -43,6 +43,8 @@ CREATE TABLE play_tokens(
     token TEXT NOT NULL);
 )";
 
+constexpr char countrySchema[] = "ALTER TABLE accounts ADD COLUMN country TEXT";
+
 // The hash that an unknown user's password is checked against, so that it takes as long.
 const std::string& nobodysHash() {
     static const std::string& hash = *new std::string(hashPassword(Secret(randomText(16).c_str())));
@@ -56,20 +58,22 @@ Blob digestOf(const Secret& blob) {
 }  // namespace
 
 Accounts::Migration::Migration(Database& database) {
-    database.migrate({schema});
+    database.migrate({schema, countrySchema});
 }
 
 Accounts::Accounts(const std::string& file)
     : database(file, Database::Durability::power), migration(database),
       listAccounts(database,
-                   "SELECT id, name, display_name, full_name FROM accounts ORDER BY name"),
-      findAccount(database,
-                  "SELECT id, name, display_name, full_name FROM accounts WHERE name = ?1"),
+                   "SELECT id, name, display_name, full_name, country FROM accounts ORDER BY name"),
+      findAccount(
+          database,
+          "SELECT id, name, display_name, full_name, country FROM accounts WHERE name = ?1"),
       findHash(database, "SELECT password_hash FROM accounts WHERE id = ?1"),
       insertAccount(database,
                     "INSERT INTO accounts(name, display_name, full_name, password_hash)"
                     " VALUES(?1, ?2, ?2, ?3)"),
       updateHash(database, "UPDATE accounts SET password_hash = ?2 WHERE id = ?1"),
+      updateCountry(database, "UPDATE accounts SET country = ?2 WHERE id = ?1"),
       deleteAccount(database, "DELETE FROM accounts WHERE id = ?1"),
       insertBlob(database, "INSERT INTO blobs(account_id, digest) VALUES(?1, ?2)"),
       findBlob(database, "SELECT 1 FROM blobs WHERE account_id = ?1 AND digest = ?2"),
@@ -127,7 +131,7 @@ std::string Accounts::canonicalName(std::string_view name) {
 }
 
 Account Accounts::read(const Cursor& row) {
-    return Account{row.integer(0), row.text(1), row.text(2), row.text(3)};
+    return Account{row.integer(0), row.text(1), row.text(2), row.text(3), row.text(4)};
 }
 
 std::vector<Account> Accounts::all() {
@@ -188,6 +192,18 @@ bool Accounts::remove(std::string_view name) {
     }
     transaction.commit();
     return true;
+}
+
+bool Accounts::setCountry(std::string_view name, std::string_view country) {
+    if (country.size() != 2 || !g_ascii_isalpha(country[0]) || !g_ascii_isalpha(country[1])) {
+        throw std::runtime_error("a country is two letters, as SE, not " + std::string(country));
+    }
+    const std::string code = {g_ascii_toupper(country[0]), g_ascii_toupper(country[1])};
+    const std::optional<Account> account = find(name);
+    if (account) {
+        updateCountry.execute(account->id, code);
+    }
+    return account.has_value();
 }
 
 std::optional<Account> Accounts::checkPassword(std::string_view name, const Secret& password) {

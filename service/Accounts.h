@@ -18,6 +18,7 @@ struct Account {
     std::string name;         // canonical: what two spellings of the name have in common
     std::string displayName;  // as it was written
     std::string fullName;
+    std::string country;  // two letters, or none: where this machine is
 };
 
 // The users of the service and what belongs to each: credentials, stars, play counts.
@@ -42,6 +43,8 @@ public:
     // Forgets blobs and the remembered user with it. False: no such user.
     bool setPassword(std::string_view name, const Secret& password);
     bool remove(std::string_view name);
+    // Two letters, in whatever case. False: no such user.
+    bool setCountry(std::string_view name, std::string_view country);
 
     // Both take the same time for a user who does not exist.
     std::optional<Account> checkPassword(std::string_view name, const Secret& password);
@@ -85,6 +88,7 @@ private:
     Statement findHash;
     Statement insertAccount;
     Statement updateHash;
+    Statement updateCountry;
     Statement deleteAccount;
     Statement insertBlob;
     Statement findBlob;

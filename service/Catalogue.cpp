@@ -68,10 +68,45 @@ CREATE TABLE skipped(
     PRIMARY KEY(folder_id, name)) WITHOUT ROWID;
 )";
 
+// What can be found by its words. A view has the texts of what is available, its index their words;
+// whoever changes a row of a view takes it out of the index before and puts it back after. The
+// tracks' year is a word, so that a span of years is found as words are.
+constexpr char searchSchema[] = R"(
+ALTER TABLE artists ADD COLUMN available INTEGER NOT NULL DEFAULT 0;
+UPDATE artists SET available =
+    id IN (SELECT artist_id FROM albums WHERE available) OR
+    id IN (SELECT ta.artist_id FROM track_artists ta JOIN tracks t ON t.id = ta.track_id
+           WHERE t.present);
+CREATE VIEW track_texts(id, title, artist, album, year) AS
+    SELECT t.id, t.title,
+        (SELECT group_concat(name, ' ') FROM (
+            SELECT name FROM artists WHERE id = al.artist_id
+            UNION SELECT ar.name FROM track_artists ta JOIN artists ar ON ar.id = ta.artist_id
+                  WHERE ta.track_id = t.id)),
+        al.name, CASE WHEN t.year > 0 THEN printf('%04d', t.year) END
+    FROM tracks t JOIN albums al ON al.id = t.album_id WHERE t.present;
+CREATE VIEW album_texts(id, name, artist, year) AS
+    SELECT al.id, al.name, ar.name, CASE WHEN al.year > 0 THEN printf('%04d', al.year) END
+    FROM albums al JOIN artists ar ON ar.id = al.artist_id WHERE al.available;
+CREATE VIEW artist_texts(id, name) AS SELECT id, name FROM artists WHERE available;
+CREATE VIRTUAL TABLE track_index USING fts5(title, artist, album, year,
+    content='track_texts', content_rowid='id', prefix='1 2 3',
+    tokenize='unicode61 remove_diacritics 2');
+CREATE VIRTUAL TABLE album_index USING fts5(name, artist, year,
+    content='album_texts', content_rowid='id', prefix='1 2 3',
+    tokenize='unicode61 remove_diacritics 2');
+CREATE VIRTUAL TABLE artist_index USING fts5(name,
+    content='artist_texts', content_rowid='id', prefix='1 2 3',
+    tokenize='unicode61 remove_diacritics 2');
+INSERT INTO track_index(track_index) VALUES('rebuild');
+INSERT INTO album_index(album_index) VALUES('rebuild');
+INSERT INTO artist_index(artist_index) VALUES('rebuild');
+)";
+
 }  // namespace
 
 void migrateCatalogue(Database& database) {
-    database.migrate({schema});
+    database.migrate({schema, searchSchema});
 }
 
 Catalogue::Migration::Migration(Database& database) {

@@ -140,7 +140,34 @@ CatalogueWriter::CatalogueWriter(const std::string& file)
       updateAlbum(
           database,
           "UPDATE albums SET available = 1, year = ?2, type = ?3, cover = ?4 WHERE id = ?1"),
-      loseAlbum(database, "UPDATE albums SET available = 0 WHERE id = ?1") {}
+      loseAlbum(database, "UPDATE albums SET available = 0 WHERE id = ?1"),
+      listTouchedArtists(database, "SELECT artist_id FROM track_artists WHERE track_id = ?1"),
+      artistOfAlbum(database, "SELECT artist_id FROM albums WHERE id = ?1"),
+      findAvailability(
+          database,
+          "SELECT available, EXISTS(SELECT 1 FROM albums WHERE artist_id = ?1 AND available) OR"
+          " EXISTS(SELECT 1 FROM track_artists ta JOIN tracks t ON t.id = ta.track_id"
+          " WHERE ta.artist_id = ?1 AND t.present) FROM artists WHERE id = ?1"),
+      updateArtist(database, "UPDATE artists SET available = ?2 WHERE id = ?1"),
+      indexTrack(database,
+                 "INSERT INTO track_index(rowid, title, artist, album, year)"
+                 " SELECT id, title, artist, album, year FROM track_texts WHERE id = ?1"),
+      unindexTrack(
+          database,
+          "INSERT INTO track_index(track_index, rowid, title, artist, album, year)"
+          " SELECT 'delete', id, title, artist, album, year FROM track_texts WHERE id = ?1"),
+      indexAlbum(database,
+                 "INSERT INTO album_index(rowid, name, artist, year)"
+                 " SELECT id, name, artist, year FROM album_texts WHERE id = ?1"),
+      unindexAlbum(database,
+                   "INSERT INTO album_index(album_index, rowid, name, artist, year)"
+                   " SELECT 'delete', id, name, artist, year FROM album_texts WHERE id = ?1"),
+      indexArtist(database,
+                  "INSERT INTO artist_index(rowid, name)"
+                  " SELECT id, name FROM artist_texts WHERE id = ?1"),
+      unindexArtist(database,
+                    "INSERT INTO artist_index(artist_index, rowid, name)"
+                    " SELECT 'delete', id, name FROM artist_texts WHERE id = ?1") {}
 
 KnownFolder CatalogueWriter::folder(const std::string& path) {
     KnownFolder folder;
@@ -178,6 +205,8 @@ std::int64_t CatalogueWriter::presentTracks() {
 void CatalogueWriter::apply(const ScanBatch& batch) {
     touchedKeys.clear();
     touchedAlbums.clear();
+    touchedArtists.clear();
+    unindexedTracks.clear();
     Transaction transaction(database);
     for (const std::string& path : batch.foldersFound) {
         updateFolder.execute(folderId(path), true);
@@ -205,6 +234,12 @@ void CatalogueWriter::apply(const ScanBatch& batch) {
     }
     for (const std::int64_t album : touchedAlbums) {
         summarise(album);
+    }
+    for (const std::int64_t artist : touchedArtists) {
+        summariseArtist(artist);
+    }
+    for (const std::int64_t track : unindexedTracks) {
+        indexTrack.execute(track);
     }
     transaction.commit();
 }
@@ -237,6 +272,7 @@ void CatalogueWriter::store(const ScannedFile& file) {
     const std::string albumArtist = albumArtistOf(tags);
     const std::int64_t album = albumId(albumArtist, tags.album.empty() ? unknownAlbum : tags.album);
     if (Cursor before = findFile.run(folder, file.name); before.next()) {
+        unindex(before.integer(0));
         touch(before.integer(0));
     }
     std::int64_t track = 0;
@@ -250,7 +286,7 @@ void CatalogueWriter::store(const ScannedFile& file) {
             track = row.integer(0);
         }
     }
-    touch(track);
+    unindexedTracks.insert(track);
     deleteArtists.execute(track);
     std::int64_t position = 0;
     for (const std::string& artist : tags.artists) {
@@ -259,6 +295,7 @@ void CatalogueWriter::store(const ScannedFile& file) {
     if (tags.artists.empty()) {
         insertTrackArtist.execute(track, 0, artistId(albumArtist));
     }
+    touch(track);
     deleteSkipped.execute(folder, file.name);
 }
 
@@ -275,6 +312,7 @@ void CatalogueWriter::skip(const ScannedFile& file) {
 }
 
 void CatalogueWriter::setPresent(std::int64_t track, bool present) {
+    unindex(track);
     touch(track);
     updatePresent.execute(track, present);
 }
@@ -305,6 +343,15 @@ void CatalogueWriter::touch(std::int64_t track) {
     if (Cursor row = findTouched.run(track); row.next()) {
         touchedKeys.insert(row.id(0).value_or(Id()));
         touchedAlbums.insert(row.integer(1));
+    }
+    for (Cursor row = listTouchedArtists.run(track); row.next();) {
+        touchedArtists.insert(row.integer(0));
+    }
+}
+
+void CatalogueWriter::unindex(std::int64_t track) {
+    if (unindexedTracks.insert(track).second) {
+        unindexTrack.execute(track);
     }
 }
 
@@ -343,6 +390,34 @@ void CatalogueWriter::giveLinks(const Id& key) {
 }
 
 void CatalogueWriter::summarise(std::int64_t album) {
+    unindexAlbum.execute(album);
+    updateSummary(album);
+    indexAlbum.execute(album);
+    if (Cursor row = artistOfAlbum.run(album); row.next()) {
+        touchedArtists.insert(row.integer(0));
+    }
+}
+
+void CatalogueWriter::summariseArtist(std::int64_t artist) {
+    bool before = false;
+    bool available = false;
+    if (Cursor row = findAvailability.run(artist); row.next()) {
+        before = row.integer(0) != 0;
+        available = row.integer(1) != 0;
+    }
+    if (before == available) {
+        return;
+    }
+    if (before) {
+        unindexArtist.execute(artist);
+    }
+    updateArtist.execute(artist, available);
+    if (available) {
+        indexArtist.execute(artist);
+    }
+}
+
+void CatalogueWriter::updateSummary(std::int64_t album) {
     Cursor sum = sumAlbum.run(album);
     if (!sum.next() || sum.integer(0) == 0) {
         loseAlbum.execute(album);

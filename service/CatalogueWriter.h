@@ -95,8 +95,12 @@ private:
 
     // Notes that a track is about to change or has changed.
     void touch(std::int64_t track);
+    // To be called before what is known of a track's words changes.
+    void unindex(std::int64_t track);
     void giveLinks(const Id& key);
     void summarise(std::int64_t album);
+    void updateSummary(std::int64_t album);
+    void summariseArtist(std::int64_t artist);
 
     Database database;
     struct Migration {
@@ -132,9 +136,21 @@ private:
     Statement findCover;
     Statement updateAlbum;
     Statement loseAlbum;
+    Statement listTouchedArtists;
+    Statement artistOfAlbum;
+    Statement findAvailability;
+    Statement updateArtist;
+    Statement indexTrack;
+    Statement unindexTrack;
+    Statement indexAlbum;
+    Statement unindexAlbum;
+    Statement indexArtist;
+    Statement unindexArtist;
 
     std::set<Id> touchedKeys;
     std::set<std::int64_t> touchedAlbums;
+    std::set<std::int64_t> touchedArtists;
+    std::set<std::int64_t> unindexedTracks;
 };
 
 }  // namespace sonolet::service

@@ -144,6 +144,10 @@ std::int64_t Cursor::integer(int column) const {
     return sqlite3_column_int64(statement->statement, column);
 }
 
+double Cursor::real(int column) const {
+    return sqlite3_column_double(statement->statement, column);
+}
+
 std::string Cursor::text(int column) const {
     const void* bytes = sqlite3_column_blob(statement->statement, column);
     const int size = sqlite3_column_bytes(statement->statement, column);
@@ -222,6 +226,15 @@ Transaction::~Transaction() {
 void Transaction::commit() {
     database.execute("COMMIT");
     open = false;
+}
+
+Snapshot::Snapshot(Database& readDatabase) : database(readDatabase) {
+    database.execute("BEGIN");
+}
+
+Snapshot::~Snapshot() {
+    // Nothing was written, so nothing can be lost.
+    sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
 }  // namespace sonolet::service

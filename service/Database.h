@@ -85,6 +85,7 @@ public:
 
     bool next();
     std::int64_t integer(int column) const;
+    double real(int column) const;
     std::string text(int column) const;  // bytes of a text or a blob, empty for NULL
     std::optional<Id> id(int column) const;
     bool isNull(int column) const;
@@ -157,6 +158,19 @@ public:
 private:
     Database& database;
     bool open = true;
+};
+
+// Shows all statements of a connection one state of the database while this lives.
+class Snapshot final {
+public:
+    explicit Snapshot(Database& readDatabase);
+    ~Snapshot();
+
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+
+private:
+    Database& database;
 };
 
 }  // namespace sonolet::service

@@ -150,6 +150,8 @@ void Session::close() {
     scanner.reset();
     worker.reset();
     events.close();
+    queryStore.reset();
+    cancelQueries();
     account.reset();
     userHandle = {};
     friends.clear();
@@ -286,6 +288,7 @@ void Session::finishLogin(const Account& found, const std::string& blob) {
         stopPlaying();
         account.reset();
         userHandle = {};
+        tellQueries(cancelQueries());
         raise(&sp_session_callbacks::logged_out);
         if (closed) {
             return;
@@ -313,7 +316,10 @@ sp_error Session::logout() {
     account.reset();
     userHandle = {};
     friends.clear();
-    events.post([this] { raise(&sp_session_callbacks::logged_out); });
+    events.post([this, cancelled = cancelQueries()] {
+        tellQueries(cancelled);
+        raise(&sp_session_callbacks::logged_out);
+    });
     return SP_ERROR_OK;
 }
 
@@ -358,6 +364,13 @@ sp_user* Session::friendAt(int index) const {
 }
 
 int Session::country() const {
+    if (account && account->country.size() == 2) {
+        return account->country[0] << 8 | account->country[1];
+    }
+    return homeCountry();
+}
+
+int Session::homeCountry() {
     // As the C library reads it: the first of these that is set decides.
     for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
         const char* locale = g_getenv(name);
@@ -468,6 +481,69 @@ sp_error Session::setStarred(const std::vector<Id>& tracks, bool star) {
     accounts().setStarred(account->id, tracks, star);
     events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
     return SP_ERROR_OK;
+}
+
+// ---- Queries ----
+
+void Session::ask(Ref<Query> query) {
+    const unsigned number = ++lastQuery;
+    queries.emplace(number, query);
+    worker->post([this, number, query = std::move(query)] { findAnswer(number, *query.get()); });
+}
+
+// On the worker.
+void Session::findAnswer(unsigned number, Query& query) {
+    if (number <= cancelledQueries) {
+        return;
+    }
+    sp_error error = SP_ERROR_OTHER_PERMANENT;
+    try {
+        if (queryStore == nullptr) {
+            queryStore =
+                std::make_unique<QueryStore>(paths.catalogueFile(music), paths.accountsFile());
+        }
+        error = query.find(*queryStore);
+    } catch (const std::exception& failure) {
+        log(std::string("A query failed: ") + failure.what());
+        queryStore.reset();
+    }
+    events.post([this, number, error] { finishQuery(number, error); });
+}
+
+void Session::finishQuery(unsigned number, sp_error error) {
+    const auto found = queries.find(number);
+    if (found == queries.end()) {
+        return;
+    }
+    const Ref<Query> query = found->second;
+    queries.erase(found);
+    try {
+        // The worker may have seen a younger catalogue than the handles have.
+        lookForChanges();
+    } catch (const std::exception& failure) {
+        log(failure.what());
+    }
+    query->finish(error, *shelves);
+    query->notify();
+}
+
+std::vector<Ref<Query>> Session::cancelQueries() {
+    cancelledQueries = lastQuery;
+    std::vector<Ref<Query>> cancelled;
+    for (const auto& [number, query] : std::exchange(queries, {})) {
+        query->finish(SP_ERROR_OTHER_TRANSIENT, *shelves);
+        cancelled.push_back(query);
+    }
+    return cancelled;
+}
+
+void Session::tellQueries(const std::vector<Ref<Query>>& cancelled) const {
+    for (const Ref<Query>& query : cancelled) {
+        // The one before may have released the session.
+        if (!closed) {
+            query->notify();
+        }
+    }
 }
 
 }  // namespace sonolet::service

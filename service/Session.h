@@ -3,6 +3,7 @@
 
 #include "EventQueue.h"
 #include "Library.h"
+#include "Query.h"
 #include "Scanner.h"
 #include "StatePaths.h"
 #include "Track.h"
@@ -11,8 +12,10 @@
 
 #include "libspotify/api.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -68,7 +71,9 @@ public:
     sp_user* user() const { return userHandle.get(); }
     int friendCount() const;
     sp_user* friendAt(int index) const;
+    // Of the user, else where this machine is.
     int country() const;
+    static int homeCountry();
     sp_error setCacheSize(std::size_t megabytes) const;
 
     sp_error load(Track& track);
@@ -79,6 +84,10 @@ public:
 
     bool isStarred(const Track& track);
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
+
+    // Has the worker look for the answer. The query is told once, by processEvents(): with the
+    // answer, or with an error when the user logs out before. A closed session tells nobody.
+    void ask(Ref<Query> query);
 
 protected:
     ~Session();
@@ -97,6 +106,11 @@ private:
     void checkCredentials(Check check, bool remember, bool issueBlob);
     void finishLogin(const Account& found, const std::string& blob);
     void failLogin(sp_error error);
+    void findAnswer(unsigned number, Query& query);
+    void finishQuery(unsigned number, sp_error error);
+    // The queries under way, finished with an error; who asked is yet to be told.
+    std::vector<Ref<Query>> cancelQueries();
+    void tellQueries(const std::vector<Ref<Query>>& cancelled) const;
     void lookForChanges();
     // True when there are others than before.
     bool refreshFriends();
@@ -120,12 +134,17 @@ private:
     std::optional<Account> account;  // who is logged in
     Ref<sp_user> userHandle;
     std::vector<Ref<sp_user>> friends;
-    unsigned loginAttempt = 0;  // an outcome of an earlier attempt is dropped
+    unsigned loginAttempt = 0;               // an outcome of an earlier attempt is dropped
+    std::map<unsigned, Ref<Query>> queries;  // under way, by number
+    unsigned lastQuery = 0;
     bool loginPending = false;
     bool dispatching = false;
     bool closed = false;
     bool playing = false;
     int loadedDurationMs = 0;
+
+    std::atomic<unsigned> cancelledQueries{0};  // up to this number nobody waits for an answer
+    std::unique_ptr<QueryStore> queryStore;     // the worker's
 
     // The track whose end the player may report; set once load() has returned.
     std::mutex loadedMutex;

@@ -80,6 +80,27 @@ sp_error release(Object* object) noexcept {
     return SP_ERROR_OK;
 }
 
+// A reference of the callee's own to a handle that the caller holds.
+template <typename Object>
+Ref<Object> shared(Object* object) noexcept {
+    object->addRef();
+    return Ref<Object>::adopt(object);
+}
+
+// The query that `make` makes, under way, with a reference for the caller; NULL without a session.
+template <typename Object, typename Make>
+Object* askSession(const sp_session* handle, Make make) noexcept {
+    return guardedOr<Object*>(nullptr, [&]() -> Object* {
+        const std::shared_ptr<Session> session = sessionOf(handle);
+        if (session == nullptr) {
+            return nullptr;
+        }
+        Ref<Object> query = Ref<Object>::adopt(make());
+        session->ask(Ref<Query>::adopt(shared(query.get()).detach()));
+        return query.detach();
+    });
+}
+
 // Copies as much of the text as fits, with its terminator, and answers the text's length.
 int copyText(const std::string& text, char* buffer, std::size_t size) noexcept;
 

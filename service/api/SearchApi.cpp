@@ -1,62 +1,78 @@
-#include "libspotify/api.h"
+#include "Api.h"
+#include "Search.h"
 
-// Searches are not served: none begins, so every handle is NULL.
+using namespace sonolet::service;
 
-sp_search* sp_search_create(sp_session*,
-                            const char*,
+// NOLINTBEGIN(readability-identifier-naming): as declared
+sp_search* sp_search_create(sp_session* session,
+                            const char* query,
+                            int track_offset,
+                            int track_count,
+                            int album_offset,
+                            int album_count,
+                            int artist_offset,
+                            int artist_count,
                             int,
                             int,
-                            int,
-                            int,
-                            int,
-                            int,
-                            int,
-                            int,
-                            sp_search_type,
-                            search_complete_cb*,
-                            void*) {
-    return nullptr;
+                            sp_search_type search_type,
+                            search_complete_cb* callback,
+                            void* userdata) {
+    // NOLINTEND(readability-identifier-naming)
+    if (query == nullptr) {
+        return nullptr;
+    }
+    return askSession<sp_search>(session, [&] {
+        SearchRequest request;
+        request.text = query;
+        request.suggest = search_type == SP_SEARCH_SUGGEST;
+        request.tracks = {track_offset, track_count};
+        request.albums = {album_offset, album_count};
+        request.artists = {artist_offset, artist_count};
+        return new sp_search(std::move(request), callback, userdata);
+    });
 }
 
-bool sp_search_is_loaded(sp_search*) {
-    return false;
+bool sp_search_is_loaded(sp_search* search) {
+    return ask(search, false, [](Search& asked) { return asked.isLoaded(); });
 }
 
-sp_error sp_search_error(sp_search*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_search_error(sp_search* search) {
+    return ask(search, SP_ERROR_INVALID_INDATA, [](Search& asked) { return asked.error(); });
 }
 
-const char* sp_search_query(sp_search*) {
-    return nullptr;
+const char* sp_search_query(sp_search* search) {
+    return ask(search, "", [](Search& asked) { return asked.query().c_str(); });
 }
 
-const char* sp_search_did_you_mean(sp_search*) {
-    return nullptr;
+const char* sp_search_did_you_mean(sp_search* search) {
+    return ask(search, "", [](Search& asked) { return asked.didYouMean().c_str(); });
 }
 
-int sp_search_num_tracks(sp_search*) {
-    return 0;
+int sp_search_num_tracks(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.trackCount(); });
 }
 
-sp_track* sp_search_track(sp_search*, int) {
-    return nullptr;
+sp_track* sp_search_track(sp_search* search, int index) {
+    return ask<sp_track*>(search, nullptr, [&](Search& asked) { return asked.track(index); });
 }
 
-int sp_search_num_albums(sp_search*) {
-    return 0;
+int sp_search_num_albums(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.albumCount(); });
 }
 
-sp_album* sp_search_album(sp_search*, int) {
-    return nullptr;
+sp_album* sp_search_album(sp_search* search, int index) {
+    return ask<sp_album*>(search, nullptr, [&](Search& asked) { return asked.album(index); });
 }
 
-int sp_search_num_artists(sp_search*) {
-    return 0;
+int sp_search_num_artists(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.artistCount(); });
 }
 
-sp_artist* sp_search_artist(sp_search*, int) {
-    return nullptr;
+sp_artist* sp_search_artist(sp_search* search, int index) {
+    return ask<sp_artist*>(search, nullptr, [&](Search& asked) { return asked.artist(index); });
 }
+
+// Playlists are not searched: none is ever found.
 
 int sp_search_num_playlists(sp_search*) {
     return 0;
@@ -78,26 +94,26 @@ const char* sp_search_playlist_image_uri(sp_search*, int) {
     return nullptr;
 }
 
-int sp_search_total_tracks(sp_search*) {
-    return 0;
+int sp_search_total_tracks(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.totalTracks(); });
 }
 
-int sp_search_total_albums(sp_search*) {
-    return 0;
+int sp_search_total_albums(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.totalAlbums(); });
 }
 
-int sp_search_total_artists(sp_search*) {
-    return 0;
+int sp_search_total_artists(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.totalArtists(); });
 }
 
 int sp_search_total_playlists(sp_search*) {
     return 0;
 }
 
-sp_error sp_search_add_ref(sp_search*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_search_add_ref(sp_search* search) {
+    return addRef(search);
 }
 
-sp_error sp_search_release(sp_search*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_search_release(sp_search* search) {
+    return release(search);
 }

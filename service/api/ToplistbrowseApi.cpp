@@ -1,48 +1,70 @@
-#include "libspotify/api.h"
+#include "Api.h"
+#include "Toplistbrowse.h"
+#include "User.h"
 
-// Top lists are not kept: no request begins, so every handle is NULL.
+#include <string>
+#include <utility>
 
-sp_toplistbrowse* sp_toplistbrowse_create(
-    sp_session*, sp_toplisttype, sp_toplistregion, const char*, toplistbrowse_complete_cb*, void*) {
-    return nullptr;
+using namespace sonolet::service;
+
+sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session,
+                                          sp_toplisttype type,
+                                          sp_toplistregion region,
+                                          const char* username,
+                                          toplistbrowse_complete_cb* callback,
+                                          void* userdata) {
+    return askSession<sp_toplistbrowse>(session, [&] {
+        std::string user = username == nullptr ? "" : username;
+        if (sp_user* current = sessionOf(session)->user(); user.empty() && current != nullptr) {
+            user = current->canonicalName();
+        }
+        const int home = Session::homeCountry();
+        return new sp_toplistbrowse(
+            type, region, std::move(user),
+            std::string{static_cast<char>(home >> 8), static_cast<char>(home & 0xff)}, callback,
+            userdata);
+    });
 }
 
-bool sp_toplistbrowse_is_loaded(sp_toplistbrowse*) {
-    return false;
+bool sp_toplistbrowse_is_loaded(sp_toplistbrowse* browse) {
+    return ask(browse, false, [](Toplistbrowse& asked) { return asked.isLoaded(); });
 }
 
-sp_error sp_toplistbrowse_error(sp_toplistbrowse*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_toplistbrowse_error(sp_toplistbrowse* browse) {
+    return ask(browse, SP_ERROR_INVALID_INDATA, [](Toplistbrowse& asked) { return asked.error(); });
 }
 
-int sp_toplistbrowse_num_artists(sp_toplistbrowse*) {
-    return 0;
+int sp_toplistbrowse_num_artists(sp_toplistbrowse* browse) {
+    return ask(browse, 0, [](Toplistbrowse& asked) { return asked.artistCount(); });
 }
 
-sp_artist* sp_toplistbrowse_artist(sp_toplistbrowse*, int) {
-    return nullptr;
+sp_artist* sp_toplistbrowse_artist(sp_toplistbrowse* browse, int index) {
+    return ask<sp_artist*>(browse, nullptr,
+                           [&](Toplistbrowse& asked) { return asked.artist(index); });
 }
 
-int sp_toplistbrowse_num_albums(sp_toplistbrowse*) {
-    return 0;
+int sp_toplistbrowse_num_albums(sp_toplistbrowse* browse) {
+    return ask(browse, 0, [](Toplistbrowse& asked) { return asked.albumCount(); });
 }
 
-sp_album* sp_toplistbrowse_album(sp_toplistbrowse*, int) {
-    return nullptr;
+sp_album* sp_toplistbrowse_album(sp_toplistbrowse* browse, int index) {
+    return ask<sp_album*>(browse, nullptr,
+                          [&](Toplistbrowse& asked) { return asked.album(index); });
 }
 
-int sp_toplistbrowse_num_tracks(sp_toplistbrowse*) {
-    return 0;
+int sp_toplistbrowse_num_tracks(sp_toplistbrowse* browse) {
+    return ask(browse, 0, [](Toplistbrowse& asked) { return asked.trackCount(); });
 }
 
-sp_track* sp_toplistbrowse_track(sp_toplistbrowse*, int) {
-    return nullptr;
+sp_track* sp_toplistbrowse_track(sp_toplistbrowse* browse, int index) {
+    return ask<sp_track*>(browse, nullptr,
+                          [&](Toplistbrowse& asked) { return asked.track(index); });
 }
 
-sp_error sp_toplistbrowse_add_ref(sp_toplistbrowse*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_toplistbrowse_add_ref(sp_toplistbrowse* browse) {
+    return addRef(browse);
 }
 
-sp_error sp_toplistbrowse_release(sp_toplistbrowse*) {
-    return SP_ERROR_INVALID_INDATA;
+sp_error sp_toplistbrowse_release(sp_toplistbrowse* browse) {
+    return release(browse);
 }

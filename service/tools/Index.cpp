@@ -1,26 +1,32 @@
 // sonolet-index: brings the catalogue of a folder of music up to date and prints its tracks with
-// their links, one a line, tabulators between: link, artist, album, title, file.
+// their links, one a line, tabulators between: link, artist, album, title, file. Or searches it.
 
+#include "Accounts.h"
 #include "Catalogue.h"
+#include "QueryStore.h"
 #include "Scanner.h"
 #include "StatePaths.h"
 
+#include <climits>
 #include <future>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace {
 
 using namespace sonolet::service;
 
 constexpr char usage[] =
-    "Usage: sonolet-index\n"
+    "Usage: sonolet-index                  print every track\n"
+    "       sonolet-index --search QUERY   print the tracks that a search finds, best first\n"
     "\n"
-    "Scans the folder of music and prints every track: link, artist, album, title, file.\n"
+    "Scans the folder of music before. A line is link, artist, album, title, file.\n"
+    "A query is words, \"phrases\" and artist:, album:, title:, year:1990, year:1990-1999.\n"
     "SONOLET_MUSIC names the folder, SONOLET_STATE the place of the catalogue.\n";
 
-void print(Catalogue& catalogue) {
-    for (const Id& id : catalogue.tracks()) {
+void print(Catalogue& catalogue, const std::vector<Id>& ids) {
+    for (const Id& id : ids) {
         const auto track = catalogue.track(id);
         if (!track) {
             continue;
@@ -34,11 +40,25 @@ void print(Catalogue& catalogue) {
     }
 }
 
+void search(Catalogue& catalogue, const StatePaths& paths, const std::string& query) {
+    constexpr int everything = INT_MAX;
+    const Accounts accounts(paths.accountsFile());
+    QueryStore store(paths.catalogueFile(musicFolder()), paths.accountsFile());
+    const SearchAnswer answer = store.index.search({query, false, {0, everything}, {0, 0}, {0, 0}});
+    print(catalogue, answer.tracks.ids);
+    std::cerr << answer.tracks.total << " tracks, " << answer.albums.total << " albums, "
+              << answer.artists.total << " artists\n";
+    if (!answer.didYouMean.empty()) {
+        std::cerr << "Did you mean: " << answer.didYouMean << '\n';
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1) {
-        const bool help = std::string(argv[1]) == "--help";
+    const std::string option = argc > 1 ? argv[1] : "";
+    if (argc > 1 && (option != "--search" || argc != 3)) {
+        const bool help = option == "--help";
         (help ? std::cout : std::cerr) << usage;
         return help ? 0 : 2;
     }
@@ -54,7 +74,11 @@ int main(int argc, char** argv) {
             const Scanner scanner(musicFolder(), file, events);
             finished.get_future().wait();
         }
-        print(catalogue);
+        if (argc > 1) {
+            search(catalogue, paths, argv[2]);
+        } else {
+            print(catalogue, catalogue.tracks());
+        }
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "sonolet-index: " << error.what() << '\n';

@@ -1,0 +1,194 @@
+#include "SearchIndex.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace sonolet::service {
+
+namespace {
+
+// Weighing takes some microseconds a row, counting some hundredths of one.
+constexpr int rowsWeighed = 2000;
+constexpr int rowsPreferred = 1000;
+constexpr int rowsSuggested = 500;
+constexpr int suggestions = 10;
+constexpr std::size_t meaningsTried = 8;
+
+Page shortened(const Page& page, bool suggest) {
+    return suggest ? Page{page.offset, std::min(page.count, suggestions)} : page;
+}
+
+}  // namespace
+
+SearchIndex::SearchIndex(Database& searched)
+    : database(searched), tokenizer(searched),
+      tracks{{database, "SELECT COUNT(*) FROM track_index WHERE track_index MATCH ?1"},
+             {database, "SELECT rowid, bm25(track_index, 10, 5, 2, 0) FROM track_index"
+                        " WHERE track_index MATCH ?1 LIMIT ?2"},
+             {database, "SELECT rowid FROM track_index WHERE track_index MATCH ?1"},
+             {database, "SELECT link FROM tracks WHERE id = ?1"}},
+      albums{{database, "SELECT COUNT(*) FROM album_index WHERE album_index MATCH ?1"},
+             {database, "SELECT rowid, bm25(album_index, 10, 5, 0) FROM album_index"
+                        " WHERE album_index MATCH ?1 LIMIT ?2"},
+             {database, "SELECT rowid FROM album_index WHERE album_index MATCH ?1"},
+             {database, "SELECT link FROM albums WHERE id = ?1"}},
+      artists{{database, "SELECT COUNT(*) FROM artist_index WHERE artist_index MATCH ?1"},
+              {database, "SELECT rowid, bm25(artist_index) FROM artist_index"
+                         " WHERE artist_index MATCH ?1 LIMIT ?2"},
+              {database, "SELECT rowid FROM artist_index WHERE artist_index MATCH ?1"},
+              {database, "SELECT link FROM artists WHERE id = ?1"}},
+      accountsVersion(database, "PRAGMA accounts.data_version"),
+      listPopular(database,
+                  "SELECT t.id, SUM(f.score) FROM temp.favours f JOIN tracks t ON t.link = f.track"
+                  " GROUP BY t.id"),
+      vocabulary(database) {}
+
+SearchAnswer SearchIndex::search(const SearchRequest& request) {
+    const SearchText asked(request.text, tokenizer, request.suggest);
+    const Snapshot snapshot(database);
+    refreshPopularity();
+    const int weighed = request.suggest ? rowsSuggested : rowsWeighed;
+    SearchAnswer answer;
+    answer.tracks = find(tracks, asked.trackExpression(), asked.titleStartExpression(),
+                         shortened(request.tracks, request.suggest), weighed);
+    answer.albums = find(albums, asked.albumExpression(), "",
+                         shortened(request.albums, request.suggest), weighed);
+    answer.artists = find(artists, asked.artistExpression(), "",
+                          shortened(request.artists, request.suggest), weighed);
+    const bool found =
+        answer.tracks.total > 0 || answer.albums.total > 0 || answer.artists.total > 0;
+    if (!found && !request.suggest) {
+        answer.didYouMean = suggestion(request, asked);
+    }
+    return answer;
+}
+
+int SearchIndex::count(Index& index, const std::string& expression) {
+    if (expression.empty()) {
+        return 0;
+    }
+    Cursor row = index.count.run(expression);
+    return row.next() ? static_cast<int>(row.integer(0)) : 0;
+}
+
+FoundPage SearchIndex::find(Index& index,
+                            const std::string& expression,
+                            const std::string& preferred,
+                            const Page& page,
+                            int weighed) {
+    FoundPage found;
+    found.total = count(index, expression);
+    if (page.count <= 0 || page.offset >= found.total) {
+        return found;
+    }
+    std::vector<Hit> hits;
+    std::unordered_set<std::int64_t> seen;
+    // What is weighed by one expression comes before what is weighed by the next.
+    const auto weigh = [&](const std::string& by, int limit) {
+        const auto first = static_cast<std::ptrdiff_t>(hits.size());
+        for (Cursor row = index.rank.run(by, limit); row.next();) {
+            if (seen.insert(row.integer(0)).second) {
+                hits.push_back({row.integer(0), row.real(1), popularityOf(index, row.integer(0))});
+            }
+        }
+        std::sort(hits.begin() + first, hits.end(), [](const Hit& left, const Hit& right) {
+            if (left.score != right.score) {
+                return left.score < right.score;
+            }
+            return left.popularity != right.popularity ? left.popularity > right.popularity
+                                                       : left.row < right.row;
+        });
+    };
+    if (found.total > weighed && !preferred.empty()) {
+        weigh(preferred, std::min(weighed, rowsPreferred));
+    }
+    weigh(expression, weighed);
+
+    const auto wanted = static_cast<std::size_t>(
+        std::min<std::int64_t>(std::int64_t{page.offset} + page.count, found.total));
+    if (hits.size() < wanted) {
+        for (Cursor row = index.list.run(expression); hits.size() < wanted && row.next();) {
+            if (seen.count(row.integer(0)) == 0) {
+                hits.push_back({row.integer(0), 0, 0});
+            }
+        }
+    }
+    for (auto place = static_cast<std::size_t>(page.offset); place < std::min(wanted, hits.size());
+         ++place) {
+        Cursor row = index.link.run(hits[place].row);
+        found.ids.push_back(row.next() ? row.id(0).value_or(Id()) : Id());
+    }
+    return found;
+}
+
+std::int64_t SearchIndex::popularityOf(const Index& index, std::int64_t row) const {
+    const auto known = &index == &tracks ? popularity.find(row) : popularity.end();
+    return known == popularity.end() ? 0 : known->second;
+}
+
+void SearchIndex::refreshPopularity() {
+    std::int64_t versions[2] = {database.dataVersion(), 0};
+    if (Cursor row = accountsVersion.run(); row.next()) {
+        versions[1] = row.integer(0);
+    }
+    if (std::equal(std::begin(versions), std::end(versions), std::begin(popularityVersions))) {
+        return;
+    }
+    popularity.clear();
+    for (Cursor row = listPopular.run(); row.next();) {
+        popularity[row.integer(0)] = row.integer(1);
+    }
+    std::copy(std::begin(versions), std::end(versions), std::begin(popularityVersions));
+}
+
+std::string SearchIndex::suggestion(const SearchRequest& request, const SearchText& asked) {
+    const std::vector<SearchText::Word>& words = asked.words();
+    vocabulary.refresh(database.dataVersion());
+    const auto replaced = [](const std::string& text, const Token& token, const std::string& word) {
+        return text.substr(0, token.begin) + word + text.substr(token.end);
+    };
+    // From the end, so that the places before stay where they are.
+    std::string mended = request.text;
+    bool allMended = true;
+    bool anyUnknown = false;
+    for (auto word = words.rbegin(); word != words.rend(); ++word) {
+        if (word->prefix ? vocabulary.hasPrefix(word->token.word)
+                         : vocabulary.has(word->token.word)) {
+            continue;
+        }
+        anyUnknown = true;
+        const std::vector<std::string> near = vocabulary.nearest(word->token.word, 1);
+        if (near.empty()) {
+            allMended = false;
+            break;
+        }
+        mended = replaced(mended, word->token, near.front());
+    }
+    if (anyUnknown) {
+        return allMended && findsAnything(mended) ? mended : std::string();
+    }
+    // Every word is one, but not beside the others: one of them may be another.
+    std::size_t tried = 0;
+    for (const SearchText::Word& word : words) {
+        for (const std::string& near : vocabulary.nearest(word.token.word, 3)) {
+            if (tried++ == meaningsTried) {
+                return {};
+            }
+            mended = replaced(request.text, word.token, near);
+            if (findsAnything(mended)) {
+                return mended;
+            }
+        }
+    }
+    return {};
+}
+
+bool SearchIndex::findsAnything(const std::string& text) {
+    const SearchText meant(text, tokenizer, false);
+    return count(tracks, meant.trackExpression()) > 0 ||
+           count(albums, meant.albumExpression()) > 0 ||
+           count(artists, meant.artistExpression()) > 0;
+}
+
+}  // namespace sonolet::service

@@ -1,0 +1,95 @@
+#ifndef SONOLET_SERVICE_SEARCH_INDEX_H
+#define SONOLET_SERVICE_SEARCH_INDEX_H
+
+#include "SearchText.h"
+#include "Vocabulary.h"
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace sonolet::service {
+
+// Which part of what is found is wanted. Neither is negative.
+struct Page {
+    int offset = 0;
+    int count = 0;
+};
+
+struct SearchRequest {
+    std::string text;
+    bool suggest = false;  // while someone types: quick, and of everything the first few
+    Page tracks;
+    Page albums;
+    Page artists;
+};
+
+struct FoundPage {
+    std::vector<Id> ids;
+    int total = 0;  // on all pages
+};
+
+struct SearchAnswer {
+    FoundPage tracks;
+    FoundPage albums;
+    FoundPage artists;
+    // The query in words that the catalogue has; empty when something was found.
+    std::string didYouMean;
+};
+
+// Finds what the catalogue has by its words.
+//
+// The best answers come first: by BM25, where a word of a title counts more than one of an artist
+// and that more than one of an album; of equals the one that was played more. Of a query that so
+// much answers that no order means much only a part is weighed, titles that begin with the words
+// before others; the rest follows as it comes.
+//
+// `database` is the catalogue with the accounts attached. As for Database.
+class SearchIndex final {
+public:
+    explicit SearchIndex(Database& searched);
+
+    SearchAnswer search(const SearchRequest& request);
+
+private:
+    struct Index {
+        Statement count;
+        Statement rank;
+        Statement list;
+        Statement link;
+    };
+    struct Hit {
+        std::int64_t row;
+        double score;
+        std::int64_t popularity;
+    };
+
+    static int count(Index& index, const std::string& expression);
+    FoundPage find(Index& index,
+                   const std::string& expression,
+                   const std::string& preferred,
+                   const Page& page,
+                   int weighed);
+    std::int64_t popularityOf(const Index& index, std::int64_t row) const;
+    void refreshPopularity();
+    std::string suggestion(const SearchRequest& request, const SearchText& asked);
+    bool findsAnything(const std::string& text);
+
+    Database& database;
+    Tokenizer tokenizer;
+    Index tracks;
+    Index albums;
+    Index artists;
+    Statement accountsVersion;
+    Statement listPopular;
+    Vocabulary vocabulary;
+
+    // Plays and stars of tracks, by row.
+    std::unordered_map<std::int64_t, std::int64_t> popularity;
+    std::int64_t popularityVersions[2] = {-1, -1};
+};
+
+}  // namespace sonolet::service
+
+#endif

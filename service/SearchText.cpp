@@ -1,0 +1,235 @@
+#include "SearchText.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace sonolet::service {
+
+namespace {
+
+// Nobody means more; what follows changes nothing, as nothing has that many words.
+constexpr std::size_t mostWords = 64;
+constexpr int lastYear = 9999;
+
+bool isSpace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+char lower(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+bool startsWith(std::string_view text, std::string_view start) {
+    return text.size() >= start.size() &&
+           std::equal(start.begin(), start.end(), text.begin(),
+                      [](char left, char right) { return left == lower(right); });
+}
+
+// Up to four digits off the front.
+std::optional<int> takeYear(std::string_view& text) {
+    int year = 0;
+    std::size_t digits = 0;
+    while (digits < text.size() && digits < 4 && text[digits] >= '0' && text[digits] <= '9') {
+        year = year * 10 + (text[digits++] - '0');
+    }
+    text.remove_prefix(digits);
+    return digits == 0 ? std::nullopt : std::optional<int>(year);
+}
+
+// "1990", "1990-1999", "1990-" or "-1999".
+std::optional<std::pair<int, int>> parseYears(std::string_view text) {
+    const std::optional<int> from = takeYear(text);
+    if (text.empty()) {
+        return from ? std::optional(std::pair(*from, *from)) : std::nullopt;
+    }
+    if (text.front() != '-') {
+        return std::nullopt;
+    }
+    text.remove_prefix(1);
+    const std::optional<int> to = takeYear(text);
+    if (!text.empty() || (!from && !to)) {
+        return std::nullopt;
+    }
+    return std::pair(from.value_or(0), to.value_or(lastYear));
+}
+
+// The beginnings that the years of a span have in common: 1990-2001 is 199*, 2000 and 2001.
+void addYears(const std::string& start,
+              int first,
+              int size,
+              int from,
+              int to,
+              std::vector<std::string>& to_) {
+    const int last = first + size - 1;
+    if (last < from || first > to) {
+        return;
+    }
+    if ((from <= first && last <= to && !start.empty()) || size == 1) {
+        to_.push_back('"' + start + '"' + (size == 1 ? "" : "*"));
+        return;
+    }
+    for (int digit = 0; digit < 10; ++digit) {
+        addYears(start + static_cast<char>('0' + digit), first + digit * size / 10, size / 10, from,
+                 to, to_);
+    }
+}
+
+std::string quoted(const Token& token) {
+    // A word has no quotes: they part words.
+    return '"' + token.word + '"';
+}
+
+}  // namespace
+
+SearchText::SearchText(std::string_view text, const Tokenizer& tokenizer, bool prefixes) {
+    parse(text, tokenizer);
+    for (Term& term : terms) {
+        term.prefix = !term.quoted && (prefixes || &term == &terms.back());
+        for (const Token& token : term.tokens) {
+            wordList.push_back({token, term.prefix && &token == &term.tokens.back()});
+        }
+    }
+}
+
+void SearchText::parse(std::string_view text, const Tokenizer& tokenizer) {
+    static constexpr std::array<std::pair<std::string_view, Field>, 5> filters = {
+        {{"artist:", Field::artist},
+         {"album:", Field::album},
+         {"title:", Field::title},
+         {"track:", Field::title},
+         {"year:", Field::year}}};
+    std::size_t place = 0;
+    std::size_t wordCount = 0;
+    const auto skipSpaces = [&] {
+        while (place < text.size() && isSpace(text[place])) {
+            ++place;
+        }
+    };
+    for (skipSpaces(); place < text.size() && wordCount < mostWords; skipSpaces()) {
+        const std::size_t start = place;
+        Term term;
+        for (const auto& [name, field] : filters) {
+            if (startsWith(text.substr(place), name)) {
+                term.field = field;
+                place += name.size();
+                skipSpaces();
+                break;
+            }
+        }
+        std::size_t valueStart = place;
+        std::size_t valueEnd = place;
+        if (place < text.size() && text[place] == '"') {
+            term.quoted = true;
+            valueStart = place + 1;
+            valueEnd = std::min(text.find('"', valueStart), text.size());
+            place = std::min(valueEnd + 1, text.size());
+        } else {
+            while (place < text.size() && !isSpace(text[place]) && text[place] != '"') {
+                ++place;
+            }
+            valueEnd = place;
+        }
+        const std::string_view value = text.substr(valueStart, valueEnd - valueStart);
+        if (term.field == Field::year) {
+            if (const auto years = parseYears(value)) {
+                yearsAsked = true;
+                addYears("", 0, lastYear + 1, years->first, years->second, yearPrefixes);
+                continue;
+            }
+            // No year: words, with the one that looked like a filter.
+            term.field = Field::any;
+            term.quoted = false;
+            valueStart = start;
+        }
+        term.tokens =
+            tokenizer.split(text.substr(valueStart, valueEnd - valueStart), mostWords - wordCount);
+        for (Token& token : term.tokens) {
+            token.begin += valueStart;
+            token.end += valueStart;
+        }
+        wordCount += term.tokens.size();
+        if (!term.tokens.empty()) {
+            terms.push_back(std::move(term));
+        }
+    }
+}
+
+const char* SearchText::columnOf(Field field, const Columns& columns) {
+    switch (field) {
+    case Field::any:
+        return columns.any;
+    case Field::artist:
+        return columns.artist;
+    case Field::album:
+        return columns.album;
+    case Field::title:
+        return columns.title;
+    case Field::year:
+        return columns.year;
+    }
+    return nullptr;
+}
+
+std::string SearchText::expression(const Columns& columns) const {
+    std::string all;
+    for (const Term& term : terms) {
+        const char* column = columnOf(term.field, columns);
+        if (column == nullptr) {
+            return {};
+        }
+        std::string phrase;
+        for (const Token& token : term.tokens) {
+            phrase += (phrase.empty() ? "" : " + ") + quoted(token);
+        }
+        if (term.prefix) {
+            // A whole word is a better answer than one that only begins so: it counts twice.
+            phrase = '(' + phrase + " OR " + phrase + " *)";
+        }
+        all += (all.empty() ? "" : " AND ") + std::string(column) + " : " + phrase;
+    }
+    if (yearsAsked) {
+        if (columns.year == nullptr) {
+            return {};
+        }
+        std::string years;
+        for (const std::string& prefix : yearPrefixes) {
+            years += (years.empty() ? "" : " OR ") + prefix;
+        }
+        // A span that ends before it begins has no years.
+        if (years.empty()) {
+            return {};
+        }
+        all += (all.empty() ? "" : " AND ") + std::string(columns.year) + " : (" + years + ')';
+    }
+    return all;
+}
+
+std::string SearchText::trackExpression() const {
+    return expression({"{title artist album}", "artist", "album", "title", "year"});
+}
+
+std::string SearchText::titleStartExpression() const {
+    std::string phrase;
+    for (const Term& term : terms) {
+        if (term.field != Field::any || term.quoted) {
+            return {};
+        }
+        for (const Token& token : term.tokens) {
+            phrase += (phrase.empty() ? "title : ^ " : " + ") + quoted(token);
+        }
+    }
+    return phrase.empty() || yearsAsked ? std::string() : phrase + " *";
+}
+
+std::string SearchText::albumExpression() const {
+    return expression({"{name artist}", "artist", "name", nullptr, "year"});
+}
+
+std::string SearchText::artistExpression() const {
+    return expression({"name", "name", nullptr, nullptr, nullptr});
+}
+
+}  // namespace sonolet::service

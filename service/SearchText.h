@@ -1,0 +1,69 @@
+#ifndef SONOLET_SERVICE_SEARCH_TEXT_H
+#define SONOLET_SERVICE_SEARCH_TEXT_H
+
+#include "Tokenizer.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sonolet::service {
+
+// What a person asks for: words, "phrases in quotes", and filters: artist:, album:, title: (or
+// track:) before a word or a phrase, year:1990 and year:1990-1999. Whatever is none of that is
+// words, so that every text has a meaning.
+//
+// The expressions are made of the index's own words alone, never of the text itself; an empty one
+// finds nothing.
+class SearchText final {
+public:
+    // `prefixes`: every word may be the beginning of one, not the last alone.
+    SearchText(std::string_view text, const Tokenizer& tokenizer, bool prefixes);
+
+    std::string trackExpression() const;
+    // Of the tracks those whose titles begin with the words; empty when filters or phrases say
+    // more.
+    std::string titleStartExpression() const;
+    std::string albumExpression() const;
+    std::string artistExpression() const;
+
+    // The words outside of years, with their places in the text.
+    struct Word {
+        Token token;
+        bool prefix = false;
+    };
+    const std::vector<Word>& words() const { return wordList; }
+
+private:
+    enum class Field { any, artist, album, title, year };
+
+    // Words in sequence.
+    struct Term {
+        Field field = Field::any;
+        std::vector<Token> tokens;
+        bool prefix = false;
+        bool quoted = false;
+    };
+
+    // What the fields are called in one of the indexes; null: it has none such.
+    struct Columns {
+        const char* any;
+        const char* artist;
+        const char* album;
+        const char* title;
+        const char* year;
+    };
+
+    void parse(std::string_view text, const Tokenizer& tokenizer);
+    std::string expression(const Columns& columns) const;
+    static const char* columnOf(Field field, const Columns& columns);
+
+    std::vector<Term> terms;
+    std::vector<std::string> yearPrefixes;
+    bool yearsAsked = false;
+    std::vector<Word> wordList;
+};
+
+}  // namespace sonolet::service
+
+#endif
