@@ -25,7 +25,8 @@ struct CryptData {
 
 std::string hashWith(const Secret& password, const std::string& setting) {
     const CryptData work;
-    const char* hash = crypt_r(password.value().c_str(), setting.c_str(), work.data.get());
+    const char* hash =
+        crypt_rn(password.value().c_str(), setting.c_str(), work.data.get(), sizeof(crypt_data));
     // A failure gives a token that starts with '*', never a hash.
     return hash == nullptr || *hash == '*' ? std::string() : std::string(hash);
 }
