@@ -1,7 +1,12 @@
 #include "Factory.h"
 
 #include "Album.h"
+#include "Albumbrowse.h"
 #include "Artist.h"
+#include "Artistbrowse.h"
+#include "Search.h"
+#include "SpImage.h"
+#include "Toplistbrowse.h"
 #include "Track.h"
 #include "User.h"
 
@@ -52,11 +57,36 @@ orvo::shared_ptr<User> Factory::createUser(sp_user* handle) {
     return create(handle, users);
 }
 
+orvo::shared_ptr<Albumbrowse> Factory::createAlbumbrowse(sp_albumbrowse* handle) {
+    return create(handle, albumbrowses);
+}
+
+orvo::shared_ptr<Artistbrowse> Factory::createArtistbrowse(sp_artistbrowse* handle) {
+    return create(handle, artistbrowses);
+}
+
+orvo::shared_ptr<Search> Factory::createSearch(sp_search* handle) {
+    return create(handle, searches);
+}
+
+orvo::shared_ptr<Toplistbrowse> Factory::createToplistbrowse(sp_toplistbrowse* handle) {
+    return create(handle, toplistbrowses);
+}
+
+orvo::shared_ptr<SpImage> Factory::createSpImage(sp_image* handle) {
+    return create(handle, images);
+}
+
 void Factory::clearObjects() {
     clearAlbums();
     clearArtists();
     clearTracks();
     clearUsers();
+    clearAlbumbrowses();
+    clearArtistbrowses();
+    clearSearches();
+    clearToplistbrowses();
+    clearSpImages();
 }
 
 void Factory::clearAlbums() {
@@ -73,4 +103,24 @@ void Factory::clearTracks() {
 
 void Factory::clearUsers() {
     clear(users);
+}
+
+void Factory::clearAlbumbrowses() {
+    clear(albumbrowses);
+}
+
+void Factory::clearArtistbrowses() {
+    clear(artistbrowses);
+}
+
+void Factory::clearSearches() {
+    clear(searches);
+}
+
+void Factory::clearToplistbrowses() {
+    clear(toplistbrowses);
+}
+
+void Factory::clearSpImages() {
+    clear(images);
 }

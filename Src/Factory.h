@@ -9,7 +9,12 @@
 #include <list>
 
 class Album;
+class Albumbrowse;
 class Artist;
+class Artistbrowse;
+class Search;
+class SpImage;
+class Toplistbrowse;
 class Track;
 class User;
 
@@ -30,6 +35,11 @@ public:
     orvo::shared_ptr<Artist> createArtist(sp_artist* handle);
     orvo::shared_ptr<Track> createTrack(sp_track* handle);
     orvo::shared_ptr<User> createUser(sp_user* handle);
+    orvo::shared_ptr<Albumbrowse> createAlbumbrowse(sp_albumbrowse* handle);
+    orvo::shared_ptr<Artistbrowse> createArtistbrowse(sp_artistbrowse* handle);
+    orvo::shared_ptr<Search> createSearch(sp_search* handle);
+    orvo::shared_ptr<Toplistbrowse> createToplistbrowse(sp_toplistbrowse* handle);
+    orvo::shared_ptr<SpImage> createSpImage(sp_image* handle);
 
     // Every living wrapper loses its handle and its recorded script names.
     void clearObjects();
@@ -37,6 +47,11 @@ public:
     void clearArtists();
     void clearTracks();
     void clearUsers();
+    void clearAlbumbrowses();
+    void clearArtistbrowses();
+    void clearSearches();
+    void clearToplistbrowses();
+    void clearSpImages();
 
 private:
     template <class Wrapper>
@@ -57,6 +72,11 @@ private:
     Made<Artist> artists;
     Made<Track> tracks;
     Made<User> users;
+    Made<Albumbrowse> albumbrowses;
+    Made<Artistbrowse> artistbrowses;
+    Made<Search> searches;
+    Made<Toplistbrowse> toplistbrowses;
+    Made<SpImage> images;
 };
 
 #endif

@@ -29,6 +29,31 @@ struct HandleTraits<sp_user> {
     static constexpr auto addRef = &sp_user_add_ref;
     static constexpr auto release = &sp_user_release;
 };
+template <>
+struct HandleTraits<sp_search> {
+    static constexpr auto addRef = &sp_search_add_ref;
+    static constexpr auto release = &sp_search_release;
+};
+template <>
+struct HandleTraits<sp_albumbrowse> {
+    static constexpr auto addRef = &sp_albumbrowse_add_ref;
+    static constexpr auto release = &sp_albumbrowse_release;
+};
+template <>
+struct HandleTraits<sp_artistbrowse> {
+    static constexpr auto addRef = &sp_artistbrowse_add_ref;
+    static constexpr auto release = &sp_artistbrowse_release;
+};
+template <>
+struct HandleTraits<sp_toplistbrowse> {
+    static constexpr auto addRef = &sp_toplistbrowse_add_ref;
+    static constexpr auto release = &sp_toplistbrowse_release;
+};
+template <>
+struct HandleTraits<sp_image> {
+    static constexpr auto addRef = &sp_image_add_ref;
+    static constexpr auto release = &sp_image_release;
+};
 
 [[noreturn]] inline void throwNotRetrieved() {
     throw std::runtime_error("Failed to retrieve object from Spotify");
@@ -64,6 +89,8 @@ public:
     // The handle, borrowed. Throws when there is none: null is never passed to libspotify.
     Kind* get() const { return retrieved(handle); }
 
+    explicit operator bool() const noexcept { return handle != nullptr; }
+
     // Gives the reference back; nothing is left.
     void release() noexcept {
         if (handle) {
@@ -74,6 +101,20 @@ public:
 
 private:
     Kind* handle = nullptr;
+};
+
+// The reference that a create function of libspotify returned, given back at the end of the block.
+template <class Kind>
+class Created final {
+public:
+    explicit Created(Kind* owned) noexcept : handle(owned) {}
+    ~Created() { HandleTraits<Kind>::release(handle); }
+
+    Created(const Created&) = delete;
+    Created& operator=(const Created&) = delete;
+
+private:
+    Kind* const handle;
 };
 
 #endif

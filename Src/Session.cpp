@@ -5,6 +5,7 @@
 #include "Handle.h"
 #include "LibWrapper.h"
 #include "Logger.h"
+#include "PendingQueries.h"
 #include "SessionConfig.h"
 #include "Track.h"
 #include "TrackFactory.h"
@@ -94,15 +95,16 @@ Session::~Session() {
     // Wrappers that script still holds keep the libspotify session until they go.
     if (session) {
         sp_session_player_unload(session);
+        PendingQueries::getInstance().clear();
         Factory::getInstance().setSession(nullptr, {});
     }
 }
 
-sp_session* Session::requireLibrarySession() {
+sp_session* Session::requireLibrarySession(const char* complaint) {
     // Script thread: the session does not go under its own page's call.
     const Session* const current = instance.load();
     if (!current || !current->session) {
-        throw std::runtime_error("Spotify not initialized correctly");
+        throw std::runtime_error(complaint);
     }
     return current->session;
 }

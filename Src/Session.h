@@ -40,8 +40,9 @@ public:
         }
     }
 
-    // The libspotify session. Throws "Spotify not initialized correctly" when there is none.
-    static sp_session* requireLibrarySession();
+    // The libspotify session. Throws the complaint when there is none.
+    static sp_session*
+    requireLibrarySession(const char* complaint = "Spotify not initialized correctly");
 
     bool isInitialized() const { return spotifyInitialized; }
 

@@ -28,7 +28,11 @@ Spotify::Spotify()
     _enum("SPOTIFY_API_VERSION", SPOTIFY_API_VERSION);
     _string("SPOTIFY_JS_API_VERSION", scriptApiVersion);
     _attribute_get("Session", &Spotify::get_session);
-    // "Search", "Albumbrowse", "Artistbrowse", "SpImage", "Toplistbrowse"
+    _attribute_get("Search", &Spotify::get_search);
+    _attribute_get("Albumbrowse", &Spotify::get_albumbrowse);
+    _attribute_get("Artistbrowse", &Spotify::get_artistbrowse);
+    _attribute_get("SpImage", &Spotify::get_spimage);
+    _attribute_get("Toplistbrowse", &Spotify::get_toplistbrowse);
     _attribute_get("SessionConfig", &Spotify::get_sessionconfig);
     _attribute_get("Sonolet", &Spotify::get_sonolet);
     _attribute_get("Track", &Spotify::get_track);
@@ -61,6 +65,26 @@ void Spotify::errorMessage(jspp::function_context& context) const {
 
 void Spotify::get_session(jspp::result_context& context) const {
     answer(session, context);
+}
+
+void Spotify::get_search(jspp::result_context& context) const {
+    answer(search, context);
+}
+
+void Spotify::get_albumbrowse(jspp::result_context& context) const {
+    answer(albumbrowse, context);
+}
+
+void Spotify::get_artistbrowse(jspp::result_context& context) const {
+    answer(artistbrowse, context);
+}
+
+void Spotify::get_spimage(jspp::result_context& context) const {
+    answer(spImage, context);
+}
+
+void Spotify::get_toplistbrowse(jspp::result_context& context) const {
+    answer(toplistbrowse, context);
 }
 
 void Spotify::get_sessionconfig(jspp::result_context& context) const {

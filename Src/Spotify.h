@@ -2,11 +2,16 @@
 #define SONOLET_SPOTIFY_H
 
 #include "Album.h"
+#include "Albumbrowse.h"
 #include "Artist.h"
+#include "Artistbrowse.h"
 #include "Enumerations.h"
+#include "Search.h"
 #include "Session.h"
 #include "SessionConfig.h"
 #include "Sonolet.h"
+#include "SpImage.h"
+#include "Toplistbrowse.h"
 #include "Track.h"
 #include "jspp/event_dispatcher.h"
 #include "jspp/interface.h"
@@ -28,6 +33,11 @@ private:
     }
 
     void get_session(jspp::result_context& context) const;
+    void get_search(jspp::result_context& context) const;
+    void get_albumbrowse(jspp::result_context& context) const;
+    void get_artistbrowse(jspp::result_context& context) const;
+    void get_spimage(jspp::result_context& context) const;
+    void get_toplistbrowse(jspp::result_context& context) const;
     void get_sessionconfig(jspp::result_context& context) const;
     void get_sonolet(jspp::result_context& context) const;
     void get_track(jspp::result_context& context) const;
@@ -55,6 +65,11 @@ private:
     orvo::shared_ptr<Sonolet> sonolet;
 
     // Constructor objects: their "create" makes the wrappers.
+    orvo::shared_ptr<Search> search;
+    orvo::shared_ptr<Albumbrowse> albumbrowse;
+    orvo::shared_ptr<Artistbrowse> artistbrowse;
+    orvo::shared_ptr<SpImage> spImage;
+    orvo::shared_ptr<Toplistbrowse> toplistbrowse;
     orvo::shared_ptr<Track> track;
     orvo::shared_ptr<Album> album;
     orvo::shared_ptr<Artist> artist;

@@ -1,0 +1,100 @@
+#include "SpImage.h"
+
+#include "Factory.h"
+#include "ImageId.h"
+#include "Session.h"
+
+#include <array>
+#include <string>
+
+namespace {
+
+constexpr unsigned idTextSize = 28;  // characters of an id in Base64
+
+}  // namespace
+
+SpImage::SpImage() {
+    _function("create", &SpImage::create, "s");
+}
+
+SpImage::SpImage(sp_session* librarySession,
+                 sp_image* image,
+                 const orvo::shared_ptr<LibWrapper>& libraryShare)
+    : Object(librarySession, libraryShare), handle(image) {
+    static const function_row members[] = {
+        {"isLoaded", &SpImage::isLoaded, ""},
+        {"error", &SpImage::error, ""},
+        {"format", &SpImage::format, ""},
+        {"data", &SpImage::data, ""},
+        {"id", &SpImage::id, ""},
+    };
+    for (const function_row& row : members) {
+        _function(row.name, row.member, row.signature);
+        record(row.name);
+    }
+    _event("onImageLoaded", &SpImage::_evt_get_ImageLoaded, &SpImage::_evt_set_ImageLoaded);
+    record("onImageLoaded");
+    // Last: a constructor that throws leaves no callback behind.
+    if (image) {
+        sp_image_add_load_callback(image, &image_loaded, this);
+    }
+}
+
+SpImage::~SpImage() {
+    releaseHandle();
+}
+
+void SpImage::releaseHandle() noexcept {
+    if (handle) {
+        sp_image_remove_load_callback(handle.get(), &image_loaded, this);
+        handle.release();
+    }
+}
+
+void SpImage::image_loaded(sp_image*, void* userData) noexcept {
+    const orvo::shared_ptr<SpImage> self = static_cast<SpImage*>(userData)->shared_from_this();
+    if (self) {
+        self->dispatch_event("ImageLoaded", self);
+    }
+}
+
+void SpImage::create(jspp::function_context& context) {
+    sp_session* const session = Session::requireLibrarySession();
+    std::string text = context.string(0);
+    // Exactly one id, whatever the text's length; what is missing counts as padding.
+    text.resize(idTextSize, '=');
+    std::array<unsigned char, imageIdSize> id{};
+    if (base64_decode(text.data(), idTextSize, id.data(), imageIdSize) != 0) {
+        throw std::runtime_error("Failed to decode ID with base64");
+    }
+    sp_image* const image = retrieved(sp_image_create(session, id.data()));
+    const Created<sp_image> created(image);
+    context.return_interface(Factory::getInstance().createSpImage(image), false);
+}
+
+void SpImage::isLoaded(jspp::function_context& context) const {
+    context.return_boolean(sp_image_is_loaded(handle.get()));
+}
+
+void SpImage::error(jspp::function_context& context) const {
+    context.return_number(sp_image_error(handle.get()));
+}
+
+void SpImage::format(jspp::function_context& context) const {
+    context.return_number(sp_image_format(handle.get()));
+}
+
+void SpImage::data(jspp::function_context& context) const {
+    std::size_t size = 0;
+    const void* const bytes = sp_image_data(handle.get(), &size);
+    if (!bytes || size == 0) {
+        throw std::runtime_error("Image size is zero");
+    }
+    std::string text;
+    base64_encode(static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), text);
+    context.return_string(text);
+}
+
+void SpImage::id(jspp::function_context& context) const {
+    returnImageId(sp_image_image_id(handle.get()), context);
+}

@@ -1,0 +1,40 @@
+#ifndef SONOLET_SP_IMAGE_H
+#define SONOLET_SP_IMAGE_H
+
+#include "Handle.h"
+#include "Object.h"
+#include "jspp/orvo/shared_ptr.h"
+
+// A picture: a cover or a portrait, as script sees it. Made by Factory. Its id and its data travel
+// in Base64.
+class SpImage final : public Object, public orvo::enable_shared_from_this<SpImage> {
+public:
+    // The constructor object of the root.
+    SpImage();
+    SpImage(sp_session* librarySession,
+            sp_image* image,
+            const orvo::shared_ptr<LibWrapper>& libraryShare);
+    ~SpImage() override;
+
+    // Script: a new wrapper for the picture with an id.
+    static void create(jspp::function_context& context);
+
+private:
+    void isLoaded(jspp::function_context& context) const;
+    void error(jspp::function_context& context) const;
+    void format(jspp::function_context& context) const;
+    void data(jspp::function_context& context) const;
+    void id(jspp::function_context& context) const;
+
+    JSPP_EVENT_ATTRIBUTE(ImageLoaded, "ImageLoaded")
+
+    // libspotify's callback: raises "ImageLoaded" with this picture.
+    static void image_loaded(sp_image* image, void* userData) noexcept;
+
+    // Takes the load callback away, too.
+    void releaseHandle() noexcept override;
+
+    Handle<sp_image> handle;
+};
+
+#endif
