@@ -4,6 +4,8 @@
 #include "Albumbrowse.h"
 #include "Artist.h"
 #include "Artistbrowse.h"
+#include "Playlist.h"
+#include "Playlistcontainer.h"
 #include "Search.h"
 #include "SpImage.h"
 #include "Toplistbrowse.h"
@@ -39,6 +41,17 @@ void Factory::clear(Made<Wrapper>& made) {
             wrapper->clear();
         }
     }
+}
+
+orvo::shared_ptr<Playlist> Factory::createPlaylist(sp_playlist* handle) {
+    return createPlaylist({}, handle);
+}
+
+orvo::shared_ptr<Playlist>
+Factory::createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container, sp_playlist* handle) {
+    orvo::shared_ptr<Playlist> wrapper(new Playlist(session, handle, library, container));
+    playlists.push_back(wrapper);
+    return wrapper;
 }
 
 orvo::shared_ptr<Album> Factory::createAlbum(sp_album* handle) {
@@ -77,7 +90,12 @@ orvo::shared_ptr<SpImage> Factory::createSpImage(sp_image* handle) {
     return create(handle, images);
 }
 
+orvo::shared_ptr<Playlistcontainer> Factory::createPlaylistcontainer(sp_playlistcontainer* handle) {
+    return orvo::make_shared<Playlistcontainer>(session, handle, library);
+}
+
 void Factory::clearObjects() {
+    clearPlaylists();
     clearAlbums();
     clearArtists();
     clearTracks();
@@ -87,6 +105,10 @@ void Factory::clearObjects() {
     clearSearches();
     clearToplistbrowses();
     clearSpImages();
+}
+
+void Factory::clearPlaylists() {
+    clear(playlists);
 }
 
 void Factory::clearAlbums() {

@@ -12,6 +12,8 @@ class Album;
 class Albumbrowse;
 class Artist;
 class Artistbrowse;
+class Playlist;
+class Playlistcontainer;
 class Search;
 class SpImage;
 class Toplistbrowse;
@@ -30,7 +32,10 @@ public:
     // The session that new wrappers get, and a share of it; null and empty take both away.
     void setSession(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // A null handle is wrapped as it is.
+    // A null handle is wrapped as it is, but for a container, whose wrapper refuses it.
+    orvo::shared_ptr<Playlist> createPlaylist(sp_playlist* handle);
+    orvo::shared_ptr<Playlist> createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container,
+                                              sp_playlist* handle);
     orvo::shared_ptr<Album> createAlbum(sp_album* handle);
     orvo::shared_ptr<Artist> createArtist(sp_artist* handle);
     orvo::shared_ptr<Track> createTrack(sp_track* handle);
@@ -40,9 +45,12 @@ public:
     orvo::shared_ptr<Search> createSearch(sp_search* handle);
     orvo::shared_ptr<Toplistbrowse> createToplistbrowse(sp_toplistbrowse* handle);
     orvo::shared_ptr<SpImage> createSpImage(sp_image* handle);
+    // Not among those that are cleared at logout.
+    orvo::shared_ptr<Playlistcontainer> createPlaylistcontainer(sp_playlistcontainer* handle);
 
     // Every living wrapper loses its handle and its recorded script names.
     void clearObjects();
+    void clearPlaylists();
     void clearAlbums();
     void clearArtists();
     void clearTracks();
@@ -68,6 +76,7 @@ private:
     orvo::shared_ptr<LibWrapper> library;
 
     // In order of making; the dead stay until the next logout.
+    Made<Playlist> playlists;
     Made<Album> albums;
     Made<Artist> artists;
     Made<Track> tracks;

@@ -54,6 +54,21 @@ struct HandleTraits<sp_image> {
     static constexpr auto addRef = &sp_image_add_ref;
     static constexpr auto release = &sp_image_release;
 };
+template <>
+struct HandleTraits<sp_playlist> {
+    static constexpr auto addRef = &sp_playlist_add_ref;
+    static constexpr auto release = &sp_playlist_release;
+};
+template <>
+struct HandleTraits<sp_playlistcontainer> {
+    static constexpr auto addRef = &sp_playlistcontainer_add_ref;
+    static constexpr auto release = &sp_playlistcontainer_release;
+};
+template <>
+struct HandleTraits<sp_link> {
+    static constexpr auto addRef = &sp_link_add_ref;
+    static constexpr auto release = &sp_link_release;
+};
 
 [[noreturn]] inline void throwNotRetrieved() {
     throw std::runtime_error("Failed to retrieve object from Spotify");

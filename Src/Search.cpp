@@ -4,6 +4,7 @@
 #include "Artist.h"
 #include "Factory.h"
 #include "PendingQueries.h"
+#include "Playlist.h"
 #include "Session.h"
 #include "Track.h"
 
@@ -47,6 +48,7 @@ Search::Search(sp_session* librarySession,
         {"playlistName", &Search::playlistName, "n"},
         {"playlistUri", &Search::playlistUri, "n"},
         {"playlistImageUri", &Search::playlistImageUri, "n"},
+        {"playlist", &Search::playlist, "n"},
         {"release", &Search::release, ""},
     };
     _function("create", &Search::create, createSignature);
@@ -154,6 +156,12 @@ void Search::playlistUri(jspp::function_context& context) const {
 void Search::playlistImageUri(jspp::function_context& context) const {
     const int index = context.integer(0);
     context.return_string(sp_search_playlist_image_uri(handle.get(), index));
+}
+
+void Search::playlist(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    sp_playlist* const playlist = retrieved(sp_search_playlist(handle.get(), index));
+    context.return_interface(Factory::getInstance().createPlaylist(playlist), false);
 }
 
 // Script's objects go when script lets them go.

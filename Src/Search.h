@@ -35,6 +35,7 @@ private:
     void playlistName(jspp::function_context& context) const;
     void playlistUri(jspp::function_context& context) const;
     void playlistImageUri(jspp::function_context& context) const;
+    void playlist(jspp::function_context& context) const;
     void release(jspp::function_context& context) const;
 
     void releaseHandle() noexcept override { handle.release(); }

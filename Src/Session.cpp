@@ -6,6 +6,8 @@
 #include "LibWrapper.h"
 #include "Logger.h"
 #include "PendingQueries.h"
+#include "Playlist.h"
+#include "Playlistcontainer.h"
 #include "SessionConfig.h"
 #include "Track.h"
 #include "TrackFactory.h"
@@ -50,15 +52,16 @@ Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(plugin
         {"playerSeek", &Session::playerSeek, "n"},
         {"logout", &Session::logout, ""},
         {"user", &Session::user, ""},
-        // "inboxCreate"
+        {"inboxCreate", &Session::inboxCreate, ""},
         {"setCacheSize", &Session::setCacheSize, "n"},
         {"forgetMe", &Session::forgetMe, ""},
-        // "publishedContainerForUserCreate", "starredForUserCreate"
+        {"publishedContainerForUserCreate", &Session::publishedContainerForUserCreate, "s"},
+        {"starredForUserCreate", &Session::starredForUserCreate, "s"},
         {"connectionstate", &Session::connectionstate, ""},
-        // "starredCreate"
+        {"starredCreate", &Session::starredCreate, ""},
         {"login", &Session::login, "ssbs"},
         {"playerPlay", &Session::playerPlay, "b"},
-        // "Playlistcontainer"
+        {"Playlistcontainer", &Session::playlistcontainer, ""},
         {"signupGetUnacceptedLicenses", &Session::signupGetUnacceptedLicenses, ""},
         {"signupPerformAction", &Session::signupPerformAction, "n"},
     };
@@ -225,6 +228,48 @@ void Session::friendAt(jspp::function_context& context) const {
     requireInitialized();
     sp_user* const user = retrieved(sp_session_friend(session, context.integer(0)));
     context.return_interface(Factory::getInstance().createUser(user), false);
+}
+
+void Session::playlistcontainer(jspp::function_context& context) const {
+    requireInitialized();
+    logger.trace("Session::Playlistcontainer", "Retrieving playlistcontainer");
+    sp_playlistcontainer* const container = retrieved(sp_session_playlistcontainer(session));
+    context.return_interface(Factory::getInstance().createPlaylistcontainer(container), false);
+}
+
+void Session::publishedContainerForUserCreate(jspp::function_context& context) const {
+    requireInitialized();
+    const std::string userName = context.string(0);
+    sp_playlistcontainer* const container =
+        retrieved(sp_session_publishedcontainer_for_user_create(session, userName.c_str()));
+    const Created<sp_playlistcontainer> created(container);
+    context.return_interface(Factory::getInstance().createPlaylistcontainer(container), false);
+}
+
+namespace {
+
+// Answers the wrapper of a playlist that a create function of libspotify returned.
+void returnCreated(sp_playlist* playlist, jspp::function_context& context) {
+    const Created<sp_playlist> created(retrieved(playlist));
+    context.return_interface(Factory::getInstance().createPlaylist(playlist), false);
+}
+
+}  // namespace
+
+void Session::inboxCreate(jspp::function_context& context) const {
+    requireInitialized();
+    returnCreated(sp_session_inbox_create(session), context);
+}
+
+void Session::starredCreate(jspp::function_context& context) const {
+    requireInitialized();
+    returnCreated(sp_session_starred_create(session), context);
+}
+
+void Session::starredForUserCreate(jspp::function_context& context) const {
+    requireInitialized();
+    const std::string userName = context.string(0);
+    returnCreated(sp_session_starred_for_user_create(session, userName.c_str()), context);
 }
 
 void Session::signupGetUnacceptedLicenses(jspp::function_context& context) const {

@@ -92,11 +92,16 @@ private:
     void playerSeek(jspp::function_context& context) const;
     void logout(jspp::function_context& context) const;
     void user(jspp::function_context& context) const;
+    void inboxCreate(jspp::function_context& context) const;
     void setCacheSize(jspp::function_context& context) const;
     void forgetMe(jspp::function_context& context) const;
+    void publishedContainerForUserCreate(jspp::function_context& context) const;
+    void starredForUserCreate(jspp::function_context& context) const;
     void connectionstate(jspp::function_context& context) const;
+    void starredCreate(jspp::function_context& context) const;
     void login(jspp::function_context& context) const;
     void playerPlay(jspp::function_context& context);
+    void playlistcontainer(jspp::function_context& context) const;
     void signupGetUnacceptedLicenses(jspp::function_context& context) const;
     void signupPerformAction(jspp::function_context& context) const;
 

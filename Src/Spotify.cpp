@@ -14,7 +14,7 @@ constexpr char scriptApiVersion[] = "12.8";
 
 Spotify::Spotify()
     : sessionConfig(new SessionConfig), sonolet(new Sonolet), track(new Track), album(new Album),
-      artist(new Artist), spSignupPageEnums(new SpSignupPageEnums),
+      artist(new Artist), playlist(new Playlist), spSignupPageEnums(new SpSignupPageEnums),
       spSignupFeatureEnums(new SpSignupFeatureEnums), spSignupActionEnums(new SpSignupActionEnums),
       spErrorEnums(new SpErrorEnums), spPlaylistTypeEnums(new SpPlaylistTypeEnums),
       spTrackAvailabilityEnums(new SpTrackAvailabilityEnums),
@@ -38,7 +38,7 @@ Spotify::Spotify()
     _attribute_get("Track", &Spotify::get_track);
     _attribute_get("Album", &Spotify::get_album);
     _attribute_get("Artist", &Spotify::get_artist);
-    // "Playlist"
+    _attribute_get("Playlist", &Spotify::get_playlist);
     _attribute_get("SP_SIGNUP_PAGE", &Spotify::get_signup_page_enums);
     _attribute_get("SP_SIGNUP_FEATURE", &Spotify::get_signup_feature_enums);
     _attribute_get("SP_SIGNUP_ACTION", &Spotify::get_signup_action_enums);
@@ -105,6 +105,10 @@ void Spotify::get_album(jspp::result_context& context) const {
 
 void Spotify::get_artist(jspp::result_context& context) const {
     answer(artist, context);
+}
+
+void Spotify::get_playlist(jspp::result_context& context) const {
+    answer(playlist, context);
 }
 
 void Spotify::get_signup_page_enums(jspp::result_context& context) const {

@@ -6,6 +6,7 @@
 #include "Artist.h"
 #include "Artistbrowse.h"
 #include "Enumerations.h"
+#include "Playlist.h"
 #include "Search.h"
 #include "Session.h"
 #include "SessionConfig.h"
@@ -43,6 +44,7 @@ private:
     void get_track(jspp::result_context& context) const;
     void get_album(jspp::result_context& context) const;
     void get_artist(jspp::result_context& context) const;
+    void get_playlist(jspp::result_context& context) const;
     void get_signup_page_enums(jspp::result_context& context) const;
     void get_signup_feature_enums(jspp::result_context& context) const;
     void get_signup_action_enums(jspp::result_context& context) const;
@@ -73,6 +75,7 @@ private:
     orvo::shared_ptr<Track> track;
     orvo::shared_ptr<Album> album;
     orvo::shared_ptr<Artist> artist;
+    orvo::shared_ptr<Playlist> playlist;
 
     orvo::shared_ptr<SpSignupPageEnums> spSignupPageEnums;
     orvo::shared_ptr<SpSignupFeatureEnums> spSignupFeatureEnums;

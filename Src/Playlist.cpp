@@ -1,0 +1,416 @@
+#include "Playlist.h"
+
+#include "Factory.h"
+#include "ImageId.h"
+#include "Logger.h"
+#include "Playlistcontainer.h"
+#include "Session.h"
+#include "Track.h"
+#include "TrackArray.h"
+#include "User.h"
+#include "jspp/number_array.h"
+#include "jspp/string_array.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string>
+
+namespace {
+
+const Logger logger SONOLET_AT_LOAD("Src/Playlist");
+
+std::string textOf(const byte* imageId) {
+    std::string text;
+    if (imageId) {
+        base64_encode(imageId, imageIdSize, text);
+    }
+    return text;
+}
+
+// The text of a link, cut at the size of the buffer. The link is never released: the service keeps
+// one for each text.
+std::string textOf(sp_link* link) {
+    std::array<char, 100> buffer{};
+    sp_link_as_string(retrieved(link), buffer.data(), static_cast<int>(buffer.size()));
+    buffer.back() = '\0';
+    return buffer.data();
+}
+
+orvo::shared_ptr<jspp::number_array> arrayOf(const int* positions, int count) {
+    return orvo::make_shared<jspp::number_array>(
+        std::vector<double>(positions, positions + std::max(count, 0)));
+}
+
+}  // namespace
+
+std::vector<PlaylistInstanceEntry> Playlist::_instances;
+
+Playlist::Playlist() {
+    _function("create", &Playlist::create, "s");
+}
+
+Playlist::Playlist(sp_session* librarySession,
+                   sp_playlist* playlist,
+                   const orvo::shared_ptr<LibWrapper>& libraryShare,
+                   const orvo::shared_ptr<Playlistcontainer>& madeThrough)
+    : Object(librarySession, libraryShare), handle(playlist), container(madeThrough) {
+    init();
+}
+
+void Playlist::init() {
+    if (handle) {
+        _instances.push_back({handle.get(), this});
+        callbacks = libraryCallbacks();
+        sp_playlist_add_callbacks(handle.get(), &callbacks, this);
+    }
+    static const function_row members[] = {
+        {"isInRam", &Playlist::isInRam, ""},
+        {"getImage", &Playlist::getImage, ""},
+        {"trackCreateTime", &Playlist::trackCreateTime, "n"},
+        {"hasPendingChanges", &Playlist::hasPendingChanges, ""},
+        {"track", &Playlist::track, "n"},
+        {"numSubscribers", &Playlist::numSubscribers, ""},
+        {"updateSubscribers", &Playlist::updateSubscribers, ""},
+        {"getDescription", &Playlist::getDescription, ""},
+        {"trackSeen", &Playlist::trackSeen, "n"},
+        {"numTracks", &Playlist::numTracks, ""},
+        {"setAutolinkTracks", &Playlist::setAutolinkTracks, "b"},
+        {"trackCreator", &Playlist::trackCreator, "n"},
+        {"subscribers", &Playlist::subscribers, ""},
+        {"setInRam", &Playlist::setInRam, "b"},
+        {"owner", &Playlist::owner, ""},
+        {"trackSetSeen", &Playlist::trackSetSeen, "nb"},
+        {"isLoaded", &Playlist::isLoaded, ""},
+        {"isCollaborative", &Playlist::isCollaborative, ""},
+        {"trackMessage", &Playlist::trackMessage, "n"},
+        {"name", &Playlist::name, ""},
+        {"uri", &Playlist::uri, ""},
+        {"addTracks", &Playlist::addTracks, ""},
+        {"placeholderUri", &Playlist::placeholderUri, ""},
+        {"release", &Playlist::release, ""},
+    };
+    try {
+        for (const function_row& row : members) {
+            _function(row.name, row.member, row.signature);
+            record(row.name);
+        }
+        addEvents();
+    } catch (...) {
+        // No destructor runs for a wrapper that was never finished.
+        releaseHandle();
+        throw;
+    }
+}
+
+void Playlist::addEvents() {
+    _event("onSubscribersChanged", &Playlist::_evt_get_SubscribersChanged,
+           &Playlist::_evt_set_SubscribersChanged);
+    record("onSubscribersChanged");
+    _event("onPlaylistRenamed", &Playlist::_evt_get_PlaylistRenamed,
+           &Playlist::_evt_set_PlaylistRenamed);
+    record("onPlaylistRenamed");
+    _event("onPlaylistUpdateInProgress", &Playlist::_evt_get_PlaylistUpdateInProgress,
+           &Playlist::_evt_set_PlaylistUpdateInProgress);
+    record("onPlaylistUpdateInProgress");
+    _event("onTracksMoved", &Playlist::_evt_get_TracksMoved, &Playlist::_evt_set_TracksMoved);
+    record("onTracksMoved");
+    _event("onDescriptionChanged", &Playlist::_evt_get_DescriptionChanged,
+           &Playlist::_evt_set_DescriptionChanged);
+    record("onDescriptionChanged");
+    _event("onTrackCreatedChanged", &Playlist::_evt_get_TrackCreatedChanged,
+           &Playlist::_evt_set_TrackCreatedChanged);
+    record("onTrackCreatedChanged");
+    _event("onTracksRemoved", &Playlist::_evt_get_TracksRemoved, &Playlist::_evt_set_TracksRemoved);
+    record("onTracksRemoved");
+    _event("onPlaylistStateChanged", &Playlist::_evt_get_PlaylistStateChanged,
+           &Playlist::_evt_set_PlaylistStateChanged);
+    record("onPlaylistStateChanged");
+    _event("onTrackSeenChanged", &Playlist::_evt_get_TrackSeenChanged,
+           &Playlist::_evt_set_TrackSeenChanged);
+    record("onTrackSeenChanged");
+    _event("onTracksAdded", &Playlist::_evt_get_TracksAdded, &Playlist::_evt_set_TracksAdded);
+    record("onTracksAdded");
+    _event("onPlaylistMetadataUpdated", &Playlist::_evt_get_PlaylistMetadataUpdated,
+           &Playlist::_evt_set_PlaylistMetadataUpdated);
+    record("onPlaylistMetadataUpdated");
+    _event("onImageChanged", &Playlist::_evt_get_ImageChanged, &Playlist::_evt_set_ImageChanged);
+    record("onImageChanged");
+    _event("onTrackMessageChanged", &Playlist::_evt_get_TrackMessageChanged,
+           &Playlist::_evt_set_TrackMessageChanged);
+    record("onTrackMessageChanged");
+}
+
+Playlist::~Playlist() {
+    releaseHandle();
+}
+
+void Playlist::releaseHandle() noexcept {
+    if (!handle) {
+        return;
+    }
+    const auto entry = std::find_if(
+        _instances.begin(), _instances.end(),
+        [this](const PlaylistInstanceEntry& instance) { return instance.owner == this; });
+    if (entry != _instances.end()) {
+        _instances.erase(entry);
+    }
+    sp_playlist_remove_callbacks(handle.get(), &callbacks, this);
+    handle.release();
+}
+
+void Playlist::create(jspp::function_context& context) {
+    const std::string text = context.string(0);
+    logger.trace("Playlist::create", "uri = ", text);
+    sp_session* const session = Session::requireLibrarySession();
+    // The link is never released: the service keeps one for each text.
+    sp_link* const link = retrieved(sp_link_create_from_string(text.c_str()));
+    sp_playlist* const playlist = retrieved(sp_playlist_create(session, link));
+    const Created<sp_playlist> created(playlist);
+    context.return_interface(Factory::getInstance().createPlaylist(playlist), false);
+}
+
+// ---- Script functions ----
+
+void Playlist::isInRam(jspp::function_context& context) const {
+    context.return_boolean(sp_playlist_is_in_ram(session, handle.get()));
+}
+
+void Playlist::getImage(jspp::function_context& context) const {
+    std::array<byte, imageIdSize> id{};
+    if (sp_playlist_get_image(handle.get(), id.data())) {
+        context.return_string(textOf(id.data()));
+        return;
+    }
+    logger.error("Playlist::getImage", "Failed to retrieve image id from libspotify");
+    context.return_string("");
+}
+
+void Playlist::trackCreateTime(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    context.return_number(sp_playlist_track_create_time(handle.get(), index));
+}
+
+void Playlist::hasPendingChanges(jspp::function_context& context) const {
+    context.return_boolean(sp_playlist_has_pending_changes(handle.get()));
+}
+
+void Playlist::track(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    sp_track* const track = retrieved(sp_playlist_track(handle.get(), index));
+    context.return_interface(Factory::getInstance().createTrack(track), false);
+}
+
+void Playlist::numSubscribers(jspp::function_context& context) const {
+    context.return_number(sp_playlist_num_subscribers(handle.get()));
+}
+
+void Playlist::updateSubscribers(jspp::function_context&) const {
+    sp_playlist_update_subscribers(session, handle.get());
+}
+
+void Playlist::getDescription(jspp::function_context& context) const {
+    context.return_string(sp_playlist_get_description(handle.get()));
+}
+
+void Playlist::trackSeen(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    context.return_boolean(sp_playlist_track_seen(handle.get(), index));
+}
+
+void Playlist::numTracks(jspp::function_context& context) const {
+    context.return_number(sp_playlist_num_tracks(handle.get()));
+}
+
+void Playlist::setAutolinkTracks(jspp::function_context& context) const {
+    const bool link = context.boolean(0);
+    sp_playlist_set_autolink_tracks(handle.get(), link);
+}
+
+void Playlist::trackCreator(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    sp_user* const user = retrieved(sp_playlist_track_creator(handle.get(), index));
+    context.return_interface(Factory::getInstance().createUser(user), false);
+}
+
+void Playlist::subscribers(jspp::function_context& context) const {
+    const std::unique_ptr<sp_subscribers, decltype(&sp_playlist_subscribers_free)> list(
+        sp_playlist_subscribers(handle.get()), &sp_playlist_subscribers_free);
+    __detail::string_array_c subscribed;
+    if (list) {
+        for (unsigned i = 0; i < list->count; ++i) {
+            const char* const name = list->subscribers[i];
+            subscribed.emplace_back(name ? name : "");
+        }
+    }
+    context.return_interface(orvo::make_shared<string_array>(std::move(subscribed)), false);
+}
+
+void Playlist::setInRam(jspp::function_context& context) const {
+    const bool inRam = context.boolean(0);
+    sp_playlist_set_in_ram(session, handle.get(), inRam);
+}
+
+void Playlist::owner(jspp::function_context& context) const {
+    sp_user* const user = retrieved(sp_playlist_owner(handle.get()));
+    context.return_interface(Factory::getInstance().createUser(user), false);
+}
+
+void Playlist::trackSetSeen(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    const bool seen = context.boolean(1);
+    sp_playlist_track_set_seen(handle.get(), index, seen);
+}
+
+void Playlist::isLoaded(jspp::function_context& context) const {
+    context.return_boolean(sp_playlist_is_loaded(handle.get()));
+}
+
+void Playlist::isCollaborative(jspp::function_context& context) const {
+    context.return_boolean(sp_playlist_is_collaborative(handle.get()));
+}
+
+void Playlist::trackMessage(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    context.return_string(sp_playlist_track_message(handle.get(), index));
+}
+
+void Playlist::name(jspp::function_context& context) const {
+    context.return_string(sp_playlist_name(handle.get()));
+}
+
+void Playlist::uri(jspp::function_context& context) const {
+    context.return_string(textOf(sp_link_create_from_playlist(handle.get())));
+}
+
+void Playlist::addTracks(jspp::function_context& context) const {
+    const orvo::shared_ptr<Track> track = context.interface_of<Track>(0);
+    const int position = context.integer(1);
+    sp_track* const tracks[] = {track->getHandle()};
+    // The outcome shows in the events.
+    sp_playlist_add_tracks(handle.get(), tracks, 1, position, session);
+}
+
+void Playlist::placeholderUri(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    sp_track* const track = retrieved(sp_playlist_track(handle.get(), index));
+    context.return_string(textOf(sp_link_create_from_track(track, 0)));
+}
+
+// Script's objects go when script lets them go.
+void Playlist::release(jspp::function_context&) const {}
+
+// ---- libspotify's callbacks ----
+
+template <auto Handler, class... Arguments>
+void Playlist::route(sp_playlist* playlist, Arguments... arguments, void* userData) noexcept {
+    const auto entry = std::find_if(
+        _instances.begin(), _instances.end(), [&](const PlaylistInstanceEntry& instance) {
+            return instance.playlist == playlist && instance.owner == userData;
+        });
+    if (entry == _instances.end()) {
+        return;
+    }
+    try {
+        // Nothing that the handler does takes the wrapper away from under it.
+        const orvo::shared_ptr<Playlist> owner = entry->owner->shared_from_this();
+        if (owner) {
+            (owner.get()->*Handler)(arguments...);
+        }
+    } catch (...) {
+        logger.error("Playlist::route", ": out of memory, an event is lost");
+    }
+}
+
+sp_playlist_callbacks Playlist::libraryCallbacks() {
+    sp_playlist_callbacks table{};
+    table.tracks_added = &route<&Playlist::handleTracksAddedEvent, sp_track* const*, int, int>;
+    table.tracks_removed = &route<&Playlist::handleTracksRemovedEvent, const int*, int>;
+    table.tracks_moved = &route<&Playlist::handleTracksMovedEvent, const int*, int, int>;
+    table.playlist_renamed = &route<&Playlist::handlePlaylistRenamedEvent>;
+    table.playlist_state_changed = &route<&Playlist::handlePlaylistStateChangedEvent>;
+    table.playlist_update_in_progress =
+        &route<&Playlist::handlePlaylistUpdateInProgressEvent, bool>;
+    table.playlist_metadata_updated = &route<&Playlist::handlePlaylistMetadataUpdatedEvent>;
+    table.track_created_changed =
+        &route<&Playlist::handleTrackCreatedChangedEvent, int, sp_user*, int>;
+    table.track_seen_changed = &route<&Playlist::handleTrackSeenChangedEvent, int, bool>;
+    table.description_changed = &route<&Playlist::handleDescriptionChangedEvent, const char*>;
+    table.image_changed = &route<&Playlist::handleImageChangedEvent, const byte*>;
+    table.track_message_changed =
+        &route<&Playlist::handleTrackMessageChangedEvent, int, const char*>;
+    table.subscribers_changed = &route<&Playlist::handleSubscribersChangedEvent>;
+    return table;
+}
+
+void Playlist::handleTracksAddedEvent(sp_track* const* tracks, int count, int position) {
+    logger.trace("Playlist::handleTracksAddedEvent");
+    std::vector<orvo::shared_ptr<Track>> added;
+    for (int i = 0; i < count; ++i) {
+        added.push_back(Factory::getInstance().createTrack(tracks[i]));
+    }
+    dispatch_event("TracksAddedEvent", shared_from_this(),
+                   orvo::make_shared<track_array>(std::move(added)), position);
+}
+
+void Playlist::handleTracksRemovedEvent(const int* positions, int count) {
+    logger.trace("Playlist::handleTracksRemovedEvent");
+    dispatch_event("TracksRemoved", shared_from_this(), arrayOf(positions, count));
+}
+
+void Playlist::handleTracksMovedEvent(const int* positions, int count, int newPosition) {
+    logger.trace("Playlist::handleTracksMovedEvent");
+    dispatch_event("TracksMoved", shared_from_this(), arrayOf(positions, count), newPosition);
+}
+
+void Playlist::handlePlaylistRenamedEvent() {
+    logger.trace("Playlist::handlePlaylistRenamedEvent");
+    dispatch_event("PlaylistRenamed", shared_from_this());
+}
+
+void Playlist::handlePlaylistStateChangedEvent() {
+    logger.trace("Playlist::handlePlaylistStateChangedEvent");
+    dispatch_event("PlaylistStateChanged", shared_from_this());
+}
+
+void Playlist::handlePlaylistUpdateInProgressEvent(bool done) {
+    logger.trace("Playlist::handlePlaylistUpdateInProgressEvent");
+    dispatch_event("PlaylistUpdateInProgress", shared_from_this(), done);
+}
+
+void Playlist::handlePlaylistMetadataUpdatedEvent() {
+    logger.trace("Playlist::handlePlaylistMetadataUpdatedEvent");
+    dispatch_event("PlaylistMetadataUpdated", shared_from_this());
+}
+
+void Playlist::handleTrackCreatedChangedEvent(int position, sp_user* user, int when) {
+    logger.trace("Playlist::handleTrackCreatedChangedEvent");
+    dispatch_event("TrackCreatedChanged", shared_from_this(), position,
+                   Factory::getInstance().createUser(user), when);
+}
+
+void Playlist::handleTrackSeenChangedEvent(int position, bool seen) {
+    logger.trace("Playlist::handleTrackSeenChangedEvent");
+    dispatch_event("TrackSeenChanged", shared_from_this(), position, seen);
+}
+
+void Playlist::handleDescriptionChangedEvent(const char* text) {
+    logger.trace("Playlist::handleDescriptionChangedEvent");
+    dispatch_event("DescriptionChanged", shared_from_this(), text);
+}
+
+void Playlist::handleImageChangedEvent(const byte* id) {
+    const std::string text = textOf(id);
+    logger.trace("Playlist::handleImageChangedEvent", "id = ", id ? text : "NULL");
+    dispatch_event("ImageChanged", shared_from_this(), text);
+}
+
+void Playlist::handleTrackMessageChangedEvent(int position, const char* text) {
+    logger.trace("Playlist::handleTrackMessageChangedEvent");
+    dispatch_event("TrackMessageChanged", shared_from_this(), position, text);
+}
+
+void Playlist::handleSubscribersChangedEvent() {
+    logger.trace("Playlist::handleSubscribersChangedEvent");
+    dispatch_event("SubscribersChanged", shared_from_this());
+}

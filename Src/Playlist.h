@@ -1,0 +1,116 @@
+#ifndef SONOLET_PLAYLIST_H
+#define SONOLET_PLAYLIST_H
+
+#include "Handle.h"
+#include "Object.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include <vector>
+
+class Playlistcontainer;
+class Playlist;
+
+// A living wrapper and its handle, for libspotify's callbacks.
+struct PlaylistInstanceEntry {
+    sp_playlist* playlist;
+    Playlist* owner;
+};
+
+// A playlist, as script sees it: its tracks, its settings, and an event for each of libspotify's
+// playlist callbacks. Made by Factory.
+class Playlist final : public Object, public orvo::enable_shared_from_this<Playlist> {
+public:
+    // Tracks that an event brings; see TrackArray.h.
+    class track_array;
+
+    // The constructor object of the root.
+    Playlist();
+    // `madeThrough` is the container that holds it, or empty.
+    Playlist(sp_session* librarySession,
+             sp_playlist* playlist,
+             const orvo::shared_ptr<LibWrapper>& libraryShare,
+             const orvo::shared_ptr<Playlistcontainer>& madeThrough);
+    ~Playlist() override;
+
+    // Script: a new wrapper for the playlist that a link names.
+    static void create(jspp::function_context& context);
+
+    // Borrowed. Throws when the wrapper has none.
+    sp_playlist* getHandle() const { return handle.get(); }
+
+private:
+    void init();
+    void addEvents();
+
+    void isInRam(jspp::function_context& context) const;
+    void getImage(jspp::function_context& context) const;
+    void trackCreateTime(jspp::function_context& context) const;
+    void hasPendingChanges(jspp::function_context& context) const;
+    void track(jspp::function_context& context) const;
+    void numSubscribers(jspp::function_context& context) const;
+    void updateSubscribers(jspp::function_context& context) const;
+    void getDescription(jspp::function_context& context) const;
+    void trackSeen(jspp::function_context& context) const;
+    void numTracks(jspp::function_context& context) const;
+    void setAutolinkTracks(jspp::function_context& context) const;
+    void trackCreator(jspp::function_context& context) const;
+    void subscribers(jspp::function_context& context) const;
+    void setInRam(jspp::function_context& context) const;
+    void owner(jspp::function_context& context) const;
+    void trackSetSeen(jspp::function_context& context) const;
+    void isLoaded(jspp::function_context& context) const;
+    void isCollaborative(jspp::function_context& context) const;
+    void trackMessage(jspp::function_context& context) const;
+    void name(jspp::function_context& context) const;
+    void uri(jspp::function_context& context) const;
+    void addTracks(jspp::function_context& context) const;
+    void placeholderUri(jspp::function_context& context) const;
+    void release(jspp::function_context& context) const;
+
+    JSPP_EVENT_ATTRIBUTE(SubscribersChanged, "SubscribersChanged")
+    JSPP_EVENT_ATTRIBUTE(PlaylistRenamed, "PlaylistRenamed")
+    JSPP_EVENT_ATTRIBUTE(PlaylistUpdateInProgress, "PlaylistUpdateInProgress")
+    JSPP_EVENT_ATTRIBUTE(TracksMoved, "TracksMoved")
+    JSPP_EVENT_ATTRIBUTE(DescriptionChanged, "DescriptionChanged")
+    JSPP_EVENT_ATTRIBUTE(TrackCreatedChanged, "TrackCreatedChanged")
+    JSPP_EVENT_ATTRIBUTE(TracksRemoved, "TracksRemoved")
+    JSPP_EVENT_ATTRIBUTE(PlaylistStateChanged, "PlaylistStateChanged")
+    JSPP_EVENT_ATTRIBUTE(TrackSeenChanged, "TrackSeenChanged")
+    JSPP_EVENT_ATTRIBUTE(TracksAdded, "TracksAddedEvent")
+    JSPP_EVENT_ATTRIBUTE(PlaylistMetadataUpdated, "PlaylistMetadataUpdated")
+    JSPP_EVENT_ATTRIBUTE(ImageChanged, "ImageChanged")
+    JSPP_EVENT_ATTRIBUTE(TrackMessageChanged, "TrackMessageChanged")
+
+    // ---- Handlers of libspotify's callbacks ----
+    void handleTracksAddedEvent(sp_track* const* tracks, int count, int position);
+    void handleTracksRemovedEvent(const int* positions, int count);
+    void handleTracksMovedEvent(const int* positions, int count, int newPosition);
+    void handlePlaylistRenamedEvent();
+    void handlePlaylistStateChangedEvent();
+    void handlePlaylistUpdateInProgressEvent(bool done);
+    void handlePlaylistMetadataUpdatedEvent();
+    void handleTrackCreatedChangedEvent(int position, sp_user* user, int when);
+    void handleTrackSeenChangedEvent(int position, bool seen);
+    void handleDescriptionChangedEvent(const char* text);
+    void handleImageChangedEvent(const byte* id);
+    void handleTrackMessageChangedEvent(int position, const char* text);
+    void handleSubscribersChangedEvent();
+
+    // Finds the living wrapper that a callback means and runs its handler.
+    template <auto Handler, class... Arguments>
+    static void route(sp_playlist* playlist, Arguments... arguments, void* userData) noexcept;
+    static sp_playlist_callbacks libraryCallbacks();
+
+    // Takes the wrapper out of the live instances and away from libspotify's callbacks, too.
+    void releaseHandle() noexcept override;
+
+    // Every living wrapper. Read by callbacks, changed by construction and destruction: all on the
+    // script thread.
+    static std::vector<PlaylistInstanceEntry> _instances;
+
+    Handle<sp_playlist> handle;
+    sp_playlist_callbacks callbacks{};  // libspotify keeps its address
+    const orvo::shared_ptr<Playlistcontainer> container;
+};
+
+#endif

@@ -1,0 +1,192 @@
+#include "Playlistcontainer.h"
+
+#include "Factory.h"
+#include "Logger.h"
+#include "Playlist.h"
+#include "User.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+namespace {
+
+const Logger logger SONOLET_AT_LOAD("Src/Playlistcontainer");
+
+}  // namespace
+
+std::vector<Playlistcontainer*> Playlistcontainer::instances;
+
+Playlistcontainer::Playlistcontainer(sp_session* librarySession,
+                                     sp_playlistcontainer* playlistcontainer,
+                                     const orvo::shared_ptr<LibWrapper>& libraryShare)
+    : Object(librarySession, libraryShare), handle(playlistcontainer) {
+    logger.trace("Playlistcontainer::Playlistcontainer", "Initializing playlistcontainer");
+    if (!playlistcontainer || !librarySession) {
+        throw std::runtime_error("Invalid spotify object given when creating this object");
+    }
+    instances.push_back(this);
+    sp_playlistcontainer_add_callbacks(playlistcontainer, &libraryCallbacks(), this);
+    try {
+        addMembers();
+    } catch (...) {
+        // No destructor runs for a wrapper that was never finished.
+        releaseHandle();
+        throw;
+    }
+}
+
+void Playlistcontainer::addMembers() {
+    static const function_row members[] = {
+        {"playlist", &Playlistcontainer::playlist, "n"},
+        {"playlistType", &Playlistcontainer::playlistType, "n"},
+        {"numPlaylists", &Playlistcontainer::numPlaylists, ""},
+        {"playlistFolderName", &Playlistcontainer::playlistFolderName, "n"},
+        {"isLoaded", &Playlistcontainer::isLoaded, ""},
+        {"playlistFolderId", &Playlistcontainer::playlistFolderId, "n"},
+        {"owner", &Playlistcontainer::owner, ""},
+        {"addPlaylist", &Playlistcontainer::addPlaylist, "o"},
+        {"release", &Playlistcontainer::releaseDummy, ""},
+    };
+    for (const function_row& row : members) {
+        _function(row.name, row.member, row.signature);
+        record(row.name);
+    }
+    _event("onPlaylistAdded", &Playlistcontainer::_evt_get_PlaylistAdded,
+           &Playlistcontainer::_evt_set_PlaylistAdded);
+    // Read-only, unlike the others: its listeners come through "addEventListener" alone.
+    _attribute_get("onPlaylistMoved", &Playlistcontainer::_evt_get_PlaylistMoved);
+    _event("onContainerLoaded", &Playlistcontainer::_evt_get_ContainerLoaded,
+           &Playlistcontainer::_evt_set_ContainerLoaded);
+    _event("onPlaylistRemoved", &Playlistcontainer::_evt_get_PlaylistRemoved,
+           &Playlistcontainer::_evt_set_PlaylistRemoved);
+    for (const char* attribute :
+         {"onPlaylistAdded", "onPlaylistMoved", "onContainerLoaded", "onPlaylistRemoved"}) {
+        record(attribute);
+    }
+}
+
+Playlistcontainer::~Playlistcontainer() {
+    releaseHandle();
+    logger.trace("Playlistcontainer::~Playlistcontainer", "Destroying playlist container");
+}
+
+void Playlistcontainer::releaseHandle() noexcept {
+    if (!handle) {
+        return;
+    }
+    instances.erase(std::remove(instances.begin(), instances.end(), this), instances.end());
+    sp_playlistcontainer_remove_callbacks(handle.get(), &libraryCallbacks(), this);
+    handle.release();
+}
+
+// ---- Script functions ----
+
+void Playlistcontainer::playlist(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    sp_playlist* const found = retrieved(sp_playlistcontainer_playlist(handle.get(), index));
+    context.return_interface(Factory::getInstance().createPlaylist(shared_from_this(), found),
+                             false);
+}
+
+void Playlistcontainer::playlistType(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    context.return_number(sp_playlistcontainer_playlist_type(handle.get(), index));
+}
+
+void Playlistcontainer::numPlaylists(jspp::function_context& context) const {
+    context.return_number(sp_playlistcontainer_num_playlists(handle.get()));
+}
+
+void Playlistcontainer::playlistFolderName(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    // Stays empty for what is no folder.
+    std::array<char, 50> name{};
+    sp_playlistcontainer_playlist_folder_name(handle.get(), index, name.data(),
+                                              static_cast<int>(name.size()));
+    name.back() = '\0';
+    context.return_string(name.data());
+}
+
+void Playlistcontainer::isLoaded(jspp::function_context& context) const {
+    context.return_boolean(sp_playlistcontainer_is_loaded(handle.get()));
+}
+
+void Playlistcontainer::playlistFolderId(jspp::function_context& context) const {
+    const int index = context.integer(0);
+    const sp_uint64 id = sp_playlistcontainer_playlist_folder_id(handle.get(), index);
+    context.return_number(static_cast<double>(id));
+}
+
+void Playlistcontainer::owner(jspp::function_context& context) const {
+    sp_user* const user = retrieved(sp_playlistcontainer_owner(handle.get()));
+    context.return_interface(Factory::getInstance().createUser(user), false);
+}
+
+void Playlistcontainer::addPlaylist(jspp::function_context& context) const {
+    const orvo::shared_ptr<Playlist> added = context.interface_of<Playlist>(0);
+    sp_playlistcontainer* const to = handle.get();
+    sp_link* const link = retrieved(sp_link_create_from_playlist(added->getHandle()));
+    const Created<sp_link> created(link);
+    // The outcome shows in the events.
+    sp_playlistcontainer_add_playlist(to, link);
+}
+
+// Script's objects go when script lets them go.
+void Playlistcontainer::releaseDummy(jspp::function_context&) const {}
+
+// ---- libspotify's callbacks ----
+
+template <auto Handler, class... Arguments>
+void Playlistcontainer::route(sp_playlistcontainer*,
+                              Arguments... arguments,
+                              void* userData) noexcept {
+    const auto found = std::find(instances.begin(), instances.end(), userData);
+    if (found == instances.end()) {
+        return;
+    }
+    try {
+        // Nothing that the handler does takes the container away from under it.
+        const orvo::shared_ptr<Playlistcontainer> container = (*found)->shared_from_this();
+        if (container) {
+            (container.get()->*Handler)(arguments...);
+        }
+    } catch (...) {
+        logger.error("Playlistcontainer::route", ": out of memory, an event is lost");
+    }
+}
+
+sp_playlistcontainer_callbacks& Playlistcontainer::libraryCallbacks() {
+    static sp_playlistcontainer_callbacks callbacks{
+        &route<&Playlistcontainer::handlePlaylistAddedEvent, sp_playlist*, int>,
+        &route<&Playlistcontainer::handlePlaylistRemovedEvent, sp_playlist*, int>,
+        &route<&Playlistcontainer::handlePlaylistMovedEvent, sp_playlist*, int, int>,
+        &route<&Playlistcontainer::handleContainerLoadedEvent>,
+    };
+    return callbacks;
+}
+
+void Playlistcontainer::handlePlaylistAddedEvent(sp_playlist* added, int position) {
+    logger.trace("Playlistcontainer::handlePlaylistAddedEvent");
+    dispatch_event("PlaylistAdded", shared_from_this(),
+                   Factory::getInstance().createPlaylist(added), position);
+}
+
+void Playlistcontainer::handlePlaylistRemovedEvent(sp_playlist* removed, int position) {
+    logger.trace("Playlistcontainer::handlePlaylistRemovedEvent");
+    dispatch_event("PlaylistRemoved", shared_from_this(),
+                   Factory::getInstance().createPlaylist(removed), position);
+}
+
+void Playlistcontainer::handlePlaylistMovedEvent(sp_playlist* moved,
+                                                 int position,
+                                                 int newPosition) {
+    logger.trace("Playlistcontainer::handlePlaylistMovedEvent");
+    dispatch_event("PlaylistMoved", shared_from_this(),
+                   Factory::getInstance().createPlaylist(moved), position, newPosition);
+}
+
+void Playlistcontainer::handleContainerLoadedEvent() {
+    logger.trace("Playlistcontainer::handleContainerLoadedEvent");
+    dispatch_event("ContainerLoaded", shared_from_this());
+}

@@ -1,0 +1,59 @@
+#ifndef SONOLET_PLAYLISTCONTAINER_H
+#define SONOLET_PLAYLISTCONTAINER_H
+
+#include "Handle.h"
+#include "Object.h"
+#include "jspp/orvo/shared_ptr.h"
+
+#include <vector>
+
+// A user's list of playlists and folders, as script sees it. Made by Factory, which does not clear
+// it at logout.
+class Playlistcontainer final : public Object,
+                                public orvo::enable_shared_from_this<Playlistcontainer> {
+public:
+    // Throws when container or session is null.
+    Playlistcontainer(sp_session* librarySession,
+                      sp_playlistcontainer* playlistcontainer,
+                      const orvo::shared_ptr<LibWrapper>& libraryShare);
+    ~Playlistcontainer() override;
+
+private:
+    void playlist(jspp::function_context& context) const;
+    void playlistType(jspp::function_context& context) const;
+    void numPlaylists(jspp::function_context& context) const;
+    void playlistFolderName(jspp::function_context& context) const;
+    void isLoaded(jspp::function_context& context) const;
+    void playlistFolderId(jspp::function_context& context) const;
+    void owner(jspp::function_context& context) const;
+    void addPlaylist(jspp::function_context& context) const;
+    void releaseDummy(jspp::function_context& context) const;
+
+    void addMembers();
+
+    JSPP_EVENT_ATTRIBUTE(PlaylistAdded, "PlaylistAdded")
+    JSPP_EVENT_ATTRIBUTE(PlaylistMoved, "PlaylistMoved")
+    JSPP_EVENT_ATTRIBUTE(ContainerLoaded, "ContainerLoaded")
+    JSPP_EVENT_ATTRIBUTE(PlaylistRemoved, "PlaylistRemoved")
+
+    // ---- Handlers of libspotify's callbacks ----
+    void handlePlaylistAddedEvent(sp_playlist* added, int position);
+    void handlePlaylistRemovedEvent(sp_playlist* removed, int position);
+    void handlePlaylistMovedEvent(sp_playlist* moved, int position, int newPosition);
+    void handleContainerLoadedEvent();
+
+    // Finds the living container that a callback means and runs its handler.
+    template <auto Handler, class... Arguments>
+    static void route(sp_playlistcontainer* from, Arguments... arguments, void* userData) noexcept;
+    static sp_playlistcontainer_callbacks& libraryCallbacks();
+
+    // Takes the container off the live ones and away from libspotify's callbacks, too.
+    void releaseHandle() noexcept override;
+
+    // Every living container; script thread.
+    static std::vector<Playlistcontainer*> instances;
+
+    Handle<sp_playlistcontainer> handle;
+};
+
+#endif
