@@ -14,6 +14,9 @@ namespace sonolet::service {
 // that the picture and the wanted size are found from the id alone.
 inline constexpr std::size_t pictureDigestSize = 19;
 
+// What is beside the music and larger than this is no cover.
+inline constexpr std::int64_t largestPicture = 32 << 20;
+
 struct TrackRow {
     std::string title;
     std::vector<Id> artists;

@@ -129,6 +129,16 @@ std::string normalised(std::string_view name) {
     return result;
 }
 
+std::string hex(std::string_view bytes) {
+    constexpr char hexDigits[] = "0123456789abcdef";
+    std::string text;
+    for (const char character : bytes) {
+        const auto value = static_cast<unsigned char>(character);
+        text += {hexDigits[value >> 4], hexDigits[value & 15]};
+    }
+    return text;
+}
+
 std::string sha1(std::string_view data) {
     return checksum(G_CHECKSUM_SHA1, data);
 }

@@ -41,6 +41,9 @@ struct Id {
 // What two spellings of one name have in common: Unicode form, case and white space do not count.
 std::string normalised(std::string_view name);
 
+// Two hexadecimal digits for each byte.
+std::string hex(std::string_view bytes);
+
 // The digest of `data` in bytes: 20 of SHA-1, 32 of SHA-256.
 std::string sha1(std::string_view data);
 std::string sha256(std::string_view data);

@@ -20,7 +20,6 @@ namespace {
 constexpr std::size_t filesInBatch = 128;
 constexpr std::chrono::milliseconds batchTime(300);
 constexpr std::chrono::seconds reportTime(1);
-constexpr std::int64_t largestPicture = 32 << 20;
 
 // In the order in which they are preferred.
 constexpr std::array<const char*, 6> pictureNames = {"cover.jpg",  "cover.jpeg",  "cover.png",

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -15,6 +16,7 @@ namespace sonolet::service {
 namespace {
 
 constexpr std::size_t longestUserAgent = 255;
+constexpr char cacheSetting[] = "cache_megabytes";
 constexpr int sweden = 'S' << 8 | 'E';
 
 // How often changes that other processes make are looked for, in milliseconds.
@@ -93,6 +95,7 @@ void Session::openLibrary() {
 
 void Session::start() {
     worker = std::make_unique<Worker>();
+    startImages();
     startPlayer();
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
@@ -101,10 +104,20 @@ void Session::start() {
             // The last changes may be younger than the last look.
             shelves->refreshCatalogue();
             shelves->setScanned();
+            images->catalogueChanged();
             raise(&sp_session_callbacks::metadata_updated);
         });
     };
     scanner = std::make_unique<Scanner>(music, paths.catalogueFile(music), std::move(scanEvents));
+}
+
+void Session::startImages() {
+    const ImageLoader::Log logLine = [this](std::string line) { log(std::move(line)); };
+    auto loader =
+        std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music, logLine);
+    images = std::make_shared<Images>(std::move(loader), shelves, *worker, events, logLine);
+    const std::string megabytes = accounts().setting(cacheSetting).value_or("0");
+    images->setCacheSize(std::strtoull(megabytes.c_str(), nullptr, 10));
 }
 
 void Session::startPlayer() {
@@ -149,6 +162,9 @@ void Session::close() {
     player.reset();
     scanner.reset();
     worker.reset();
+    if (images != nullptr) {
+        images->close();
+    }
     events.close();
     queryStore.reset();
     cancelQueries();
@@ -209,6 +225,7 @@ int Session::timeout() const {
 
 void Session::lookForChanges() {
     if (shelves->refreshCatalogue()) {
+        images->catalogueChanged();
         events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
     }
     if (shelves->refreshAccounts()) {
@@ -386,7 +403,8 @@ int Session::homeCountry() {
 }
 
 sp_error Session::setCacheSize(std::size_t megabytes) const {
-    accounts().setSetting("cache_megabytes", std::to_string(megabytes));
+    accounts().setSetting(cacheSetting, std::to_string(megabytes));
+    images->setCacheSize(megabytes);
     return SP_ERROR_OK;
 }
 

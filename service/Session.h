@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_SESSION_H
 
 #include "EventQueue.h"
+#include "Images.h"
 #include "Library.h"
 #include "Query.h"
 #include "Scanner.h"
@@ -85,6 +86,9 @@ public:
     bool isStarred(const Track& track);
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
+    // `id` is 20 bytes, known or not.
+    Ref<sp_image> image(const std::string& id) { return images->image(id); }
+
     // Has the worker look for the answer. The query is told once, by processEvents(): with the
     // answer, or with an error when the user logs out before. A closed session tells nobody.
     void ask(Ref<Query> query);
@@ -102,6 +106,7 @@ private:
                Arguments... arguments);
 
     void openLibrary();
+    void startImages();
     void startPlayer();
     void checkCredentials(Check check, bool remember, bool issueBlob);
     void finishLogin(const Account& found, const std::string& blob);
@@ -153,6 +158,7 @@ private:
     std::unique_ptr<Player> player;
     std::unique_ptr<Scanner> scanner;
     std::unique_ptr<Worker> worker;
+    std::shared_ptr<Images> images;
 };
 
 }  // namespace sonolet::service

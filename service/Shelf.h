@@ -25,6 +25,15 @@ public:
         return Ref<Object>::adopt(place);
     }
 
+    // The living handle, or none.
+    Ref<Object> find(const Key& key) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto found = living.find(key);
+        return found != living.end() && found->second->tryAddRef()
+                   ? Ref<Object>::adopt(found->second)
+                   : Ref<Object>();
+    }
+
     // To be called by the destructor of `object`.
     void forget(const Key& key, const void* object) noexcept {
         const std::lock_guard<std::mutex> lock(mutex);

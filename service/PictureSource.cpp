@@ -1,0 +1,63 @@
+#include "PictureSource.h"
+
+#include "Catalogue.h"
+#include "Files.h"
+#include "Tags.h"
+
+#include <fcntl.h>
+
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+namespace sonolet::service {
+
+namespace {
+
+std::optional<std::string> pictureFile(const std::string& path) {
+    // Whatever has taken the file's place must not make the opening wait.
+    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return file.get() < 0 ? std::nullopt : readFile(file.get(), largestPicture);
+}
+
+std::optional<std::string> embeddedPicture(const std::string& path) {
+    try {
+        return readTags(path).picture;
+    } catch (const UnreadableFile&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+PictureSource::PictureSource(const std::string& catalogueFile, std::string musicFolder)
+    : music(std::move(musicFolder)), database(catalogueFile, Database::Durability::process),
+      listFiles(database,
+                "SELECT f.path, CASE WHEN t.picture_digest IS NULL THEN f.picture ELSE t.name END,"
+                " t.picture_digest IS NOT NULL FROM albums al JOIN tracks t ON t.album_id = al.id"
+                " JOIN folders f ON f.id = t.folder_id WHERE al.cover = ?1 AND t.present"
+                " AND COALESCE(t.picture_digest, f.picture_digest) = ?1"
+                " ORDER BY t.disc, t.number, t.link") {}
+
+std::optional<std::string> PictureSource::find(const std::string& digest) {
+    std::set<std::string> tried;
+    for (Cursor row = listFiles.run(Blob{digest}); row.next();) {
+        const std::string folder = row.text(0);
+        const std::string path =
+            (folder.empty() ? music : music + '/' + folder) + '/' + row.text(1);
+        if (!tried.insert(path).second) {
+            continue;
+        }
+        const auto picture = row.integer(2) != 0 ? embeddedPicture(path) : pictureFile(path);
+        if (picture && sha1(*picture).compare(0, pictureDigestSize, digest) == 0) {
+            return picture;
+        }
+    }
+    if (tried.empty()) {
+        return std::nullopt;
+    }
+    throw std::runtime_error("the picture is no longer in " + *tried.begin() +
+                             (tried.size() > 1 ? " or the other files that had it" : ""));
+}
+
+}  // namespace sonolet::service
