@@ -42,9 +42,7 @@ void Album::create(jspp::function_context& context) {
     logger.trace("Album::create");
     const std::string link = context.string(0);
     Session::requireLibrarySession();
-    // The link is never released: the service keeps one for each text.
-    sp_album* const album =
-        retrieved(sp_link_as_album(retrieved(sp_link_create_from_string(link.c_str()))));
+    sp_album* const album = namedBy(link, &sp_link_as_album);
     context.return_interface(Factory::getInstance().createAlbum(album), false);
 }
 

@@ -23,9 +23,7 @@ Artist::Artist(sp_session* librarySession,
 void Artist::create(jspp::function_context& context) {
     const std::string link = context.string(0);
     Session::requireLibrarySession();
-    // The link is never released: the service keeps one for each text.
-    sp_artist* const artist =
-        retrieved(sp_link_as_artist(retrieved(sp_link_create_from_string(link.c_str()))));
+    sp_artist* const artist = namedBy(link, &sp_link_as_artist);
     context.return_interface(Factory::getInstance().createArtist(artist), false);
 }
 

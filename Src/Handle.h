@@ -4,6 +4,7 @@
 #include "libspotify/api.h"
 
 #include <stdexcept>
+#include <string>
 
 // The add-ref and release functions of a kind of libspotify handle.
 template <class Kind>
@@ -81,6 +82,13 @@ Kind* retrieved(Kind* handle) {
         throwNotRetrieved();
     }
     return handle;
+}
+
+// What the link in a text names, borrowed from the link. Throws when it names nothing of that kind.
+// The link is deliberately never released: nothing but its borrower's own reference counts on it.
+template <class Kind>
+Kind* namedBy(const std::string& text, Kind* (*convert)(sp_link*)) {
+    return retrieved(convert(retrieved(sp_link_create_from_string(text.c_str()))));
 }
 
 // One counted reference to a libspotify handle, or none. Script thread.

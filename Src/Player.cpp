@@ -3,6 +3,7 @@
 #include "Logger.h"
 #include "Session.h"
 
+#include <new>
 #include <stdexcept>
 
 namespace TellusClientNamespace {
@@ -66,30 +67,41 @@ const char* lineOf(unsigned type) {
 
 Player::~Player() {
     releaseTrack();
+    awaitReleases();
+}
+
+Player::GrantedBackend::GrantedBackend(Player& owner, UVABackend* granted)
+    : player(owner), backend(granted) {
+    const orvo::scoped_lock lock(player.mutex);
+    ++player.unreleased;
+}
+
+Player::GrantedBackend::~GrantedBackend() {
+    UVAFactory::releaseBackend(backend);
+    const orvo::scoped_lock lock(player.mutex);
+    --player.unreleased;
+    player.released.notify_all();
+}
+
+void Player::awaitReleases() {
+    const orvo::scoped_lock lock(mutex);
+    while (unreleased != 0) {
+        released.wait(mutex);
+    }
 }
 
 // ---- The backend's thread ----
 
-bool Player::handleEvent(UVAEvent* event) {
+bool Player::handleEvent(UVAEvent* event) noexcept {
     static constexpr char function[] = "Player::handleEvent";
     switch (event->type) {
     case Release:
-        // Last, nothing of the player may be touched: the backend is gone when this returns.
+        // Once that has begun, another thread may end the player: nothing is touched afterwards.
         releaseTrack();
         break;
-    case NeedData: {
-        QueueShare waiting;
-        {
-            const orvo::scoped_lock lock(mutex);
-            waiting = queue;
-        }
-        if (waiting) {
-            waiting->push(event);
-        } else {
-            discard(event);
-        }
+    case NeedData:
+        queueRequest(event);
         break;
-    }
     case PlaybackFinished:
         logger.trace(function, "PlaybackFinished event received");
         Session::withInstance([](Session& session) { session.triggerTrackCompleteEvent(); });
@@ -108,6 +120,23 @@ bool Player::handleEvent(UVAEvent* event) {
     return true;
 }
 
+void Player::queueRequest(UVAEvent* request) {
+    try {
+        QueueShare waiting;
+        {
+            const orvo::scoped_lock lock(mutex);
+            waiting = queue;
+        }
+        if (waiting) {
+            waiting->push(request);
+            return;
+        }
+    } catch (const std::bad_alloc&) {
+        logger.error("Player::handleEvent", "out of memory, a request is dropped");
+    }
+    discard(request);
+}
+
 UVABackend* Player::getDRMBackend(const char* /*system*/) {
     return nullptr;
 }
@@ -116,6 +145,8 @@ UVABackend* Player::getDRMBackend(const char* /*system*/) {
 
 void Player::playTrack(AudioTrack* newTrack) {
     releaseTrack();
+    // A late event of the old backend must not meet the new queue.
+    awaitReleases();
     {
         const orvo::scoped_lock lock(mutex);
         track = newTrack;
@@ -164,7 +195,7 @@ void Player::createBackend() {
     if (!granted) {
         throw std::runtime_error(failure);
     }
-    const BackendShare share(granted, &destroyBackend);
+    const BackendShare share(new GrantedBackend(*this, granted));
     {
         const orvo::scoped_lock lock(mutex);
         if (!track) {
@@ -177,13 +208,9 @@ void Player::createBackend() {
     source.kind = 2;
     UVABackend::SourceDescription* sources[] = {&source, nullptr};
     // No URL: the data comes through the backend's requests.
-    if (share->setSource("", sources, 0) != 1) {
+    if ((*share)->setSource("", sources, 0) != 1) {
         throw std::runtime_error(failure);
     }
-}
-
-void Player::destroyBackend(UVABackend* backend) {
-    UVAFactory::releaseBackend(backend);
 }
 
 Player::BackendShare Player::backendInUse() const {
@@ -197,20 +224,20 @@ void Player::startPlaying() {
 
 void Player::resume() {
     if (const BackendShare inUse = backendInUse()) {
-        inUse->play();
+        (*inUse)->play();
     }
 }
 
 void Player::pause() {
     if (const BackendShare inUse = backendInUse()) {
-        inUse->pause(0);
+        (*inUse)->pause(0);
     }
 }
 
 double Player::getPosition() {
     double position = 0.0;
     if (const BackendShare inUse = backendInUse()) {
-        inUse->getPosition(position);
+        (*inUse)->getPosition(position);
     }
     return position;
 }
@@ -248,7 +275,7 @@ void Player::handleEventQueue() {
             }
         }
         requests->pop();
-        handleNeedDataEvent(*to, *from, request, status);
+        handleNeedDataEvent(**to, *from, request, status);
     }
 }
 

@@ -14,10 +14,12 @@ namespace TellusClientNamespace {
 // queued as they come and answered from the track's buffer on the script thread's tick.
 //
 // Threads: handleEvent() runs on the backend's thread, everything else on the script thread;
-// releaseTrack() on both. The lock guards the three fields alone and is never held while the
-// backend or its factory is called. Whoever calls the backend holds a share of it meanwhile, so
-// that it is released by the last one out, and never under a call. Ownership: tracks belong to the
-// session; the queue and the backend to the player, for as long as one track is attached.
+// releaseTrack() on both. The lock guards the fields alone and is never held while the backend or
+// its factory is called. Whoever calls the backend holds a share of it meanwhile, so that it is
+// released by the last one out, and never under a call. A backend may send events until its release
+// has returned, wherever that runs: the next track and the player's end wait for it. Ownership:
+// tracks belong to the session; the queue and the backend to the player, for as long as one track
+// is attached.
 class Player final : public UVAClient {
 public:
     Player() = default;
@@ -27,7 +29,7 @@ public:
     Player& operator=(const Player&) = delete;
 
     // The order of the virtual operations is that of UVAClient.
-    bool handleEvent(UVAEvent* event) override;
+    bool handleEvent(UVAEvent* event) noexcept override;
     // Null: no DRM backend is used.
     UVABackend* getDRMBackend(const char* system) override;
 
@@ -48,14 +50,31 @@ public:
 
 private:
     using QueueShare = orvo::shared_ptr<EventQueue>;
-    using BackendShare = orvo::shared_ptr<UVABackend>;
+
+    // A backend that the factory has granted; releases it.
+    class GrantedBackend final {
+    public:
+        GrantedBackend(Player& owner, UVABackend* granted);
+        ~GrantedBackend();
+        GrantedBackend(const GrantedBackend&) = delete;
+        GrantedBackend& operator=(const GrantedBackend&) = delete;
+
+        UVABackend& operator*() const { return *backend; }
+        UVABackend* operator->() const { return backend; }
+
+    private:
+        Player& player;
+        UVABackend* const backend;
+    };
+    using BackendShare = orvo::shared_ptr<GrantedBackend>;
 
     void createEventQueue() ORVO_REQUIRES(mutex);
     void createBackend() ORVO_EXCLUDES(mutex);
     void startPlaying();
     static void destroyEventQueue(EventQueue* queue);
-    static void destroyBackend(UVABackend* backend);
+    void awaitReleases() ORVO_EXCLUDES(mutex);
     static void discard(UVAEvent* event);
+    void queueRequest(UVAEvent* request) ORVO_EXCLUDES(mutex);
     BackendShare backendInUse() const ORVO_EXCLUDES(mutex);
     static void handleNeedDataEvent(UVABackend& to,
                                     AudioTrack& from,
@@ -66,6 +85,8 @@ private:
     AudioTrack* track ORVO_GUARDED_BY(mutex) = nullptr;  // not owned
     QueueShare queue ORVO_GUARDED_BY(mutex);
     BackendShare backend ORVO_GUARDED_BY(mutex);
+    int unreleased ORVO_GUARDED_BY(mutex) = 0;  // backends granted whose release has not returned
+    orvo::Condition released;
 };
 
 }  // namespace TellusClientNamespace

@@ -28,8 +28,7 @@ std::string textOf(const byte* imageId) {
     return text;
 }
 
-// The text of a link, cut at the size of the buffer. The link is never released: the service keeps
-// one for each text.
+// The text of a link, cut at the size of the buffer. The link is deliberately never released.
 std::string textOf(sp_link* link) {
     std::array<char, 100> buffer{};
     sp_link_as_string(retrieved(link), buffer.data(), static_cast<int>(buffer.size()));
@@ -90,55 +89,35 @@ void Playlist::init() {
         {"placeholderUri", &Playlist::placeholderUri, ""},
         {"release", &Playlist::release, ""},
     };
+    static const event_row events[] = {
+        JSPP_EVENT_ROW(Playlist, SubscribersChanged),
+        JSPP_EVENT_ROW(Playlist, PlaylistRenamed),
+        JSPP_EVENT_ROW(Playlist, PlaylistUpdateInProgress),
+        JSPP_EVENT_ROW(Playlist, TracksMoved),
+        JSPP_EVENT_ROW(Playlist, DescriptionChanged),
+        JSPP_EVENT_ROW(Playlist, TrackCreatedChanged),
+        JSPP_EVENT_ROW(Playlist, TracksRemoved),
+        JSPP_EVENT_ROW(Playlist, PlaylistStateChanged),
+        JSPP_EVENT_ROW(Playlist, TrackSeenChanged),
+        JSPP_EVENT_ROW(Playlist, TracksAdded),
+        JSPP_EVENT_ROW(Playlist, PlaylistMetadataUpdated),
+        JSPP_EVENT_ROW(Playlist, ImageChanged),
+        JSPP_EVENT_ROW(Playlist, TrackMessageChanged),
+    };
     try {
         for (const function_row& row : members) {
             _function(row.name, row.member, row.signature);
             record(row.name);
         }
-        addEvents();
+        _events(events);
+        for (const event_row& row : events) {
+            record(row.attribute);
+        }
     } catch (...) {
         // No destructor runs for a wrapper that was never finished.
         releaseHandle();
         throw;
     }
-}
-
-void Playlist::addEvents() {
-    _event("onSubscribersChanged", &Playlist::_evt_get_SubscribersChanged,
-           &Playlist::_evt_set_SubscribersChanged);
-    record("onSubscribersChanged");
-    _event("onPlaylistRenamed", &Playlist::_evt_get_PlaylistRenamed,
-           &Playlist::_evt_set_PlaylistRenamed);
-    record("onPlaylistRenamed");
-    _event("onPlaylistUpdateInProgress", &Playlist::_evt_get_PlaylistUpdateInProgress,
-           &Playlist::_evt_set_PlaylistUpdateInProgress);
-    record("onPlaylistUpdateInProgress");
-    _event("onTracksMoved", &Playlist::_evt_get_TracksMoved, &Playlist::_evt_set_TracksMoved);
-    record("onTracksMoved");
-    _event("onDescriptionChanged", &Playlist::_evt_get_DescriptionChanged,
-           &Playlist::_evt_set_DescriptionChanged);
-    record("onDescriptionChanged");
-    _event("onTrackCreatedChanged", &Playlist::_evt_get_TrackCreatedChanged,
-           &Playlist::_evt_set_TrackCreatedChanged);
-    record("onTrackCreatedChanged");
-    _event("onTracksRemoved", &Playlist::_evt_get_TracksRemoved, &Playlist::_evt_set_TracksRemoved);
-    record("onTracksRemoved");
-    _event("onPlaylistStateChanged", &Playlist::_evt_get_PlaylistStateChanged,
-           &Playlist::_evt_set_PlaylistStateChanged);
-    record("onPlaylistStateChanged");
-    _event("onTrackSeenChanged", &Playlist::_evt_get_TrackSeenChanged,
-           &Playlist::_evt_set_TrackSeenChanged);
-    record("onTrackSeenChanged");
-    _event("onTracksAdded", &Playlist::_evt_get_TracksAdded, &Playlist::_evt_set_TracksAdded);
-    record("onTracksAdded");
-    _event("onPlaylistMetadataUpdated", &Playlist::_evt_get_PlaylistMetadataUpdated,
-           &Playlist::_evt_set_PlaylistMetadataUpdated);
-    record("onPlaylistMetadataUpdated");
-    _event("onImageChanged", &Playlist::_evt_get_ImageChanged, &Playlist::_evt_set_ImageChanged);
-    record("onImageChanged");
-    _event("onTrackMessageChanged", &Playlist::_evt_get_TrackMessageChanged,
-           &Playlist::_evt_set_TrackMessageChanged);
-    record("onTrackMessageChanged");
 }
 
 Playlist::~Playlist() {
@@ -163,7 +142,7 @@ void Playlist::create(jspp::function_context& context) {
     const std::string text = context.string(0);
     logger.trace("Playlist::create", "uri = ", text);
     sp_session* const session = Session::requireLibrarySession();
-    // The link is never released: the service keeps one for each text.
+    // Deliberately never released.
     sp_link* const link = retrieved(sp_link_create_from_string(text.c_str()));
     sp_playlist* const playlist = retrieved(sp_playlist_create(session, link));
     const Created<sp_playlist> created(playlist);
@@ -346,6 +325,7 @@ sp_playlist_callbacks Playlist::libraryCallbacks() {
 void Playlist::handleTracksAddedEvent(sp_track* const* tracks, int count, int position) {
     logger.trace("Playlist::handleTracksAddedEvent");
     std::vector<orvo::shared_ptr<Track>> added;
+    added.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (int i = 0; i < count; ++i) {
         added.push_back(Factory::getInstance().createTrack(tracks[i]));
     }

@@ -40,7 +40,6 @@ public:
 
 private:
     void init();
-    void addEvents();
 
     void isInRam(jspp::function_context& context) const;
     void getImage(jspp::function_context& context) const;

@@ -52,17 +52,16 @@ void Playlistcontainer::addMembers() {
         _function(row.name, row.member, row.signature);
         record(row.name);
     }
-    _event("onPlaylistAdded", &Playlistcontainer::_evt_get_PlaylistAdded,
-           &Playlistcontainer::_evt_set_PlaylistAdded);
-    // Read-only, unlike the others: its listeners come through "addEventListener" alone.
-    _attribute_get("onPlaylistMoved", &Playlistcontainer::_evt_get_PlaylistMoved);
-    _event("onContainerLoaded", &Playlistcontainer::_evt_get_ContainerLoaded,
-           &Playlistcontainer::_evt_set_ContainerLoaded);
-    _event("onPlaylistRemoved", &Playlistcontainer::_evt_get_PlaylistRemoved,
-           &Playlistcontainer::_evt_set_PlaylistRemoved);
-    for (const char* attribute :
-         {"onPlaylistAdded", "onPlaylistMoved", "onContainerLoaded", "onPlaylistRemoved"}) {
-        record(attribute);
+    static const event_row events[] = {
+        JSPP_EVENT_ROW(Playlistcontainer, PlaylistAdded),
+        // Read-only, unlike the others: its listeners come through "addEventListener" alone.
+        {"onPlaylistMoved", &Playlistcontainer::_evt_get_PlaylistMoved, {}},
+        JSPP_EVENT_ROW(Playlistcontainer, ContainerLoaded),
+        JSPP_EVENT_ROW(Playlistcontainer, PlaylistRemoved),
+    };
+    _events(events);
+    for (const event_row& row : events) {
+        record(row.attribute);
     }
 }
 

@@ -65,26 +65,23 @@ Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(plugin
         {"signupGetUnacceptedLicenses", &Session::signupGetUnacceptedLicenses, ""},
         {"signupPerformAction", &Session::signupPerformAction, "n"},
     };
+    static const event_row events[] = {
+        JSPP_EVENT_ROW(Session, PlayTokenLost),
+        JSPP_EVENT_ROW(Session, LoggedIn),
+        JSPP_EVENT_ROW(Session, StreamingError),
+        JSPP_EVENT_ROW(Session, ConnectionError),
+        JSPP_EVENT_ROW(Session, UserinfoUpdated),
+        JSPP_EVENT_ROW(Session, LoggedOut),
+        JSPP_EVENT_ROW(Session, LogMessage),
+        JSPP_EVENT_ROW(Session, MessageToUser),
+        JSPP_EVENT_ROW(Session, EndOfTrack),
+        JSPP_EVENT_ROW(Session, MetaDataUpdated),
+        JSPP_EVENT_ROW(Session, CredentialsBlobUpdated),
+        JSPP_EVENT_ROW(Session, ShowTrialWelcome),
+    };
     _register();
     _functions(members);
-    _event("onPlayTokenLost", &Session::_evt_get_PlayTokenLost, &Session::_evt_set_PlayTokenLost);
-    _event("onLoggedIn", &Session::_evt_get_LoggedIn, &Session::_evt_set_LoggedIn);
-    _event("onStreamingError", &Session::_evt_get_StreamingError,
-           &Session::_evt_set_StreamingError);
-    _event("onConnectionError", &Session::_evt_get_ConnectionError,
-           &Session::_evt_set_ConnectionError);
-    _event("onUserinfoUpdated", &Session::_evt_get_UserinfoUpdated,
-           &Session::_evt_set_UserinfoUpdated);
-    _event("onLoggedOut", &Session::_evt_get_LoggedOut, &Session::_evt_set_LoggedOut);
-    _event("onLogMessage", &Session::_evt_get_LogMessage, &Session::_evt_set_LogMessage);
-    _event("onMessageToUser", &Session::_evt_get_MessageToUser, &Session::_evt_set_MessageToUser);
-    _event("onEndOfTrack", &Session::_evt_get_EndOfTrack, &Session::_evt_set_EndOfTrack);
-    _event("onMetaDataUpdated", &Session::_evt_get_MetaDataUpdated,
-           &Session::_evt_set_MetaDataUpdated);
-    _event("onCredentialsBlobUpdated", &Session::_evt_get_CredentialsBlobUpdated,
-           &Session::_evt_set_CredentialsBlobUpdated);
-    _event("onShowTrialWelcome", &Session::_evt_get_ShowTrialWelcome,
-           &Session::_evt_set_ShowTrialWelcome);
+    _events(events);
     instance.store(this);
 }
 

@@ -12,11 +12,14 @@ std::string buildVersion() {
 }  // namespace
 
 Sonolet::Sonolet() : versionText(buildVersion()) {
+    static const event_row events[] = {
+        JSPP_EVENT_ROW(Sonolet, TrackProgress),
+        JSPP_EVENT_ROW(Sonolet, Error),
+        JSPP_EVENT_ROW(Sonolet, LogMessage),
+        JSPP_EVENT_ROW(Sonolet, TrackComplete),
+    };
     _register();
-    _event("onTrackProgress", &Sonolet::_evt_get_TrackProgress, &Sonolet::_evt_set_TrackProgress);
-    _event("onError", &Sonolet::_evt_get_Error, &Sonolet::_evt_set_Error);
-    _event("onLogMessage", &Sonolet::_evt_get_LogMessage, &Sonolet::_evt_set_LogMessage);
-    _event("onTrackComplete", &Sonolet::_evt_get_TrackComplete, &Sonolet::_evt_set_TrackComplete);
+    _events(events);
     _function("version", &Sonolet::version, "");
 }
 

@@ -28,12 +28,15 @@ SpImage::SpImage(sp_session* librarySession,
         {"data", &SpImage::data, ""},
         {"id", &SpImage::id, ""},
     };
+    static const event_row events[] = {JSPP_EVENT_ROW(SpImage, ImageLoaded)};
     for (const function_row& row : members) {
         _function(row.name, row.member, row.signature);
         record(row.name);
     }
-    _event("onImageLoaded", &SpImage::_evt_get_ImageLoaded, &SpImage::_evt_set_ImageLoaded);
-    record("onImageLoaded");
+    _events(events);
+    for (const event_row& row : events) {
+        record(row.attribute);
+    }
     // Last: a constructor that throws leaves no callback behind.
     if (image) {
         sp_image_add_load_callback(image, &image_loaded, this);

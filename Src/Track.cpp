@@ -36,9 +36,7 @@ Track::Track(sp_session* librarySession,
 void Track::create(jspp::function_context& context) {
     const std::string link = context.string(0);
     Session::requireLibrarySession();
-    // The link is never released: the service keeps one for each text.
-    sp_track* const track =
-        retrieved(sp_link_as_track(retrieved(sp_link_create_from_string(link.c_str()))));
+    sp_track* const track = namedBy(link, &sp_link_as_track);
     context.return_interface(Factory::getInstance().createTrack(track), false);
 }
 

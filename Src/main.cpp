@@ -60,6 +60,8 @@ int document_interval(const jsplugin_obj*) noexcept {
         tick();
     } catch (const std::exception& error) {
         logger.error("document_interval", ": ", error.what());
+    } catch (...) {
+        logger.error("document_interval", ": unknown exception");
     }
     return 1;
 }

@@ -91,12 +91,15 @@ private:
             if (native) {
                 value.u.object = native->create_object(context, native);
                 value.type = JSP_TYPE_NATIVE_OBJECT;
+                kept = object(value.u.object, context);
             }
             return value;
         }
 
     private:
         const orvo::shared_ptr<T> native;
+        // Making the next argument may collect garbage, and nobody else holds this one yet.
+        mutable object kept;
     };
 
     std::vector<orvo::shared_ptr<_s_value_base>> values;

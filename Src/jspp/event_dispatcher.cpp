@@ -2,6 +2,8 @@
 
 #include "jspp/orvo/mutex.h"
 
+#include <iterator>
+
 namespace jspp {
 
 template <class Base>
@@ -19,6 +21,11 @@ void event_dispatcher<Base>::add_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
     const orvo::scoped_lock lock(this->table_mutex());
+    // Pages come and go, and the event may never be raised.
+    const auto [first, last] = listeners->equal_range(name);
+    for (auto entry = first; entry != last;) {
+        entry = entry->second.get() ? std::next(entry) : listeners->erase(entry);
+    }
     listeners->emplace(name, listener);
 }
 

@@ -43,12 +43,21 @@ protected:
     void add_event_listener(function_context& context);
     void remove_event_listener(function_context& context);
 
-    // Registers the attribute of an event.
-    void _event(const std::string& attribute,
-                interface::get_member getter,
-                interface::set_member setter) {
-        this->_attribute_get(attribute, getter);
-        this->_attribute_set(attribute, setter);
+    // A row of a class's table of event attributes; JSPP_EVENT_ROW writes one.
+    struct event_row {
+        const char* attribute;
+        interface::get_member getter;
+        interface::set_member setter;  // empty: read-only
+    };
+
+    template <class Rows>
+    void _events(const Rows& rows) {
+        for (const event_row& row : rows) {
+            this->_attribute_get(row.attribute, row.getter);
+            if (row.setter) {
+                this->_attribute_set(row.attribute, row.setter);
+            }
+        }
     }
 
     void get_handler(const std::string& event, result_context& context) const;
@@ -75,5 +84,9 @@ extern template class event_dispatcher<interface>;
     void _evt_set_##name(jspp::parameter_context& context) {                                       \
         this->set_handler(event, context);                                                         \
     }
+
+// The row of the attribute "on" + name in the table of a class.
+#define JSPP_EVENT_ROW(type, name)                                                                 \
+    { "on" #name, &type::_evt_get_##name, &type::_evt_set_##name }
 
 #endif

@@ -40,17 +40,22 @@ void logged(const char* function, const Body& body) noexcept {
     }
 }
 
-// A NULL-terminated copy that lives until process exit.
-char** copy_names(const std::vector<std::string>& names) {
-    auto* const copies = new char*[names.size() + 1];
-    char** next = copies;
-    for (const std::string& name : names) {
-        *next = new char[name.size() + 1];
-        std::memcpy(*next++, name.c_str(), name.size() + 1);
+// Names as the capabilities record wants them: NULL-terminated, for the life of the process.
+class name_list final {
+public:
+    explicit name_list(const std::vector<std::string>& names) : texts(names) {
+        for (std::string& text : texts) {
+            pointers.push_back(text.data());
+        }
+        pointers.push_back(nullptr);
     }
-    *next = nullptr;
-    return copies;
-}
+
+    char** get() { return pointers.data(); }
+
+private:
+    std::vector<std::string> texts;
+    std::vector<char*> pointers;
+};
 
 }  // namespace
 
@@ -82,13 +87,10 @@ int _js_global_functions::js_global_getter(jsplugin_obj* ctx,
     if (!functions.global_getter) {
         return JSP_GET_NO_VALUE;
     }
-    return guarded(result, nullptr, JSP_GET_EXCEPTION, [&]() -> int {
+    return guarded(result, nullptr, JSP_GET_EXCEPTION, [&] {
         jspp::result_context context(ctx, result);
         functions.global_getter(name, context);
-        if (!context.has_result()) {
-            return JSP_GET_NO_VALUE;
-        }
-        return context.cacheable() ? JSP_GET_VALUE_CACHE : JSP_GET_VALUE;
+        return context.getter_answer();
     });
 }
 
@@ -136,7 +138,7 @@ int _js_global_functions::js_handle_object(jsplugin_obj* global,
 }
 
 void _js_global_functions::js_global_gc_trace(jsplugin_obj* ctx) noexcept {
-    logged("js_global_gc_trace", [&] { jspp::__detail::mark_handles(ctx); });
+    jspp::__detail::mark_handles(ctx);
 }
 
 void _js_global_functions::js_unload(jsplugin_obj* ctx) noexcept {
@@ -145,7 +147,7 @@ void _js_global_functions::js_unload(jsplugin_obj* ctx) noexcept {
             functions.unload();
         }
     });
-    logged("js_unload", [&] { jspp::__detail::forget_handles(ctx); });
+    jspp::__detail::forget_handles(ctx);
     objects().remove_parent(ctx);
     // What still waits for the document would only be skipped; dropping it frees its arguments.
     logged("js_unload", [&] { callbacks().take(ctx); });
@@ -168,14 +170,22 @@ int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept
 int jsplugin_capabilities(struct jsplugin_capabilities** result,
                           struct jsplugin_callbacks* host_callbacks) {
     static constexpr char banner[] = "====== SONOLET LOADED ======\n";
-    std::fwrite(banner, 1, sizeof banner - 1, stderr);
-    js_load_plugin(functions);
-
-    static char** const global_names = copy_names(functions.global_names);
-    static char** const object_types = copy_names(functions.object_types);
     static struct jsplugin_capabilities capabilities;
-    capabilities.global_names = global_names;
-    capabilities.object_types = object_types;
+    std::fwrite(banner, 1, sizeof banner - 1, stderr);
+    try {
+        functions.global_names.clear();
+        functions.object_types.clear();
+        js_load_plugin(functions);
+        // Never freed: the host may look at them up to process exit.
+        static name_list& global_names = *new name_list(functions.global_names);
+        static name_list& object_types = *new name_list(functions.object_types);
+        capabilities.global_names = global_names.get();
+        capabilities.object_types = object_types.get();
+    } catch (const std::exception& error) {
+        // Another call tries again.
+        logger.error("jsplugin_capabilities", ": ", error.what());
+        return 1;
+    }
     capabilities.global_getter = &_js_global_functions::js_global_getter;
     capabilities.global_setter = nullptr;
     capabilities.init = &_js_global_functions::js_init;

@@ -17,18 +17,13 @@ using __detail::private_record;
 
 namespace {
 
+constexpr char not_ours[] = "Not a jspp interface";
+
 template <class Table>
 auto lookup(const Table& table, const std::string& name) {
     const auto entry = table.find(name);
     return entry == table.end() ? std::optional<typename Table::mapped_type>()
                                 : std::optional<typename Table::mapped_type>(entry->second);
-}
-
-int getter_answer(const result_context& context) noexcept {
-    if (!context.has_result()) {
-        return JSP_GET_NO_VALUE;
-    }
-    return context.cacheable() ? JSP_GET_VALUE_CACHE : JSP_GET_VALUE;
 }
 
 }  // namespace
@@ -145,7 +140,7 @@ void interface::adopt(jsplugin_obj* obj,
                       jsplugin_obj* document,
                       const orvo::shared_ptr<interface>& self) const {
     // From here on the object's destructor frees what follows.
-    obj->plugin_private = new private_record{self, std::string(), document};
+    obj->plugin_private = new private_record{self, std::string(), document, false};
     objects().add_object(obj, owner_object, true);
     const orvo::scoped_lock lock(*mutex);
     object_cache[document] = obj;
@@ -246,6 +241,10 @@ int interface::_static_getter(jsplugin_obj* obj,
 
 int interface::_static_setter(jsplugin_obj* obj, const char* name, jsplugin_value* value) noexcept {
     private_record& record = private_record::of(obj);
+    if (record.unloaded) {
+        __detail::set_exception(value, &record.scratch, not_ours);
+        return JSP_PUT_EXCEPTION;
+    }
     const orvo::shared_ptr<interface> self = record.self;
     return guarded(value, &record.scratch, JSP_PUT_EXCEPTION,
                    [&] { return self->_setter(obj, name, value); });
@@ -258,7 +257,7 @@ int interface::_static_call(jsplugin_obj* this_obj,
                             jsplugin_value* result) noexcept {
     // Script may call the function on anything, an object of another plug-in included.
     if (!this_obj || !objects().is_object(this_obj)) {
-        __detail::set_exception(result, nullptr, "Not a jspp interface");
+        __detail::set_exception(result, nullptr, not_ours);
         return JSP_CALL_EXCEPTION;
     }
     const auto* const name = static_cast<const std::string*>(function_obj->plugin_private);
@@ -313,7 +312,7 @@ int interface::_getter(jsplugin_obj* obj,
     } else {
         return JSP_GET_NO_PROPERTY;
     }
-    return getter_answer(context);
+    return context.getter_answer();
 }
 
 int interface::_setter(jsplugin_obj* obj, const std::string& name, jsplugin_value* value) {

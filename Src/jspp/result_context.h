@@ -49,6 +49,14 @@ public:
     bool has_result() const noexcept { return returned; }
     bool cacheable() const noexcept { return may_cache; }
 
+    // The answer of a getter that has run.
+    int getter_answer() const noexcept {
+        if (!returned) {
+            return JSP_GET_NO_VALUE;
+        }
+        return may_cache ? JSP_GET_VALUE_CACHE : JSP_GET_VALUE;
+    }
+
 private:
     void set_type(jsplugin_type type) noexcept;
     void set_text(jsplugin_type type, const std::string& string);

@@ -20,7 +20,10 @@ void callback_manager::add(jsplugin_obj* document,
     // Copied before the lock is taken; a vector that grows moves its calls.
     std::pair<object, call_parameters> call(function, parameters);
     const orvo::scoped_lock lock(mutex);
-    calls[document].push_back(std::move(call));
+    // A document that has unloaded meanwhile takes nothing out any more.
+    if (function.document() == document) {
+        calls[document].push_back(std::move(call));
+    }
 }
 
 callback_manager::pending callback_manager::take(jsplugin_obj* document) {

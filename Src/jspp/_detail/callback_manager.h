@@ -23,6 +23,7 @@ public:
     callback_manager(const callback_manager&) = delete;
     callback_manager& operator=(const callback_manager&) = delete;
 
+    // A call for a document that has gone is dropped.
     void add(jsplugin_obj* document, const object& function, const call_parameters& parameters)
         ORVO_EXCLUDES(mutex);
 

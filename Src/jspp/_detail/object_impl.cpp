@@ -38,6 +38,10 @@ class handle_list final {
 public:
     void add(const orvo::shared_ptr<record>& data) {
         const orvo::scoped_lock lock(mutex);
+        // A trace comes when memory is short, so what it needs is taken now.
+        if (spare.capacity() <= handles.size()) {
+            spare.reserve(2 * handles.size() + 8);
+        }
         handles.emplace(data.get(), data);
     }
 
@@ -46,21 +50,30 @@ public:
         handles.erase(data);
     }
 
-    std::vector<orvo::shared_ptr<record>> alive() {
-        std::vector<orvo::shared_ptr<record>> result;
+    // Calls `visit` with every living record. Never nested; script thread.
+    template <class Visit>
+    void for_each(const Visit& visit) noexcept {
+        std::vector<orvo::shared_ptr<record>> alive;
         {
             const orvo::scoped_lock lock(mutex);
-            result.reserve(handles.size());
+            alive.swap(spare);
             for (auto handle = handles.begin(); handle != handles.end();) {
                 if (orvo::shared_ptr<record> data = handle->second.lock()) {
-                    result.push_back(std::move(data));
+                    alive.push_back(std::move(data));
                     ++handle;
                 } else {
                     handle = handles.erase(handle);
                 }
             }
         }
-        return result;
+        for (const auto& data : alive) {
+            visit(*data);
+        }
+        alive.clear();
+        const orvo::scoped_lock lock(mutex);
+        if (alive.capacity() > spare.capacity()) {
+            spare.swap(alive);
+        }
     }
 
     static handle_list& instance() {
@@ -71,24 +84,25 @@ public:
 private:
     orvo::Mutex mutex;
     std::unordered_map<const record*, orvo::weak_ptr<record>> handles ORVO_GUARDED_BY(mutex);
+    std::vector<orvo::shared_ptr<record>> spare ORVO_GUARDED_BY(mutex);  // empty, with room for all
 };
 
 }  // namespace
 
-void mark_handles(jsplugin_obj* document) {
-    for (const auto& data : handle_list::instance().alive()) {
-        if (objects().find(data->obj, data->entry).document == document) {
-            g_orvo_callbacks->gc_mark(data->obj);
+void mark_handles(jsplugin_obj* document) noexcept {
+    handle_list::instance().for_each([document](const record& data) {
+        if (objects().find(data.obj, data.entry).document == document) {
+            g_orvo_callbacks->gc_mark(data.obj);
         }
-    }
+    });
 }
 
-void forget_handles(jsplugin_obj* document) {
-    for (const auto& data : handle_list::instance().alive()) {
-        if (objects().has_children(data->obj, document)) {
-            handle_list::instance().remove(data.get());
+void forget_handles(jsplugin_obj* document) noexcept {
+    handle_list::instance().for_each([document](const record& data) {
+        if (objects().has_children(data.obj, document)) {
+            handle_list::instance().remove(&data);
         }
-    }
+    });
 }
 
 }  // namespace __detail

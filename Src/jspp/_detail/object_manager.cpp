@@ -1,5 +1,8 @@
 #include "jspp/_detail/object_manager.h"
 
+#include "jspp/_detail/private_record.h"
+#include "jspp/interface.h"
+
 #include <stdexcept>
 
 namespace jspp::__detail {
@@ -67,7 +70,11 @@ void object_manager::remove_parent(jsplugin_obj* document) {
     const orvo::scoped_lock lock(mutex);
     const auto [first, last] = children.equal_range(document);
     for (auto child = first; child != last; ++child) {
-        owners.erase(child->second.object);
+        jsplugin_obj* const obj = child->second.object;
+        if (child->second.is_object && obj->plugin_private) {
+            private_record::of(obj).unloaded = true;
+        }
+        owners.erase(obj);
     }
     children.erase(first, last);
 }

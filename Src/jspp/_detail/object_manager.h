@@ -31,7 +31,7 @@ public:
     void add_object(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_EXCLUDES(mutex);
     void remove_object(jsplugin_obj* obj) ORVO_EXCLUDES(mutex);
 
-    // Removes every child of the document.
+    // Removes every child of the document. The script objects among them learn that it has gone.
     void remove_parent(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
 
     // Counts a handle to `obj`. An unknown object is added as a function, and leaves the registry

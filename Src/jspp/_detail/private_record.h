@@ -19,6 +19,7 @@ struct private_record {
     orvo::shared_ptr<interface> self;  // the script object keeps its native one alive
     std::string scratch;               // the last string result
     jsplugin_obj* document;            // key of the interface's cache; may have gone, only compared
+    bool unloaded = false;             // the document has gone, and no member may be used any more
 
     // REQUIRES: the registry knows `obj` as a plain object, or the host has just called one of our
     // callbacks for it.

@@ -21,7 +21,28 @@ public:
     void unlock() noexcept ORVO_RELEASE() { pthread_mutex_unlock(&mutex); }
 
 private:
+    friend class Condition;
+
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+// A POSIX condition variable: threads wait in it for what a mutex guards to change.
+class Condition final {
+public:
+    Condition() = default;
+    ~Condition() { pthread_cond_destroy(&condition); }
+
+    Condition(const Condition&) = delete;
+    Condition& operator=(const Condition&) = delete;
+
+    // Lets the mutex go while it waits. May return without a notification.
+    void wait(Mutex& held) noexcept ORVO_REQUIRES(held) {
+        pthread_cond_wait(&condition, &held.mutex);
+    }
+    void notify_all() noexcept { pthread_cond_broadcast(&condition); }
+
+private:
+    pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
 };
 
 // Holds a mutex for the length of a block.
