@@ -12,16 +12,7 @@ constexpr char scriptApiVersion[] = "12.8";
 
 }  // namespace
 
-Spotify::Spotify()
-    : sessionConfig(new SessionConfig), sonolet(new Sonolet), track(new Track), album(new Album),
-      artist(new Artist), playlist(new Playlist), spSignupPageEnums(new SpSignupPageEnums),
-      spSignupFeatureEnums(new SpSignupFeatureEnums), spSignupActionEnums(new SpSignupActionEnums),
-      spErrorEnums(new SpErrorEnums), spPlaylistTypeEnums(new SpPlaylistTypeEnums),
-      spTrackAvailabilityEnums(new SpTrackAvailabilityEnums),
-      spArtistbrowseTypeEnums(new SpArtistbrowseTypeEnums), spAlbumTypeEnums(new SpAlbumTypeEnums),
-      spImageFormatEnums(new SpImageFormatEnums), spRelationTypeEnums(new SpRelationTypeEnums),
-      spToplistTypeEnums(new SpToplistTypeEnums), spToplistRegionEnums(new SpToplistRegionEnums),
-      spSearchTypeEnums(new SpSearchTypeEnums), spPluginErrorEnums(new SpPluginErrorEnums) {
+Spotify::Spotify() {
     session = orvo::make_shared<Session>(sonolet);
 
     _register();

@@ -62,35 +62,37 @@ private:
 
     void errorMessage(jspp::function_context& context) const;
 
-    orvo::shared_ptr<Session> session;
-    orvo::shared_ptr<SessionConfig> sessionConfig;
-    orvo::shared_ptr<Sonolet> sonolet;
+    orvo::shared_ptr<Session> session;  // made with the Sonolet below
+    const orvo::shared_ptr<SessionConfig> sessionConfig{new SessionConfig};
+    const orvo::shared_ptr<Sonolet> sonolet{new Sonolet};
 
     // Constructor objects: their "create" makes the wrappers.
-    orvo::shared_ptr<Search> search;
-    orvo::shared_ptr<Albumbrowse> albumbrowse;
-    orvo::shared_ptr<Artistbrowse> artistbrowse;
-    orvo::shared_ptr<SpImage> spImage;
-    orvo::shared_ptr<Toplistbrowse> toplistbrowse;
-    orvo::shared_ptr<Track> track;
-    orvo::shared_ptr<Album> album;
-    orvo::shared_ptr<Artist> artist;
-    orvo::shared_ptr<Playlist> playlist;
+    const orvo::shared_ptr<Search> search{new Search};
+    const orvo::shared_ptr<Albumbrowse> albumbrowse{new Albumbrowse};
+    const orvo::shared_ptr<Artistbrowse> artistbrowse{new Artistbrowse};
+    const orvo::shared_ptr<SpImage> spImage{new SpImage};
+    const orvo::shared_ptr<Toplistbrowse> toplistbrowse{new Toplistbrowse};
+    const orvo::shared_ptr<Track> track{new Track};
+    const orvo::shared_ptr<Album> album{new Album};
+    const orvo::shared_ptr<Artist> artist{new Artist};
+    const orvo::shared_ptr<Playlist> playlist{new Playlist};
 
-    orvo::shared_ptr<SpSignupPageEnums> spSignupPageEnums;
-    orvo::shared_ptr<SpSignupFeatureEnums> spSignupFeatureEnums;
-    orvo::shared_ptr<SpSignupActionEnums> spSignupActionEnums;
-    orvo::shared_ptr<SpErrorEnums> spErrorEnums;
-    orvo::shared_ptr<SpPlaylistTypeEnums> spPlaylistTypeEnums;
-    orvo::shared_ptr<SpTrackAvailabilityEnums> spTrackAvailabilityEnums;
-    orvo::shared_ptr<SpArtistbrowseTypeEnums> spArtistbrowseTypeEnums;
-    orvo::shared_ptr<SpAlbumTypeEnums> spAlbumTypeEnums;
-    orvo::shared_ptr<SpImageFormatEnums> spImageFormatEnums;
-    orvo::shared_ptr<SpRelationTypeEnums> spRelationTypeEnums;
-    orvo::shared_ptr<SpToplistTypeEnums> spToplistTypeEnums;
-    orvo::shared_ptr<SpToplistRegionEnums> spToplistRegionEnums;
-    orvo::shared_ptr<SpSearchTypeEnums> spSearchTypeEnums;
-    orvo::shared_ptr<SpPluginErrorEnums> spPluginErrorEnums;
+    const orvo::shared_ptr<SpSignupPageEnums> spSignupPageEnums{new SpSignupPageEnums};
+    const orvo::shared_ptr<SpSignupFeatureEnums> spSignupFeatureEnums{new SpSignupFeatureEnums};
+    const orvo::shared_ptr<SpSignupActionEnums> spSignupActionEnums{new SpSignupActionEnums};
+    const orvo::shared_ptr<SpErrorEnums> spErrorEnums{new SpErrorEnums};
+    const orvo::shared_ptr<SpPlaylistTypeEnums> spPlaylistTypeEnums{new SpPlaylistTypeEnums};
+    const orvo::shared_ptr<SpTrackAvailabilityEnums> spTrackAvailabilityEnums{
+        new SpTrackAvailabilityEnums};
+    const orvo::shared_ptr<SpArtistbrowseTypeEnums> spArtistbrowseTypeEnums{
+        new SpArtistbrowseTypeEnums};
+    const orvo::shared_ptr<SpAlbumTypeEnums> spAlbumTypeEnums{new SpAlbumTypeEnums};
+    const orvo::shared_ptr<SpImageFormatEnums> spImageFormatEnums{new SpImageFormatEnums};
+    const orvo::shared_ptr<SpRelationTypeEnums> spRelationTypeEnums{new SpRelationTypeEnums};
+    const orvo::shared_ptr<SpToplistTypeEnums> spToplistTypeEnums{new SpToplistTypeEnums};
+    const orvo::shared_ptr<SpToplistRegionEnums> spToplistRegionEnums{new SpToplistRegionEnums};
+    const orvo::shared_ptr<SpSearchTypeEnums> spSearchTypeEnums{new SpSearchTypeEnums};
+    const orvo::shared_ptr<SpPluginErrorEnums> spPluginErrorEnums{new SpPluginErrorEnums};
 };
 
 // Created while the plug-in is loaded, released by the process's exit handlers.
