@@ -126,7 +126,7 @@ TEST_P(SelfCheckingPage, Passes) {
 
 INSTANTIATE_TEST_SUITE_P(Pages,
                          SelfCheckingPage,
-                         testing::Values("root", "session", "catalogue", "events", "playback"),
+                         testing::Values("root", "session", "catalogue", "queries", "images", "events", "playback"),
                          [](const auto& page) { return std::string(page.param); });
 
 // ---- Sound ----

@@ -3,6 +3,11 @@ test.run(
     () => {
         test.same(Spotify, Spotify, "the root is one object");
         test.same(Spotify.Session, Spotify.Session, "an attribute answers one object");
+        for (const kind of ["Search", "Albumbrowse", "Artistbrowse", "SpImage", "Toplistbrowse",
+            "Track", "Album", "Artist", "Playlist"]) {
+            test.same(typeof Spotify[kind].create, "function", `${kind} creates`);
+            test.same(Spotify[kind].name, undefined, `${kind} itself is none`);
+        }
         test.same(Spotify.SPOTIFY_API_VERSION, 12, "API version");
         test.same(Spotify.SPOTIFY_JS_API_VERSION, "12.8", "script API version");
         test.ok(/^12\.8\/.+/.test(Spotify.Sonolet.version()), "version names the library's build");
