@@ -1,125 +1,157 @@
-// The command that keeps the accounts, and stars and play counts that belong to them.
+// The command that keeps the accounts, and what belongs to one: playing, stars and play counts.
 
 #include "Accounts.h"
 
 #include "TestMusic.h"
 #include "TestSession.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <string>
+#include <optional>
 #include <tuple>
 
 namespace sonolet::test {
-
 namespace {
 
 Ran user(const std::string& arguments, const std::string& input = "") {
-    return runProgram("printf '" + input + "' | " SONOLET_USER " " + arguments + " 2>&1");
+    return run("printf '" + input + "' | " SONOLET_USER " " + arguments);
 }
 
 TEST(UserCommand, MakesListsAndRemovesAccounts) {
     const TestMusic music;
-    EXPECT_EQ(user("list").output, "listener\n");
-    EXPECT_EQ(user("add Ann", "secret\\n").status, 0);
-    EXPECT_EQ(user("add Zo\xc3\xab", "no newline").status, 0);
-    EXPECT_EQ(user("list").output, "ann\nlistener\nzo\xc3\xab\n");
+    const std::string list = SONOLET_USER " list & ";
+    EXPECT_EQ(run(list + list + list + "wait").output, "listener\nlistener\nlistener\n")
+        << "several processes may be the first";
+    EXPECT_EQ(user("add Zoë", "no newline").status, 0);
     {
         TestSession session;
+        EXPECT_EQ(session.login("listener", "listener"), SP_ERROR_OK);
+        EXPECT_EQ(sp_session_num_friends(session.get()), 1);
+        EXPECT_EQ(user("add Ann", "secret\\n").status, 0);
+        ASSERT_TRUE(session.untilHeard("userinfo", 2)) << "made by another process";
+        ASSERT_EQ(sp_session_num_friends(session.get()), 2);
+        sp_user* ann = sp_session_friend(session.get(), 0);
+        EXPECT_STREQ(sp_user_canonical_name(ann), "ann");
+        EXPECT_STREQ(sp_user_display_name(ann), "Ann");
+        EXPECT_EQ(sp_user_relation_type(session.get(), ann), SP_RELATION_TYPE_BIDIRECTIONAL);
+        EXPECT_EQ(session.login("zoë", "no newline"), SP_ERROR_OK);
         EXPECT_EQ(session.login("ann", "secret"), SP_ERROR_OK);
-        EXPECT_EQ(session.login("zo\xc3\xab", "no newline"), SP_ERROR_OK);
         EXPECT_EQ(user("passwd ann", "other\\n").status, 0);
         EXPECT_EQ(session.login("ann", "secret"), SP_ERROR_BAD_USERNAME_OR_PASSWORD);
         EXPECT_EQ(session.login("ann", "other"), SP_ERROR_OK);
     }
     EXPECT_EQ(user("remove listener").status, 0);
-    EXPECT_EQ(user("list").output, "ann\nzo\xc3\xab\n") << "the first account stays away";
-}
+    EXPECT_EQ(user("list").output, "ann\nzoë\n") << "the first account stays away";
 
-TEST(UserCommand, SeveralProcessesMayBeTheFirst) {
-    const TestMusic music;
-    const std::string list = "(" SONOLET_USER " list 2>&1) & ";
-    const Ran ran = runProgram(list + list + list + list + "wait");
-    EXPECT_EQ(ran.output, "listener\nlistener\nlistener\nlistener\n");
-}
-
-TEST(UserCommand, SaysWhatIsWrong) {
-    const TestMusic music;
     for (const auto& [arguments, input, status, text] :
-         {std::tuple{"add listener", "x\\n", 1, "exists already"},
-          std::tuple{"add new", "", 1, "no password was given"},
-          std::tuple{"add a:b", "x\\n", 1, "a user name has no ':'"},
-          std::tuple{"add ''", "x\\n", 1, "1 to 64 bytes"},
-          std::tuple{"remove nobody", "", 1, "there is no user nobody"},
-          std::tuple{"passwd nobody", "x\\n", 1, "there is no user nobody"},
-          std::tuple{"add", "", 2, "Usage:"}, std::tuple{"shout", "", 2, "Usage:"}}) {
+         {std::tuple{"add ann", "x\\n", 1, "exists already"},
+          {"add new", "", 1, "no password was given"},
+          {"add a:b", "x\\n", 1, "a user name has no ':'"},
+          {"add ''", "x\\n", 1, "1 to 64 bytes"},
+          {"remove nobody", "", 1, "there is no user nobody"},
+          {"passwd nobody", "x\\n", 1, "there is no user nobody"},
+          {"shout", "", 2, "Usage:"}}) {
         const Ran ran = user(arguments, input);
         EXPECT_EQ(ran.status, status) << arguments;
-        EXPECT_NE(ran.output.find(text), std::string::npos) << arguments << ": " << ran.output;
+        EXPECT_THAT(ran.output, testing::HasSubstr(text)) << arguments;
     }
-    EXPECT_EQ(user("list").output, "listener\n");
+    EXPECT_EQ(user("list").output, "ann\nzoë\n");
 }
 
-TEST(Stars, BelongToAUserAndOutliveTheSession) {
+struct AccountTest : testing::Test {
+    void SetUp() override {
+        music.add("song.wav", "TITLE=Song", 44100);
+        session.emplace(TestSession::State::Scanned);
+        track = trackOf(TestMusic::link("Song"));
+        EXPECT_EQ(load(), SP_ERROR_PERMISSION_DENIED) << "nobody is logged in";
+        ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+        ASSERT_EQ(load(), SP_ERROR_OK);
+    }
+
+    sp_error load() const { return sp_session_player_load(session->get(), track.get()); }
+    sp_error play() const { return sp_session_player_play(session->get(), true); }
+    sp_error seek(int offset) const { return sp_session_player_seek(session->get(), offset); }
+
     const TestMusic music;
-    music.add("one.wav", {{"TITLE", "One"}});
-    music.add("two.wav", {{"TITLE", "Two"}});
-    ASSERT_EQ(user("add ann", "secret\\n").status, 0);
-    const auto linked = [&](const char* title) {
-        return sp_link_create_from_string(music.link(title).c_str());
+    std::optional<TestSession> session;
+    std::shared_ptr<sp_track> track;
+};
+
+TEST_F(AccountTest, PlaysToTheEndAndCountsIt) {
+    EXPECT_EQ(seek(-1), SP_ERROR_INVALID_INDATA);
+    EXPECT_EQ(seek(1001), SP_ERROR_INVALID_INDATA);
+    EXPECT_EQ(sp_track_popularity(track.get()), 0);
+    ASSERT_EQ(play(), SP_ERROR_OK);
+    ASSERT_TRUE(session->until([&] { return session->ended.load(); }));
+    EXPECT_EQ(session->delivered, sweep(44100));
+    ASSERT_TRUE(session->until([&] { return sp_track_popularity(track.get()) == 100; }));
+    EXPECT_EQ(sp_session_player_unload(session->get()), SP_ERROR_OK);
+    EXPECT_EQ(play(), SP_ERROR_NO_STREAM_AVAILABLE);
+}
+
+TEST_F(AccountTest, StarsBelongToAUserAndOutliveTheSession) {
+    const auto star = [this](sp_track** tracks, int count) {
+        return sp_track_set_starred(session->get(), tracks, count, true);
     };
-    {
-        TestSession session;
-        ASSERT_TRUE(session.untilScanned());
-        sp_link* links[] = {linked("One"), linked("Two")};
-        sp_track* tracks[] = {sp_link_as_track(links[0]), sp_link_as_track(links[1])};
-        EXPECT_EQ(sp_track_set_starred(session.get(), tracks, 2, true), SP_ERROR_PERMISSION_DENIED)
-            << "nobody is logged in";
-        ASSERT_EQ(session.login("listener", "listener"), SP_ERROR_OK);
-        EXPECT_EQ(sp_track_set_starred(session.get(), nullptr, 1, true), SP_ERROR_INVALID_INDATA);
-        EXPECT_EQ(sp_track_set_starred(session.get(), tracks, -1, true), SP_ERROR_INVALID_INDATA);
-        EXPECT_EQ(sp_track_set_starred(session.get(), tracks, 2, true), SP_ERROR_OK);
-        EXPECT_EQ(sp_track_set_starred(session.get(), tracks + 1, 1, false), SP_ERROR_OK);
-        EXPECT_TRUE(sp_track_is_starred(session.get(), tracks[0]));
-        EXPECT_FALSE(sp_track_is_starred(session.get(), tracks[1]));
-        sp_link_release(links[0]);
-        sp_link_release(links[1]);
-    }
-    TestSession session;
-    sp_link* link = linked("One");
-    sp_track* track = sp_link_as_track(link);
-    ASSERT_EQ(session.login("ann", "secret"), SP_ERROR_OK);
-    EXPECT_FALSE(sp_track_is_starred(session.get(), track)) << "another user's star";
-    ASSERT_EQ(session.login("listener", "listener"), SP_ERROR_OK);
-    EXPECT_EQ(session.heard("logged_out"), 1U) << "a user gives way to the next";
-    EXPECT_TRUE(sp_track_is_starred(session.get(), track));
-    sp_link_release(link);
+    sp_track* tracks[] = {track.get()};
+    EXPECT_EQ(star(nullptr, 1), SP_ERROR_INVALID_INDATA);
+    EXPECT_EQ(star(tracks, -1), SP_ERROR_INVALID_INDATA);
+    EXPECT_EQ(star(tracks, 1), SP_ERROR_OK);
+    ASSERT_EQ(run("echo secret | " SONOLET_USER " add ann").status, 0);
+    ASSERT_EQ(session->login("ann", "secret"), SP_ERROR_OK);
+    EXPECT_EQ(session->heard("logged_out"), 1U) << "a user gives way to the next";
+    EXPECT_FALSE(sp_track_is_starred(session->get(), track.get())) << "another user's star";
+    session.reset();
+    session.emplace();
+    track = trackOf(TestMusic::link("Song"));
+    ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+    EXPECT_TRUE(sp_track_is_starred(session->get(), track.get()));
 }
 
-TEST(Popularity, ComparesWithTheMostPlayedTrack) {
+TEST_F(AccountTest, AnotherSessionTakesPlaybackOver) {
+    ASSERT_EQ(play(), SP_ERROR_OK);
+    service::Accounts elsewhere(TestMusic::paths().accountsFile());
+    const auto listener = elsewhere.find("listener")->id;
+    elsewhere.takePlayToken(listener, "another process");
+    ASSERT_TRUE(session->untilHeard("token lost"));
+    ASSERT_EQ(play(), SP_ERROR_OK) << "and takes it back";
+    EXPECT_NE(elsewhere.playToken(listener), "another process");
+    EXPECT_EQ(session->heard("token lost"), 1U);
+}
+
+TEST_F(AccountTest, PlayingEndsWithALogoutAndRefusesWhatIsNotThere) {
+    ASSERT_EQ(play(), SP_ERROR_OK);
+    ASSERT_EQ(sp_session_logout(session->get()), SP_ERROR_OK);
+    const std::size_t delivered = session->delivered.size();
+    ASSERT_TRUE(session->untilHeard("logged_out"));
+    EXPECT_EQ(session->delivered.size(), delivered);
+    EXPECT_EQ(play(), SP_ERROR_NO_STREAM_AVAILABLE);
+
+    ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+    EXPECT_EQ(sp_session_player_load(session->get(), nullptr), SP_ERROR_INVALID_INDATA);
+    std::filesystem::remove(music.path("song.wav"));
+    EXPECT_NE(load(), SP_ERROR_OK) << "gone since the scan";
+    EXPECT_EQ(play(), SP_ERROR_NO_STREAM_AVAILABLE);
+}
+
+TEST(Popularity, ComparesWithTheMostPlayedTrackOfAllUsers) {
     const TestMusic music;
-    service::Accounts accounts(music.accountsFile());
-    const std::int64_t listener = accounts.find("listener")->id;
+    service::Accounts accounts(TestMusic::paths().accountsFile());
+    accounts.add("ann", service::Secret("secret"));
     const service::Id often = service::Id::digest({"often"});
     const service::Id seldom = service::Id::digest({"seldom"});
+    const auto played = [&](const char* name, const service::Id& track, int times) {
+        for (int play = 0; play < times; ++play) {
+            accounts.recordPlay(accounts.find(name)->id, track);
+        }
+        return accounts.popularity(track);
+    };
     EXPECT_EQ(accounts.popularity(often), 0);
-    accounts.recordPlay(listener, seldom);
-    EXPECT_EQ(accounts.popularity(seldom), 100);
-    for (int play = 0; play < 20; ++play) {
-        accounts.recordPlay(listener, often);
-    }
-    EXPECT_EQ(accounts.popularity(often), 100);
-    EXPECT_GT(accounts.popularity(seldom), 0);
-    EXPECT_LT(accounts.popularity(seldom), 50);
-    service::Accounts elsewhere(music.accountsFile());
-    elsewhere.add("ann", service::Secret("secret"));
-    const std::int64_t ann = elsewhere.find("ann")->id;
-    for (int play = 0; play < 30; ++play) {
-        elsewhere.recordPlay(ann, seldom);
-    }
-    EXPECT_EQ(accounts.popularity(seldom), 100) << "every user's plays count";
+    EXPECT_EQ(played("listener", seldom, 1), 100);
+    EXPECT_EQ(played("listener", often, 20), 100);
+    EXPECT_NEAR(accounts.popularity(seldom), 25, 24);
+    EXPECT_EQ(played("ann", seldom, 30), 100);
 }
 
 }  // namespace
-
 }  // namespace sonolet::test

@@ -1,58 +1,107 @@
 #ifndef SONOLET_TESTS_SERVICE_TESTMUSIC_H
 #define SONOLET_TESTS_SERVICE_TESTMUSIC_H
 
-#include "Id.h"
-#include "TestFiles.h"
+#include "Catalogue.h"
+#include "StatePaths.h"
+#include "player/TestFiles.h"
 
-#include <initializer_list>
-#include <string>
-#include <utility>
-#include <vector>
+#include <fileref.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <tpropertymap.h>
+
+#include <cstdio>
+#include <map>
+#include <sstream>
 
 namespace sonolet::test {
 
-// Tag names and values, as tag libraries call them: {"ALBUMARTIST", "Nobody"}. A name given twice
-// has two values.
-using TagList = std::vector<std::pair<std::string, std::string>>;
-
-// A folder of music and a folder of state, named in the environment while this lives.
+// A folder of music and a folder of state, named in the environment while nothing else is.
 class TestMusic final {
 public:
-    TestMusic();
-    ~TestMusic();
+    TestMusic() {
+        // No other thread is there yet. NOLINTBEGIN(concurrency-mt-unsafe)
+        setenv("SONOLET_MUSIC", music.path("").c_str(), 1);
+        setenv("SONOLET_STATE", stateFolder().c_str(), 1);
+        // NOLINTEND(concurrency-mt-unsafe)
+    }
 
-    TestMusic(const TestMusic&) = delete;
-    TestMusic& operator=(const TestMusic&) = delete;
-
-    // A short WAV file; folders are made on the way.
-    void add(const std::string& name, const TagList& tags, std::size_t frames = 441) const;
-    void encode(const std::string& name, const std::string& elements, const TagList& tags) const;
-    void tag(const std::string& name, const TagList& tags) const;
-    void write(const std::string& name, const std::string& bytes) const;
-    void remove(const std::string& name) const;
+    // A short WAV file with tags as "TITLE=Song|ARTIST=Ann|ARTIST=Bob".
+    void add(const std::string& name, const std::string& tags, std::size_t frames = 441) const {
+        music.write(name, "");
+        music.writeWav(name, sweep(frames));
+        tag(name, tags);
+    }
+    void
+    encode(const std::string& name, const std::string& elements, const std::string& tags) const {
+        std::filesystem::rename(state.encode(name, sweep(22050), elements), path(name));
+        tag(name, tags);
+    }
+    void write(const std::string& name, const std::string& bytes) const {
+        music.write(name, bytes);
+    }
+    void move(const std::string& from, const std::string& to) const {
+        std::filesystem::rename(path(from), path(to));
+    }
     std::string path(const std::string& name) const { return music.path(name); }
 
-    std::string accountsFile() const;
-    std::string catalogueFile() const;
     std::string stateFolder() const { return state.path("state"); }
+    static service::StatePaths paths() { return service::StatePaths::prepare(nullptr, nullptr); }
+    static std::string catalogueFile() { return paths().catalogueFile(service::musicFolder()); }
 
-    // The link of the one track with this title, as the catalogue has it; fails the test when
-    // there is none.
-    std::string link(const std::string& title) const;
-    // "title by artist on album" of all available tracks, sorted.
-    std::vector<std::string> titles() const;
+    // The links of all available tracks by "title by artist on album".
+    static std::multimap<std::string, std::string> tracks() {
+        service::Catalogue catalogue(catalogueFile());
+        std::multimap<std::string, std::string> tracks;
+        for (const service::Id& id : catalogue.tracks()) {
+            const auto track = catalogue.track(id);
+            tracks.emplace(track->title + " by " + catalogue.artist(track->artists.at(0))->name +
+                               " on " + catalogue.album(track->album)->name,
+                           "spotify:track:" + id.text());
+        }
+        return tracks;
+    }
+    static std::string link(const std::string& title) {
+        const auto all = tracks();
+        const auto found = all.lower_bound(title + " by ");
+        return found == all.end() ? "no link" : found->second;
+    }
 
 private:
+    void tag(const std::string& name, const std::string& tags) const {
+        TagLib::PropertyMap properties;
+        std::istringstream stream(tags);
+        for (std::string key, value;
+             std::getline(stream, key, '=') && std::getline(stream, value, '|');) {
+            properties[key].append(TagLib::String(value, TagLib::String::UTF8));
+        }
+        if (!properties.isEmpty()) {
+            TagLib::FileRef file(path(name).c_str(), false);
+            file.file()->setProperties(properties);
+            ASSERT_TRUE(file.save()) << name;
+        }
+    }
+
     TestFiles music;
     TestFiles state;
 };
 
-// What a program says on its standard output and how it ends. The first argument is the program.
+// How a command line ends, and what it says.
 struct Ran {
     int status = -1;
     std::string output;
 };
-Ran runProgram(const std::string& commandLine);
+inline Ran run(const std::string& commandLine) {
+    Ran ran;
+    FILE* pipe = popen(("(" + commandLine + ") 2>&1").c_str(), "r");
+    for (int character = 0; (character = std::fgetc(pipe)) != EOF;) {
+        ran.output.push_back(static_cast<char>(character));
+    }
+    const int status = pclose(pipe);
+    ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return ran;
+}
 
 }  // namespace sonolet::test
 

@@ -1,9 +1,14 @@
 #ifndef SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 #define SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 
-#include <cstddef>
+#include <gst/gst.h>
+#include <stdlib.h>
+
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,36 +18,83 @@ namespace sonolet::test {
 using Samples = std::vector<std::int16_t>;
 
 // A rising tone: every place in it looks different, so that an offset shows.
-Samples sweep(std::size_t frames);
+inline Samples sweep(std::size_t frames) {
+    Samples samples;
+    double phase = 0;
+    for (std::size_t i = 0; i < frames; ++i) {
+        phase += 2 * M_PI * (300.0 + 3000.0 * static_cast<double>(i) / 88200.0) / 44100.0;
+        samples.push_back(static_cast<std::int16_t>(std::lround(12000 * std::sin(phase))));
+        samples.push_back(static_cast<std::int16_t>(std::lround(12000 * std::cos(phase))));
+    }
+    return samples;
+}
 
 // Every frame tells its file and its place: left is `file`, right counts frames.
-Samples numbered(std::int16_t file, std::size_t frames);
+inline Samples numbered(std::int16_t file, std::size_t frames) {
+    Samples samples;
+    for (std::size_t i = 0; i < frames; ++i) {
+        samples.insert(samples.end(), {file, static_cast<std::int16_t>(i)});
+    }
+    return samples;
+}
 
-// A folder of sound files that goes away with it.
+// A folder of files that goes away with it. What makes a file answers its path.
 class TestFiles final {
 public:
-    TestFiles();
-    ~TestFiles();
-
+    TestFiles() : folder(std::filesystem::temp_directory_path() / "sonolet-test-XXXXXX") {
+        gst_init(nullptr, nullptr);
+        if (mkdtemp(folder.data()) == nullptr) {
+            throw std::runtime_error("no folder for test files");
+        }
+    }
+    ~TestFiles() { std::filesystem::remove_all(folder); }
     TestFiles(const TestFiles&) = delete;
     TestFiles& operator=(const TestFiles&) = delete;
 
-    std::string path(const std::string& name) const { return folder / name; }
-    std::string write(const std::string& name, const std::string& bytes) const;
+    std::string path(const std::string& name) const { return folder + '/' + name; }
+
+    std::string write(const std::string& name, const std::string& bytes) const {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << bytes;
+        return path(name);
+    }
+
     std::string writeWav(const std::string& name,
                          const Samples& samples,
-                         int channels = 2,
-                         int rate = 44100) const;
+                         std::uint32_t channels = 2,
+                         std::uint32_t rate = 44100) const {
+        // "RIFF", "WAVE", "fmt ", "data", in this machine's order of bytes.
+        const auto size = static_cast<std::uint32_t>(samples.size() * 2);
+        const std::vector<std::uint32_t> format{16, 1 | channels << 16, rate, rate * channels * 2,
+                                                channels * 2 | 16U << 16};
+        std::vector<std::uint32_t> header{0x46464952, 36 + size, 0x45564157, 0x20746d66};
+        header.insert(header.end(), format.begin(), format.end());
+        header.insert(header.end(), {0x61746164, size});
+        std::string bytes(reinterpret_cast<const char*>(header.data()), 44);
+        return write(name, bytes.append(reinterpret_cast<const char*>(samples.data()), size));
+    }
 
     // Runs the samples through GStreamer elements ("flacenc", "vorbisenc ! oggmux").
     std::string
-    encode(const std::string& name, const Samples& samples, const std::string& elements) const;
-
-    // Keeps the first `share` of a file.
-    void truncate(const std::string& name, double share) const;
+    encode(const std::string& name, const Samples& samples, const std::string& elements) const {
+        const std::string line = "filesrc location=" + writeWav(name + ".source", samples) +
+                                 " ! wavparse ! audioconvert ! audioresample ! " + elements +
+                                 " ! filesink location=" + path(name);
+        GstElement* pipeline = gst_parse_launch(line.c_str(), nullptr);
+        GstBus* bus = gst_element_get_bus(pipeline);
+        gst_element_set_state(pipeline, GST_STATE_PLAYING);
+        constexpr auto types = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR);
+        GstMessage* message = gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, types);
+        const bool done = message != nullptr && GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS;
+        gst_element_set_state(pipeline, GST_STATE_NULL);
+        gst_clear_message(&message);
+        gst_object_unref(bus);
+        gst_object_unref(pipeline);
+        return done ? path(name) : throw std::runtime_error("cannot encode: " + line);
+    }
 
 private:
-    const std::filesystem::path folder;
+    std::string folder;
 };
 
 }  // namespace sonolet::test
