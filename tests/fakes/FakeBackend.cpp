@@ -4,7 +4,6 @@
 #include <stdlib.h>
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 namespace {
@@ -17,23 +16,9 @@ namespace {
 // The backend whose event is being handled on this thread.
 thread_local const FakeBackend* sending = nullptr;
 
-std::mutex& granting() {
-    static auto* instance = new std::mutex;
-    return *instance;
-}
-
 }  // namespace
 
 std::atomic<int> FakeRequest::alive{0};
-
-FakeRequest::FakeRequest(unsigned streamOffset, unsigned byteCount)
-    : NeedDataEvent(streamOffset, byteCount), asked(byteCount) {
-    ++alive;
-}
-
-FakeRequest::~FakeRequest() {
-    --alive;
-}
 
 class FakeBackend::Guard {
 public:
@@ -68,7 +53,7 @@ int FakeBackend::setSource(const char* url, SourceDescription** sources, int fla
     }
     log += "source(\"" + std::string(url) + "\", " + std::to_string(sources[0]->kind) +
            (sources[1] == nullptr ? ", end, " : ", more, ") + std::to_string(flags) + ") ";
-    return sourceResult;
+    return FakeFactory::get().sourceResult;
 }
 
 void FakeBackend::play() {
@@ -88,14 +73,13 @@ void FakeBackend::getPosition(double& result) {
 
 void FakeBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatus status) {
     const Guard guard(*this, "writeData");
-    auto* request = static_cast<FakeRequest*>(event);
+    const std::unique_ptr<FakeRequest> request(static_cast<FakeRequest*>(event));
     if (size != request->size || size > request->asked) {
         stop("writeData", "size differs from the event's, or exceeds what was asked for");
     }
     writes.push_back(
         {request->offset, request->asked, size, status, {request->data, request->data + size}});
     delete[] request->data;
-    delete request;
 }
 
 bool FakeBackend::send(unsigned type) {
@@ -115,23 +99,17 @@ void FakeBackend::start(std::function<UVAEvent*()> next) {
             if (event == nullptr) {
                 return;
             }
-            if (event->type == 1) {
-                client->handleEvent(event.release());
-            } else {
-                client->handleEvent(event.get());
-            }
+            // Requests are the client's to free, other events the sender's.
+            client->handleEvent(event->type == 1 ? event.release() : event.get());
         }
     });
 }
 
 void FakeBackend::release() {
-    if (callsUnderWay++ != 0) {
-        stop("release", "overlaps a call");
+    {
+        const Guard guard(*this, "release");
+        isReleased = true;
     }
-    if (isReleased.exchange(true)) {
-        stop("release", "twice");
-    }
-    --callsUnderWay;
     if (sending != this && events.joinable()) {
         events.join();
     }
@@ -149,12 +127,10 @@ void FakeFactory::reset() {
     backends.clear();
     grants = true;
     sourceResult = 1;
-    whenRequested = nullptr;
-    whenReleased = nullptr;
+    whenRequested = whenReleased = nullptr;
 }
 
 FakeBackend& FakeFactory::current() const {
-    const std::lock_guard<std::mutex> lock(granting());
     if (backends.empty()) {
         stop("current", "none was granted");
     }
@@ -162,7 +138,6 @@ FakeBackend& FakeFactory::current() const {
 }
 
 int FakeFactory::held() const {
-    const std::lock_guard<std::mutex> lock(granting());
     return static_cast<int>(
         std::count_if(backends.begin(), backends.end(),
                       [](const auto& backend) { return !backend->released(); }));
@@ -176,17 +151,11 @@ UVABackend* UVAFactory::requestBackend(UVABackend::UVABackendType type, UVAClien
     if (!factory.grants) {
         return nullptr;
     }
-    FakeBackend* backend = nullptr;
-    {
-        const std::lock_guard<std::mutex> lock(granting());
-        factory.backends.push_back(std::make_unique<FakeBackend>(client));
-        backend = factory.backends.back().get();
-    }
-    backend->sourceResult = factory.sourceResult;
+    factory.backends.push_back(std::make_unique<FakeBackend>(client));
     if (factory.whenRequested) {
-        factory.whenRequested(*backend);
+        factory.whenRequested(factory.current());
     }
-    return backend;
+    return &factory.current();
 }
 
 void UVAFactory::releaseBackend(UVABackend* backend) {

@@ -13,8 +13,11 @@
 // A request that counts itself, so that a test sees every one come to its end.
 class FakeRequest final : public NeedDataEvent {
 public:
-    FakeRequest(unsigned streamOffset, unsigned byteCount);
-    ~FakeRequest() override;
+    FakeRequest(unsigned streamOffset, unsigned byteCount)
+        : NeedDataEvent(streamOffset, byteCount), asked(byteCount) {
+        ++alive;
+    }
+    ~FakeRequest() override { --alive; }
 
     FakeRequest(const FakeRequest&) = delete;
     FakeRequest& operator=(const FakeRequest&) = delete;
@@ -23,10 +26,9 @@ public:
     const unsigned asked;
 };
 
-// A media backend that writes down what it is told.
-//
-// A call that overlaps another, the release or a later moment stops the process with a message.
-// Backends are kept after their release for the record; FakeFactory::reset ends them.
+// A media backend that writes down what it is told. A call that overlaps another or comes after the
+// release stops the process with a message. Kept after the release for the record, until
+// FakeFactory::reset.
 class FakeBackend final : public UVABackend {
 public:
     struct Write {
@@ -56,12 +58,10 @@ public:
     // it) until the release.
     void start(std::function<UVAEvent*()> next);
 
-    // Script thread only.
     void release();  // the factory's
     bool released() const { return isReleased; }
 
     std::string log;  // "source play pause(0) ..."
-    int sourceResult = 1;
     double position = 0;
     std::vector<Write> writes;
 
@@ -84,7 +84,7 @@ struct FakeFactory {
     int held() const;              // granted and not yet released
 
     bool grants = true;
-    int sourceResult = 1;                             // of backends granted from now on
+    int sourceResult = 1;
     std::function<void(FakeBackend&)> whenRequested;  // runs inside requestBackend
     std::function<void(FakeBackend&)> whenReleased;   // runs inside releaseBackend
     std::vector<std::unique_ptr<FakeBackend>> backends;

@@ -17,27 +17,22 @@ namespace {
     abort();
 }
 
+bool isObject(int type) {
+    return type == JSP_TYPE_NATIVE_OBJECT || type == JSP_TYPE_OBJECT;
+}
+
 // Copies what a value slot holds; an answered string is good until the next call only.
 Value copyOf(const jsplugin_value& slot) {
     Value value;
     value.type = slot.type;
-    switch (slot.type) {
-    case JSP_TYPE_NATIVE_OBJECT:
-    case JSP_TYPE_OBJECT:
+    if (isObject(slot.type)) {
         value.object = slot.u.object;
-        break;
-    case JSP_TYPE_STRING:
-    case JSP_TYPE_EXPRESSION:
+    } else if (slot.type == JSP_TYPE_STRING || slot.type == JSP_TYPE_EXPRESSION) {
         value.string = slot.u.string;
-        break;
-    case JSP_TYPE_NUMBER:
+    } else if (slot.type == JSP_TYPE_NUMBER) {
         value.number = slot.u.number;
-        break;
-    case JSP_TYPE_BOOLEAN:
+    } else if (slot.type == JSP_TYPE_BOOLEAN) {
         value.number = slot.u.boolean;
-        break;
-    default:
-        break;
     }
     return value;
 }
@@ -46,7 +41,7 @@ Value copyOf(const jsplugin_value& slot) {
 jsplugin_value slotOf(const Value& value) {
     jsplugin_value slot{};
     slot.type = value.type;
-    if (value.type == JSP_TYPE_NATIVE_OBJECT || value.type == JSP_TYPE_OBJECT) {
+    if (isObject(value.type)) {
         slot.u.object = value.object;
     } else if (value.type == JSP_TYPE_STRING) {
         slot.u.string = value.string.c_str();
@@ -66,21 +61,9 @@ Value::Value(jsplugin_obj* value)
                : JSP_TYPE_OBJECT),
       object(value) {}
 
-Value Value::null() {
-    Value value;
-    value.type = JSP_TYPE_NULL;
-    return value;
-}
-
-Value Value::expression(const std::string& text) {
-    Value value(text);
-    value.type = JSP_TYPE_EXPRESSION;
-    return value;
-}
-
 bool Value::operator==(const Value& other) const {
-    return type == other.type && number == other.number && string == other.string &&
-           object == other.object;
+    return std::tie(type, number, string, object) ==
+           std::tie(other.type, other.number, other.string, other.object);
 }
 
 std::ostream& operator<<(std::ostream& out, const Value& value) {
@@ -94,74 +77,54 @@ std::ostream& operator<<(std::ostream& out, const Answer& answer) {
     return out << "code " << answer.code << ' ' << answer.value;
 }
 
-struct FakeHost::Table {
-    static void enter() {
-        if (instance == nullptr) {
-            stop("callback", "called without a host");
-        }
-        // The hook may call the plug-in, which calls the host again.
-        if (auto hook = std::exchange(instance->duringCallbacks, nullptr)) {
-            hook();
-            instance->duringCallbacks = std::move(hook);
-        }
-    }
+// ---- What the plug-in calls ----
 
-    static int
-    create(const char* who, bool refused, jsplugin_obj* ctx, Object model, jsplugin_obj** result) {
-        enter();
-        model.document = instance->at(ctx, who).document;
-        if (refused) {
-            return 0;
-        }
-        *result = instance->make(std::move(model));
-        return JSP_CREATE_OK;
+FakeHost::Object& FakeHost::enter(const char* function, jsplugin_obj* object) {
+    if (instance == nullptr) {
+        stop(function, "called without a host");
     }
+    // The hook may call the plug-in, which calls the host again.
+    if (auto hook = std::exchange(instance->duringCallbacks, nullptr)) {
+        hook();
+        instance->duringCallbacks = std::move(hook);
+    }
+    return instance->at(object, function);
+}
 
-    static int createFunction(jsplugin_obj* ctx,
-                              jsplugin_getter* getter,
-                              jsplugin_setter* setter,
-                              jsplugin_function* call,
-                              jsplugin_destructor* destructor,
-                              jsplugin_gc_trace*,
-                              jsplugin_obj** result) {
-        Object model(Kind::NativeFunction);
-        model.getter = getter;
-        model.setter = setter;
+jsplugin_callbacks FakeHost::makeTable() {
+    jsplugin_callbacks table{};
+    table.create_object = [](auto* ctx, auto* get, auto* set, auto* end, auto*, auto** result) {
+        Object model(Kind::Native, enter("create_object", ctx).document);
+        model.getter = get;
+        model.setter = set;
+        model.destructor = end;
+        *result = instance->refusesObjects ? nullptr : instance->make(std::move(model));
+        return *result == nullptr ? 0 : JSP_CREATE_OK;
+    };
+    table.create_function = [](auto* ctx, auto* get, auto* set, auto* call, auto* end, auto*,
+                               auto** result) {
+        Object model(Kind::NativeFunction, enter("create_function", ctx).document);
+        model.getter = get;
+        model.setter = set;
         model.call = call;
-        model.destructor = destructor;
-        return create("create_function", instance->refusesFunctions, ctx, model, result);
-    }
-
-    static int createObject(jsplugin_obj* ctx,
-                            jsplugin_getter* getter,
-                            jsplugin_setter* setter,
-                            jsplugin_destructor* destructor,
-                            jsplugin_gc_trace*,
-                            jsplugin_obj** result) {
-        Object model(Kind::Native);
-        model.getter = getter;
-        model.setter = setter;
-        model.destructor = destructor;
-        return create("create_object", instance->refusesObjects, ctx, model, result);
-    }
-
-    static int addPoll(jsplugin_obj* ctx, unsigned interval, jsplugin_poll* poll) {
-        enter();
-        instance->at(ctx, "add_poll_function");
-        instance->polls.push_back(
-            {ctx, interval, poll, instance->now + interval, instance->nextPoll++});
+        model.destructor = end;
+        *result = instance->refusesFunctions ? nullptr : instance->make(std::move(model));
+        return *result == nullptr ? 0 : JSP_CREATE_OK;
+    };
+    table.add_poll_function = [](auto* ctx, unsigned interval, auto* poll) {
+        enter("add_poll_function", ctx);
+        instance->polls.push_back({ctx, interval, poll, instance->now + interval});
         instance->lifecycle.push_back("poll " + std::to_string(interval));
         return 0;
-    }
-
-    static int callFunction(jsplugin_obj* ctx,
-                            jsplugin_obj* thisObject,
-                            jsplugin_obj* function,
-                            int count,
-                            jsplugin_value* arguments,
-                            void* reservedA,
-                            void* reservedB) {
-        enter();
+    };
+    table.add_unload_listener = [](auto* ctx, auto* unload) {
+        enter("add_unload_listener", ctx).unloadListeners.push_back(unload);
+        instance->lifecycle.emplace_back("unload listener");
+        return 0;
+    };
+    table.call_function = [](auto* ctx, auto* thisObject, auto* function, int count,
+                             auto* arguments, void* reservedA, void* reservedB) {
+        enter("call_function", ctx);
         if (reservedA != nullptr || reservedB != nullptr ||
             (count == 0) != (arguments == nullptr)) {
             stop("call_function", "arguments out of contract");
@@ -169,47 +132,28 @@ struct FakeHost::Table {
         Call call{ctx, thisObject, function, {}};
         for (int i = 0; i < count; ++i) {
             call.arguments.push_back(copyOf(arguments[i]));
-            if (call.arguments.back().object != nullptr) {
-                instance->at(call.arguments.back().object, "call_function: argument");
+            if (isObject(arguments[i].type)) {
+                instance->at(arguments[i].u.object, "call_function: argument");
             }
         }
-        instance->at(ctx, "call_function: context");
-        auto body = instance->at(function, "call_function: function").body;
+        const auto body = instance->at(function, "call_function: function").body;
         instance->calls.push_back(call);
         if (body) {
             body(call.arguments);
         }
         return 0;
-    }
-
-    static int addUnloadListener(jsplugin_obj* ctx, jsplugin_unload* unload) {
-        enter();
-        instance->at(ctx, "add_unload_listener");
-        instance->unloadListeners.emplace_back(ctx, unload);
-        instance->lifecycle.emplace_back("unload listener");
-        return 0;
-    }
-
-    static void mark(jsplugin_obj* object) {
-        enter();
+    };
+    table.gc_mark = [](auto* object) {
+        enter("gc_mark", object).marked = true;
         if (!instance->tracing) {
             stop("gc_mark", "called outside a trace");
         }
-        instance->at(object, "gc_mark").marked = true;
-    }
-};
+    };
+    return table;
+}
 
 struct jsplugin_capabilities& FakeHost::load() {
-    static jsplugin_callbacks table = [] {
-        jsplugin_callbacks filled{};
-        filled.create_function = Table::createFunction;
-        filled.create_object = Table::createObject;
-        filled.add_poll_function = Table::addPoll;
-        filled.call_function = Table::callFunction;
-        filled.add_unload_listener = Table::addUnloadListener;
-        filled.gc_mark = Table::mark;
-        return filled;
-    }();
+    static jsplugin_callbacks table = makeTable();
     struct jsplugin_capabilities* record = nullptr;
     if (jsplugin_capabilities(&record, &table) != 0 || record == nullptr) {
         stop("jsplugin_capabilities", "did not answer 0 with a record");
@@ -222,26 +166,23 @@ const struct jsplugin_capabilities& FakeHost::plugin() {
     return record;
 }
 
+// ---- Documents and objects ----
+
 FakeHost::FakeHost() {
-    if (instance != nullptr) {
+    if (std::exchange(instance, this) != nullptr) {
         stop("FakeHost", "one at a time");
     }
-    instance = this;
     plugin();
 }
 
 FakeHost::~FakeHost() {
     duringCallbacks = nullptr;
-    std::vector<jsplugin_obj*> documents;
     for (const auto& entry : objects) {
         if (entry.second->kind == Kind::Document) {
-            documents.push_back(entry.second.get());
+            unload(entry.second.get());
         }
     }
-    for (jsplugin_obj* document : documents) {
-        close(document);
-    }
-    objects.clear();
+    collectIf([](const Object& object) { return object.kind != Kind::Document; });
     instance = nullptr;
 }
 
@@ -272,44 +213,22 @@ void FakeHost::reopen(jsplugin_obj* document) {
 }
 
 void FakeHost::unload(jsplugin_obj* document) {
-    std::vector<jsplugin_unload*> listeners;
-    for (auto entry = unloadListeners.begin(); entry != unloadListeners.end();) {
-        if (entry->first == document) {
-            listeners.push_back(entry->second);
-            entry = unloadListeners.erase(entry);
-        } else {
-            ++entry;
-        }
-    }
     polls.erase(std::remove_if(polls.begin(), polls.end(),
                                [&](const Poll& poll) { return poll.document == document; }),
                 polls.end());
-    for (jsplugin_unload* listener : listeners) {
+    for (jsplugin_unload* listener : std::exchange(at(document, "unload").unloadListeners, {})) {
         listener(document);
-    }
-}
-
-void FakeHost::collectAll(jsplugin_obj* document) {
-    std::vector<jsplugin_obj*> doomed;
-    for (const auto& entry : objects) {
-        if (entry.second->document == document && entry.second.get() != document) {
-            doomed.push_back(entry.second.get());
-        }
-    }
-    for (jsplugin_obj* object : doomed) {
-        if (alive(object)) {
-            collect(object);
-        }
     }
 }
 
 void FakeHost::close(jsplugin_obj* document) {
     unload(document);
-    collectAll(document);
+    collectIf([&](const Object& object) {
+        return object.document == document && object.kind != Kind::Document;
+    });
 }
 
-jsplugin_obj* FakeHost::function(jsplugin_obj* document,
-                                 std::function<void(const std::vector<Value>&)> body) {
+jsplugin_obj* FakeHost::function(jsplugin_obj* document, std::function<void(const Values&)> body) {
     Object model(Kind::PageFunction, document);
     model.body = std::move(body);
     return make(std::move(model));
@@ -343,6 +262,20 @@ void FakeHost::collect(jsplugin_obj* object) {
     objects.erase(object);
 }
 
+void FakeHost::collectIf(const std::function<bool(const Object&)>& isDoomed) {
+    std::vector<jsplugin_obj*> doomed;
+    for (const auto& entry : objects) {
+        if (isDoomed(*entry.second)) {
+            doomed.push_back(entry.second.get());
+        }
+    }
+    for (jsplugin_obj* object : doomed) {
+        if (alive(object)) {
+            collect(object);
+        }
+    }
+}
+
 void FakeHost::recycle(jsplugin_obj* function, jsplugin_obj* document) {
     at(function, "recycle") = Object(Kind::PageFunction, document);
 }
@@ -354,17 +287,12 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
     tracing = true;
     plugin().gc_trace(document);
     tracing = false;
-    std::vector<jsplugin_obj*> doomed;
-    for (const auto& entry : objects) {
-        const Object& object = *entry.second;
-        if (object.kind == Kind::PageFunction && object.document == document && !object.marked) {
-            doomed.push_back(entry.second.get());
-        }
-    }
-    for (jsplugin_obj* object : doomed) {
-        collect(object);
-    }
+    collectIf([&](const Object& object) {
+        return object.kind == Kind::PageFunction && object.document == document && !object.marked;
+    });
 }
+
+// ---- Script and time ----
 
 Answer FakeHost::global(jsplugin_obj* document, const char* name) {
     jsplugin_value slot{};
@@ -384,8 +312,7 @@ Answer FakeHost::set(jsplugin_obj* object, const std::string& name, const Value&
     return {code, code == JSP_PUT_EXCEPTION ? copyOf(slot) : Value()};
 }
 
-Answer
-FakeHost::call(jsplugin_obj* object, const std::string& name, const std::vector<Value>& arguments) {
+Answer FakeHost::call(jsplugin_obj* object, const std::string& name, const Values& arguments) {
     auto& functions = at(object, "call").functions;
     auto known = functions.find(name);
     if (known == functions.end()) {
@@ -398,9 +325,7 @@ FakeHost::call(jsplugin_obj* object, const std::string& name, const std::vector<
     return invoke(object, known->second, arguments);
 }
 
-Answer FakeHost::invoke(jsplugin_obj* thisObject,
-                        jsplugin_obj* function,
-                        const std::vector<Value>& arguments) {
+Answer FakeHost::invoke(jsplugin_obj* thisObject, jsplugin_obj* function, const Values& arguments) {
     std::vector<jsplugin_value> slots;
     std::transform(arguments.begin(), arguments.end(), std::back_inserter(slots), slotOf);
     jsplugin_value result{};
@@ -426,34 +351,20 @@ jsplugin_obj* FakeHost::find(jsplugin_obj* document, const std::string& path) {
 
 void FakeHost::advance(unsigned milliseconds) {
     const unsigned long until = now + milliseconds;
-    for (;;) {
-        const auto next =
-            std::min_element(polls.begin(), polls.end(), [](const Poll& a, const Poll& b) {
-                return a.due != b.due ? a.due < b.due : a.id < b.id;
-            });
-        if (next == polls.end() || next->due > until) {
+    while (!polls.empty()) {
+        const auto next = std::min_element(polls.begin(), polls.end(),
+                                           [](auto& a, auto& b) { return a.due < b.due; });
+        if (next->due > until) {
             break;
         }
         now = next->due;
         next->due += next->interval;
         const Poll due = *next;
-        if (due.poll(due.document) == 0) {
-            polls.erase(std::remove_if(polls.begin(), polls.end(),
-                                       [&](const Poll& poll) { return poll.id == due.id; }),
-                        polls.end());
+        if (due.poll(due.document) == 0 && at(due.document, "poll").unloadListeners.size() > 0) {
+            stop("poll", "ended in an open document");
         }
     }
     now = until;
-}
-
-std::vector<unsigned> FakeHost::intervals(jsplugin_obj* document) const {
-    std::vector<unsigned> found;
-    for (const Poll& poll : polls) {
-        if (poll.document == document) {
-            found.push_back(poll.interval);
-        }
-    }
-    return found;
 }
 
 int FakeHost::callsOf(jsplugin_obj* function) const {

@@ -18,11 +18,10 @@ struct Value {
     Value(int value) : Value(static_cast<double>(value)) {}
     Value(bool value) : type(JSP_TYPE_BOOLEAN), number(value ? 1 : 0) {}
     Value(const char* value) : type(JSP_TYPE_STRING), string(value) {}
-    Value(const std::string& value) : type(JSP_TYPE_STRING), string(value) {}
+    Value(const std::string& value, int itsType = JSP_TYPE_STRING) : type(itsType), string(value) {}
     Value(jsplugin_obj* value);  // the host knows whether a plug-in made it
     // NOLINTEND(google-explicit-constructor)
-    static Value null();
-    static Value expression(const std::string& text);
+    static Value null() { return {std::string(), JSP_TYPE_NULL}; }
 
     bool operator==(const Value& other) const;
 
@@ -46,22 +45,33 @@ struct Answer {
 std::ostream& operator<<(std::ostream& out, const Value& value);
 std::ostream& operator<<(std::ostream& out, const Answer& answer);
 
+// The answers that tests expect, by the way they came about.
+// clang-format off
+inline Answer returned(const Value& value) { return {JSP_CALL_VALUE, value}; }
+inline Answer nothing() { return {JSP_CALL_NO_VALUE, {}}; }
+inline Answer failed(const char* message) { return {JSP_CALL_EXCEPTION, message}; }
+inline Answer valued(const Value& value) { return {JSP_GET_VALUE, value}; }
+inline Answer cached(const Value& value) { return {JSP_GET_VALUE_CACHE, value}; }
+inline Answer raised(const char* message) { return {JSP_GET_EXCEPTION, message}; }
+inline Answer stored() { return {JSP_PUT_OK, {}}; }
+inline Answer refused(const char* message) { return {JSP_PUT_EXCEPTION, message}; }
+// clang-format on
+
 // A browser of the test's own: documents, objects and a clock that moves only when told. One
 // instance at a time; all on one thread. An object unknown to it (freed, or never made) stops the
 // process with a message, wherever the plug-in hands it in.
 class FakeHost {
 public:
+    using Values = std::vector<Value>;
     struct Call {
         jsplugin_obj* document;
         jsplugin_obj* thisObject;
         jsplugin_obj* function;
-        std::vector<Value> arguments;
+        Values arguments;
     };
 
-    // Loads the plug-in, the first time.
-    FakeHost();
-    // Unloads what is still open and collects everything.
-    ~FakeHost();
+    FakeHost();   // loads the plug-in, the first time
+    ~FakeHost();  // closes every document
 
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
@@ -73,13 +83,12 @@ public:
     // address.
     jsplugin_obj* open();
     void reopen(jsplugin_obj* document);
-    void unload(jsplugin_obj* document);      // runs the unload listeners, ends the polls
-    void collectAll(jsplugin_obj* document);  // every object but the document itself
-    void close(jsplugin_obj* document);       // both
+    void unload(jsplugin_obj* document);  // runs the unload listeners, ends the polls
+    void close(jsplugin_obj* document);   // and collects every object but the document itself
 
     // Objects of the page. A function's body may be empty.
     jsplugin_obj* function(jsplugin_obj* document,
-                           std::function<void(const std::vector<Value>&)> body = nullptr);
+                           std::function<void(const Values&)> body = nullptr);
     jsplugin_obj* pageObject(jsplugin_obj* document);
     jsplugin_obj* foreignObject(jsplugin_obj* document);  // another plug-in's
     // The object dies with the functions kept for it: destructors run once, the memory goes.
@@ -95,16 +104,12 @@ public:
     Answer global(jsplugin_obj* document, const char* name);
     Answer get(jsplugin_obj* object, const std::string& name);
     Answer set(jsplugin_obj* object, const std::string& name, const Value& value);
-    Answer
-    call(jsplugin_obj* object, const std::string& name, const std::vector<Value>& arguments = {});
-    Answer invoke(jsplugin_obj* thisObject,
-                  jsplugin_obj* function,
-                  const std::vector<Value>& arguments = {});
+    Answer call(jsplugin_obj* object, const std::string& name, const Values& arguments = {});
+    Answer invoke(jsplugin_obj* thisObject, jsplugin_obj* function, const Values& arguments = {});
     // "Spotify.Session" and the like; stops the process when a step is no object.
     jsplugin_obj* find(jsplugin_obj* document, const std::string& path);
 
     void advance(unsigned milliseconds);
-    std::vector<unsigned> intervals(jsplugin_obj* document) const;
 
     // What reached the page, oldest first.
     std::vector<Call> calls;
@@ -130,54 +135,31 @@ private:
         jsplugin_setter* setter = nullptr;
         jsplugin_function* call = nullptr;
         jsplugin_destructor* destructor = nullptr;
-        std::function<void(const std::vector<Value>&)> body;
+        std::function<void(const Values&)> body;
         std::map<std::string, jsplugin_obj*> functions;  // read before and kept
         bool marked = false;
+        std::vector<jsplugin_unload*> unloadListeners;
     };
     struct Poll {
         jsplugin_obj* document;
         unsigned interval;
         jsplugin_poll* poll;
         unsigned long due;
-        unsigned long id;
     };
-    struct Table;  // the callbacks, which reach the one instance
     friend struct Value;
 
     static FakeHost* instance;
 
+    static jsplugin_callbacks makeTable();
+    static Object& enter(const char* function, jsplugin_obj* object);
     Object& at(const jsplugin_obj* object, const char* who) const;
     jsplugin_obj* make(Object model);
+    void collectIf(const std::function<bool(const Object&)>& isDoomed);
 
     std::map<const jsplugin_obj*, std::unique_ptr<Object>> objects;
     std::vector<Poll> polls;
-    std::vector<std::pair<jsplugin_obj*, jsplugin_unload*>> unloadListeners;
     unsigned long now = 0;
-    unsigned long nextPoll = 0;
     bool tracing = false;
 };
-
-// The answers that tests expect, by the way they came about.
-inline Answer returned(const Value& value) {
-    return {JSP_CALL_VALUE, value};
-}
-inline Answer nothing() {
-    return {JSP_CALL_NO_VALUE, {}};
-}
-inline Answer failed(const char* message) {
-    return {JSP_CALL_EXCEPTION, message};
-}
-inline Answer valued(const Value& value) {
-    return {JSP_GET_VALUE, value};
-}
-inline Answer cached(const Value& value) {
-    return {JSP_GET_VALUE_CACHE, value};
-}
-inline Answer raised(const char* message) {
-    return {JSP_GET_EXCEPTION, message};
-}
-inline Answer stored() {
-    return {JSP_PUT_OK, {}};
-}
 
 #endif

@@ -23,10 +23,9 @@ FakeLog& FakeLog::get() {
 }
 
 void FakeLog::reset() {
-    const std::lock_guard<std::mutex> lock(mutex());
     lines.clear();
     threshold = 0;
-    printsLines = true;
+    keepsLines = true;
 }
 
 int FakeLog::count(int level, const std::string& text) const {
@@ -35,15 +34,10 @@ int FakeLog::count(int level, const std::string& text) const {
     }));
 }
 
-bool FakeLog::knows(const std::string& module, const std::string& file, int line) const {
-    return std::any_of(contexts.begin(), contexts.end(), [&](const Place& place) {
-        return place.module == module && place.file == file && place.line == line;
-    });
-}
-
 KlogContext* KlogContext::GetLogContext(const char* module, const char* file, int line) {
     const std::lock_guard<std::mutex> lock(mutex());
-    FakeLog::get().contexts.push_back({module, file, line});
+    FakeLog::get().contexts.push_back(std::string(module) + ' ' + file + ':' +
+                                      std::to_string(line));
     return new KlogContext;  // the library's, never freed
 }
 
@@ -58,7 +52,7 @@ void KlogPrintf(KlogContext*, int level, const char* file, int line, const char*
     vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     const std::lock_guard<std::mutex> lock(mutex());
-    if (FakeLog::get().printsLines) {
+    if (FakeLog::get().keepsLines) {
         FakeLog::get().lines.push_back({level, file, line, text});
     }
 }

@@ -15,6 +15,11 @@
 #include <string>
 #include <vector>
 
+using Strings = std::vector<std::string>;
+using Values = FakeHost::Values;
+
+constexpr char notRetrieved[] = "Failed to retrieve object from Spotify";
+
 // A fresh root object, one open document, and the fakes around them. At the end everything is let
 // go, and both sides must have given back what they took.
 class PluginTest : public testing::Test {
@@ -36,6 +41,7 @@ protected:
         EXPECT_EQ(registrySize(), 0U);
         spotify.reset();
         factory.reset();
+        log.reset();
     }
 
     // What the dynamic loader does: one root, made after the earlier one has gone.
@@ -46,20 +52,33 @@ protected:
 
     static std::size_t registrySize() { return jspp::__detail::objects().size(); }
 
-    jsplugin_obj* find(const char* path) { return host->find(page, path); }
-    Answer call(const char* path, const std::string& name, const std::vector<Value>& values = {}) {
+    jsplugin_obj* find(const std::string& path) { return host->find(page, path); }
+    Answer call(const std::string& path, const std::string& name, const Values& values = {}) {
         return host->call(find(path), name, values);
     }
-
+    Answer session(const std::string& name, const Values& values = {}) {
+        return call("Spotify.Session", name, values);
+    }
     void createSession() {
-        ASSERT_EQ(call("Spotify.Session", "create", {find("Spotify.SessionConfig")}),
+        ASSERT_EQ(session("create", {find("Spotify.SessionConfig")}),
                   returned(find("Spotify.Session")));
     }
     // A wrapper of `kind` over what the link leads to.
-    jsplugin_obj* create(const char* kind, const char* link) {
-        const Answer made = call((std::string("Spotify.") + kind).c_str(), "create", {link});
+    jsplugin_obj* create(const std::string& kind, const char* link) {
+        const Answer made = call("Spotify." + kind, "create", {link});
         EXPECT_EQ(made.code, JSP_CALL_VALUE) << made;
         return made.value.object;
+    }
+    struct Failure {
+        jsplugin_obj* object;
+        const char* function;
+        Values values;
+        const char* message;
+    };
+    void expectFailures(const std::vector<Failure>& failures) {
+        for (const auto& [object, function, values, message] : failures) {
+            EXPECT_EQ(host->call(object, function, values), failed(message)) << function;
+        }
     }
     // Lets queued calls reach the page.
     void tick() { host->advance(100); }

@@ -7,51 +7,34 @@
 
 using jspp::__detail::object_manager;
 
-namespace {
-
-struct RegistryTest : testing::Test {
+TEST(Registry, AnObjectBelongsToItsParentsDocumentUntilItIsAddedAgainOrTheDocumentGoes) {
     object_manager registry;
     jsplugin_obj document{}, other{}, parent{}, child{}, function{};
-};
-
-}  // namespace
-
-TEST_F(RegistryTest, AnObjectBelongsToItsParentsDocumentNotToItsParent) {
     registry.add_object(&parent, &document, true);
+    registry.add_object(&child, &other, false);
     registry.add_object(&child, &parent, true);
     registry.add_object(&function, &child, false);
+    EXPECT_EQ(registry.size(), 3U);
     EXPECT_EQ(registry.find_most_parent(&function), &document);
-    EXPECT_TRUE(registry.has_children(&child, &document));
+    EXPECT_TRUE(registry.has_children(&child, &document) && registry.is_object(&child));
     EXPECT_FALSE(registry.has_children(&child, &parent));
     EXPECT_FALSE(registry.does_exist(&document)) << "a document is no entry of its own";
+    registry.remove_parent(&other);
+    EXPECT_TRUE(registry.does_exist(&child)) << "a stale child record took the new entry away";
 
     registry.remove_parent(&document);
-    for (jsplugin_obj* gone : {&parent, &child, &function}) {
-        EXPECT_FALSE(registry.does_exist(gone));
-        EXPECT_FALSE(registry.has_children(gone, &document));
-        try {
-            registry.find_most_parent(gone);
-            ADD_FAILURE() << "found the parent of a removed object";
-        } catch (const std::runtime_error& error) {
-            EXPECT_STREQ(error.what(), "Can't find the parent of the given object!");
-        }
+    registry.remove_object(&parent);
+    EXPECT_EQ(registry.size(), 0U);
+    EXPECT_FALSE(registry.does_exist(&function) || registry.has_children(&function, &document));
+    try {
+        registry.find_most_parent(&function);
+        ADD_FAILURE() << "found the parent of a removed object";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "Can't find the parent of the given object!");
     }
 }
 
-TEST_F(RegistryTest, AddingAgainReplacesTheEntryAndItsChildRecord) {
-    registry.add_object(&child, &document, false);
-    registry.add_object(&child, &other, true);
-    EXPECT_EQ(registry.size(), 1U);
-    registry.remove_parent(&document);
-    EXPECT_TRUE(registry.does_exist(&child)) << "a stale child record took the new entry away";
-    EXPECT_TRUE(registry.is_object(&child));
-    registry.remove_object(&child);
-    EXPECT_FALSE(registry.has_children(&child, &other));
-    EXPECT_EQ(registry.size(), 0U);
-    registry.remove_object(&child);
-}
-
-TEST(ObjectHandle, ToAKnownObjectLeavesTheEntryAndTheLastOneToAnUnknownTakesItAway) {
+TEST(Registry, TheLastHandleToAnUnknownObjectTakesItsEntryAwayButNoKnownOneNorALaterOne) {
     object_manager& registry = jspp::__detail::objects();
     jsplugin_obj document{}, plain{}, unknown{};
     registry.add_object(&plain, &document, true);
@@ -66,23 +49,13 @@ TEST(ObjectHandle, ToAKnownObjectLeavesTheEntryAndTheLastOneToAnUnknownTakesItAw
         }
         EXPECT_EQ(registry.find_most_parent(&unknown), &document);
         EXPECT_FALSE(registry.is_object(&unknown));
-    }
-    EXPECT_FALSE(registry.does_exist(&unknown));
-    EXPECT_TRUE(registry.does_exist(&plain));
-    registry.remove_object(&plain);
-}
-
-TEST(ObjectHandle, OfAnUnloadedDocumentNeverReachesALaterObjectAtTheSameAddress) {
-    object_manager& registry = jspp::__detail::objects();
-    jsplugin_obj document{}, function{};
-    {
-        const jspp::object stale(&function, &document);
+        EXPECT_TRUE(registry.does_exist(&plain));
         registry.remove_parent(&document);
-        EXPECT_EQ(stale.get(), nullptr);
-        const jspp::object fresh(&function, &document);
-        EXPECT_EQ(fresh.get(), &function);
-        EXPECT_EQ(stale.get(), nullptr);
-        EXPECT_FALSE(fresh == stale);
+        EXPECT_EQ(first.get(), nullptr);
+        const jspp::object fresh(&unknown, &document);  // of a later document at the address
+        EXPECT_EQ(fresh.get(), &unknown);
+        EXPECT_EQ(first.get(), nullptr);
+        EXPECT_FALSE(fresh == first);
     }
-    EXPECT_FALSE(registry.does_exist(&function)) << "the stale handle was counted with the fresh";
+    EXPECT_EQ(registry.size(), 0U) << "the stale handle was counted with the fresh";
 }

@@ -19,13 +19,9 @@ class ThreadsTest : public PluginTest {
 protected:
     ThreadsTest() {
         createSession();
-        spotify.addTrack("track");
+        spotify.add<sp_track>("track");
         log.threshold = 9;  // not a log's test: the lines of a million events are not kept
-        log.printsLines = false;
-    }
-    // Made anew in each document.
-    Answer session(const std::string& name, const std::vector<Value>& values = {}) {
-        return call("Spotify.Session", name, values);
+        log.keepsLines = false;
     }
 };
 
