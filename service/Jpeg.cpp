@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
 
 namespace sonolet::service {
 
@@ -37,6 +38,17 @@ const char* formatOf(const std::string& picture) {
     throw std::runtime_error("the picture is neither JPEG nor PNG");
 }
 
+// The decoders take a picture that ends early for one that is grey from there on.
+bool hasEnd(const std::string& picture, std::string_view format) {
+    if (format == "png") {
+        return picture.rfind("IEND") != std::string::npos;
+    }
+    // An end before the last scan is that of a preview among the metadata.
+    const std::size_t end = picture.rfind("\xff\xd9");
+    const std::size_t scan = picture.rfind("\xff\xda");
+    return end != std::string::npos && scan != std::string::npos && end > scan;
+}
+
 struct Wanted {
     int longerSide;
     std::int64_t pixels = 0;  // of the picture as it is
@@ -57,9 +69,10 @@ void chooseSize(GdkPixbufLoader* loader, gint width, gint height, gpointer data)
 }
 
 Pixbuf decode(const std::string& picture, int longerSide) {
+    const char* format = formatOf(picture);
     GError* error = nullptr;
     const std::unique_ptr<GdkPixbufLoader, Unref> loader(
-        gdk_pixbuf_loader_new_with_type(formatOf(picture), &error));
+        gdk_pixbuf_loader_new_with_type(format, &error));
     if (loader == nullptr) {
         fail(error, "there is no decoder");
     }
@@ -79,6 +92,9 @@ Pixbuf decode(const std::string& picture, int longerSide) {
     GdkPixbuf* decoded = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (!written || !closed || decoded == nullptr) {
         fail(error, "the picture is damaged");
+    }
+    if (!hasEnd(picture, format)) {
+        throw std::runtime_error("the picture ends early");
     }
     return Pixbuf(gdk_pixbuf_apply_embedded_orientation(decoded));
 }
