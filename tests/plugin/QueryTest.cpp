@@ -1,0 +1,273 @@
+#include "PluginTest.h"
+
+#include <functional>
+
+namespace {
+
+const std::string imageId("\0\1\2\xfa\xfb\xfc\xfd\xfe\xff\x09\x08\7\6\5\4\3\2\1\0M", 20);
+constexpr char imageText[] = "AAEC+vv8/f7/CQgHBgUEAwIBAE0=";
+
+class QueryTest : public PluginTest {
+protected:
+    struct Query {
+        const char* kind;
+        Values arguments;
+        std::string call;
+        FakeHandle* result;
+        std::function<void()> complete;  // once for every create
+    };
+
+    QueryTest() {
+        createSession();
+        spotify.add<sp_album>("album");
+        spotify.add<sp_artist>("artist");
+        listener = host->function(page);
+        queries = {{"Search",
+                    {"text", 1.9, 2, 3, 4, 5, 6, 7, 8, 1, listener},
+                    "sp_search_create(session, text, 1, 2, 3, 4, 5, 6, 7, 8, 1)",
+                    search,
+                    completion(search)},
+                   {"Albumbrowse",
+                    {create("Album", "album"), listener},
+                    "sp_albumbrowse_create(session, album)",
+                    albumbrowse,
+                    completion(albumbrowse)},
+                   {"Artistbrowse",
+                    {create("Artist", "artist"), 2, listener},
+                    "sp_artistbrowse_create(session, artist, 2)",
+                    artistbrowse,
+                    completion(artistbrowse)},
+                   {"Toplistbrowse",
+                    {1, 0x5345, "", listener},
+                    "sp_toplistbrowse_create(session, 1, 21317, null)",
+                    toplistbrowse,
+                    completion(toplistbrowse)}};
+    }
+    template <typename Kind>
+    static std::function<void()> completion(Kind* result) {
+        return [result] {
+            for (const auto& [complete, request] : result->listeners) {
+                complete(result, request);
+            }
+        };
+    }
+    Answer start(const Query& query) {
+        const std::string function = query.call.substr(0, query.call.find('('));
+        spotify.handles[function] = {query.result};
+        return call(std::string("Spotify.") + query.kind, "create", query.arguments);
+    }
+
+    sp_search* search = spotify.add<sp_search>("search");
+    sp_albumbrowse* albumbrowse = spotify.add<sp_albumbrowse>("albumbrowse");
+    sp_artistbrowse* artistbrowse = spotify.add<sp_artistbrowse>("artistbrowse");
+    sp_toplistbrowse* toplistbrowse = spotify.add<sp_toplistbrowse>("toplistbrowse");
+    jsplugin_obj* listener = nullptr;
+    std::vector<Query> queries;
+};
+
+class ImageTest : public PluginTest {
+protected:
+    ImageTest() {
+        createSession();
+        spotify.handles["sp_image_create"] = {handle};
+    }
+    jsplugin_obj* make() { return create("SpImage", imageText); }
+
+    sp_image* handle = spotify.add<sp_image>("image");
+};
+
+}  // namespace
+
+TEST_F(QueryTest, ArgumentsAreCheckedInOrderAndNothingIsStartedOrKeptWhenAQueryFails) {
+    for (const Query& query : queries) {
+        SCOPED_TRACE(query.kind);
+        jsplugin_obj* constructor = find(std::string("Spotify.") + query.kind);
+        spotify.calls.clear();
+        for (std::size_t i = 0; i < query.arguments.size(); ++i) {
+            Values values(query.arguments.begin(), query.arguments.begin() + static_cast<long>(i));
+            EXPECT_EQ(host->call(constructor, "create", values), failed("Not enough arguments"));
+            const int type = query.arguments[i].type;
+            values.push_back(Value::null());
+            EXPECT_EQ(host->call(constructor, "create", values),
+                      failed(type == JSP_TYPE_NUMBER          ? "Not a number"
+                             : type == JSP_TYPE_STRING        ? "Not a string"
+                             : type == JSP_TYPE_NATIVE_OBJECT ? "Not an interface"
+                                                              : "Not an object"));
+        }
+        EXPECT_EQ(spotify.calls, Strings());
+        EXPECT_EQ(host->call(constructor, "create", query.arguments), failed(notRetrieved));
+        EXPECT_EQ(spotify.calls, Strings{query.call});
+    }
+    host->collectGarbage(page);
+    EXPECT_FALSE(host->alive(listener)) << "a query that was not started keeps its function";
+    jsplugin_obj* other = host->function(page);
+    expectFailures(
+        {{find("Spotify.Albumbrowse"),
+          "create",
+          {queries[2].arguments[0], other},
+          "Parameter is not of the requested interface type."},
+         {find("Spotify.Albumbrowse"), "create", {find("Spotify.Album"), other}, notRetrieved}});
+}
+
+TEST_F(QueryTest, TheFunctionIsCalledOnceWithAnotherWrapperAlsoWhenThePageKeepsNothingElse) {
+    for (const Query& query : queries) {
+        SCOPED_TRACE(query.kind);
+        jsplugin_obj* first = start(query).value.object;
+        EXPECT_EQ(query.result->references, 2) << "the request's and the wrapper's";
+        EXPECT_EQ(host->call(first, "isLoaded"), returned(false));
+        EXPECT_EQ(host->call(first, "release"), nothing());
+        EXPECT_EQ(host->get(first, "create").code,
+                  query.result == search ? JSP_GET_VALUE_CACHE : JSP_GET_NO_PROPERTY);
+        host->collect(first);
+        EXPECT_EQ(query.result->references, 1);
+        host->collectGarbage(page);
+        query.complete();
+        query.complete();  // a library that repeats itself
+        EXPECT_EQ(query.result->references, 1) << "the waiting call's wrapper alone";
+        EXPECT_TRUE(host->calls.empty()) << "called inside the completion";
+        tick();
+        ASSERT_EQ(host->calls.size(), 1U);
+        ASSERT_EQ(host->calls[0].arguments.size(), 1U);
+        EXPECT_EQ(host->call(host->calls[0].arguments[0].object, "error"), returned(0));
+        host->calls.clear();
+    }
+    queries[3].arguments[2] = "user";
+    start(queries[3]);
+    EXPECT_FALSE(spotify.callsTo("sp_toplistbrowse_create(session, 1, 21317, user)").empty());
+}
+
+TEST_F(QueryTest, WhatIsPendingEndsWithItsDocumentOrItsSession) {
+    for (const Query& query : queries) {
+        start(query);
+    }
+    host->close(page);
+    host->reopen(page);
+    queries[0].complete();
+    queries[1].complete();
+    tick();
+    EXPECT_TRUE(host->calls.empty());
+    EXPECT_EQ(search->references + albumbrowse->references, 0);
+    EXPECT_EQ(artistbrowse->references, 1) << "pending still";
+    host.reset();
+    g_spotify_instance_Spotify.reset();
+    EXPECT_EQ(spotify.imbalance(), "");
+    queries[2].complete();  // late
+    host = std::make_unique<FakeHost>();
+    renewRoot();
+    page = host->open();
+    EXPECT_EQ(
+        call("Spotify.Search", "create", {"", 0, 0, 0, 0, 0, 0, 0, 0, 0, host->function(page)}),
+        failed("Spotify not initialized correctly"));
+    EXPECT_EQ(
+        call("Spotify.Artistbrowse", "create", {find("Spotify.Artist"), 0, host->function(page)}),
+        failed("Spotify was not initialized correctly"));
+}
+
+TEST_F(QueryTest, ResultsAnswerWhatTheLibraryDoesUntilLogout) {
+    std::vector<jsplugin_obj*> results;
+    for (const Query& query : queries) {
+        results.push_back(start(query).value.object);
+        query.complete();
+    }
+    tick();
+    const std::vector<Member> members = {
+        {results[0], "album", 'A', "sp_search_album(search, 1)"},
+        {results[0], "artist", 'R', "sp_search_artist(search, 1)"},
+        {results[0], "track", 'T', "sp_search_track(search, 1)"},
+        {results[0], "playlist", 'P', "sp_search_playlist(search, 1)"},
+        {results[0], "totalAlbums", 'n', "sp_search_total_albums(search)"},
+        {results[0], "totalArtists", 'n', "sp_search_total_artists(search)"},
+        {results[0], "totalTracks", 'n', "sp_search_total_tracks(search)"},
+        {results[0], "totalPlaylists", 'n', "sp_search_total_playlists(search)"},
+        {results[0], "numAlbums", 'n', "sp_search_num_albums(search)"},
+        {results[0], "numArtists", 'n', "sp_search_num_artists(search)"},
+        {results[0], "numTracks", 'n', "sp_search_num_tracks(search)"},
+        {results[0], "numPlaylists", 'n', "sp_search_num_playlists(search)"},
+        {results[0], "isLoaded", 'b', "sp_search_is_loaded(search)"},
+        {results[0], "error", 'n', "sp_search_error(search)"},
+        {results[0], "query", 't', "sp_search_query(search)"},
+        {results[0], "didYouMean", 't', "sp_search_did_you_mean(search)"},
+        {results[0], "playlistName", 't', "sp_search_playlist_name(search, 1)"},
+        {results[0], "playlistUri", 't', "sp_search_playlist_uri(search, 1)"},
+        {results[0], "playlistImageUri", 't', "sp_search_playlist_image_uri(search, 1)"},
+        {results[1], "album", 'A', "sp_albumbrowse_album(albumbrowse)"},
+        {results[1], "artist", 'R', "sp_albumbrowse_artist(albumbrowse)"},
+        {results[1], "track", 'T', "sp_albumbrowse_track(albumbrowse, 1)"},
+        {results[1], "numCopyrights", 'n', "sp_albumbrowse_num_copyrights(albumbrowse)"},
+        {results[1], "copyright", 't', "sp_albumbrowse_copyright(albumbrowse, 1)"},
+        {results[1], "numTracks", 'n', "sp_albumbrowse_num_tracks(albumbrowse)"},
+        {results[1], "isLoaded", 'b', "sp_albumbrowse_is_loaded(albumbrowse)"},
+        {results[1], "error", 'n', "sp_albumbrowse_error(albumbrowse)"},
+        {results[2], "album", 'A', "sp_artistbrowse_album(artistbrowse, 1)"},
+        {results[2], "artist", 'R', "sp_artistbrowse_artist(artistbrowse)"},
+        {results[2], "tophitTrack", 'T', "sp_artistbrowse_tophit_track(artistbrowse, 1)"},
+        {results[2], "numAlbums", 'n', "sp_artistbrowse_num_albums(artistbrowse)"},
+        {results[2], "numTophitTracks", 'n', "sp_artistbrowse_num_tophit_tracks(artistbrowse)"},
+        {results[2], "isLoaded", 'b', "sp_artistbrowse_is_loaded(artistbrowse)"},
+        {results[2], "error", 'n', "sp_artistbrowse_error(artistbrowse)"},
+        {results[3], "album", 'A', "sp_toplistbrowse_album(toplistbrowse, 1)"},
+        {results[3], "artist", 'R', "sp_toplistbrowse_artist(toplistbrowse, 1)"},
+        {results[3], "track", 'T', "sp_toplistbrowse_track(toplistbrowse, 1)"},
+        {results[3], "numAlbums", 'n', "sp_toplistbrowse_num_albums(toplistbrowse)"},
+        {results[3], "numArtists", 'n', "sp_toplistbrowse_num_artists(toplistbrowse)"},
+        {results[3], "numTracks", 'n', "sp_toplistbrowse_num_tracks(toplistbrowse)"},
+        {results[3], "isLoaded", 'b', "sp_toplistbrowse_is_loaded(toplistbrowse)"},
+        {results[3], "error", 'n', "sp_toplistbrowse_error(toplistbrowse)"}};
+    expectReads(members);
+    spotify.calls.clear();
+    EXPECT_EQ(session("logout"), nothing());
+    EXPECT_EQ(search->references + albumbrowse->references, 0);
+    EXPECT_EQ(artistbrowse->references + toplistbrowse->references, 0);
+    expectCleared(members);
+}
+
+TEST_F(ImageTest, IsMadeFromExactlyOneIdAndRaisesItsEventWhileItLives) {
+    jsplugin_obj* image = make();
+    EXPECT_EQ(spotify.callsTo("sp_image_create").back(),
+              "sp_image_create(session, " + imageId + ")");
+    create("SpImage", (std::string(imageText) + "QQQQ").c_str());
+    EXPECT_EQ(spotify.callsTo("sp_image_create").back(),
+              "sp_image_create(session, " + imageId + ")");
+    create("SpImage", "AAEC");
+    EXPECT_EQ(handle->references, 3) << "one of each wrapper";
+    spotify.handles.clear();
+    expectFailures({{find("Spotify.SpImage"), "create", {}, "Not enough arguments"},
+                    {find("Spotify.SpImage"), "create", {5}, "Not a string"},
+                    {find("Spotify.SpImage"), "create", {imageText}, notRetrieved}});
+    jsplugin_obj* listener = host->function(page);
+    jsplugin_obj* handler = host->function(page);
+    host->call(image, "addEventListener", {"ImageLoaded", listener});
+    host->set(image, "onImageLoaded", handler);
+    const auto listeners = handle->listeners;
+    for (const auto& [callback, wrapper] : listeners) {
+        callback(handle, wrapper);
+    }
+    tick();
+    ASSERT_EQ(host->calls.size(), 2U);
+    for (const FakeHost::Call& made : host->calls) {
+        EXPECT_EQ(made.arguments, Values{image});
+    }
+    EXPECT_EQ(host->calls[1].function, handler);
+    host->collect(image);
+    EXPECT_EQ(handle->listeners.size(), 2U);
+    EXPECT_EQ(spotify.calls.back(), "sp_image_release(image)");
+}
+
+TEST_F(ImageTest, AnswersBase64AndLosesItsMembersAtLogout) {
+    jsplugin_obj* image = make();
+    const std::vector<Member> members = {{image, "isLoaded", 'b', "sp_image_is_loaded(image)"},
+                                         {image, "error", 'n', "sp_image_error(image)"},
+                                         {image, "format", 'n', "sp_image_format(image)"}};
+    expectReads(members);
+    expectFailures({{image, "data", {}, "Image size is zero"}, {image, "id", {}, notRetrieved}});
+    spotify.texts = {{"sp_image_data", "foob"}, {"sp_image_image_id", imageId.data()}};
+    EXPECT_EQ(host->call(image, "data"), returned("Zm9vYg=="));
+    EXPECT_EQ(host->call(image, "id"), returned(imageText));
+    session("logout");
+    EXPECT_EQ(handle->references + handle->registrations, 0);
+    for (const char* name : {"isLoaded", "error", "format", "data", "id", "onImageLoaded"}) {
+        EXPECT_EQ(host->get(image, name).code, JSP_GET_NO_PROPERTY) << name;
+    }
+    EXPECT_EQ(host->call(image, "isLoaded").code, JSP_CALL_NO_FUNCTION) << "a function kept before";
+    EXPECT_EQ(host->get(image, "addEventListener").code, JSP_GET_VALUE_CACHE);
+}
