@@ -9,15 +9,10 @@ namespace sonolet::service {
 namespace {
 
 // Weighing takes some microseconds a row, counting some hundredths of one.
-constexpr int rowsWeighed = 2000;
-constexpr int rowsPreferred = 1000;
-constexpr int rowsSuggested = 500;
+constexpr int rowsWeighed = 1000;
+constexpr int rowsSuggested = 300;
 constexpr int suggestions = 10;
 constexpr std::size_t meaningsTried = 8;
-
-Page shortened(const Page& page, bool suggest) {
-    return suggest ? Page{page.offset, std::min(page.count, suggestions)} : page;
-}
 
 }  // namespace
 
@@ -48,14 +43,18 @@ SearchAnswer SearchIndex::search(const SearchRequest& request) {
     const SearchText asked(request.text, tokenizer, request.suggest);
     const Snapshot snapshot(database);
     refreshPopularity();
-    const int weighed = request.suggest ? rowsSuggested : rowsWeighed;
+    const bool suggest = request.suggest;
     SearchAnswer answer;
-    answer.tracks = find(tracks, asked.trackExpression(), asked.titleStartExpression(),
-                         shortened(request.tracks, request.suggest), weighed);
-    answer.albums = find(albums, asked.albumExpression(), "",
-                         shortened(request.albums, request.suggest), weighed);
-    answer.artists = find(artists, asked.artistExpression(), "",
-                          shortened(request.artists, request.suggest), weighed);
+    answer.tracks = find(tracks,
+                         {asked.trackExpression(false), asked.trackExpression(!suggest),
+                          asked.titleStartExpression()},
+                         request.tracks, suggest);
+    answer.albums =
+        find(albums, {asked.albumExpression(false), asked.albumExpression(!suggest), ""},
+             request.albums, suggest);
+    answer.artists =
+        find(artists, {asked.artistExpression(false), asked.artistExpression(!suggest), ""},
+             request.artists, suggest);
     const bool found =
         answer.tracks.total > 0 || answer.albums.total > 0 || answer.artists.total > 0;
     if (!found && !request.suggest) {
@@ -72,22 +71,20 @@ int SearchIndex::count(Index& index, const std::string& expression) {
     return row.next() ? static_cast<int>(row.integer(0)) : 0;
 }
 
-FoundPage SearchIndex::find(Index& index,
-                            const std::string& expression,
-                            const std::string& preferred,
-                            const Page& page,
-                            int weighed) {
+FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& page, bool suggest) {
     FoundPage found;
-    found.total = count(index, expression);
+    found.total = count(index, by.count);
     if (page.count <= 0 || page.offset >= found.total) {
         return found;
     }
+    const int weighed = suggest ? rowsSuggested : rowsWeighed;
+    const int rows = suggest ? std::min(page.count, suggestions) : page.count;
     std::vector<Hit> hits;
     std::unordered_set<std::int64_t> seen;
     // What is weighed by one expression comes before what is weighed by the next.
-    const auto weigh = [&](const std::string& by, int limit) {
+    const auto weigh = [&](const std::string& expression, int limit) {
         const auto first = static_cast<std::ptrdiff_t>(hits.size());
-        for (Cursor row = index.rank.run(by, limit); row.next();) {
+        for (Cursor row = index.rank.run(expression, limit); row.next();) {
             if (seen.insert(row.integer(0)).second) {
                 hits.push_back({row.integer(0), row.real(1), popularityOf(index, row.integer(0))});
             }
@@ -100,16 +97,16 @@ FoundPage SearchIndex::find(Index& index,
                                                        : left.row < right.row;
         });
     };
-    if (found.total > weighed && !preferred.empty()) {
-        weigh(preferred, std::min(weighed, rowsPreferred));
+    if (found.total > weighed && !by.preferred.empty()) {
+        weigh(by.preferred, weighed / 2);
     }
-    weigh(expression, weighed);
+    weigh(by.rank, weighed - static_cast<int>(hits.size()));
 
     const auto wanted = static_cast<std::size_t>(
-        std::min<std::int64_t>(std::int64_t{page.offset} + page.count, found.total));
+        std::min<std::int64_t>(std::int64_t{page.offset} + rows, found.total));
     if (hits.size() < wanted) {
-        for (Cursor row = index.list.run(expression); hits.size() < wanted && row.next();) {
-            if (seen.count(row.integer(0)) == 0) {
+        for (Cursor row = index.list.run(by.count); hits.size() < wanted && row.next();) {
+            if (seen.insert(row.integer(0)).second) {
                 hits.push_back({row.integer(0), 0, 0});
             }
         }
@@ -186,9 +183,9 @@ std::string SearchIndex::suggestion(const SearchRequest& request, const SearchTe
 
 bool SearchIndex::findsAnything(const std::string& text) {
     const SearchText meant(text, tokenizer, false);
-    return count(tracks, meant.trackExpression()) > 0 ||
-           count(albums, meant.albumExpression()) > 0 ||
-           count(artists, meant.artistExpression()) > 0;
+    return count(tracks, meant.trackExpression(false)) > 0 ||
+           count(albums, meant.albumExpression(false)) > 0 ||
+           count(artists, meant.artistExpression(false)) > 0;
 }
 
 }  // namespace sonolet::service

@@ -59,6 +59,11 @@ private:
         Statement list;
         Statement link;
     };
+    struct Expressions {
+        std::string count;
+        std::string rank;
+        std::string preferred;  // what comes first when there is too much to weigh
+    };
     struct Hit {
         std::int64_t row;
         double score;
@@ -66,11 +71,7 @@ private:
     };
 
     static int count(Index& index, const std::string& expression);
-    FoundPage find(Index& index,
-                   const std::string& expression,
-                   const std::string& preferred,
-                   const Page& page,
-                   int weighed);
+    FoundPage find(Index& index, const Expressions& by, const Page& page, bool suggest);
     std::int64_t popularityOf(const Index& index, std::int64_t row) const;
     void refreshPopularity();
     std::string suggestion(const SearchRequest& request, const SearchText& asked);

@@ -122,9 +122,10 @@ void SearchText::parse(std::string_view text, const Tokenizer& tokenizer) {
         std::size_t valueStart = place;
         std::size_t valueEnd = place;
         if (place < text.size() && text[place] == '"') {
-            term.quoted = true;
             valueStart = place + 1;
             valueEnd = std::min(text.find('"', valueStart), text.size());
+            // Without its end it is still being typed.
+            term.quoted = valueEnd < text.size();
             place = std::min(valueEnd + 1, text.size());
         } else {
             while (place < text.size() && !isSpace(text[place]) && text[place] != '"') {
@@ -173,7 +174,7 @@ const char* SearchText::columnOf(Field field, const Columns& columns) {
     return nullptr;
 }
 
-std::string SearchText::expression(const Columns& columns) const {
+std::string SearchText::expression(const Columns& columns, bool ranked) const {
     std::string all;
     for (const Term& term : terms) {
         const char* column = columnOf(term.field, columns);
@@ -186,7 +187,7 @@ std::string SearchText::expression(const Columns& columns) const {
         }
         if (term.prefix) {
             // A whole word is a better answer than one that only begins so: it counts twice.
-            phrase = '(' + phrase + " OR " + phrase + " *)";
+            phrase = ranked ? '(' + phrase + " OR " + phrase + " *)" : phrase + " *";
         }
         all += (all.empty() ? "" : " AND ") + std::string(column) + " : " + phrase;
     }
@@ -207,8 +208,8 @@ std::string SearchText::expression(const Columns& columns) const {
     return all;
 }
 
-std::string SearchText::trackExpression() const {
-    return expression({"{title artist album}", "artist", "album", "title", "year"});
+std::string SearchText::trackExpression(bool ranked) const {
+    return expression({"{title artist album}", "artist", "album", "title", "year"}, ranked);
 }
 
 std::string SearchText::titleStartExpression() const {
@@ -224,12 +225,12 @@ std::string SearchText::titleStartExpression() const {
     return phrase.empty() || yearsAsked ? std::string() : phrase + " *";
 }
 
-std::string SearchText::albumExpression() const {
-    return expression({"{name artist}", "artist", "name", nullptr, "year"});
+std::string SearchText::albumExpression(bool ranked) const {
+    return expression({"{name artist}", "artist", "name", nullptr, "year"}, ranked);
 }
 
-std::string SearchText::artistExpression() const {
-    return expression({"name", "name", nullptr, nullptr, nullptr});
+std::string SearchText::artistExpression(bool ranked) const {
+    return expression({"name", "name", nullptr, nullptr, nullptr}, ranked);
 }
 
 }  // namespace sonolet::service

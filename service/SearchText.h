@@ -10,22 +10,23 @@
 namespace sonolet::service {
 
 // What a person asks for: words, "phrases in quotes", and filters: artist:, album:, title: (or
-// track:) before a word or a phrase, year:1990 and year:1990-1999. Whatever is none of that is
-// words, so that every text has a meaning.
+// track:) before a word or a phrase, year:1990 and year:1990-1999. The last word may be the
+// beginning of one. Whatever is none of that is words, so that every text has a meaning.
 //
 // The expressions are made of the index's own words alone, never of the text itself; an empty one
 // finds nothing.
 class SearchText final {
 public:
-    // `prefixes`: every word may be the beginning of one, not the last alone.
+    // `prefixes`: every word may be the beginning of one.
     SearchText(std::string_view text, const Tokenizer& tokenizer, bool prefixes);
 
-    std::string trackExpression() const;
+    // `ranked`: for ordering; otherwise for counting alone, which is quicker.
+    std::string trackExpression(bool ranked) const;
     // Of the tracks those whose titles begin with the words; empty when filters or phrases say
     // more.
     std::string titleStartExpression() const;
-    std::string albumExpression() const;
-    std::string artistExpression() const;
+    std::string albumExpression(bool ranked) const;
+    std::string artistExpression(bool ranked) const;
 
     // The words outside of years, with their places in the text.
     struct Word {
@@ -55,7 +56,7 @@ private:
     };
 
     void parse(std::string_view text, const Tokenizer& tokenizer);
-    std::string expression(const Columns& columns) const;
+    std::string expression(const Columns& columns, bool ranked) const;
     static const char* columnOf(Field field, const Columns& columns);
 
     std::vector<Term> terms;

@@ -20,10 +20,11 @@ constexpr int failure = 1;
 constexpr int misuse = 2;
 
 constexpr char usage[] =
-    "Usage: sonolet-user add NAME      make an account\n"
-    "       sonolet-user list          print the names of all accounts\n"
-    "       sonolet-user passwd NAME   change a password; forgets stored logins\n"
-    "       sonolet-user remove NAME   remove an account and all that it kept\n"
+    "Usage: sonolet-user add NAME            make an account\n"
+    "       sonolet-user country NAME CODE   say where a user is: two letters, as SE\n"
+    "       sonolet-user list                print the names of all accounts\n"
+    "       sonolet-user passwd NAME         change a password; forgets stored logins\n"
+    "       sonolet-user remove NAME         remove an account and all that it kept\n"
     "\n"
     "The password is asked for on a terminal, and otherwise read as one line of standard input.\n"
     "SONOLET_STATE names the folder that the accounts are kept in.\n";
@@ -92,7 +93,9 @@ int run(const std::vector<std::string>& arguments) {
         return 0;
     }
     const bool takesName = command == "add" || command == "passwd" || command == "remove";
-    if ((!takesName && command != "list") || arguments.size() != (takesName ? 2U : 1U)) {
+    const bool takesCountry = command == "country";
+    const std::size_t wanted = takesCountry ? 3 : takesName ? 2 : 1;
+    if ((!takesName && !takesCountry && command != "list") || arguments.size() != wanted) {
         std::cerr << usage;
         return misuse;
     }
@@ -112,6 +115,9 @@ int run(const std::vector<std::string>& arguments) {
         }
         accounts.add(name, newPassword(name));
         return 0;
+    }
+    if (takesCountry) {
+        return answer(accounts.setCountry(name, arguments[2]), name);
     }
     if (command == "passwd") {
         return accounts.find(name) ? answer(accounts.setPassword(name, newPassword(name)), name)

@@ -1,0 +1,374 @@
+// sonolet-bench: how fast the music service answers and scans, beside what it promises.
+
+#include "Accounts.h"
+#include "Catalogue.h"
+#include "Scanner.h"
+#include "StatePaths.h"
+#include "SyntheticMusic.h"
+
+#include "libspotify/api.h"
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace sonolet;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t catalogueTracks = 100000;
+constexpr std::size_t taggedFiles = 10000;
+constexpr int queryCount = 4000;
+constexpr int resultsAsked = 20;
+
+// What was measured and what it may be at most.
+struct Figure {
+    std::string what;
+    double value;
+    double limit;  // 0: none
+    const char* unit;
+};
+
+std::vector<Figure>& figures() {
+    static std::vector<Figure>& all = *new std::vector<Figure>;
+    return all;
+}
+
+double milliseconds(Clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+// Runs in a process of its own, so that its memory does not count.
+void inChild(const std::function<void()>& work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        try {
+            work();
+            _exit(0);
+        } catch (const std::exception& error) {
+            std::cerr << error.what() << '\n';
+            _exit(1);
+        }
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
+        throw std::runtime_error("the input could not be made");
+    }
+}
+
+// A session whose owner sleeps until it is asked for attention.
+class BenchSession final {
+public:
+    BenchSession() {
+        callbacks.notify_main_thread = [](sp_session* caller) {
+            auto* self = static_cast<BenchSession*>(sp_session_userdata(caller));
+            if (self != nullptr) {
+                self->wake();
+            }
+        };
+        callbacks.log_message = [](sp_session* caller, const char* line) {
+            auto* self = static_cast<BenchSession*>(sp_session_userdata(caller));
+            self->scanned = self->scanned || std::string(line).rfind("Scanned ", 0) == 0;
+        };
+        sp_session_config config{};
+        config.api_version = SPOTIFY_API_VERSION;
+        config.application_key = "key";
+        config.application_key_size = 3;
+        config.user_agent = "bench";
+        config.callbacks = &callbacks;
+        config.userdata = this;
+        if (sp_session_create(&config, &session) != SP_ERROR_OK) {
+            throw std::runtime_error("no session");
+        }
+        until(scanned);
+    }
+    ~BenchSession() { sp_session_release(session); }
+    BenchSession(const BenchSession&) = delete;
+    BenchSession& operator=(const BenchSession&) = delete;
+
+    // From asking to the completion callback. Says how many tracks there are.
+    int search(const std::string& query, sp_search_type type) {
+        bool completed = false;
+        sp_search* search = sp_search_create(
+            session, query.c_str(), 0, resultsAsked, 0, resultsAsked, 0, resultsAsked, 0, 0, type,
+            [](sp_search*, void* done) { *static_cast<bool*>(done) = true; }, &completed);
+        until(completed);
+        const int total =
+            sp_search_error(search) == SP_ERROR_OK ? sp_search_total_tracks(search) : -1;
+        sp_search_release(search);
+        return total;
+    }
+
+private:
+    void wake() {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            notified = true;
+        }
+        called.notify_one();
+    }
+    void until(const bool& condition) {
+        int timeout = 0;
+        sp_session_process_events(session, &timeout);
+        while (!condition) {
+            std::unique_lock<std::mutex> lock(mutex);
+            called.wait_for(lock, std::chrono::milliseconds(timeout), [this] { return notified; });
+            notified = false;
+            lock.unlock();
+            sp_session_process_events(session, &timeout);
+        }
+    }
+
+    sp_session_callbacks callbacks{};
+    sp_session* session = nullptr;
+    bool scanned = false;
+    std::mutex mutex;
+    std::condition_variable called;
+    bool notified = false;
+};
+
+std::string firstLetters(const std::string& text, std::size_t count) {
+    std::size_t place = 0;
+    for (; place < text.size() && count > 0; --count) {
+        ++place;
+        while (place < text.size() && (text[place] & 0xc0) == 0x80) {
+            ++place;
+        }
+    }
+    return text.substr(0, place);
+}
+
+std::string someWord(const std::string& text, std::mt19937& random) {
+    std::vector<std::string> words;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(' ', start), text.size());
+        words.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return words[random() % words.size()];
+}
+
+// What people type, of everything a share.
+std::vector<std::string> queries(const std::vector<bench::SyntheticTrack>& tracks) {
+    std::mt19937 random(3);
+    std::vector<std::string> all;
+    for (int index = 0; index < queryCount; ++index) {
+        const bench::SyntheticTrack& track = tracks[random() % tracks.size()];
+        const unsigned kind = random() % 100;
+        if (kind < 25) {
+            all.push_back(someWord(track.title, random));
+        } else if (kind < 45) {
+            all.push_back(track.title);
+        } else if (kind < 60) {
+            all.push_back(track.artist);
+        } else if (kind < 70) {
+            all.push_back(track.artist + ' ' + someWord(track.title, random));
+        } else if (kind < 85) {
+            all.push_back(firstLetters(track.title, 1 + random() % 5));
+        } else if (kind < 90) {
+            all.push_back("artist:" + someWord(track.artist, random) + " year:1990-1999");
+        } else if (kind < 95) {
+            all.push_back('"' + track.title + '"');
+        } else {
+            std::string wrong = someWord(track.title, random);
+            wrong[random() % wrong.size()] = 'q';
+            all.push_back(wrong);
+        }
+    }
+    return all;
+}
+
+double percentile(std::vector<double> sorted, double share) {
+    std::sort(sorted.begin(), sorted.end());
+    return sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1))];
+}
+
+// One iteration is one query.
+void measureSearch(benchmark::State& state,
+                   BenchSession& session,
+                   const std::vector<std::string>& asked,
+                   sp_search_type type) {
+    std::vector<double> samples;
+    double sumOfTotals = 0;
+    std::string slowest;
+    double slowestTime = 0;
+    for (auto _ : state) {
+        const std::string& query = asked[samples.size() % asked.size()];
+        const Clock::time_point start = Clock::now();
+        const int total = session.search(query, type);
+        const Clock::duration taken = Clock::now() - start;
+        if (total < 0) {
+            state.SkipWithError(("failed: " + query).c_str());
+            break;
+        }
+        state.SetIterationTime(std::chrono::duration<double>(taken).count());
+        samples.push_back(milliseconds(taken));
+        sumOfTotals += total;
+        if (samples.back() > slowestTime) {
+            slowestTime = samples.back();
+            slowest = query;
+        }
+    }
+    if (samples.empty()) {
+        return;
+    }
+    const bool suggest = type == SP_SEARCH_SUGGEST;
+    const std::string name = suggest ? "suggestion" : "search";
+    state.counters["tracks_found"] = sumOfTotals / static_cast<double>(samples.size());
+    state.SetLabel("slowest: " + slowest);
+    figures().push_back({name + ", median", percentile(samples, 0.5), 5, "ms"});
+    figures().push_back({name + ", 99th percentile", percentile(samples, 0.99), 20, "ms"});
+    figures().push_back({name + ", slowest", slowestTime, 0, "ms"});
+}
+
+double scan(const std::string& music, const std::string& file) {
+    std::promise<void> finished;
+    service::ScanEvents events;
+    events.log = [](const std::string& line) {
+        if (line.rfind("Scanned ", 0) == 0) {
+            std::cerr << line << '\n';
+        }
+    };
+    events.finished = [&finished] { finished.set_value(); };
+    const Clock::time_point start = Clock::now();
+    const service::Scanner scanner(music, file, events);
+    finished.get_future().wait();
+    return milliseconds(Clock::now() - start) / 1000;
+}
+
+double residentMegabytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) {
+            return std::stod(line.substr(6)) / 1024;
+        }
+    }
+    return 0;
+}
+
+std::string processor() {
+    std::ifstream info("/proc/cpuinfo");
+    for (std::string line; std::getline(info, line);) {
+        if (line.rfind("model name", 0) == 0) {
+            return line.substr(line.find(':') + 2);
+        }
+    }
+    return "unknown processor";
+}
+
+void printFigures() {
+    std::printf("\nMachine: %s, %u threads\nBuild:   %s\nInput:   %zu tracks in the catalogue, %zu "
+                "tagged files, %d queries\n\n",
+                processor().c_str(), std::thread::hardware_concurrency(), SONOLET_BUILD_KIND,
+                catalogueTracks, taggedFiles, queryCount);
+    std::printf("%-46s %12s %12s %7s\n", "", "measured", "limit", "ratio");
+    for (const Figure& figure : figures()) {
+        std::printf("%-46s %9.2f %-2s", figure.what.c_str(), figure.value, figure.unit);
+        if (figure.limit > 0) {
+            std::printf(" %9.0f %-2s %7.2f  %s", figure.limit, figure.unit,
+                        figure.value / figure.limit,
+                        figure.value <= figure.limit ? "holds" : "DOES NOT HOLD");
+        }
+        std::printf("\n");
+    }
+}
+
+void run() {
+    const std::string root =
+        std::filesystem::temp_directory_path() / ("sonolet-bench-" + std::to_string(getpid()));
+    const std::unique_ptr<const std::string, void (*)(const std::string*)> cleaning(
+        &root, [](const std::string* folder) {
+            std::error_code ignored;
+            std::filesystem::remove_all(*folder, ignored);
+        });
+    const std::string music = root + "/music";
+    const std::string tagged = root + "/tagged";
+    std::filesystem::create_directories(music);
+    std::filesystem::create_directories(tagged);
+    // No other thread is there yet. NOLINTBEGIN(concurrency-mt-unsafe)
+    setenv("SONOLET_MUSIC", music.c_str(), 1);
+    setenv("SONOLET_STATE", (root + "/state").c_str(), 1);
+    // NOLINTEND(concurrency-mt-unsafe)
+
+    std::cerr << "Making the input\n";
+    inChild([&] {
+        const auto paths = service::StatePaths::prepare(nullptr, nullptr);
+        const auto tracks = bench::syntheticTracks(catalogueTracks);
+        bench::writeCatalogue(tracks, music, paths.catalogueFile(service::musicFolder()));
+        // Plays and stars of two users.
+        service::Accounts accounts(paths.accountsFile());
+        service::Catalogue catalogue(paths.catalogueFile(service::musicFolder()));
+        std::vector<service::Id> starred = catalogue.tracks();
+        std::shuffle(starred.begin(), starred.end(), std::mt19937(4));
+        starred.resize(2000);
+        accounts.setStarred(accounts.find("listener")->id, starred, true);
+    });
+    inChild([&] { bench::writeTaggedFiles(bench::syntheticTracks(taggedFiles), tagged); });
+    std::vector<std::string> asked;
+    {
+        const auto tracks = bench::syntheticTracks(catalogueTracks);
+        asked = queries(tracks);
+    }
+    malloc_trim(0);
+    const double before = residentMegabytes();
+
+    auto session = std::make_unique<BenchSession>();
+    const double opened = residentMegabytes();
+    const Clock::time_point start = Clock::now();
+    session->search("the first of all", SP_SEARCH_STANDARD);
+    figures().push_back({"the very first search", milliseconds(Clock::now() - start), 0, "ms"});
+    for (const sp_search_type type : {SP_SEARCH_STANDARD, SP_SEARCH_SUGGEST}) {
+        benchmark::RegisterBenchmark(
+            type == SP_SEARCH_STANDARD ? "search" : "suggest",
+            [&, type](benchmark::State& state) { measureSearch(state, *session, asked, type); })
+            ->Iterations(queryCount)
+            ->MeasureProcessCPUTime()
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    figures().push_back({"memory, catalogue opened", opened, 64, "MB"});
+    figures().push_back({"memory, after all searches", residentMegabytes(), 64, "MB"});
+    figures().push_back({"memory, of it the benchmark before", before, 0, "MB"});
+    session.reset();
+
+    const std::string file = root + "/tagged.db";
+    figures().push_back({"first scan", scan(tagged, file), 30, "s"});
+    figures().push_back({"scan with nothing changed", scan(tagged, file), 1, "s"});
+    printFigures();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    try {
+        run();
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "sonolet-bench: " << error.what() << '\n';
+        return 1;
+    }
+}
