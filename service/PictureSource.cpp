@@ -48,7 +48,7 @@ std::optional<std::string> PictureSource::find(const std::string& digest) {
         if (!tried.insert(path).second) {
             continue;
         }
-        const auto picture = row.integer(2) != 0 ? embeddedPicture(path) : pictureFile(path);
+        auto picture = row.integer(2) != 0 ? embeddedPicture(path) : pictureFile(path);
         if (picture && sha1(*picture).compare(0, pictureDigestSize, digest) == 0) {
             return picture;
         }
