@@ -221,26 +221,27 @@ sp_error ignore(const char* function, Kind* handle, Callbacks* callbacks, void* 
 
 }  // namespace
 
-// A function that answers as scripted, and the two that count references of a kind.
-#define SCRIPTED(Result, name, A)                                                                  \
-    Result name(A a) {                                                                             \
-        return scripted<Result>(#name, a);                                                         \
-    }
-#define SCRIPTED2(Result, name, A, B)                                                              \
-    Result name(A a, B b) {                                                                        \
-        return scripted<Result>(#name, a, b);                                                      \
-    }
-#define COUNTED(Kind)                                                                              \
-    sp_error Kind##_add_ref(Kind* handle) {                                                        \
-        return fake().count(__func__, handle, 1);                                                  \
-    }                                                                                              \
-    sp_error Kind##_release(Kind* handle) {                                                        \
-        return fake().count(__func__, handle, -1);                                                 \
-    }
-
+// The uniform functions: GET answers as scripted for a handle, GET_AT for an index of it, GET_IN for
+// a handle in the session, SET takes one more argument; CREATE answers a counted reference.
 // clang-format off
+#define GET(Result, Kind, what) \
+    Result Kind##_##what(Kind* a) { return scripted<Result>(#Kind "_" #what, a); }
+#define GET_AT(Result, Kind, what) \
+    Result Kind##_##what(Kind* a, int b) { return scripted<Result>(#Kind "_" #what, a, b); }
+#define GET_IN(Result, Kind, what) \
+    Result Kind##_##what(sp_session* a, Kind* b) { return scripted<Result>(#Kind "_" #what, a, b); }
+#define SET(Kind, what, Type) \
+    sp_error Kind##_##what(Kind* a, Type b) { return scripted<sp_error>(#Kind "_" #what, a, b); }
+#define CREATE(Kind, name, A) \
+    Kind* name(A a) { return created<Kind>(#name, a); }
+#define CREATE2(Kind, name, A, B) \
+    Kind* name(A a, B b) { return created<Kind>(#name, a, b); }
+#define COUNTED(Kind) \
+    sp_error Kind##_add_ref(Kind* a) { return fake().count(__func__, a, 1); } \
+    sp_error Kind##_release(Kind* a) { return fake().count(__func__, a, -1); }
+
 const char* sp_build_id() { return fake().buildId.c_str(); }
-SCRIPTED(const char*, sp_error_message, sp_error)
+const char* sp_error_message(sp_error error) { return scripted<const char*>(__func__, error); }
 
 sp_error sp_session_create(const sp_session_config* config, sp_session** session) {
     const auto error = scripted<sp_error>(
@@ -258,8 +259,8 @@ sp_error sp_session_release(sp_session* session) {
     return SP_ERROR_OK;
 }
 sp_error sp_session_login(
-    sp_session* session, const char* username, const char* password, bool remember, const char* blob) {
-    return scripted<sp_error>(__func__, session, username, password, remember, blob);
+    sp_session* session, const char* user, const char* password, bool remember, const char* blob) {
+    return scripted<sp_error>(__func__, session, user, password, remember, blob);
 }
 int sp_session_remembered_user(sp_session* session, char* buffer, size_t size) {
     const auto* name = scripted<const char*>(__func__, session);
@@ -273,18 +274,19 @@ sp_error sp_session_process_events(sp_session* session, int* nextTimeout) {
     }
     return result;
 }
-SCRIPTED(sp_error, sp_session_relogin, sp_session*)
-SCRIPTED(sp_error, sp_session_forget_me, sp_session*)
-SCRIPTED(sp_user*, sp_session_user, sp_session*)
-SCRIPTED(sp_error, sp_session_logout, sp_session*)
-SCRIPTED(sp_connectionstate, sp_session_connectionstate, sp_session*)
-SCRIPTED2(sp_error, sp_session_set_cache_size, sp_session*, size_t)
-SCRIPTED2(sp_error, sp_session_preferred_bitrate, sp_session*, sp_bitrate)
-SCRIPTED(int, sp_session_user_country, sp_session*)
-SCRIPTED(int, sp_session_num_friends, sp_session*)
-SCRIPTED2(sp_user*, sp_session_friend, sp_session*, int)
-SCRIPTED(const char*, sp_session_signup_get_unaccepted_licenses, sp_session*)
-SCRIPTED2(sp_error, sp_session_signup_perform_action, sp_session*, sp_signup_action)
+GET(sp_error, sp_session, relogin) GET(sp_error, sp_session, forget_me)
+GET(sp_error, sp_session, logout)  GET(sp_connectionstate, sp_session, connectionstate)
+GET(int, sp_session, user_country) GET(int, sp_session, num_friends)
+GET(sp_user*, sp_session, user)    GET_AT(sp_user*, sp_session, friend)
+SET(sp_session, set_cache_size, size_t)
+SET(sp_session, preferred_bitrate, sp_bitrate)
+SET(sp_session, signup_perform_action, sp_signup_action)
+GET(const char*, sp_session, signup_get_unaccepted_licenses)
+GET(sp_playlistcontainer*, sp_session, playlistcontainer)
+CREATE(sp_playlist, sp_session_inbox_create, sp_session*)
+CREATE(sp_playlist, sp_session_starred_create, sp_session*)
+CREATE2(sp_playlist, sp_session_starred_for_user_create, sp_session*, const char*)
+CREATE2(sp_playlistcontainer, sp_session_publishedcontainer_for_user_create, sp_session*, const char*)
 
 sp_error sp_session_player_load(sp_session* session, sp_track* track) {
     std::unique_lock<std::mutex> lock(fake().deliveryMutex);
@@ -299,216 +301,153 @@ sp_error sp_session_player_unload(sp_session* session) {
     const std::lock_guard<std::mutex> lock(fake().deliveryMutex);
     return scripted<sp_error>(__func__, session);
 }
-SCRIPTED2(sp_error, sp_session_player_seek, sp_session*, int)
-SCRIPTED2(sp_error, sp_session_player_play, sp_session*, bool)
-SCRIPTED2(sp_error, sp_session_player_prefetch, sp_session*, sp_track*)
+SET(sp_session, player_seek, int)
+SET(sp_session, player_play, bool)
+SET(sp_session, player_prefetch, sp_track*)
 
-sp_link* sp_link_create_from_string(const char* text) {
-    fake().called(__func__, text);
-    return fake().linkTo(text);
+COUNTED(sp_link)
+CREATE2(sp_link, sp_link_create_from_track, sp_track*, int)
+CREATE(sp_link, sp_link_create_from_playlist, sp_playlist*)
+sp_link* sp_link_create_from_string(const char* text) { return fake().linkTo(text); }
+int sp_link_as_string(sp_link* link, char* buffer, int size) {
+    return snprintf(buffer, static_cast<size_t>(size), "%s", link->label.c_str());
 }
 sp_track* sp_link_as_track(sp_link* link) { return dynamic_cast<sp_track*>(link->target); }
 sp_album* sp_link_as_album(sp_link* link) { return dynamic_cast<sp_album*>(link->target); }
 sp_artist* sp_link_as_artist(sp_link* link) { return dynamic_cast<sp_artist*>(link->target); }
 
-sp_link* sp_link_create_from_track(sp_track* track, int offset) {
-    return created<sp_link>(__func__, track, offset);
-}
-sp_link* sp_link_create_from_playlist(sp_playlist* playlist) {
-    return created<sp_link>(__func__, playlist);
-}
-int sp_link_as_string(sp_link* link, char* buffer, int size) {
-    return snprintf(buffer, static_cast<size_t>(size), "%s", link->label.c_str());
-}
-COUNTED(sp_link)
-
 COUNTED(sp_track)
-SCRIPTED(bool, sp_track_is_loaded, sp_track*)
-SCRIPTED(sp_error, sp_track_error, sp_track*)
-SCRIPTED2(sp_track_availability, sp_track_get_availability, sp_session*, sp_track*)
-SCRIPTED2(bool, sp_track_is_local, sp_session*, sp_track*)
-SCRIPTED(bool, sp_track_is_placeholder, sp_track*)
-SCRIPTED2(bool, sp_track_is_starred, sp_session*, sp_track*)
+GET(bool, sp_track, is_loaded)           GET(sp_error, sp_track, error)
+GET_IN(bool, sp_track, is_local)         GET(bool, sp_track, is_placeholder)
+GET_IN(bool, sp_track, is_starred)       GET_IN(sp_track_availability, sp_track, get_availability)
+GET_AT(sp_artist*, sp_track, artist)     GET(int, sp_track, num_artists)
+GET(sp_album*, sp_track, album)          GET(const char*, sp_track, name)
+GET(int, sp_track, duration)             GET(int, sp_track, popularity)
+GET(int, sp_track, disc)                 GET(int, sp_track, index)
 sp_error sp_track_set_starred(sp_session* session, sp_track* const* tracks, int count, bool star) {
     return scripted<sp_error>(__func__, session, *tracks, count, star);
 }
-SCRIPTED(int, sp_track_num_artists, sp_track*)
-SCRIPTED2(sp_artist*, sp_track_artist, sp_track*, int)
-SCRIPTED(sp_album*, sp_track_album, sp_track*)
-SCRIPTED(const char*, sp_track_name, sp_track*)
-SCRIPTED(int, sp_track_duration, sp_track*)
-SCRIPTED(int, sp_track_popularity, sp_track*)
-SCRIPTED(int, sp_track_disc, sp_track*)
-SCRIPTED(int, sp_track_index, sp_track*)
 
 COUNTED(sp_album)
-SCRIPTED(bool, sp_album_is_loaded, sp_album*)
-SCRIPTED(bool, sp_album_is_available, sp_album*)
-SCRIPTED(sp_artist*, sp_album_artist, sp_album*)
-SCRIPTED2(const byte*, sp_album_cover, sp_album*, sp_image_size)
-SCRIPTED(const char*, sp_album_name, sp_album*)
-SCRIPTED(int, sp_album_year, sp_album*)
-SCRIPTED(sp_albumtype, sp_album_type, sp_album*)
+GET(bool, sp_album, is_loaded)           GET(bool, sp_album, is_available)
+GET(sp_artist*, sp_album, artist)        GET(const char*, sp_album, name)
+GET(int, sp_album, year)                 GET(sp_albumtype, sp_album, type)
+const byte* sp_album_cover(sp_album* album, sp_image_size size) {
+    return scripted<const byte*>(__func__, album, size);
+}
 
 COUNTED(sp_artist)
-SCRIPTED(const char*, sp_artist_name, sp_artist*)
-SCRIPTED(bool, sp_artist_is_loaded, sp_artist*)
-SCRIPTED2(const byte*, sp_artist_portrait, sp_artist*, sp_image_size)
+GET(bool, sp_artist, is_loaded)          GET(const char*, sp_artist, name)
+const byte* sp_artist_portrait(sp_artist* artist, sp_image_size size) {
+    return scripted<const byte*>(__func__, artist, size);
+}
 
 COUNTED(sp_user)
-SCRIPTED(const char*, sp_user_canonical_name, sp_user*)
-SCRIPTED(const char*, sp_user_display_name, sp_user*)
-SCRIPTED(const char*, sp_user_full_name, sp_user*)
-SCRIPTED(const char*, sp_user_picture, sp_user*)
-SCRIPTED(bool, sp_user_is_loaded, sp_user*)
-SCRIPTED2(sp_relation_type, sp_user_relation_type, sp_session*, sp_user*)
+GET(const char*, sp_user, canonical_name) GET(const char*, sp_user, display_name)
+GET(const char*, sp_user, full_name)      GET(const char*, sp_user, picture)
+GET(bool, sp_user, is_loaded)             GET_IN(sp_relation_type, sp_user, relation_type)
 
 COUNTED(sp_image)
 sp_image* sp_image_create(sp_session* session, const byte id[20]) {
     return created<sp_image>(__func__, session, std::string(id, id + 20));
 }
-sp_error sp_image_add_load_callback(sp_image* image, image_loaded_cb* callback, void* userdata) {
-    return listen(__func__, image, callback, userdata);
+sp_error sp_image_add_load_callback(sp_image* image, image_loaded_cb* callback, void* data) {
+    return listen(__func__, image, callback, data);
 }
-sp_error sp_image_remove_load_callback(sp_image* image, image_loaded_cb* callback, void* userdata) {
-    return ignore(__func__, image, callback, userdata);
+sp_error sp_image_remove_load_callback(sp_image* image, image_loaded_cb* callback, void* data) {
+    return ignore(__func__, image, callback, data);
 }
 const void* sp_image_data(sp_image* image, size_t* size) {
     const auto* data = scripted<const char*>(__func__, image);
     *size = data == nullptr ? 0 : strlen(data);
     return data;
 }
-SCRIPTED(bool, sp_image_is_loaded, sp_image*)
-SCRIPTED(sp_error, sp_image_error, sp_image*)
-SCRIPTED(sp_imageformat, sp_image_format, sp_image*)
-SCRIPTED(const byte*, sp_image_image_id, sp_image*)
+GET(bool, sp_image, is_loaded)           GET(sp_error, sp_image, error)
+GET(sp_imageformat, sp_image, format)    GET(const byte*, sp_image, image_id)
 
 COUNTED(sp_search)
-sp_search* sp_search_create(sp_session* session, const char* query, int trackOffset, int trackCount,
-                            int albumOffset, int albumCount, int artistOffset, int artistCount,
-                            int playlistOffset, int playlistCount, sp_search_type type,
-                            search_complete_cb* callback, void* userdata) {
-    return started<sp_search>(__func__, callback, userdata, session, query, trackOffset, trackCount,
-                              albumOffset, albumCount, artistOffset, artistCount, playlistOffset,
-                              playlistCount, type);
+sp_search* sp_search_create(
+    sp_session* session, const char* query, int a, int b, int c, int d, int e, int f, int g, int h,
+    sp_search_type type, search_complete_cb* callback, void* data) {
+    return started<sp_search>(__func__, callback, data, session, query, a, b, c, d, e, f, g, h, type);
 }
-SCRIPTED(bool, sp_search_is_loaded, sp_search*)
-SCRIPTED(sp_error, sp_search_error, sp_search*)
-SCRIPTED(const char*, sp_search_query, sp_search*)
-SCRIPTED(const char*, sp_search_did_you_mean, sp_search*)
-SCRIPTED(int, sp_search_num_tracks, sp_search*)
-SCRIPTED2(sp_track*, sp_search_track, sp_search*, int)
-SCRIPTED(int, sp_search_num_albums, sp_search*)
-SCRIPTED2(sp_album*, sp_search_album, sp_search*, int)
-SCRIPTED(int, sp_search_num_artists, sp_search*)
-SCRIPTED2(sp_artist*, sp_search_artist, sp_search*, int)
-SCRIPTED(int, sp_search_num_playlists, sp_search*)
-SCRIPTED2(sp_playlist*, sp_search_playlist, sp_search*, int)
-SCRIPTED2(const char*, sp_search_playlist_name, sp_search*, int)
-SCRIPTED2(const char*, sp_search_playlist_uri, sp_search*, int)
-SCRIPTED2(const char*, sp_search_playlist_image_uri, sp_search*, int)
-SCRIPTED(int, sp_search_total_tracks, sp_search*)
-SCRIPTED(int, sp_search_total_albums, sp_search*)
-SCRIPTED(int, sp_search_total_artists, sp_search*)
-SCRIPTED(int, sp_search_total_playlists, sp_search*)
+GET(bool, sp_search, is_loaded)          GET(sp_error, sp_search, error)
+GET(const char*, sp_search, query)       GET(const char*, sp_search, did_you_mean)
+GET_AT(sp_track*, sp_search, track)      GET(int, sp_search, num_tracks)
+GET_AT(sp_album*, sp_search, album)      GET(int, sp_search, num_albums)
+GET_AT(sp_artist*, sp_search, artist)    GET(int, sp_search, num_artists)
+GET_AT(sp_playlist*, sp_search, playlist) GET(int, sp_search, num_playlists)
+GET(int, sp_search, total_tracks)        GET(int, sp_search, total_albums)
+GET(int, sp_search, total_artists)       GET(int, sp_search, total_playlists)
+GET_AT(const char*, sp_search, playlist_name)
+GET_AT(const char*, sp_search, playlist_uri)
+GET_AT(const char*, sp_search, playlist_image_uri)
 
 COUNTED(sp_albumbrowse)
 sp_albumbrowse* sp_albumbrowse_create(
-    sp_session* session, sp_album* album, albumbrowse_complete_cb* callback, void* userdata) {
-    return started<sp_albumbrowse>(__func__, callback, userdata, session, album);
+    sp_session* session, sp_album* album, albumbrowse_complete_cb* callback, void* data) {
+    return started<sp_albumbrowse>(__func__, callback, data, session, album);
 }
-SCRIPTED(bool, sp_albumbrowse_is_loaded, sp_albumbrowse*)
-SCRIPTED(sp_error, sp_albumbrowse_error, sp_albumbrowse*)
-SCRIPTED(sp_album*, sp_albumbrowse_album, sp_albumbrowse*)
-SCRIPTED(sp_artist*, sp_albumbrowse_artist, sp_albumbrowse*)
-SCRIPTED(int, sp_albumbrowse_num_copyrights, sp_albumbrowse*)
-SCRIPTED2(const char*, sp_albumbrowse_copyright, sp_albumbrowse*, int)
-SCRIPTED(int, sp_albumbrowse_num_tracks, sp_albumbrowse*)
-SCRIPTED2(sp_track*, sp_albumbrowse_track, sp_albumbrowse*, int)
+GET(bool, sp_albumbrowse, is_loaded)     GET(sp_error, sp_albumbrowse, error)
+GET(sp_album*, sp_albumbrowse, album)    GET(sp_artist*, sp_albumbrowse, artist)
+GET_AT(sp_track*, sp_albumbrowse, track) GET(int, sp_albumbrowse, num_tracks)
+GET_AT(const char*, sp_albumbrowse, copyright) GET(int, sp_albumbrowse, num_copyrights)
 
 COUNTED(sp_artistbrowse)
 sp_artistbrowse* sp_artistbrowse_create(sp_session* session, sp_artist* artist,
-                                        sp_artistbrowse_type type,
-                                        artistbrowse_complete_cb* callback, void* userdata) {
-    return started<sp_artistbrowse>(__func__, callback, userdata, session, artist, type);
+    sp_artistbrowse_type type, artistbrowse_complete_cb* callback, void* data) {
+    return started<sp_artistbrowse>(__func__, callback, data, session, artist, type);
 }
-SCRIPTED(bool, sp_artistbrowse_is_loaded, sp_artistbrowse*)
-SCRIPTED(sp_error, sp_artistbrowse_error, sp_artistbrowse*)
-SCRIPTED(sp_artist*, sp_artistbrowse_artist, sp_artistbrowse*)
-SCRIPTED(int, sp_artistbrowse_num_albums, sp_artistbrowse*)
-SCRIPTED2(sp_album*, sp_artistbrowse_album, sp_artistbrowse*, int)
-SCRIPTED(int, sp_artistbrowse_num_tophit_tracks, sp_artistbrowse*)
-SCRIPTED2(sp_track*, sp_artistbrowse_tophit_track, sp_artistbrowse*, int)
+GET(bool, sp_artistbrowse, is_loaded)    GET(sp_error, sp_artistbrowse, error)
+GET_AT(sp_album*, sp_artistbrowse, album) GET(int, sp_artistbrowse, num_albums)
+GET_AT(sp_track*, sp_artistbrowse, tophit_track) GET(int, sp_artistbrowse, num_tophit_tracks)
+GET(sp_artist*, sp_artistbrowse, artist)
 
 COUNTED(sp_toplistbrowse)
 sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session, sp_toplisttype type,
-                                          sp_toplistregion region, const char* user,
-                                          toplistbrowse_complete_cb* callback, void* userdata) {
-    return started<sp_toplistbrowse>(__func__, callback, userdata, session, type, region, user);
+    sp_toplistregion region, const char* user, toplistbrowse_complete_cb* callback, void* data) {
+    return started<sp_toplistbrowse>(__func__, callback, data, session, type, region, user);
 }
-SCRIPTED(bool, sp_toplistbrowse_is_loaded, sp_toplistbrowse*)
-SCRIPTED(sp_error, sp_toplistbrowse_error, sp_toplistbrowse*)
-SCRIPTED(int, sp_toplistbrowse_num_artists, sp_toplistbrowse*)
-SCRIPTED2(sp_artist*, sp_toplistbrowse_artist, sp_toplistbrowse*, int)
-SCRIPTED(int, sp_toplistbrowse_num_albums, sp_toplistbrowse*)
-SCRIPTED2(sp_album*, sp_toplistbrowse_album, sp_toplistbrowse*, int)
-SCRIPTED(int, sp_toplistbrowse_num_tracks, sp_toplistbrowse*)
-SCRIPTED2(sp_track*, sp_toplistbrowse_track, sp_toplistbrowse*, int)
-
-sp_playlist* sp_session_inbox_create(sp_session* session) {
-    return created<sp_playlist>(__func__, session);
-}
-sp_playlist* sp_session_starred_create(sp_session* session) {
-    return created<sp_playlist>(__func__, session);
-}
-sp_playlist* sp_session_starred_for_user_create(sp_session* session, const char* user) {
-    return created<sp_playlist>(__func__, session, user);
-}
-sp_playlistcontainer* sp_session_publishedcontainer_for_user_create(sp_session* session,
-                                                                    const char* user) {
-    return created<sp_playlistcontainer>(__func__, session, user);
-}
-SCRIPTED(sp_playlistcontainer*, sp_session_playlistcontainer, sp_session*)
+GET(bool, sp_toplistbrowse, is_loaded)   GET(sp_error, sp_toplistbrowse, error)
+GET_AT(sp_artist*, sp_toplistbrowse, artist) GET(int, sp_toplistbrowse, num_artists)
+GET_AT(sp_album*, sp_toplistbrowse, album) GET(int, sp_toplistbrowse, num_albums)
+GET_AT(sp_track*, sp_toplistbrowse, track) GET(int, sp_toplistbrowse, num_tracks)
 
 COUNTED(sp_playlist)
-sp_playlist* sp_playlist_create(sp_session* session, sp_link* link) {
-    return created<sp_playlist>(__func__, session, link);
+CREATE2(sp_playlist, sp_playlist_create, sp_session*, sp_link*)
+sp_error sp_playlist_add_callbacks(sp_playlist* list, sp_playlist_callbacks* callbacks, void* data) {
+    return listen(__func__, list, callbacks, data);
 }
-sp_error sp_playlist_add_callbacks(sp_playlist* playlist, sp_playlist_callbacks* callbacks, void* data) {
-    return listen(__func__, playlist, callbacks, data);
+sp_error sp_playlist_remove_callbacks(sp_playlist* list, sp_playlist_callbacks* callbacks, void* data) {
+    return ignore(__func__, list, callbacks, data);
 }
-sp_error sp_playlist_remove_callbacks(sp_playlist* playlist, sp_playlist_callbacks* callbacks, void* data) {
-    return ignore(__func__, playlist, callbacks, data);
-}
-SCRIPTED(bool, sp_playlist_is_loaded, sp_playlist*)
-SCRIPTED(int, sp_playlist_num_tracks, sp_playlist*)
-SCRIPTED2(sp_track*, sp_playlist_track, sp_playlist*, int)
-SCRIPTED2(int, sp_playlist_track_create_time, sp_playlist*, int)
-SCRIPTED2(sp_user*, sp_playlist_track_creator, sp_playlist*, int)
-SCRIPTED2(bool, sp_playlist_track_seen, sp_playlist*, int)
+GET(bool, sp_playlist, is_loaded)        GET(int, sp_playlist, num_tracks)
+GET_AT(sp_track*, sp_playlist, track)    GET_AT(int, sp_playlist, track_create_time)
+GET_AT(bool, sp_playlist, track_seen)    GET_AT(sp_user*, sp_playlist, track_creator)
+GET(const char*, sp_playlist, name)      GET_AT(const char*, sp_playlist, track_message)
+GET(sp_user*, sp_playlist, owner)        GET(bool, sp_playlist, is_collaborative)
+GET_IN(bool, sp_playlist, is_in_ram)     GET(bool, sp_playlist, has_pending_changes)
+GET(unsigned, sp_playlist, num_subscribers) GET(const char*, sp_playlist, get_description)
+GET_IN(sp_error, sp_playlist, update_subscribers)
+SET(sp_playlist, set_autolink_tracks, bool)
 sp_error sp_playlist_track_set_seen(sp_playlist* playlist, int index, bool seen) {
     return scripted<sp_error>(__func__, playlist, index, seen);
 }
-SCRIPTED2(const char*, sp_playlist_track_message, sp_playlist*, int)
-SCRIPTED(const char*, sp_playlist_name, sp_playlist*)
-SCRIPTED(sp_user*, sp_playlist_owner, sp_playlist*)
-SCRIPTED(bool, sp_playlist_is_collaborative, sp_playlist*)
-SCRIPTED2(sp_error, sp_playlist_set_autolink_tracks, sp_playlist*, bool)
-SCRIPTED(const char*, sp_playlist_get_description, sp_playlist*)
+sp_error sp_playlist_set_in_ram(sp_session* session, sp_playlist* playlist, bool inRam) {
+    return scripted<sp_error>(__func__, session, playlist, inRam);
+}
 bool sp_playlist_get_image(sp_playlist* playlist, byte image[20]) {
     const auto* id = scripted<const char*>(__func__, playlist);
     return id != nullptr && memcpy(image, id, 20) != nullptr;
 }
-SCRIPTED(bool, sp_playlist_has_pending_changes, sp_playlist*)
 sp_error sp_playlist_add_tracks(
     sp_playlist* playlist, sp_track* const* tracks, int count, int position, sp_session* session) {
     return scripted<sp_error>(__func__, playlist, *tracks, count, position, session);
 }
-SCRIPTED(unsigned, sp_playlist_num_subscribers, sp_playlist*)
 sp_subscribers* sp_playlist_subscribers(sp_playlist* playlist) {
     fake().called(__func__, playlist);
     auto& names = fake().subscribers;
-    auto* list = static_cast<sp_subscribers*>(calloc(2 + names.size(), sizeof(sp_subscribers)));
+    auto* list = static_cast<sp_subscribers*>(calloc(1 + names.size(), sizeof(sp_subscribers)));
     for (std::string& name : names) {
         list->subscribers[list->count++] = &name[0];
     }
@@ -517,11 +456,6 @@ sp_subscribers* sp_playlist_subscribers(sp_playlist* playlist) {
 sp_error sp_playlist_subscribers_free(sp_subscribers* subscribers) {
     free(subscribers);
     return scripted<sp_error>(__func__);
-}
-SCRIPTED2(sp_error, sp_playlist_update_subscribers, sp_session*, sp_playlist*)
-SCRIPTED2(bool, sp_playlist_is_in_ram, sp_session*, sp_playlist*)
-sp_error sp_playlist_set_in_ram(sp_session* session, sp_playlist* playlist, bool inRam) {
-    return scripted<sp_error>(__func__, session, playlist, inRam);
 }
 
 COUNTED(sp_playlistcontainer)
@@ -533,19 +467,18 @@ sp_error sp_playlistcontainer_remove_callbacks(
     sp_playlistcontainer* container, sp_playlistcontainer_callbacks* callbacks, void* data) {
     return ignore(__func__, container, callbacks, data);
 }
-SCRIPTED(int, sp_playlistcontainer_num_playlists, sp_playlistcontainer*)
-SCRIPTED(bool, sp_playlistcontainer_is_loaded, sp_playlistcontainer*)
-SCRIPTED2(sp_playlist*, sp_playlistcontainer_playlist, sp_playlistcontainer*, int)
-SCRIPTED2(sp_playlist_type, sp_playlistcontainer_playlist_type, sp_playlistcontainer*, int)
+GET(bool, sp_playlistcontainer, is_loaded) GET(int, sp_playlistcontainer, num_playlists)
+GET(sp_user*, sp_playlistcontainer, owner)
+GET_AT(sp_playlist*, sp_playlistcontainer, playlist)
+GET_AT(sp_playlist_type, sp_playlistcontainer, playlist_type)
+GET_AT(sp_uint64, sp_playlistcontainer, playlist_folder_id)
+sp_playlist* sp_playlistcontainer_add_playlist(sp_playlistcontainer* container, sp_link* link) {
+    return scripted<sp_playlist*>(__func__, container, link);
+}
 sp_error sp_playlistcontainer_playlist_folder_name(
     sp_playlistcontainer* container, int index, char* buffer, int size) {
     const auto* name = scripted<const char*>(__func__, container, index);
-    if (name != nullptr) {
-        snprintf(buffer, static_cast<size_t>(size), "%s", name);
-    }
+    snprintf(buffer, name == nullptr ? 0 : static_cast<size_t>(size), "%s", name == nullptr ? "" : name);
     return SP_ERROR_OK;
 }
-SCRIPTED2(sp_uint64, sp_playlistcontainer_playlist_folder_id, sp_playlistcontainer*, int)
-SCRIPTED2(sp_playlist*, sp_playlistcontainer_add_playlist, sp_playlistcontainer*, sp_link*)
-SCRIPTED(sp_user*, sp_playlistcontainer_owner, sp_playlistcontainer*)
 // clang-format on

@@ -6,9 +6,6 @@
 
 namespace {
 
-const std::string imageId("\0\1\2\xfa\xfb\xfc\xfd\xfe\xff\x09\x08\7\6\5\4\3\2\1\0M", 20);
-constexpr char imageText[] = "AAEC+vv8/f7/CQgHBgUEAwIBAE0=";
-
 class PlaylistTest : public PluginTest {
 protected:
     PlaylistTest() {

@@ -19,6 +19,8 @@
 using Strings = std::vector<std::string>;
 using Values = FakeHost::Values;
 
+const std::string imageId("\0\1\2\xfa\xfb\xfc\xfd\xfe\xff\x09\x08\7\6\5\4\3\2\1\0M", 20);
+constexpr char imageText[] = "AAEC+vv8/f7/CQgHBgUEAwIBAE0=";
 constexpr char notRetrieved[] = "Failed to retrieve object from Spotify";
 
 // A fresh root object, one open document, and the fakes around them. At the end everything is let
@@ -82,20 +84,18 @@ protected:
         }
     }
 
-    // A member that reads a number ('n'), a flag ('b'), a text ('t') or an Album, aRtist, Track,
-    // Playlist or User, and the library's call that it makes, "sp_track_name(track)", or with an
-    // index "sp_track_artist(track, 1)".
+    // A member that reads a number ('n'), a flag ('b'), a text ('t'), an image's id ('i') or an
+    // Album, aRtist, Track, Playlist or User, and the library's call that it makes,
+    // "sp_track_name(track)", or with an index or size "sp_track_artist(track, 1)".
     struct Member {
         jsplugin_obj* object;
         const char* name;
         char kind;
         std::string call;
-
-        std::string function() const { return call.substr(0, call.find('(')); }
-        bool indexed() const { return call.find(", 1)") != std::string::npos; }
     };
     Answer read(const Member& member) {
-        return host->call(member.object, member.name, {member.indexed() ? Value(1.9) : "ignored"});
+        const bool indexed = member.call.find(", 1)") != std::string::npos;
+        return host->call(member.object, member.name, {indexed ? Value(1.9) : "ignored"});
     }
     void expectReads(const std::vector<Member>& members) {
         const std::map<char, FakeHandle*> samples = {{'A', spotify.add<sp_album>("an album")},
@@ -105,42 +105,48 @@ protected:
                                                      {'U', spotify.add<sp_user>("a user")}};
         for (const Member& member : members) {
             SCOPED_TRACE(member.call);
-            const auto known = samples.find(member.kind);
-            if (known != samples.end()) {
-                FakeHandle* sample = known->second;
+            const std::string function = member.call.substr(0, member.call.find('('));
+            if (samples.count(member.kind) != 0) {
+                FakeHandle* sample = samples.at(member.kind);
                 const int before = sample->references;
-                spotify.handles[member.function()] = {sample, sample};
-                const Answer first = read(member);
-                EXPECT_EQ(first.code, JSP_CALL_VALUE);
-                EXPECT_NE(read(member), first) << "wrapped anew each time";
+                spotify.handles[function] = {sample, sample};
+                EXPECT_NE(read(member), read(member)) << "wrapped anew each time";
                 EXPECT_EQ(sample->references, before + 2);
-                spotify.handles[member.function()].clear();
+                spotify.handles.erase(function);
                 EXPECT_EQ(read(member), failed(notRetrieved));
-            } else if (member.kind == 't') {
-                for (const char* text : {"\xc3\xa5", static_cast<const char*>(nullptr)}) {
-                    spotify.texts[member.function()] = text;
-                    EXPECT_EQ(read(member), returned(text == nullptr ? "" : text));
+            } else if (member.kind == 'n' || member.kind == 'b') {
+                for (const int value : {7, 0}) {
+                    spotify.answers[function] = value;
+                    EXPECT_EQ(read(member),
+                              returned(member.kind == 'n' ? value : Value(value != 0)));
                 }
             } else {
-                for (const int value : {7, 0}) {
-                    spotify.answers[member.function()] = value;
-                    EXPECT_EQ(read(member),
-                              returned(member.kind == 'n' ? Value(value) : value != 0));
-                }
+                const bool isText = member.kind == 't';
+                spotify.texts[function] = isText ? "\xc3\xa5" : imageId.data();
+                EXPECT_EQ(read(member), returned(isText ? "\xc3\xa5" : imageText));
+                spotify.texts.erase(function);
+                EXPECT_EQ(read(member), isText ? returned("") : failed(notRetrieved));
             }
             EXPECT_EQ(spotify.calls.back(), member.call);
-            if (member.indexed()) {
+        }
+        expectArgumentChecks(members);
+    }
+    // An index or size is looked at before the wrapper's own handle.
+    void expectArgumentChecks(const std::vector<Member>& members) {
+        for (const Member& member : members) {
+            if (member.call.find(", 1)") != std::string::npos) {
                 expectFailures({{member.object, member.name, {}, "Not enough arguments"},
                                 {member.object, member.name, {"1"}, "Not a number"}});
             }
         }
     }
-    // The library is not called for a wrapper without a handle, whatever its arguments.
+    // Without a handle, the library is not called.
     void expectCleared(const std::vector<Member>& members) {
         spotify.calls.clear();
         for (const Member& member : members) {
             EXPECT_EQ(read(member), failed(notRetrieved)) << member.call;
         }
+        expectArgumentChecks(members);
         EXPECT_EQ(spotify.calls, Strings());
     }
     // Lets queued calls reach the page.
