@@ -18,6 +18,7 @@
 #include <string_view>
 #include <system_error>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace sonolet::service {
@@ -27,6 +28,8 @@ namespace {
 constexpr std::uint64_t megabyte = 1 << 20;
 constexpr std::uint64_t largestAutomatic = 256 * megabyte;
 constexpr std::uint64_t largestImage = 8 * megabyte;
+constexpr std::string_view imageEnding = ".jpg";
+constexpr std::time_t longestWrite = 60;  // seconds
 constexpr std::string_view firstBytes = "\xff\xd8";
 constexpr std::string_view lastBytes = "\xff\xd9";
 
@@ -61,7 +64,14 @@ void markUsed(int file) {
     static_cast<void>(futimens(file, times));
 }
 
-// What is there, temporary files of processes that died included.
+// A file that is still being written has another ending, and so has what a process that died left.
+bool isBeingWritten(const CachedFile& file) {
+    const bool finished = file.name.size() > imageEnding.size() &&
+                          file.name.compare(file.name.size() - imageEnding.size(),
+                                            imageEnding.size(), imageEnding) == 0;
+    return !finished && std::time(nullptr) - file.used.tv_sec < longestWrite;
+}
+
 std::vector<CachedFile> filesIn(const std::string& path) {
     std::vector<CachedFile> files;
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), &closedir);
@@ -73,8 +83,11 @@ std::vector<CachedFile> filesIn(const std::string& path) {
         struct stat status {};
         if (fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
             S_ISREG(status.st_mode)) {
-            files.push_back(
-                {status.st_mtim, static_cast<std::uint64_t>(status.st_size), entry->d_name});
+            CachedFile file{status.st_mtim, static_cast<std::uint64_t>(status.st_size),
+                            entry->d_name};
+            if (!isBeingWritten(file)) {
+                files.push_back(std::move(file));
+            }
         }
     }
     return files;
@@ -129,7 +142,7 @@ void ImageCache::put(const std::string& id, const std::string& jpeg) {
 }
 
 std::string ImageCache::path(const std::string& id) const {
-    return folder + '/' + hex(id) + ".jpg";
+    return folder + '/' + hex(id).append(imageEnding);
 }
 
 std::uint64_t ImageCache::limit(std::uint64_t used) const {
