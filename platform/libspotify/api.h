@@ -26,6 +26,16 @@ extern "C" {
 
 #pragma GCC visibility push(default)
 
+/*
+ * A number of script or of a newer library may lie outside a list below, and a toplist region is
+ * meant to; in C++ that takes a fixed type. C has it as it is.
+ */
+#ifdef __cplusplus
+#define SP_ENUM_BASE : int
+#else
+#define SP_ENUM_BASE
+#endif
+
 #define SPOTIFY_API_VERSION 12
 
 typedef unsigned char byte;
@@ -45,7 +55,7 @@ typedef struct sp_playlist sp_playlist;
 typedef struct sp_playlistcontainer sp_playlistcontainer;
 typedef struct sp_link sp_link;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_ERROR_OK = 0,
     SP_ERROR_BAD_API_VERSION = 1,
     SP_ERROR_API_INITIALIZATION_FAILED = 2,
@@ -84,7 +94,7 @@ typedef enum {
     SP_ERROR_OFFLINE_LICENSE_ERROR = 36
 } sp_error;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_CONNECTION_STATE_LOGGED_OUT = 0,
     SP_CONNECTION_STATE_LOGGED_IN = 1,
     SP_CONNECTION_STATE_DISCONNECTED = 2,
@@ -92,64 +102,64 @@ typedef enum {
     SP_CONNECTION_STATE_OFFLINE = 4
 } sp_connectionstate;
 
-typedef enum { SP_SAMPLETYPE_INT16_NATIVE_ENDIAN = 0 } sp_sampletype;
+typedef enum SP_ENUM_BASE { SP_SAMPLETYPE_INT16_NATIVE_ENDIAN = 0 } sp_sampletype;
 
-typedef enum { SP_BITRATE_160k = 0, SP_BITRATE_320k = 1, SP_BITRATE_96k = 2 } sp_bitrate;
+typedef enum SP_ENUM_BASE { SP_BITRATE_160k = 0, SP_BITRATE_320k = 1, SP_BITRATE_96k = 2 } sp_bitrate;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_PLAYLIST_TYPE_PLAYLIST = 0,
     SP_PLAYLIST_TYPE_START_FOLDER = 1,
     SP_PLAYLIST_TYPE_END_FOLDER = 2,
     SP_PLAYLIST_TYPE_PLACEHOLDER = 3
 } sp_playlist_type;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_TRACK_AVAILABILITY_UNAVAILABLE = 0,
     SP_TRACK_AVAILABILITY_AVAILABLE = 1,
     SP_TRACK_AVAILABILITY_NOT_STREAMABLE = 2,
     SP_TRACK_AVAILABILITY_BANNED_BY_ARTIST = 3
 } sp_track_availability;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_ARTISTBROWSE_FULL = 0,
     SP_ARTISTBROWSE_NO_TRACKS = 1,
     SP_ARTISTBROWSE_NO_ALBUMS = 2
 } sp_artistbrowse_type;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_ALBUMTYPE_ALBUM = 0,
     SP_ALBUMTYPE_SINGLE = 1,
     SP_ALBUMTYPE_COMPILATION = 2,
     SP_ALBUMTYPE_UNKNOWN = 3
 } sp_albumtype;
 
-typedef enum { SP_IMAGE_FORMAT_UNKNOWN = -1, SP_IMAGE_FORMAT_JPEG = 0 } sp_imageformat;
+typedef enum SP_ENUM_BASE { SP_IMAGE_FORMAT_UNKNOWN = -1, SP_IMAGE_FORMAT_JPEG = 0 } sp_imageformat;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_IMAGE_SIZE_NORMAL = 0,
     SP_IMAGE_SIZE_SMALL = 1,
     SP_IMAGE_SIZE_LARGE = 2
 } sp_image_size;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_RELATION_TYPE_UNKNOWN = 0,
     SP_RELATION_TYPE_NONE = 1,
     SP_RELATION_TYPE_UNIDIRECTIONAL = 2,
     SP_RELATION_TYPE_BIDIRECTIONAL = 3
 } sp_relation_type;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_TOPLIST_TYPE_ARTISTS = 0,
     SP_TOPLIST_TYPE_ALBUMS = 1,
     SP_TOPLIST_TYPE_TRACKS = 2
 } sp_toplisttype;
 
 /* Any other region is a two-letter country code packed as 'A' << 8 | 'B'. */
-typedef enum { SP_TOPLIST_REGION_EVERYWHERE = 0, SP_TOPLIST_REGION_USER = 1 } sp_toplistregion;
+typedef enum SP_ENUM_BASE { SP_TOPLIST_REGION_EVERYWHERE = 0, SP_TOPLIST_REGION_USER = 1 } sp_toplistregion;
 
-typedef enum { SP_SEARCH_STANDARD = 0, SP_SEARCH_SUGGEST = 1 } sp_search_type;
+typedef enum SP_ENUM_BASE { SP_SEARCH_STANDARD = 0, SP_SEARCH_SUGGEST = 1 } sp_search_type;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_LINKTYPE_INVALID = 0,
     SP_LINKTYPE_TRACK = 1,
     SP_LINKTYPE_ALBUM = 2,
@@ -162,7 +172,7 @@ typedef enum {
     SP_LINKTYPE_IMAGE = 9
 } sp_linktype;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_SIGNUP_PAGE_NONE = 0,
     SP_SIGNUP_PAGE_FACEBOOK_LOGIN = 1,
     SP_SIGNUP_PAGE_ENTER_CREDENTIALS = 2,
@@ -172,14 +182,14 @@ typedef enum {
     SP_SIGNUP_PAGE_DONE = 6
 } sp_signup_page;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_SIGNUP_FEATURE_CONNECT_TO_FACEBOOK = 1,
     SP_SIGNUP_FEATURE_MERGE_ACCOUNT = 2,
     SP_SIGNUP_FEATURE_SHOW_LICENSES = 4,
     SP_SIGNUP_FEATURE_SHOW_POST_OG_OPTION = 8
 } sp_signup_feature;
 
-typedef enum {
+typedef enum SP_ENUM_BASE {
     SP_SIGNUP_ACTION_CONNECT_TO_FACEBOOK = 0,
     SP_SIGNUP_ACTION_CONNECT_TO_FACEBOOK_COMPLETED = 1,
     SP_SIGNUP_ACTION_LOGIN_WITH_SPOTIFY = 2,
@@ -598,6 +608,8 @@ sp_playlist* sp_playlistcontainer_add_playlist(sp_playlistcontainer* container, 
 sp_user* sp_playlistcontainer_owner(sp_playlistcontainer* container);
 sp_error sp_playlistcontainer_add_ref(sp_playlistcontainer* container);
 sp_error sp_playlistcontainer_release(sp_playlistcontainer* container);
+
+#undef SP_ENUM_BASE
 
 #pragma GCC visibility pop
 
