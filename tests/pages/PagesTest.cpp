@@ -79,6 +79,8 @@ public:
         return run(command, environment);
     }
 
+    const std::map<std::string, std::string>& variables() const { return environment; }
+
     fs::path state;
 
 private:
@@ -124,10 +126,11 @@ TEST_P(SelfCheckingPage, Passes) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages,
-                         SelfCheckingPage,
-                         testing::Values("root", "session", "catalogue", "queries", "images", "events", "playback"),
-                         [](const auto& page) { return std::string(page.param); });
+INSTANTIATE_TEST_SUITE_P(
+    Pages,
+    SelfCheckingPage,
+    testing::Values("root", "session", "catalogue", "queries", "images", "events", "playback"),
+    [](const auto& page) { return std::string(page.param); });
 
 // ---- Sound ----
 
@@ -166,6 +169,29 @@ std::string samplesOf(const std::string& wav) {
     EXPECT_EQ(size, wav.size() - data - 8);
     return wav.substr(data + 8);
 }
+
+// ---- The pages that come with the project ----
+
+class ExamplePage : public testing::TestWithParam<const char*> {};
+
+TEST_P(ExamplePage, PlaysItsTrackToTheEnd) {
+    const Place place(std::string("example-") + GetParam(), demoMusic());
+    const std::string file = (place.state / "out.wav").string();
+    const Outcome outcome = run({std::string(bin) + "sonolet-host",
+                                 std::string(PAGES_DIR "/../../pages/") + GetParam() + ".js",
+                                 "--speed", "20", "--for", "600", "--audio", "wav:" + file},
+                                place.variables());
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
+    EXPECT_GT(samplesOf(contentsOf(file)).size(), 44100U * 4 * 8) << outcome.output;
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages,
+                         ExamplePage,
+                         testing::Values("hello", "play", "search"),
+                         [](const auto& page) { return std::string(page.param); });
+
+// ---- Sound, sample for sample ----
 
 class Sound : public testing::Test {
 protected:
