@@ -2,6 +2,7 @@
 #include "Toplistbrowse.h"
 #include "User.h"
 
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -13,6 +14,10 @@ sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session,
                                           const char* username,
                                           toplistbrowse_complete_cb* callback,
                                           void* userdata) {
+    // The code of a country is no value of the enumeration: it is read as the number that it is.
+    int code = 0;
+    static_assert(sizeof(code) == sizeof(region), "an enumeration of C");
+    std::memcpy(&code, &region, sizeof(code));
     return askSession<sp_toplistbrowse>(session, [&] {
         std::string user = username == nullptr ? "" : username;
         if (sp_user* current = sessionOf(session)->user(); user.empty() && current != nullptr) {
@@ -20,7 +25,7 @@ sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session,
         }
         const int home = Session::homeCountry();
         return new sp_toplistbrowse(
-            type, region, std::move(user),
+            type, code, std::move(user),
             std::string{static_cast<char>(home >> 8), static_cast<char>(home & 0xff)}, callback,
             userdata);
     });
