@@ -63,11 +63,6 @@ public:
     Decoder decoder;
 };
 
-Samples cut(const Samples& all, std::size_t first, std::size_t frames) {
-    const auto begin = all.begin() + static_cast<long>(2 * first);
-    return {begin, begin + static_cast<long>(2 * frames)};
-}
-
 // How alike two sounds are, the second `shift` frames late: 1 for the same, however loud.
 double likeness(const Samples& a, const Samples& b, std::size_t shift) {
     double product = 0;
@@ -118,28 +113,15 @@ TEST(Decoder, DecodesEveryFormatAndSeeksToTheFrame) {
         EXPECT_TRUE(exact ? all == source : best > 0.98) << best;
 
         Reader seeking(files.path(file));
-        for (const std::size_t ms : {1500, 250, 1000, 0}) {
-            seeking.decoder.seek(static_cast<int>(ms));
+        for (const int ms : {1500, 250, 1000, 0}) {
+            seeking.decoder.seek(ms);
             const Samples part = seeking.read(8192);
-            const Samples expected = cut(all, ms * 441 / 10, 8192);
+            const auto at = all.begin() + ms * 441L / 5;
+            const Samples expected(at, at + 2 * 8192L);
             ASSERT_EQ(part.size(), expected.size()) << ms;
             // One frame beside it, a tone of 3 kHz is 0.91 alike.
             EXPECT_TRUE(exact ? part == expected : likeness(expected, part, 0) > 0.96) << ms;
         }
-    }
-}
-
-TEST(Decoder, SeeksAfterTheEndAndEndsAtOnceBehindIt) {
-    const TestFiles files;
-    const Samples source = numbered(1, 44100);
-    Reader reader(files.encode("a.flac", source, "flacenc"));
-    reader.read();
-    ASSERT_EQ(reader.last, Decoder::Status::End);
-    for (const auto& [ms, frames] : {std::pair{990, 441}, {1000, 0}, {INT32_MAX, 0}, {0, 44100}}) {
-        reader.decoder.seek(ms);
-        const auto left = static_cast<std::size_t>(frames);
-        EXPECT_TRUE(reader.read() == cut(source, 44100 - left, left)) << ms;
-        EXPECT_EQ(reader.last, Decoder::Status::End) << ms;
     }
 }
 

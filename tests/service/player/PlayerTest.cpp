@@ -126,9 +126,7 @@ TEST_F(PlayerTest, OffersAgainWhatWasRefusedAndGoesOnFromWhatWasTaken) {
         return kinds[offer * 3 % 7];
     });
     player.load(first);
-    const Seen played = playToEnd();
-    EXPECT_TRUE(played.sound == one);
-    EXPECT_GT(played.offers.size(), 20U);
+    EXPECT_TRUE(playToEnd().sound == one);
 }
 
 TEST_F(PlayerTest, ASeekDropsTheBlockThatWaits) {
@@ -219,7 +217,9 @@ TEST_F(PlayerTest, NothingOfTheEarlierTrackIsInFlightAfterLoadAndUnload) {
     std::atomic<int> deliveries{0};
     PlayerEvents contended;
     contended.deliver = [&](const AudioFormat&, const void* frames, int count) {
-        strays += *static_cast<const std::int16_t*>(frames) == allowed ? 0 : 1;
+        const int file = *static_cast<const std::int16_t*>(frames);
+        std::this_thread::yield();
+        strays += file == allowed ? 0 : 1;
         return ++deliveries % 3 == 0 ? 0 : count;
     };
     Player contending(contended);
