@@ -31,7 +31,6 @@ public:
         }
     }
     ~Guard() { --backend.callsUnderWay; }
-
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
 
@@ -82,13 +81,9 @@ void FakeBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatus
     delete[] request->data;
 }
 
-bool FakeBackend::send(unsigned type) {
+void FakeBackend::send(unsigned type) {
     UVAEvent event(type);
-    return client->handleEvent(&event);
-}
-
-bool FakeBackend::request(unsigned offset, unsigned size) {
-    return client->handleEvent(new FakeRequest(offset, size));
+    client->handleEvent(&event);
 }
 
 void FakeBackend::start(std::function<UVAEvent*()> next) {

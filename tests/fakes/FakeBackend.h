@@ -18,7 +18,6 @@ public:
         ++alive;
     }
     ~FakeRequest() override { --alive; }
-
     FakeRequest(const FakeRequest&) = delete;
     FakeRequest& operator=(const FakeRequest&) = delete;
 
@@ -51,9 +50,11 @@ public:
     void getPosition(double& result) override;
     void writeData(NeedDataEvent* event, unsigned size, WriteDataStatus status) override;
 
-    // Events, on the caller's thread. Answer what handleEvent does.
-    bool send(unsigned type);
-    bool request(unsigned offset, unsigned size);
+    // Events, on the caller's thread.
+    void send(unsigned type);
+    void request(unsigned offset, unsigned size) {
+        client->handleEvent(new FakeRequest(offset, size));
+    }
     // A thread of the backend's own that sends what `next` answers (ownership passes; a null ends
     // it) until the release.
     void start(std::function<UVAEvent*()> next);

@@ -91,25 +91,26 @@ FakeHost::Object& FakeHost::enter(const char* function, jsplugin_obj* object) {
     return instance->at(object, function);
 }
 
+int FakeHost::create(bool refused, jsplugin_obj* context, Object model, jsplugin_obj** result) {
+    model.document = enter("create", context).document;
+    *result = refused ? nullptr : instance->make(std::move(model));
+    return refused ? 0 : JSP_CREATE_OK;
+}
+
 jsplugin_callbacks FakeHost::makeTable() {
     jsplugin_callbacks table{};
     table.create_object = [](auto* ctx, auto* get, auto* set, auto* end, auto*, auto** result) {
-        Object model(Kind::Native, enter("create_object", ctx).document);
+        Object model(Kind::Native);
         model.getter = get;
         model.setter = set;
         model.destructor = end;
-        *result = instance->refusesObjects ? nullptr : instance->make(std::move(model));
-        return *result == nullptr ? 0 : JSP_CREATE_OK;
+        return create(instance->refusesObjects, ctx, model, result);
     };
-    table.create_function = [](auto* ctx, auto* get, auto* set, auto* call, auto* end, auto*,
-                               auto** result) {
-        Object model(Kind::NativeFunction, enter("create_function", ctx).document);
-        model.getter = get;
-        model.setter = set;
+    table.create_function = [](auto* ctx, auto*, auto*, auto* call, auto* end, auto*, auto** made) {
+        Object model(Kind::Native);
         model.call = call;
         model.destructor = end;
-        *result = instance->refusesFunctions ? nullptr : instance->make(std::move(model));
-        return *result == nullptr ? 0 : JSP_CREATE_OK;
+        return create(instance->refusesFunctions, ctx, model, made);
     };
     table.add_poll_function = [](auto* ctx, unsigned interval, auto* poll) {
         enter("add_poll_function", ctx);
@@ -161,18 +162,16 @@ struct jsplugin_capabilities& FakeHost::load() {
     return *record;
 }
 
-const struct jsplugin_capabilities& FakeHost::plugin() {
-    static const struct jsplugin_capabilities& record = load();
-    return record;
-}
-
 // ---- Documents and objects ----
 
-FakeHost::FakeHost() {
+FakeHost::FakeHost()
+    : plugin([]() -> auto& {
+          static auto& loaded = load();
+          return loaded;
+      }()) {
     if (std::exchange(instance, this) != nullptr) {
         stop("FakeHost", "one at a time");
     }
-    plugin();
 }
 
 FakeHost::~FakeHost() {
@@ -209,7 +208,7 @@ jsplugin_obj* FakeHost::open() {
 
 void FakeHost::reopen(jsplugin_obj* document) {
     at(document, "reopen") = Object(Kind::Document, document);
-    plugin().init(document);
+    plugin.init(document);
 }
 
 void FakeHost::unload(jsplugin_obj* document) {
@@ -229,13 +228,9 @@ void FakeHost::close(jsplugin_obj* document) {
 }
 
 jsplugin_obj* FakeHost::function(jsplugin_obj* document, std::function<void(const Values&)> body) {
-    Object model(Kind::PageFunction, document);
+    Object model(Kind::Function, document);
     model.body = std::move(body);
     return make(std::move(model));
-}
-
-jsplugin_obj* FakeHost::pageObject(jsplugin_obj* document) {
-    return make(Object(Kind::Page, document));
 }
 
 jsplugin_obj* FakeHost::foreignObject(jsplugin_obj* document) {
@@ -277,7 +272,7 @@ void FakeHost::collectIf(const std::function<bool(const Object&)>& isDoomed) {
 }
 
 void FakeHost::recycle(jsplugin_obj* function, jsplugin_obj* document) {
-    at(function, "recycle") = Object(Kind::PageFunction, document);
+    at(function, "recycle") = Object(Kind::Function, document);
 }
 
 void FakeHost::collectGarbage(jsplugin_obj* document) {
@@ -285,10 +280,10 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
         entry.second->marked = false;
     }
     tracing = true;
-    plugin().gc_trace(document);
+    plugin.gc_trace(document);
     tracing = false;
     collectIf([&](const Object& object) {
-        return object.kind == Kind::PageFunction && object.document == document && !object.marked;
+        return object.kind == Kind::Function && object.document == document && !object.marked;
     });
 }
 
@@ -296,7 +291,7 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
 
 Answer FakeHost::global(jsplugin_obj* document, const char* name) {
     jsplugin_value slot{};
-    const int code = plugin().global_getter(document, name, &slot);
+    const int code = plugin.global_getter(document, name, &slot);
     return {code, copyOf(slot)};
 }
 

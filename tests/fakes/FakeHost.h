@@ -37,7 +37,6 @@ struct Answer {
         return code == other.code && value == other.value;
     }
     bool operator!=(const Answer& other) const { return !(*this == other); }
-
     int code;
     Value value;
 };
@@ -70,14 +69,12 @@ public:
         Values arguments;
     };
 
-    FakeHost();   // loads the plug-in, the first time
+    FakeHost();
     ~FakeHost();  // closes every document
-
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
 
-    static struct jsplugin_capabilities& load();  // once more
-    static const struct jsplugin_capabilities& plugin();
+    static struct jsplugin_capabilities& load();  // once more than each host does
 
     // Documents. A closed one keeps its memory, so that `reopen` gives a later document its
     // address.
@@ -86,11 +83,10 @@ public:
     void unload(jsplugin_obj* document);  // runs the unload listeners, ends the polls
     void close(jsplugin_obj* document);   // and collects every object but the document itself
 
-    // Objects of the page. A function's body may be empty.
+    // The page's functions, with a body or none, and another plug-in's objects.
     jsplugin_obj* function(jsplugin_obj* document,
                            std::function<void(const Values&)> body = nullptr);
-    jsplugin_obj* pageObject(jsplugin_obj* document);
-    jsplugin_obj* foreignObject(jsplugin_obj* document);  // another plug-in's
+    jsplugin_obj* foreignObject(jsplugin_obj* document);
     // The object dies with the functions kept for it: destructors run once, the memory goes.
     void collect(jsplugin_obj* object);
     // A page's function dies, and a later one of the document lives at the same address.
@@ -123,8 +119,7 @@ public:
     std::vector<std::string> lifecycle;
 
 private:
-    // Those before Document are made by a plug-in.
-    enum class Kind { Native, NativeFunction, Foreign, Document, Page, PageFunction };
+    enum class Kind { Native, Foreign, Document, Function };  // the first two are plug-ins'
     struct Object : jsplugin_obj {
         explicit Object(Kind itsKind, jsplugin_obj* itsDocument = nullptr)
             : jsplugin_obj{nullptr}, kind(itsKind), document(itsDocument) {}
@@ -151,12 +146,14 @@ private:
     static FakeHost* instance;
 
     static jsplugin_callbacks makeTable();
+    static int create(bool refused, jsplugin_obj* context, Object model, jsplugin_obj** result);
     static Object& enter(const char* function, jsplugin_obj* object);
     Object& at(const jsplugin_obj* object, const char* who) const;
     jsplugin_obj* make(Object model);
     void collectIf(const std::function<bool(const Object&)>& isDoomed);
 
     std::map<const jsplugin_obj*, std::unique_ptr<Object>> objects;
+    struct jsplugin_capabilities& plugin;
     std::vector<Poll> polls;
     unsigned long now = 0;
     bool tracing = false;

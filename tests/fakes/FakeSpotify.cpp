@@ -221,8 +221,8 @@ sp_error ignore(const char* function, Kind* handle, Callbacks* callbacks, void* 
 
 }  // namespace
 
-// The uniform functions: GET answers as scripted for a handle, GET_AT for an index of it, GET_IN for
-// a handle in the session, SET takes one more argument; CREATE answers a counted reference.
+// The uniform functions: GET answers as scripted for a handle, GET_AT for an index of it, GET_IN
+// for a handle in the session, SET takes one more argument; CREATE answers a counted reference.
 // clang-format off
 #define GET(Result, Kind, what) \
     Result Kind##_##what(Kind* a) { return scripted<Result>(#Kind "_" #what, a); }

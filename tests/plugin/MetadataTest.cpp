@@ -16,36 +16,19 @@ protected:
         album = create("Album", "album");
         artist = create("Artist", "artist");
         user = session("user").value.object;
-        members = {{track, "index", 'n', "sp_track_index(track)"},
-                   {track, "popularity", 'n', "sp_track_popularity(track)"},
-                   {track, "disc", 'n', "sp_track_disc(track)"},
-                   {track, "error", 'n', "sp_track_error(track)"},
-                   {track, "duration", 'n', "sp_track_duration(track)"},
-                   {track, "numArtists", 'n', "sp_track_num_artists(track)"},
-                   {track, "isPlaceholder", 'b', "sp_track_is_placeholder(track)"},
-                   {track, "isLocal", 'b', "sp_track_is_local(session, track)"},
-                   {track, "isLoaded", 'b', "sp_track_is_loaded(track)"},
-                   {track, "isStarred", 'b', "sp_track_is_starred(session, track)"},
-                   {track, "getAvailability", 'b', "sp_track_get_availability(session, track)"},
-                   {track, "name", 't', "sp_track_name(track)"},
-                   {track, "album", 'A', "sp_track_album(track)"},
-                   {track, "artist", 'R', "sp_track_artist(track, 1)"},
-                   {album, "year", 'n', "sp_album_year(album)"},
-                   {album, "albumType", 'n', "sp_album_type(album)"},
-                   {album, "isLoaded", 'b', "sp_album_is_loaded(album)"},
-                   {album, "isAvailable", 'b', "sp_album_is_available(album)"},
-                   {album, "name", 't', "sp_album_name(album)"},
-                   {album, "artist", 'R', "sp_album_artist(album)"},
-                   {album, "cover", 'i', "sp_album_cover(album, 1)"},
-                   {artist, "isLoaded", 'b', "sp_artist_is_loaded(artist)"},
-                   {artist, "name", 't', "sp_artist_name(artist)"},
-                   {artist, "portrait", 'i', "sp_artist_portrait(artist, 1)"},
-                   {user, "relationType", 'n', "sp_user_relation_type(session, user)"},
-                   {user, "isLoaded", 'b', "sp_user_is_loaded(user)"},
-                   {user, "picture", 't', "sp_user_picture(user)"},
-                   {user, "displayName", 't', "sp_user_display_name(user)"},
-                   {user, "canonicalName", 't', "sp_user_canonical_name(user)"},
-                   {user, "fullName", 't', "sp_user_full_name(user)"}};
+        members = {{album, "albumType", 'n', "sp_album_type(album)", false}};
+        for (const auto& [object, label, list] :
+             {std::tuple(track, "track",
+                         "n index n popularity n disc n error n duration n numArtists "
+                         "b isPlaceholder b isLocal@ b isLoaded b isStarred@ b getAvailability@ "
+                         "t name A album R artist#"),
+              {album, "album", "n year b isLoaded b isAvailable t name R artist i cover#"},
+              {artist, "artist", "b isLoaded t name i portrait#"},
+              {user, "user",
+               "n relationType@ b isLoaded t picture t displayName t canonicalName t fullName"}}) {
+            const std::vector<Member> more = membersOf(object, label, list);
+            members.insert(members.end(), more.begin(), more.end());
+        }
     }
 
     sp_track* trackHandle = nullptr;
@@ -105,58 +88,44 @@ TEST_F(MetadataTest, LogoutTakesTheHandlesInOrderAndLeavesOnlyTheArgumentChecks)
     EXPECT_EQ(spotify.calls, Strings{"sp_session_logout(session)"});
 }
 
-TEST_F(MetadataTest, ThousandsOfWrappersLeaveNothingBehindAndOnlyAlbumsWriteToTheLog) {
-    const std::size_t before = registrySize();
+TEST_F(MetadataTest, OnlyAlbumsWriteToTheLog) {
     log.reset();
-    for (int i = 0; i < 3000; ++i) {
-        host->collect(create("Album", "album"));
-        host->collect(create("Track", "track"));
-    }
-    EXPECT_EQ(registrySize(), before);
+    host->collect(create("Album", "album"));
+    host->collect(create("Track", "track"));
+    ASSERT_EQ(log.lines.size(), 3U);
+    EXPECT_EQ(log.lines[0].text + log.lines[1].text + log.lines[2].text,
+              "Album::createAlbum::AlbumAlbum::~Album");
     EXPECT_EQ(trackHandle->references, 1);
-    for (const char* line : {"Album::create", "Album::Album", "Album::~Album"}) {
-        EXPECT_EQ(log.count(2, line), 3000);
-    }
-    EXPECT_EQ(log.lines.size(), 9000U);
 }
 
-TEST(Base64, EncodesTheKnownTextsAndDecodesThemBackWithinTheirBounds) {
-    const std::vector<std::pair<std::string, std::string>> known = {
-        {"", ""},
-        {"f", "Zg=="},
-        {"fo", "Zm8="},
-        {"foo", "Zm9v"},
-        {"foob", "Zm9vYg=="},
-        {std::string("\xff\xef\xbe\0", 4), "/+++AA=="},
-        {imageId, imageText}};
-    for (const auto& [bytes, text] : known) {
+TEST(Base64, KeepsEveryByteAndItsBoundsAndIsAsLooseAsItAlwaysWas) {
+    FakeLog::get().reset();
+    const auto decode = [](const std::string& text, std::string& out, unsigned size) {
+        return base64_decode(text.data(), static_cast<unsigned>(text.size()),
+                             reinterpret_cast<unsigned char*>(&out[0]), size);
+    };
+    for (const auto& [bytes, text] : {std::pair<std::string, std::string>("", ""),
+                                      {"f", "Zg=="},
+                                      {"fo", "Zm8="},
+                                      {"foo", "Zm9v"},
+                                      {imageId, imageText}}) {
         std::string out = "replaced";
         base64_encode(reinterpret_cast<const unsigned char*>(bytes.data()),
                       static_cast<unsigned>(bytes.size()), out);
         EXPECT_EQ(out, text);
         std::string back(24, '!');
-        EXPECT_EQ(base64_decode(text.data(), static_cast<unsigned>(text.size()),
-                                reinterpret_cast<unsigned char*>(&back[0]), 20),
-                  0);
+        EXPECT_EQ(decode(text, back, 20), 0);
         EXPECT_EQ(back, bytes + std::string(24 - bytes.size(), '!'));
     }
-}
-
-TEST(Base64, DecodingIsAsLooseAsItAlwaysWas) {
-    FakeLog::get().reset();
-    unsigned char out[4] = {1, 1, 1, 1};
-    EXPECT_EQ(base64_decode("QQQQQQ", 6, out, 4), -1);
-    EXPECT_EQ(out[0], 1);
-    const char warning[] = "WARNING: Input string to base64 decode does not have a length that is "
-                           "a multiple of 4";
-    EXPECT_EQ(FakeLog::get().count(5, warning), 1);
-    EXPECT_EQ(base64_decode("QU=Q", 4, out, 4), 0);  // this "=" counts as value 0
-    EXPECT_EQ(out[1], 0x40);
-    EXPECT_EQ(out[2], 0x10);
-    EXPECT_EQ(base64_decode("*Q==", 4, out, 4), 0);
-    EXPECT_EQ(out[0], 0xFD);
+    std::string out = "!!!!";
+    EXPECT_EQ(decode("QQQQQQ", out, 4), -1);
+    EXPECT_EQ(out, "!!!!");
+    EXPECT_EQ(FakeLog::get().count(5, "WARNING: Input string to base64 decode does not have a "
+                                      "length that is a multiple of 4"),
+              1);
+    EXPECT_EQ(decode("QU=Q", out, 4), 0);  // this "=" counts as value 0
+    EXPECT_EQ(out, "A@\x10!");
+    EXPECT_EQ(decode("*Q==", out, 4), 0);
+    EXPECT_EQ(out, "\xFD@\x10!");
     EXPECT_TRUE(get_position('=') == 0 && get_position('*') == -1 && get_position('\xff') == -1);
-    for (int i = 0; i < 64; ++i) {
-        EXPECT_EQ(get_position(alphabet[i]), i);
-    }
 }

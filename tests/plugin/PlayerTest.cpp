@@ -84,11 +84,11 @@ TEST_F(PlayerTest, StartsPausesAndResumesOneBackendPerTrack) {
     player->resume();
     EXPECT_EQ(first.log, "source(\"\", 2, end, 0) play pause(0) play ");
     first.request(0, 4096);
-    FakeBackend& second = play();
+    play();
     EXPECT_TRUE(first.released());
     EXPECT_EQ(FakeRequest::alive, 0) << "requests of the earlier track were kept";
     player->releaseTrack();
-    EXPECT_TRUE(second.released());
+    EXPECT_EQ(factory.held(), 0);
     EXPECT_EQ(player->getPosition(), 0.0);
 }
 
@@ -138,7 +138,7 @@ TEST_F(PlayerTest, RequestsAndTheReleaseMayComeBeforeTheBackendIsHandedOver) {
     factory.whenRequested = [](FakeBackend& granted) { granted.request(0, 40); };
     FakeBackend& backend = play();
     EXPECT_EQ(served(backend), "40/40:0 ");
-    EXPECT_TRUE(backend.send(0));
+    backend.send(0);
     EXPECT_TRUE(backend.released());
     player->handleEventQueue();
     player->resume();
@@ -177,18 +177,19 @@ TEST_F(PlayerTest, EveryOtherEventIsOnlyTold) {
     for (const FakeLog::Line& line : FakeLog::get().lines) {
         EXPECT_EQ(line.level, 2);
         EXPECT_EQ(line.text.substr(0, 19), "Player::handleEvent");
-        told += line.text.substr(19) + '\n';
+        told += line.text.substr(19) + ", ";
     }
-    EXPECT_EQ(told, "Unhandled event received\nCancelDataRequests event received\n"
-                    "PlaybackFinished event received\nUnhandled event received\n"
-                    "Event: VideoResized to 640x480 PAR=1.5\nEvent: DecodeError\n"
-                    "Event: SeekCompleted\nEvent: DRMRightsError\nEvent: ParentalRatingError\n"
-                    "Event: ParentalRatingChange\nUnhandled event received\n"
-                    "Event: ChannelChangeError\nEvent: ChannelChangeSucceeded\n"
-                    "Event: ProgrammesChanged\nEvent: RecordingError\nEvent: RecordingStateChange\n"
-                    "Event: BufferingProgress\nEvent: BufferingNetworkError\nEvent: BufferingIdle\n"
-                    "Event: BufferingStreamUnderrun\nEvent: BufferingStreamBuffered\n"
-                    "Event: SubtitlesChanged\nUnhandled event received\n");
+    EXPECT_EQ(told,
+              "Unhandled event received, CancelDataRequests event received, "
+              "PlaybackFinished event received, Unhandled event received, "
+              "Event: VideoResized to 640x480 PAR=1.5, Event: DecodeError, Event: SeekCompleted, "
+              "Event: DRMRightsError, Event: ParentalRatingError, Event: ParentalRatingChange, "
+              "Unhandled event received, Event: ChannelChangeError, "
+              "Event: ChannelChangeSucceeded, Event: ProgrammesChanged, Event: RecordingError, "
+              "Event: RecordingStateChange, Event: BufferingProgress, "
+              "Event: BufferingNetworkError, Event: BufferingIdle, "
+              "Event: BufferingStreamUnderrun, Event: BufferingStreamBuffered, "
+              "Event: SubtitlesChanged, Unhandled event received, ");
     EXPECT_EQ(FakeRequest::alive, 1) << "an informational event touched the queue";
     EXPECT_FALSE(backend.released());
     player.reset();

@@ -11,7 +11,7 @@ protected:
     PlaylistTest() {
         createSession();
         spotify.handles["sp_playlist_create"] = {handle};
-        playlist = create("Playlist", "list");
+        playlist = create("Playlist", "playlist");
         listener = host->function(page);
     }
     // What the one call so far carried after its first argument, which is `sender`.
@@ -24,7 +24,7 @@ protected:
         return {all.begin() + 1, all.end()};
     }
 
-    sp_playlist* handle = spotify.add<sp_playlist>("list");
+    sp_playlist* handle = spotify.add<sp_playlist>("playlist");
     sp_track* track = spotify.add<sp_track>("track");
     sp_user* user = spotify.add<sp_user>("user");
     sp_link* link = spotify.add<sp_link>(std::string(120, 'l'));
@@ -39,32 +39,22 @@ protected:
         container = session("Playlistcontainer").value.object;
     }
 
-    sp_playlistcontainer* containerHandle = spotify.add<sp_playlistcontainer>("container");
+    sp_playlistcontainer* containerHandle = spotify.add<sp_playlistcontainer>("playlistcontainer");
     jsplugin_obj* container = nullptr;
 };
 
 }  // namespace
 
 TEST_F(PlaylistTest, AnswersWhatTheLibraryDoesAndLosesItsMembersAtLogout) {
-    const std::vector<Member> members = {
-        {playlist, "isInRam", 'b', "sp_playlist_is_in_ram(session, list)"},
-        {playlist, "trackCreateTime", 'n', "sp_playlist_track_create_time(list, 1)"},
-        {playlist, "hasPendingChanges", 'b', "sp_playlist_has_pending_changes(list)"},
-        {playlist, "track", 'T', "sp_playlist_track(list, 1)"},
-        {playlist, "numSubscribers", 'n', "sp_playlist_num_subscribers(list)"},
-        {playlist, "getDescription", 't', "sp_playlist_get_description(list)"},
-        {playlist, "trackSeen", 'b', "sp_playlist_track_seen(list, 1)"},
-        {playlist, "numTracks", 'n', "sp_playlist_num_tracks(list)"},
-        {playlist, "trackCreator", 'U', "sp_playlist_track_creator(list, 1)"},
-        {playlist, "owner", 'U', "sp_playlist_owner(list)"},
-        {playlist, "isLoaded", 'b', "sp_playlist_is_loaded(list)"},
-        {playlist, "isCollaborative", 'b', "sp_playlist_is_collaborative(list)"},
-        {playlist, "trackMessage", 't', "sp_playlist_track_message(list, 1)"},
-        {playlist, "name", 't', "sp_playlist_name(list)"}};
+    const std::vector<Member> members =
+        membersOf(playlist, "playlist",
+                  "b isInRam@ n trackCreateTime# b hasPendingChanges T track# n numSubscribers "
+                  "t getDescription b trackSeen# n numTracks U trackCreator# U owner b isLoaded "
+                  "b isCollaborative t trackMessage# t name");
     expectReads(members);
     EXPECT_EQ(handle->references, 1) << "the reference of the create function was kept";
     EXPECT_EQ(host->call(playlist, "release"), nothing());
-    jsplugin_obj* other = create("Playlist", "list");
+    jsplugin_obj* other = create("Playlist", "playlist");
     EXPECT_NE(other, playlist);
     host->collect(other);
     session("logout");
@@ -80,11 +70,13 @@ TEST_F(PlaylistTest, AnswersWhatTheLibraryDoesAndLosesItsMembersAtLogout) {
 TEST_F(PlaylistTest, SettersPassTheirArgumentsAndAnswerNothing) {
     jsplugin_obj* trackObject = create("Track", "track");
     const std::vector<std::tuple<const char*, Values, const char*>> setters = {
-        {"updateSubscribers", {}, "sp_playlist_update_subscribers(session, list)"},
-        {"setAutolinkTracks", {true}, "sp_playlist_set_autolink_tracks(list, true)"},
-        {"setInRam", {false}, "sp_playlist_set_in_ram(session, list, false)"},
-        {"trackSetSeen", {2.9, true}, "sp_playlist_track_set_seen(list, 2, true)"},
-        {"addTracks", {trackObject, 3.9}, "sp_playlist_add_tracks(list, track, 1, 3, session)"}};
+        {"updateSubscribers", {}, "sp_playlist_update_subscribers(session, playlist)"},
+        {"setAutolinkTracks", {true}, "sp_playlist_set_autolink_tracks(playlist, true)"},
+        {"setInRam", {false}, "sp_playlist_set_in_ram(session, playlist, false)"},
+        {"trackSetSeen", {2.9, true}, "sp_playlist_track_set_seen(playlist, 2, true)"},
+        {"addTracks",
+         {trackObject, 3.9},
+         "sp_playlist_add_tracks(playlist, track, 1, 3, session)"}};
     for (const auto& [name, values, expected] : setters) {
         spotify.answers[std::string(expected, strchr(expected, '('))] = SP_ERROR_PERMISSION_DENIED;
         EXPECT_EQ(host->call(playlist, name, values), nothing());
@@ -111,7 +103,7 @@ TEST_F(PlaylistTest, SettersPassTheirArgumentsAndAnswerNothing) {
     EXPECT_EQ(spotify.calls, Strings());
     expectFailures({{find("Spotify.Playlist"), "create", {"unknown"}, notRetrieved}});
     spotify.handles.clear();
-    expectFailures({{find("Spotify.Playlist"), "create", {"list"}, notRetrieved}});
+    expectFailures({{find("Spotify.Playlist"), "create", {"playlist"}, notRetrieved}});
 }
 
 TEST_F(PlaylistTest, LinksImagesAndSubscribersAreTexts) {
@@ -228,19 +220,14 @@ TEST_F(PlaylistTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
 
 TEST_F(ContainerTest, AnswersWhatTheLibraryDoesAlsoAfterLogout) {
     session("logout");
-    const std::vector<Member> members = {
-        {container, "playlist", 'P', "sp_playlistcontainer_playlist(container, 1)"},
-        {container, "playlistType", 'n', "sp_playlistcontainer_playlist_type(container, 1)"},
-        {container, "numPlaylists", 'n', "sp_playlistcontainer_num_playlists(container)"},
-        {container, "isLoaded", 'b', "sp_playlistcontainer_is_loaded(container)"},
-        {container, "owner", 'U', "sp_playlistcontainer_owner(container)"}};
-    expectReads(members);
+    expectReads(membersOf(container, "playlistcontainer",
+                          "P playlist# n playlistType# n numPlaylists b isLoaded U owner"));
     const std::string function = "sp_playlistcontainer_playlist_folder_";
     EXPECT_EQ(host->call(container, "playlistFolderName", {0}), returned(""));
     const std::string longName(60, 'n');
     spotify.texts[function + "name"] = longName.c_str();
     EXPECT_EQ(host->call(container, "playlistFolderName", {2.9}), returned(std::string(49, 'n')));
-    EXPECT_EQ(spotify.calls.back(), function + "name(container, 2)");
+    EXPECT_EQ(spotify.calls.back(), function + "name(playlistcontainer, 2)");
     spotify.answers[function + "id"] = -1;
     EXPECT_EQ(host->call(container, "playlistFolderId", {1}), returned(18446744073709551615.0));
     EXPECT_EQ(host->call(container, "release"), nothing());

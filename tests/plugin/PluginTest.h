@@ -11,8 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -74,7 +76,7 @@ protected:
     }
     struct Failure {
         jsplugin_obj* object;
-        const char* function;
+        std::string function;
         Values values;
         const char* message;
     };
@@ -84,30 +86,48 @@ protected:
         }
     }
 
-    // A member that reads a number ('n'), a flag ('b'), a text ('t'), an image's id ('i') or an
-    // Album, aRtist, Track, Playlist or User, and the library's call that it makes,
-    // "sp_track_name(track)", or with an index or size "sp_track_artist(track, 1)".
+    // A member that reads, and the library's call that it makes.
     struct Member {
         jsplugin_obj* object;
-        const char* name;
+        std::string name;
         char kind;
         std::string call;
+        bool indexed;
     };
+    // From "n numTracks b isLocal@ T track#": reads a number, flag, text, image's id or an Album,
+    // aRtist, Track, Playlist or User of the handle labelled `label`. '@': the library is asked for
+    // the session's; '#': with an index.
+    static std::vector<Member>
+    membersOf(jsplugin_obj* object, const std::string& label, const char* list) {
+        std::vector<Member> members;
+        std::istringstream words(list);
+        std::string name;
+        for (char kind = 0; words >> kind >> name;) {
+            std::string call = "sp_" + label + '_';
+            for (const char c : name) {
+                call += std::isupper(c) != 0 ? std::string{'_', static_cast<char>(std::tolower(c))}
+                                             : std::string(std::isalpha(c) != 0 ? 1 : 0, c);
+            }
+            const bool indexed = name.back() == '#';
+            call += (name.back() == '@' ? "(session, " : "(") + label + (indexed ? ", 1)" : ")");
+            name.resize(name.find_last_not_of("@#") + 1);
+            members.push_back({object, name, kind, call, indexed});
+        }
+        return members;
+    }
     Answer read(const Member& member) {
-        const bool indexed = member.call.find(", 1)") != std::string::npos;
-        return host->call(member.object, member.name, {indexed ? Value(1.9) : "ignored"});
+        return host->call(member.object, member.name, {member.indexed ? Value(1.9) : "ignored"});
     }
     void expectReads(const std::vector<Member>& members) {
-        const std::map<char, FakeHandle*> samples = {{'A', spotify.add<sp_album>("an album")},
-                                                     {'R', spotify.add<sp_artist>("an artist")},
-                                                     {'T', spotify.add<sp_track>("a track")},
-                                                     {'P', spotify.add<sp_playlist>("a playlist")},
-                                                     {'U', spotify.add<sp_user>("a user")}};
+        std::map<char, FakeHandle*> samples = {{'A', spotify.add<sp_album>("an album")},
+                                               {'R', spotify.add<sp_artist>("an artist")},
+                                               {'T', spotify.add<sp_track>("a track")},
+                                               {'P', spotify.add<sp_playlist>("a playlist")},
+                                               {'U', spotify.add<sp_user>("a user")}};
         for (const Member& member : members) {
             SCOPED_TRACE(member.call);
             const std::string function = member.call.substr(0, member.call.find('('));
-            if (samples.count(member.kind) != 0) {
-                FakeHandle* sample = samples.at(member.kind);
+            if (FakeHandle* sample = samples[member.kind]) {
                 const int before = sample->references;
                 spotify.handles[function] = {sample, sample};
                 EXPECT_NE(read(member), read(member)) << "wrapped anew each time";
@@ -128,25 +148,22 @@ protected:
                 EXPECT_EQ(read(member), isText ? returned("") : failed(notRetrieved));
             }
             EXPECT_EQ(spotify.calls.back(), member.call);
-        }
-        expectArgumentChecks(members);
-    }
-    // An index or size is looked at before the wrapper's own handle.
-    void expectArgumentChecks(const std::vector<Member>& members) {
-        for (const Member& member : members) {
-            if (member.call.find(", 1)") != std::string::npos) {
-                expectFailures({{member.object, member.name, {}, "Not enough arguments"},
-                                {member.object, member.name, {"1"}, "Not a number"}});
-            }
+            expectArgumentCheck(member);
         }
     }
-    // Without a handle, the library is not called.
+    void expectArgumentCheck(const Member& member) {
+        if (member.indexed) {
+            expectFailures({{member.object, member.name, {}, "Not enough arguments"},
+                            {member.object, member.name, {"1"}, "Not a number"}});
+        }
+    }
+    // Without a handle, arguments are looked at all the same and the library is not called.
     void expectCleared(const std::vector<Member>& members) {
         spotify.calls.clear();
         for (const Member& member : members) {
             EXPECT_EQ(read(member), failed(notRetrieved)) << member.call;
+            expectArgumentCheck(member);
         }
-        expectArgumentChecks(members);
         EXPECT_EQ(spotify.calls, Strings());
     }
     // Lets queued calls reach the page.

@@ -50,19 +50,6 @@ TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
     base.decreaseRef();
 }
 
-TEST(SharedPointer, UsesItsDeleterInsteadOfDeleteAlsoThroughAWeakPointer) {
-    static int deleted;
-    deleted = 0;
-    int object = 0;
-    {
-        orvo::shared_ptr<int> owner(&object, [](int*) { ++deleted; });
-        const orvo::shared_ptr<int> again = orvo::weak_ptr<int>(owner).lock();
-        owner.decreaseRef();
-        EXPECT_EQ(deleted, 0);
-    }
-    EXPECT_EQ(deleted, 1);
-}
-
 TEST(SharedPointer, CountsAreExactWhenThreadsCopyReleaseAndLock) {
     orvo::shared_ptr<Counted> owner(new Counted);
     const orvo::weak_ptr<Counted> weak(owner);

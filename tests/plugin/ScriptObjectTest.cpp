@@ -147,8 +147,7 @@ TEST_F(ScriptObjectTest, ArgumentsAreCheckedInOrderWithTheirMessages) {
 TEST_F(ScriptObjectTest,
        OnlyPlainObjectsOfThisFrameworkAreInterfacesAsArgumentsAndForTornOffCalls) {
     jsplugin_obj* silent = host->get(object, "silent").value.object;
-    for (jsplugin_obj* other :
-         {host->pageObject(page), function, host->foreignObject(page), silent}) {
+    for (jsplugin_obj* other : {function, host->foreignObject(page), silent}) {
         EXPECT_EQ(host->call(object, "probe", {other}), failed("Not a jspp interface"));
         EXPECT_EQ(host->invoke(other, silent), failed("Not a jspp interface"));
     }
@@ -231,22 +230,6 @@ TEST_F(ScriptObjectTest, ScriptObjectsParentsAndQueuedCallsKeepNativeObjectsAliv
     EXPECT_EQ(Probe::alive, 3);
     host->unload(page);
     EXPECT_EQ(Probe::alive, 2) << "what the queue held stayed";
-}
-
-TEST_F(ScriptObjectTest, AnElementsObjectIsServedLikeAnyOther) {
-    jsplugin_obj element{};
-    jsplugin_getter* getter = nullptr;
-    jsplugin_setter* setter = nullptr;
-    jsplugin_destructor* destructor = nullptr;
-    jsplugin_gc_trace* trace = nullptr;
-    jsplugin_notify* notify = nullptr;
-    probe->create_object(page, &element, probe, 0, nullptr, &getter, &setter, &destructor, &trace,
-                         &notify, &notify, &notify);
-    jsplugin_value value{};
-    EXPECT_EQ(getter(&element, "MINUS", &value), JSP_GET_VALUE_CACHE);
-    EXPECT_EQ(value.u.number, -1);
-    trace(&element);
-    destructor(&element);
 }
 
 TEST_F(ScriptObjectTest, TheRegistryDoesNotGrowOverThousandsOfUses) {

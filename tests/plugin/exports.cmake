@@ -2,15 +2,6 @@
 # nothing needed but the language's runtimes and two libraries of the device.
 cmake_minimum_required(VERSION 3.25)
 
-function(read_plugin option result)
-    execute_process(COMMAND ${READELF} --wide ${option} ${PLUGIN}
-        OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-    string(REPLACE "[" "<" text "${text}")  # brackets would keep lines together
-    string(REPLACE "]" ">" text "${text}")
-    string(REPLACE "\n" ";" lines "${text}")
-    set(${result} "${lines}" PARENT_SCOPE)
-endfunction()
-
 function(expect what found expected)
     list(SORT found)
     list(SORT expected)
@@ -19,14 +10,20 @@ function(expect what found expected)
     endif()
 endfunction()
 
-set(exported "")
-set(imported "")
-read_plugin(--dyn-syms lines)
+execute_process(COMMAND ${READELF} --wide --dyn-syms --dynamic ${PLUGIN}
+    OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "[" "<" text "${text}")  # brackets would keep lines together
+string(REPLACE "]" ">" text "${text}")
+string(REPLACE "\n" ";" lines "${text}")
 foreach(line IN LISTS lines)
     if(line MATCHES " DEFAULT +UND +([^ @]+)")
         list(APPEND imported ${CMAKE_MATCH_1})
     elseif(line MATCHES "(GLOBAL|WEAK|UNIQUE) +DEFAULT +[0-9]+ +([^ @]+)")
         list(APPEND exported ${CMAKE_MATCH_2})
+    elseif(line MATCHES "\\(NEEDED\\).*<(.*)>")
+        list(APPEND needed ${CMAKE_MATCH_1})
+    elseif(line MATCHES "\\(SONAME\\).*<(.*)>")
+        list(APPEND soname ${CMAKE_MATCH_1})
     endif()
 endforeach()
 expect("exported symbols" "${exported}"
@@ -34,18 +31,7 @@ expect("exported symbols" "${exported}"
 list(FILTER imported INCLUDE REGEX "UVA")
 list(LENGTH imported count)
 expect("number of symbols of the media backend" ${count} 2)
-
-set(needed "")
-set(soname "")
-set(runtimes "^(libc|libm|libgcc_s|libstdc\\+\\+|libpthread|ld-linux.*|libasan|libtsan|libubsan)\\.so")
-read_plugin(--dynamic lines)
-foreach(line IN LISTS lines)
-    if(line MATCHES "\\(NEEDED\\).*<(.*)>")
-        list(APPEND needed ${CMAKE_MATCH_1})
-    elseif(line MATCHES "\\(SONAME\\).*<(.*)>")
-        set(soname ${CMAKE_MATCH_1})
-    endif()
-endforeach()
-list(FILTER needed EXCLUDE REGEX "${runtimes}")
+list(FILTER needed EXCLUDE REGEX
+    "^(libc|libm|libgcc_s|libstdc\\+\\+|libpthread|ld-linux.*|libasan|libtsan|libubsan)\\.so")
 expect("needed libraries" "${needed}" "libKelLogOld.so;libspotify.so.12")
 expect("soname" "${soname}" "libSonolet.so.1.0")
