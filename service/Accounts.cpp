@@ -1,5 +1,7 @@
 #include "Accounts.h"
 
+#include "ListStore.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -58,7 +60,7 @@ Blob digestOf(const Secret& blob) {
 }  // namespace
 
 Accounts::Migration::Migration(Database& database) {
-    database.migrate({schema, countrySchema});
+    database.migrate({schema, countrySchema, listSchema});
 }
 
 Accounts::Accounts(const std::string& file)
@@ -84,11 +86,6 @@ Accounts::Accounts(const std::string& file)
       putSetting(database, "INSERT OR REPLACE INTO settings(name, value) VALUES(?1, ?2)"),
       getSetting(database, "SELECT value FROM settings WHERE name = ?1"),
       deleteSetting(database, "DELETE FROM settings WHERE name = ?1"),
-      findStar(database, "SELECT 1 FROM stars WHERE account_id = ?1 AND track = ?2"),
-      insertStar(database,
-                 "INSERT OR IGNORE INTO stars(account_id, track, time)"
-                 " VALUES(?1, ?2, strftime('%s', 'now'))"),
-      deleteStar(database, "DELETE FROM stars WHERE account_id = ?1 AND track = ?2"),
       insertPlay(database,
                  "INSERT INTO plays(track, account_id, count, last_time)"
                  " VALUES(?2, ?1, 1, strftime('%s', 'now'))"
@@ -256,19 +253,6 @@ void Accounts::setSetting(const char* name, std::string_view value) {
 std::optional<std::string> Accounts::setting(const char* name) {
     Cursor row = getSetting.run(name);
     return row.next() ? std::optional<std::string>(row.text(0)) : std::nullopt;
-}
-
-bool Accounts::isStarred(std::int64_t account, const Id& track) {
-    return findStar.run(account, track).next();
-}
-
-void Accounts::setStarred(std::int64_t account, const std::vector<Id>& tracks, bool star) {
-    Transaction transaction(database);
-    Statement& change = star ? insertStar : deleteStar;
-    for (const Id& track : tracks) {
-        change.execute(account, track);
-    }
-    transaction.commit();
 }
 
 void Accounts::recordPlay(std::int64_t account, const Id& track) {

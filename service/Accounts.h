@@ -21,7 +21,7 @@ struct Account {
     std::string country;  // two letters, or none: where this machine is
 };
 
-// The users of the service and what belongs to each: credentials, stars, play counts.
+// The users of the service and what belongs to each: credentials, play counts.
 //
 // Passwords are kept as yescrypt hashes alone, blobs as digests alone. The account "listener" with
 // the password "listener" is there from the start. Tracks are named by their ids, so that what a
@@ -60,9 +60,6 @@ public:
     void setSetting(const char* name, std::string_view value);
     std::optional<std::string> setting(const char* name);
 
-    bool isStarred(std::int64_t account, const Id& track);
-    void setStarred(std::int64_t account, const std::vector<Id>& tracks, bool star);
-
     void recordPlay(std::int64_t account, const Id& track);
     // 0 to 100: on a logarithmic scale, 100 is the track that was played most.
     int popularity(const Id& track);
@@ -73,6 +70,9 @@ public:
 
     // Changes whenever another process or thread has changed the file.
     std::int64_t version() { return database.dataVersion(); }
+
+    // For the lists, which are in the same file. What is changed through it is no news here.
+    Database& connection() { return database; }
 
 private:
     static Account read(const Cursor& row);
@@ -97,9 +97,6 @@ private:
     Statement putSetting;
     Statement getSetting;
     Statement deleteSetting;
-    Statement findStar;
-    Statement insertStar;
-    Statement deleteStar;
     Statement insertPlay;
     Statement countPlays;
     Statement mostPlays;

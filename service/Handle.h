@@ -69,6 +69,12 @@ public:
         return ref;
     }
 
+    // Takes a reference of its own.
+    static Ref share(Object* held) {
+        held->addRef();
+        return adopt(held);
+    }
+
     Object* get() const { return object; }
     Object* operator->() const { return object; }
     explicit operator bool() const { return object != nullptr; }

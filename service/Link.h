@@ -2,31 +2,16 @@
 #define SONOLET_SERVICE_LINK_H
 
 #include "Handle.h"
-#include "Id.h"
+#include "LinkTarget.h"
 
 #include "libspotify/api.h"
 
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <utility>
 
 namespace sonolet::service {
 
 class Library;
-
-// What a link says. Only links that mean something exist.
-struct LinkTarget {
-    sp_linktype type = SP_LINKTYPE_INVALID;
-    Id id;             // of tracks, albums and artists
-    int offsetMs = 0;  // of tracks; a link tells whole seconds
-    std::string text;  // the canonical text, without the offset
-
-    static std::optional<LinkTarget> parse(std::string_view link);
-    static LinkTarget track(const Id& id, int offsetMs);
-
-    std::string asString() const;
-};
 
 // A link and, once asked for, the handle it leads to, which lives as long as the link.
 class Link : public Handle {

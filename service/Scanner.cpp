@@ -1,5 +1,7 @@
 #include "Scanner.h"
 
+#include "PlaylistFile.h"
+
 #include <dirent.h>
 #include <glib.h>
 #include <sys/stat.h>
@@ -129,6 +131,9 @@ void Scanner::scan() {
                std::to_string(counts.added) + " new, " + std::to_string(counts.changed) +
                " changed, " + std::to_string(counts.removed) + " removed, " +
                std::to_string(counts.skipped) + " skipped");
+    if (events.playlistFiles) {
+        events.playlistFiles(playlistFiles);
+    }
 }
 
 void Scanner::scanFolder(const std::string& path) {
@@ -171,6 +176,9 @@ void Scanner::scanFolder(const std::string& path) {
     for (const Entry& entry : entries) {
         if (stopping) {
             return;
+        }
+        if (S_ISREG(entry.status.st_mode) && PlaylistFile::isOne(entry.name)) {
+            playlistFiles.push_back(inFolder(path, entry.name));
         }
         // A folder that a symbolic link leads back to is scanned once.
         if (S_ISDIR(entry.status.st_mode) &&

@@ -12,12 +12,16 @@
 #include <thread>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace sonolet::service {
 
 // What a scan tells its owner, on the scanning thread, with no lock held.
 struct ScanEvents {
     std::function<void(std::string line)> log;
+    // The scan is complete; the playlist files that it has met, relative to the folder of music.
+    // May be left out.
+    std::function<void(const std::vector<std::string>& files)> playlistFiles;
     // The scan is over, complete or not. Not called when it was stopped.
     std::function<void()> finished;
 };
@@ -74,6 +78,7 @@ private:
     Counts counts;
     std::set<std::pair<unsigned long long, unsigned long long>> visited;  // device and inode
     std::unordered_set<std::string> foldersWithMusic;
+    std::vector<std::string> playlistFiles;
     Clock::time_point lastFlush;
     Clock::time_point lastReport;
 

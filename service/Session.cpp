@@ -1,5 +1,6 @@
 #include "Session.h"
 
+#include "PlaylistFiles.h"
 #include "User.h"
 
 #include <glib.h>
@@ -71,6 +72,9 @@ Session::Session(const sp_session_config& config)
         paths = StatePaths::prepare(config.settings_location, config.cache_location);
         music = musicFolder();
         openLibrary();
+        lists = std::make_shared<Playlists>(
+            shelves, [this](EventQueue::Event event) { events.post(std::move(event)); },
+            !config.initially_unload_playlists);
     } catch (const std::exception& error) {
         throw ServiceError(SP_ERROR_API_INITIALIZATION_FAILED, error.what());
     }
@@ -99,12 +103,18 @@ void Session::start() {
     startPlayer();
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
+    scanEvents.playlistFiles = [this](const std::vector<std::string>& files) {
+        PlaylistFiles importer(music, paths.catalogueFile(music), paths.accountsFile(),
+                               [this](std::string line) { log(std::move(line)); });
+        importer.update(files);
+    };
     scanEvents.finished = [this] {
         events.post([this] {
             // The last changes may be younger than the last look.
             shelves->refreshCatalogue();
             shelves->setScanned();
             images->catalogueChanged();
+            lists->tellMetadata();
             raise(&sp_session_callbacks::metadata_updated);
         });
     };
@@ -171,6 +181,7 @@ void Session::close() {
     account.reset();
     userHandle = {};
     friends.clear();
+    lists->close();
     shelves->close();
 }
 
@@ -226,9 +237,11 @@ int Session::timeout() const {
 void Session::lookForChanges() {
     if (shelves->refreshCatalogue()) {
         images->catalogueChanged();
+        lists->tellMetadata();
         events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
     }
     if (shelves->refreshAccounts()) {
+        lists->catchUp();
         if (playing && account && accounts().playToken(account->id) != token) {
             losePlayToken();
         }
@@ -306,6 +319,7 @@ void Session::finishLogin(const Account& found, const std::string& blob) {
         account.reset();
         userHandle = {};
         tellQueries(cancelQueries());
+        lists->logOut();
         raise(&sp_session_callbacks::logged_out);
         if (closed) {
             return;
@@ -313,6 +327,7 @@ void Session::finishLogin(const Account& found, const std::string& blob) {
     }
     account = found;
     userHandle = shelves->user(found.name);
+    lists->logIn(found);
     refreshFriends();
     log("Logged in as " + found.name);
     raise(&sp_session_callbacks::logged_in, SP_ERROR_OK);
@@ -333,6 +348,7 @@ sp_error Session::logout() {
     account.reset();
     userHandle = {};
     friends.clear();
+    lists->logOut();
     events.post([this, cancelled = cancelQueries()] {
         tellQueries(cancelled);
         raise(&sp_session_callbacks::logged_out);
@@ -488,17 +504,16 @@ void Session::losePlayToken() {
 
 // ---- Stars ----
 
-bool Session::isStarred(const Track& track) {
-    return account && accounts().isStarred(account->id, track.id());
+bool Session::isStarred(const Track& track) const {
+    return lists->isStarred(track.id());
 }
 
 sp_error Session::setStarred(const std::vector<Id>& tracks, bool star) {
-    if (!account) {
-        return SP_ERROR_PERMISSION_DENIED;
+    const sp_error error = lists->setStarred(tracks, star);
+    if (error == SP_ERROR_OK) {
+        events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
     }
-    accounts().setStarred(account->id, tracks, star);
-    events.post([this] { raise(&sp_session_callbacks::metadata_updated); });
-    return SP_ERROR_OK;
+    return error;
 }
 
 // ---- Queries ----

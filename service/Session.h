@@ -4,6 +4,7 @@
 #include "EventQueue.h"
 #include "Images.h"
 #include "Library.h"
+#include "Playlists.h"
 #include "Query.h"
 #include "Scanner.h"
 #include "StatePaths.h"
@@ -61,6 +62,7 @@ public:
     sp_error processEvents(int* nextTimeout);
     void* userdata() const { return userData; }
     const std::shared_ptr<Library>& library() const { return shelves; }
+    Playlists& playlists() const { return *lists; }
     Accounts& accounts() const { return *shelves->accounts(); }
 
     sp_error login(const char* name, const char* password, bool remember, const char* blob);
@@ -83,7 +85,7 @@ public:
     sp_error unload();
     sp_error prefetch(Track& track);
 
-    bool isStarred(const Track& track);
+    bool isStarred(const Track& track) const;
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
     // `id` is 20 bytes, known or not.
@@ -136,6 +138,7 @@ private:
 
     // State below is the owner thread's.
     std::shared_ptr<Library> shelves;
+    std::shared_ptr<Playlists> lists;
     std::optional<Account> account;  // who is logged in
     Ref<sp_user> userHandle;
     std::vector<Ref<sp_user>> friends;

@@ -5,6 +5,7 @@
 
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace sonolet::service {
 
@@ -29,9 +30,20 @@ public:
     Ref<Object> find(const Key& key) {
         const std::lock_guard<std::mutex> lock(mutex);
         const auto found = living.find(key);
-        return found != living.end() && found->second->tryAddRef()
-                   ? Ref<Object>::adopt(found->second)
-                   : Ref<Object>();
+        const bool lives = found != living.end() && found->second->tryAddRef();
+        return Ref<Object>::adopt(lives ? found->second : nullptr);
+    }
+
+    std::vector<Ref<Object>> all() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::vector<Ref<Object>> found;
+        found.reserve(living.size());
+        for (const auto& [key, object] : living) {
+            if (object->tryAddRef()) {
+                found.push_back(Ref<Object>::adopt(object));
+            }
+        }
+        return found;
     }
 
     // To be called by the destructor of `object`.

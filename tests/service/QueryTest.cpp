@@ -1,6 +1,7 @@
 // Searches and browses through the interface: when they are told, and what they hand out.
 
 #include "Accounts.h"
+#include "ListStore.h"
 #include "TestMusic.h"
 #include "TestSession.h"
 
@@ -182,7 +183,9 @@ TEST_F(QueryTest, ListsWhatUsersAndCountriesPlay) {
             accounts.recordPlay(accounts.find("kari")->id, idOf(title));
         }
         accounts.recordPlay(accounts.find("listener")->id, idOf("Early"));
-        accounts.setStarred(accounts.find("listener")->id, {idOf("Guest")}, true);
+        service::ListStore lists(accounts.connection());
+        lists.insert(*lists.ofUser("listener", service::ListKind::starred), 0,
+                     {{service::EntryKind::item, idOf("Guest"), {}}}, "listener");
     }
     EXPECT_THAT(toplist(SP_TOPLIST_TYPE_TRACKS, SP_TOPLIST_REGION_EVERYWHERE),
                 ElementsAre("Guest", "Late", "Early", "Debut"));
