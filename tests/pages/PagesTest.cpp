@@ -113,8 +113,8 @@ class SelfCheckingPage : public testing::TestWithParam<const char*> {};
 
 TEST_P(SelfCheckingPage, Passes) {
     const Place place(GetParam(), demoMusic());
-    const Outcome outcome =
-        place.page(contentsOf(std::string(PAGES_DIR "/scripts/") + GetParam() + ".js"));
+    const Outcome outcome = place.page(
+        contentsOf(std::string(PAGES_DIR "/scripts/") + GetParam() + ".js"), {"--log", "none"});
     EXPECT_EQ(outcome.exitCode, 0);
     const std::size_t passed = count("\n" + outcome.output, "\nok ");
     EXPECT_GT(passed, 5U);
@@ -129,7 +129,8 @@ TEST_P(SelfCheckingPage, Passes) {
 INSTANTIATE_TEST_SUITE_P(
     Pages,
     SelfCheckingPage,
-    testing::Values("root", "session", "catalogue", "queries", "images", "events", "playback"),
+    testing::Values(
+        "root", "session", "catalogue", "queries", "images", "playlists", "events", "playback"),
     [](const auto& page) { return std::string(page.param); });
 
 // ---- Sound ----
