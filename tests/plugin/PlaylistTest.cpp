@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <functional>
-
 namespace {
 
 class PlaylistTest : public PluginTest {
@@ -13,15 +11,6 @@ protected:
         spotify.handles["sp_playlist_create"] = {handle};
         playlist = create("Playlist", "playlist");
         listener = host->function(page);
-    }
-    // What the one call so far carried after its first argument, which is `sender`.
-    Values told(jsplugin_obj* sender) {
-        tick();
-        EXPECT_EQ(host->calls.size(), 1U);
-        const Values all = host->calls.at(0).arguments;
-        EXPECT_EQ(all.at(0), Value(sender));
-        host->calls.clear();
-        return {all.begin() + 1, all.end()};
     }
 
     sp_playlist* handle = spotify.add<sp_playlist>("playlist");
@@ -139,79 +128,56 @@ TEST_F(PlaylistTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
     void* const data = wrapper;
     const int positions[] = {4, 2};
     sp_track* tracks[] = {track, nullptr};
-    struct Case {
-        const char* event;
-        std::function<void()> raise;
-        Values arguments;  // without objects
-    };
     // clang-format off
-    const std::vector<Case> cases = {
-        {"SubscribersChanged", [&] { callbacks.subscribers_changed(handle, data); }, {}},
-        {"PlaylistRenamed", [&] { callbacks.playlist_renamed(handle, data); }, {}},
-        {"PlaylistUpdateInProgress", [&] { callbacks.playlist_update_in_progress(handle, true, data); }, {true}},
-        {"TracksMoved", [&] { callbacks.tracks_moved(handle, positions, 2, 7, data); }, {{}, 7}},
-        {"DescriptionChanged", [&] { callbacks.description_changed(handle, nullptr, data); }, {""}},
-        {"TrackCreatedChanged", [&] { callbacks.track_created_changed(handle, 3, user, 1000, data); }, {3, {}, 1000}},
-        {"TracksRemoved", [&] { callbacks.tracks_removed(handle, positions, 2, data); }, {{}}},
-        {"PlaylistStateChanged", [&] { callbacks.playlist_state_changed(handle, data); }, {}},
-        {"TrackSeenChanged", [&] { callbacks.track_seen_changed(handle, 5, true, data); }, {5, true}},
-        {"TracksAdded", [&] { callbacks.tracks_added(handle, tracks, 2, 6, data); }, {{}, 6}},
-        {"PlaylistMetadataUpdated", [&] { callbacks.playlist_metadata_updated(handle, data); }, {}},
-        {"ImageChanged", [&] { callbacks.image_changed(handle, reinterpret_cast<const byte*>(imageId.data()), data); }, {imageText}},
-        {"ImageChanged", [&] { callbacks.image_changed(handle, nullptr, data); }, {""}},
-        {"TrackMessageChanged", [&] { callbacks.track_message_changed(handle, 8, "text", data); }, {8, "text"}}};
+    const std::vector<Event> events = {
+        {"SubscribersChanged", "onSubscribersChanged", [&] { callbacks.subscribers_changed(handle, data); }, {playlist}},
+        {"PlaylistRenamed", "onPlaylistRenamed", [&] { callbacks.playlist_renamed(handle, data); }, {playlist}},
+        {"PlaylistUpdateInProgress", "onPlaylistUpdateInProgress", [&] { callbacks.playlist_update_in_progress(handle, true, data); }, {playlist, true}},
+        {"TracksMoved", "onTracksMoved", [&] { callbacks.tracks_moved(handle, positions, 2, 7, data); }, {playlist, {}, 7}},
+        {"DescriptionChanged", "onDescriptionChanged", [&] { callbacks.description_changed(handle, nullptr, data); }, {playlist, ""}},
+        {"TrackCreatedChanged", "onTrackCreatedChanged", [&] { callbacks.track_created_changed(handle, 3, user, 1000, data); }, {playlist, 3, {}, 1000}},
+        {"TracksRemoved", "onTracksRemoved", [&] { callbacks.tracks_removed(handle, positions, 2, data); }, {playlist, {}}},
+        {"PlaylistStateChanged", "onPlaylistStateChanged", [&] { callbacks.playlist_state_changed(handle, data); }, {playlist}},
+        {"TrackSeenChanged", "onTrackSeenChanged", [&] { callbacks.track_seen_changed(handle, 5, true, data); }, {playlist, 5, true}},
+        {"TracksAddedEvent", "onTracksAdded", [&] { callbacks.tracks_added(handle, tracks, 2, 6, data); }, {playlist, {}, 6}},
+        {"PlaylistMetadataUpdated", "onPlaylistMetadataUpdated", [&] { callbacks.playlist_metadata_updated(handle, data); }, {playlist}},
+        {"ImageChanged", "onImageChanged", [&] { callbacks.image_changed(handle, reinterpret_cast<const byte*>(imageId.data()), data); }, {playlist, imageText}},
+        {"ImageChanged", "onImageChanged", [&] { callbacks.image_changed(handle, nullptr, data); }, {playlist, ""}},
+        {"TrackMessageChanged", "onTrackMessageChanged", [&] { callbacks.track_message_changed(handle, 8, "text", data); }, {playlist, 8, "text"}}};
     // clang-format on
-    for (const auto& [event, raise, arguments] : cases) {
-        SCOPED_TRACE(event);
-        const std::string name = event;
-        EXPECT_EQ(host->set(playlist, "on" + name, listener), stored());
-        raise();
-        Values values = told(playlist);
-        jsplugin_obj* object = nullptr;
-        for (std::size_t i = 0; i < values.size() && i < arguments.size(); ++i) {
-            if (arguments[i] == Value()) {
-                object = std::exchange(values[i], {}).object;
-            }
-        }
-        EXPECT_EQ(values, arguments);
-        EXPECT_GE(log.count(2, "Playlist::handle" + name + "Event"),
-                  name == "ImageChanged" ? 0 : 1);
-        if (name == "TracksMoved" || name == "TracksRemoved") {
-            EXPECT_EQ(host->get(object, "length"), valued(2));
-            EXPECT_EQ(host->get(object, "0"), valued(4));
-        } else if (name == "TrackCreatedChanged") {
-            EXPECT_EQ(host->call(object, "isLoaded"), returned(false));
+    for (const Event& event : events) {
+        expectEvent(playlist, event);
+        const std::string handler = "Playlist::handle" + event.attribute.substr(2) + "Event";
+        EXPECT_EQ(log.count(2, handler), handler.find("Image") == std::string::npos ? 1 : 0);
+        const Values& values = host->calls.at(0).arguments;
+        if (event.name == "TracksMoved" || event.name == "TracksRemoved") {
+            EXPECT_EQ(host->get(values[1].object, "length"), valued(2));
+            EXPECT_EQ(host->get(values[1].object, "0"), valued(4));
+        } else if (event.name == "TrackCreatedChanged") {
+            EXPECT_EQ(host->call(values[2].object, "isLoaded"), returned(false));
             EXPECT_EQ(spotify.calls.back(), "sp_user_is_loaded(user)");
-        } else if (name == "TracksAdded") {
-            EXPECT_EQ(host->get(object, "length"), valued(2));
-            jsplugin_obj* added = host->get(object, "0").value.object;
-            EXPECT_EQ(host->call(object, "item", {0.9}), returned(added));
+        } else if (event.name == "TracksAddedEvent") {
+            jsplugin_obj* array = values[1].object;
+            EXPECT_EQ(host->get(array, "length"), valued(2));
+            jsplugin_obj* added = host->get(array, "0").value.object;
+            EXPECT_EQ(host->call(array, "item", {0.9}), returned(added));
             host->call(added, "disc");
             EXPECT_EQ(spotify.calls.back(), "sp_track_disc(track)");
-            for (const char* index : {"-1", "2"}) {
-                EXPECT_EQ(host->get(object, index), raised("Out of bounds array access"));
-            }
-            expectFailures({{object, "item", {-1}, "Out of bounds array access"},
-                            {object, "item", {}, "Not enough arguments"},
-                            {host->get(object, "1").value.object, "disc", {}, notRetrieved}});
-            EXPECT_EQ(host->get(object, "x"), raised("bad_lexical_cast"));
-            EXPECT_EQ(host->set(object, "0", 1).code, JSP_PUT_READ_ONLY);
+            EXPECT_EQ(host->get(array, "-1"), raised("Out of bounds array access"));
+            EXPECT_EQ(host->get(array, "x"), raised("bad_lexical_cast"));
+            EXPECT_EQ(host->set(array, "0", 1).code, JSP_PUT_READ_ONLY);
+            expectFailures({{array, "item", {2}, "Out of bounds array access"},
+                            {array, "item", {}, "Not enough arguments"},
+                            {host->get(array, "1").value.object, "disc", {}, notRetrieved}});
         }
     }
     EXPECT_EQ(log.count(2, "Playlist::handleImageChangedEventid = NULL"), 1);
     EXPECT_EQ(log.count(2, std::string("Playlist::handleImageChangedEventid = ") + imageText), 1);
-    jsplugin_obj* byName = host->function(page);
-    host->call(playlist, "addEventListener", {"TracksAdded", byName});
-    host->call(playlist, "addEventListener", {"TracksAddedEvent", byName});
-    callbacks.tracks_added(handle, tracks, 0, 0, data);
-    tick();
-    EXPECT_EQ(host->callsOf(byName), 1);
     host->calls.clear();
-
     callbacks.playlist_renamed(spotify.add<sp_playlist>("another"), data);
     callbacks.playlist_renamed(handle, this);
     host->collect(playlist);
-    for (const Case& late : cases) {
+    for (const Event& late : events) {
         late.raise();
     }
     tick();
@@ -262,39 +228,38 @@ TEST_F(ContainerTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
     const auto [on, wrapper] = containerHandle->listeners.at(0);
     const sp_playlistcontainer_callbacks callbacks = *on;
     void* const data = wrapper;
-    const std::vector<std::tuple<std::string, std::function<void()>, Values>> cases = {
-        {"PlaylistAdded", [&] { callbacks.playlist_added(containerHandle, handle, 1, data); }, {1}},
-        {"PlaylistRemoved",
-         [&] { callbacks.playlist_removed(containerHandle, handle, 2, data); },
-         {2}},
-        {"PlaylistMoved",
-         [&] { callbacks.playlist_moved(containerHandle, handle, 3, 4, data); },
-         {3, 4}},
-        {"ContainerLoaded", [&] { callbacks.container_loaded(containerHandle, data); }, {}}};
-    for (const auto& [event, raise, arguments] : cases) {
-        SCOPED_TRACE(event);
-        host->call(container, "addEventListener", {event, host->function(page)});
-        raise();
-        Values values = told(container);
-        if (event != "ContainerLoaded") {
-            EXPECT_FALSE(values.at(0) == Value(playlist)) << "a fresh wrapper each time";
-            EXPECT_EQ(host->call(values[0].object, "isLoaded"), returned(false));
-            values.erase(values.begin());
+    sp_playlistcontainer* from = containerHandle;
+    const std::vector<Event> events = {{"PlaylistAdded",
+                                        "onPlaylistAdded",
+                                        [&] { callbacks.playlist_added(from, handle, 1, data); },
+                                        {container, {}, 1}},
+                                       {"PlaylistRemoved",
+                                        "onPlaylistRemoved",
+                                        [&] { callbacks.playlist_removed(from, handle, 2, data); },
+                                        {container, {}, 2}},
+                                       {"PlaylistMoved",
+                                        "onPlaylistMoved",
+                                        [&] { callbacks.playlist_moved(from, handle, 3, 4, data); },
+                                        {container, {}, 3, 4},
+                                        false},
+                                       {"ContainerLoaded",
+                                        "onContainerLoaded",
+                                        [&] { callbacks.container_loaded(from, data); },
+                                        {container}}};
+    for (const Event& event : events) {
+        EXPECT_EQ(host->get(container, event.attribute), valued(Value::null()));
+        expectEvent(container, event);
+        EXPECT_EQ(log.count(2, "Playlistcontainer::handle" + event.name + "Event"), 1);
+        if (event.arguments.size() > 1) {
+            EXPECT_FALSE(host->calls[0].arguments[1] == Value(playlist)) << "a fresh wrapper";
+            host->call(host->calls[0].arguments[1].object, "isLoaded");
+            EXPECT_EQ(spotify.calls.back(), "sp_playlist_is_loaded(playlist)");
         }
-        EXPECT_EQ(values, arguments);
-        EXPECT_EQ(log.count(2, "Playlistcontainer::handle" + event + "Event"), 1);
-        const bool settable = event != "PlaylistMoved";
-        EXPECT_EQ(host->get(container, "on" + event), valued(Value::null()));
-        EXPECT_EQ(host->set(container, "on" + event, listener).code,
-                  settable ? JSP_PUT_OK : JSP_PUT_READ_ONLY);
-        raise();
-        tick();
-        EXPECT_EQ(host->callsOf(listener), settable ? 1 : 0);
-        host->calls.clear();
     }
+    host->calls.clear();
     host->collect(container);
-    for (const auto& [event, raise, arguments] : cases) {
-        raise();
+    for (const Event& late : events) {
+        late.raise();
     }
     tick();
     EXPECT_TRUE(host->calls.empty());

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <functional>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -165,6 +166,39 @@ protected:
             expectArgumentCheck(member);
         }
         EXPECT_EQ(spotify.calls, Strings());
+    }
+
+    // Raises the event for a listener and, where it can be set, the handler of `attribute`. An
+    // undefined argument stands for any object; what came stays in host->calls.
+    struct Event {
+        std::string name;
+        std::string attribute;
+        std::function<void()> raise;
+        Values arguments;
+        bool settable = true;
+    };
+    void expectEvent(jsplugin_obj* object, const Event& event) {
+        SCOPED_TRACE(event.name);
+        jsplugin_obj* listener = host->function(page);
+        host->call(object, "addEventListener", {event.name, listener});
+        EXPECT_EQ(host->set(object, event.attribute, host->function(page)).code,
+                  event.settable ? JSP_PUT_OK : JSP_PUT_READ_ONLY);
+        host->calls.clear();
+        event.raise();
+        EXPECT_TRUE(host->calls.empty()) << "called inside the callback";
+        tick();
+        ASSERT_EQ(host->calls.size(), event.settable ? 2U : 1U);
+        EXPECT_EQ(host->calls[0].function, listener);
+        for (const FakeHost::Call& made : host->calls) {
+            Values values = made.arguments;
+            for (std::size_t i = 0; i < values.size() && i < event.arguments.size(); ++i) {
+                if (values[i].object != nullptr && event.arguments[i] == Value()) {
+                    values[i] = Value();
+                }
+            }
+            EXPECT_EQ(values, event.arguments);
+        }
+        host->call(object, "removeEventListener", {event.name, listener});
     }
     // Lets queued calls reach the page.
     void tick() { host->advance(100); }

@@ -2,7 +2,6 @@
 
 #include "PluginTest.h"
 
-#include <functional>
 #include <thread>
 
 namespace {
@@ -110,14 +109,8 @@ TEST_F(SessionTest, EveryCallbackRaisesItsEventWithItsArgumentsForListenersAndIt
     createSession();
     sp_session* const from = spotify.session();
     const sp_session_callbacks& on = spotify.callbacks();
-    struct Case {
-        const char* event;
-        const char* attribute;  // empty: script may only add listeners
-        std::function<void()> raise;
-        Values arguments;
-    };
     // clang-format off
-    const std::vector<Case> cases = {
+    const std::vector<Event> events = {
         {"LoggedIn", "onLoggedIn", [&] { on.logged_in(from, SP_ERROR_USER_BANNED); }, {7}},
         {"LoggedOut", "onLoggedOut", [&] { on.logged_out(from); }, {}},
         {"MetadataUpdated", "onMetaDataUpdated", [&] { on.metadata_updated(from); }, {}},
@@ -128,30 +121,15 @@ TEST_F(SessionTest, EveryCallbackRaisesItsEventWithItsArgumentsForListenersAndIt
         {"EndOfTrack", "onEndOfTrack", [&] { on.end_of_track(from); }, {}},
         {"StreamingError", "onStreamingError", [&] { on.streaming_error(from, SP_ERROR_TIMEOUT); }, {29}},
         {"UserinfoUpdated", "onUserinfoUpdated", [&] { on.userinfo_updated(from); }, {}},
-        {"OfflineStatusUpdated", "", [&] { on.offline_status_updated(from); }, {}},
-        {"OfflineError", "", [&] { on.offline_error(from, SP_ERROR_OFFLINE_EXPIRED); }, {33}},
+        {"OfflineStatusUpdated", "onOfflineStatusUpdated", [&] { on.offline_status_updated(from); }, {}, false},
+        {"OfflineError", "onOfflineError", [&] { on.offline_error(from, SP_ERROR_OFFLINE_EXPIRED); }, {33}, false},
         {"CredentialsBlobUpdated", "onCredentialsBlobUpdated", [&] { on.credentials_blob_updated(from, "b"); }, {"b"}},
-        {"ShowSignupPage", "", [&] { on.show_signup_page(from, SP_SIGNUP_PAGE_DONE, true, 5, "who"); }, {6, true, 5, "who"}},
-        {"ShowSignupErrorPage", "", [&] { on.show_signup_error_page(from, SP_SIGNUP_PAGE_NONE, SP_ERROR_TIMEOUT); }, {0, 29}},
+        {"ShowSignupPage", "onShowSignupPage", [&] { on.show_signup_page(from, SP_SIGNUP_PAGE_DONE, true, 5, "who"); }, {6, true, 5, "who"}, false},
+        {"ShowSignupErrorPage", "onShowSignupErrorPage", [&] { on.show_signup_error_page(from, SP_SIGNUP_PAGE_NONE, SP_ERROR_TIMEOUT); }, {0, 29}, false},
         {"ShowTrialWelcome", "onShowTrialWelcome", [&] { on.show_trial_welcome(from); }, {}}};
     // clang-format on
-    for (const auto& [event, attribute, raise, arguments] : cases) {
-        jsplugin_obj* object = find("Spotify.Session");
-        jsplugin_obj* listener = host->function(page);
-        session("addEventListener", {event, listener});
-        const bool hasHandler = *attribute != '\0';
-        const std::string name = hasHandler ? attribute : std::string("on") + event;
-        EXPECT_EQ(host->set(object, name, host->function(page)).code,
-                  hasHandler ? JSP_PUT_OK : JSP_PUT_READ_ONLY);
-        host->calls.clear();
-        raise();
-        EXPECT_TRUE(host->calls.empty()) << event << " ran inside the callback";
-        tick();
-        ASSERT_EQ(host->calls.size(), hasHandler ? 2U : 1U) << event;
-        EXPECT_EQ(host->calls[0].function, listener) << event;
-        for (const FakeHost::Call& made : host->calls) {
-            EXPECT_EQ(made.arguments, arguments) << event;
-        }
+    for (const Event& event : events) {
+        expectEvent(find("Spotify.Session"), event);
     }
     host->calls.clear();
     on.notify_main_thread(from);
