@@ -67,7 +67,9 @@ TEST_F(DemoLibraryTest, HoldsTheRepertoireAndTheTracksThatPagesLinkTo) {
     ASSERT_TRUE(makeDemoLibrary(library));
     Catalogue catalogue(files.path("catalogue"));
     std::promise<void> finished;
-    const ScanEvents events{[](const std::string&) {}, [&finished] { finished.set_value(); }};
+    ScanEvents events;
+    events.log = [](const std::string&) {};
+    events.finished = [&finished] { finished.set_value(); };
     const Scanner scanner(library, files.path("catalogue"), events);
     finished.get_future().wait();
 
