@@ -1,5 +1,5 @@
 #include "AudioOptions.h"
-#include "ListenerClient.h"
+#include "Player.h"
 #include "TestStream.h"
 
 #include "uva.h"
@@ -8,197 +8,132 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <csignal>
-#include <mutex>
+#include <future>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
-using std::chrono::milliseconds;
-
 class MediaLifetime : public MediaTest {};
 
-// Plays until the backend has asked for `count` requests in all.
-void playUntilAsked(std::size_t count, ListenerClient& client, Backend& backend, Feed& feed) {
-    while (client.offsetCount() < count) {
-        ASSERT_TRUE(client.awaitRequests(1));
-        client.answer(*backend, feed);
-    }
-}
-
 TEST_F(MediaLifetime, ReleaseMidPlayLeavesAValidFileAndEndsTheEvents) {
-    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 20});
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath, 20});
     const Bytes samples = noise(10 * secondOfStereo);
-    Feed feed{stream(44100, 2, samples)};
-    ListenerClient client;
-    Backend backend(client);
-    ASSERT_EQ(backend.open(), 1);
-    backend->play();
-    playUntilAsked(120, client, backend, feed);
-    const double position = backend.position();
-    backend.release();
+    Player player(stream(samples));
+    ASSERT_TRUE(player.start());
+    ASSERT_TRUE(player.answerUntilAsked(120));
+    ASSERT_TRUE(player.awaitRequests(3));
+    const double position = player.position();
+    player.release();
 
-    const std::size_t events = client.eventCountNow();
-    const Bytes played = readWav(wavPath()).samples;
+    const std::size_t asked = player.asked();
+    const Bytes played = readWav(wavPath).samples;
     EXPECT_TRUE(std::equal(played.begin(), played.end(), samples.begin()));
     EXPECT_NEAR(static_cast<double>(played.size()) / secondOfStereo, position, 0.2);
-    EXPECT_FALSE(client.await([&] { return client.eventCount > events; }, milliseconds(20)));
-}
-
-TEST_F(MediaLifetime, RequestsMayComeBackOrBeFreedAfterTheRelease) {
-    setAudioOptions({AudioOptions::Sink::Null, "", 20});
-    ListenerClient client;
-    Backend backend(client);
-    ASSERT_EQ(backend.open(), 1);
-    ASSERT_TRUE(client.awaitRequests(64));
-    UVABackend* const released = &*backend;
-    backend.release();
-    // The sanitizer counts: every block and event is freed once, by one side or the other.
-    released->writeData(client.pop(), 4096, UVABackend::WRITE_DATA_OK);
-    released->writeData(client.pop(), 0, UVABackend::WRITE_DATA_END_OF_STREAM);
-    EXPECT_EQ(client.requests.size(), 62U);
-    client.dropRequests();
-    EXPECT_EQ(client.eventCount, 64U);
+    // Requests may still come back, or be freed by the client as the rest is. The sanitizer counts:
+    // every block and event is freed once, by one side or the other.
+    player.give(player.pop(), 4096, UVABackend::WRITE_DATA_OK);
+    player.give(player.pop(), 0, UVABackend::WRITE_DATA_END_OF_STREAM);
+    EXPECT_TRUE(player.staysQuiet());
+    EXPECT_EQ(player.asked(), asked);
 }
 
 TEST_F(MediaLifetime, TheClientMayReleaseInsideItsHandler) {
-    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 50});
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath, 50});
     for (const unsigned type : {needData, streamUnderrun, playbackFinished, decodeError}) {
         SCOPED_TRACE(type);
-        Feed feed{type == decodeError ? noise(100000) : stream(44100, 2, noise(secondOfStereo))};
-        ListenerClient client;
-        Backend backend(client);
+        Player player(type == decodeError ? noise(100000) : stream(noise(secondOfStereo)));
         unsigned calls = 0;
-        client.onEvent = [&](unsigned event) {
+        player.onEvent = [&](unsigned event) {
             if (event == type && ++calls == (type == needData ? 40 : 1)) {
-                backend.release();
+                player.release();
             }
         };
-        UVABackend& alive = *backend;
-        ASSERT_EQ(backend.open(), 1);
-        alive.play();
+        ASSERT_TRUE(player.start());
         if (type == needData) {
-            ASSERT_TRUE(client.awaitRequests(40));
+            ASSERT_TRUE(player.awaitRequests(40));
         } else {
             // Without its end, the stream starves.
-            ASSERT_TRUE(client.answerUntil(type, alive, feed, type != streamUnderrun));
+            ASSERT_TRUE(player.answerUntil(type, type != streamUnderrun));
         }
-        const std::size_t events = client.eventCountNow();
-        EXPECT_FALSE(client.await([&] { return client.eventCount > events; }, milliseconds(10)));
-        client.dropRequests();
+        EXPECT_TRUE(player.staysQuiet());
     }
 }
 
 TEST_F(MediaLifetime, ReleaseWaitsForAnEventUnderWay) {
     setAudioOptions({AudioOptions::Sink::Null, "", 20});
-    ListenerClient client;
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool inside = false;
-    bool mayLeave = false;
-    bool released = false;
-    client.onEvent = [&](unsigned) {
-        std::unique_lock<std::mutex> lock(mutex);
-        inside = true;
-        changed.notify_all();
-        changed.wait(lock, [&] { return mayLeave; });
+    Player player;
+    std::promise<void> inside;
+    std::promise<void> mayLeave;
+    player.onEvent = [&](unsigned) {
+        inside.set_value();
+        mayLeave.get_future().wait();
     };
-    Backend backend(client);
-    ASSERT_EQ(backend.open(), 1);
-    std::unique_lock<std::mutex> lock(mutex);
-    ASSERT_TRUE(changed.wait_for(lock, std::chrono::seconds(10), [&] { return inside; }));
-    std::thread releaser([&] {
-        backend.release();
-        const std::lock_guard<std::mutex> releaserLock(mutex);
-        released = true;
-        changed.notify_all();
-    });
-    EXPECT_FALSE(changed.wait_for(lock, milliseconds(20), [&] { return released; }));
-    mayLeave = true;
-    lock.unlock();
-    changed.notify_all();
-    releaser.join();
-    EXPECT_EQ(client.eventCount, 1U);
+    ASSERT_EQ(player.open(), 1);
+    ASSERT_EQ(inside.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    const auto released = std::async(std::launch::async, [&] { player.release(); });
+    EXPECT_EQ(released.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    mayLeave.set_value();
+    released.wait();
+    EXPECT_EQ(player.asked(), 1U);
+    EXPECT_TRUE(player.notices.empty());
 }
 
 TEST_F(MediaLifetime, HundredsOfTracksInQuickTurns) {
     setAudioOptions({AudioOptions::Sink::Null, "", 100});
-    Feed feed{stream(44100, 2, noise(secondOfStereo))};
+    const Bytes track = stream(noise(secondOfStereo));
     for (int i = 0; i < 300; ++i) {
-        ListenerClient client;
-        Backend backend(client);
-        ASSERT_EQ(backend.open(), 1);
-        if (i % 2 == 0) {
-            backend->play();
-        }
-        ASSERT_TRUE(client.awaitRequests(1 + static_cast<std::size_t>(i) % 64));
+        Player player(track);
+        ASSERT_TRUE(i % 2 == 0 ? player.start() : player.open() == 1);
+        ASSERT_TRUE(player.awaitRequests(1 + static_cast<std::size_t>(i) % 64));
         if (i % 3 != 0) {
-            feed.position = 0;
-            client.answer(*backend, feed, i % 5 == 0);
+            player.answer(i % 5 == 0);
         }
         if (i % 7 == 0) {
-            backend->pause(0);
+            player->pause(0);
         }
     }
-    feed.position = 0;
-    ListenerClient client;
-    Backend backend(client);
-    ASSERT_EQ(backend.open(), 1);
-    backend->play();
-    EXPECT_TRUE(client.answerUntil(playbackFinished, *backend, feed));
+    Player player(track);
+    ASSERT_TRUE(player.start());
+    EXPECT_TRUE(player.answerUntil(playbackFinished));
 }
 
 TEST_F(MediaLifetime, StreamsThatFollowShareTheFileAndOnesBesideGetTheirOwn) {
-    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 50});
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath, 50});
     const Bytes samples = noise(60000);
-    const Bytes all = stream(44100, 2, samples);
-    Feed firstFeed{stream(44100, 2, Bytes(samples.begin(), samples.begin() + 20000))};
-    Feed secondFeed{stream(44100, 2, Bytes(samples.begin() + 20000, samples.end()))};
-    Feed besideFeed{all};
-    Feed otherFormat{stream(22050, 1, Bytes(22050))};
     {
-        ListenerClient client;
-        Backend backend(client);
-        ASSERT_EQ(backend.open(), 1);
-        backend->play();
-        ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, firstFeed));
+        Player first(stream(Bytes(samples.begin(), samples.begin() + 20000)));
+        ASSERT_TRUE(first.start());
+        ASSERT_TRUE(first.answerUntil(playbackFinished));
     }
-    ListenerClient client;
-    ListenerClient beside;
     {
-        Backend backend(client);
-        Backend besideBackend(beside);
-        ASSERT_EQ(backend.open(), 1);
-        ASSERT_EQ(besideBackend.open(), 1);
-        backend->play();
-        besideBackend->play();
-        ASSERT_TRUE(client.answerUntil(playbackFinished, *backend, secondFeed));
-        ASSERT_TRUE(beside.answerUntil(playbackFinished, *besideBackend, besideFeed));
+        Player second(stream(Bytes(samples.begin() + 20000, samples.end())));
+        Player beside(stream(samples));
+        ASSERT_TRUE(second.start());
+        ASSERT_TRUE(beside.start());
+        ASSERT_TRUE(second.answerUntil(playbackFinished));
+        ASSERT_TRUE(beside.answerUntil(playbackFinished));
     }
-    EXPECT_TRUE(readWav(wavPath()).samples == samples);
-    EXPECT_TRUE(readWav(besidePath()).samples == samples);
+    EXPECT_TRUE(readWav(wavPath).samples == samples);
+    EXPECT_TRUE(readWav(besidePath).samples == samples);
 
     // What comes in another format is turned into the file's: half a second of silence.
-    ListenerClient last;
-    Backend backend(last);
-    ASSERT_EQ(backend.open(), 1);
-    backend->play();
-    ASSERT_TRUE(last.answerUntil(playbackFinished, *backend, otherFormat));
-    const WavContent wav = readWav(wavPath());
-    EXPECT_EQ(wav.channels, 2U);
-    EXPECT_EQ(wav.rate, 44100U);
+    Player last(stream(Bytes(22050), 22050, 1));
+    ASSERT_TRUE(last.start());
+    ASSERT_TRUE(last.answerUntil(playbackFinished));
+    const WavContent wav = readWav(wavPath);
+    EXPECT_EQ(wav.header.channels, 2U);
+    EXPECT_EQ(wav.header.rate, 44100U);
     EXPECT_NEAR(static_cast<double>(wav.samples.size() - samples.size()), 0.5 * secondOfStereo,
                 200);
 }
 
 TEST_F(MediaLifetime, AnOutputThatFailsAsksForTheRelease) {
-    setAudioOptions({AudioOptions::Sink::Wav, wavPath(), 50});
-    Feed feed{stream(44100, 2, noise(2 * secondOfStereo))};
+    setAudioOptions({AudioOptions::Sink::Wav, wavPath, 50});
     const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
@@ -206,33 +141,31 @@ TEST_F(MediaLifetime, AnOutputThatFailsAsksForTheRelease) {
     small.rlim_cur = 50000;
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     {
-        ListenerClient client;
-        Backend backend(client);
-        EXPECT_EQ(backend.open(), 1);
-        backend->play();
-        EXPECT_TRUE(client.answerUntil(releaseAsked, *backend, feed));
-        EXPECT_EQ(client.notices, (std::vector<unsigned>{releaseAsked}));
+        Player player(stream(noise(2 * secondOfStereo)));
+        EXPECT_TRUE(player.start());
+        EXPECT_TRUE(player.answerUntil(releaseAsked));
+        EXPECT_EQ(player.notices, (std::vector<unsigned>{releaseAsked}));
     }
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, ignored);
-    EXPECT_EQ(readWav(wavPath()).samples.size(), 50000U - 44);
+    EXPECT_EQ(readWav(wavPath).samples.size(), 50000U - 44);
 }
 
 TEST_F(MediaLifetime, WhatCannotPlayIsRefusedAndNamed) {
-    EXPECT_THROW(setAudioOptions({AudioOptions::Sink::Wav, "/nowhere/x.wav", 1}),
-                 std::runtime_error);
-    EXPECT_THROW(setAudioOptions({AudioOptions::Sink::Wav, "", 1}), std::runtime_error);
-    EXPECT_THROW(setAudioOptions({AudioOptions::Sink::Null, "", 0}), std::runtime_error);
+    for (const AudioOptions& options : {AudioOptions{AudioOptions::Sink::Wav, "/nowhere/x.wav", 1},
+                                        AudioOptions{AudioOptions::Sink::Wav, "", 1},
+                                        AudioOptions{AudioOptions::Sink::Null, "", 0}}) {
+        EXPECT_THROW(setAudioOptions(options), std::runtime_error);
+    }
     setAudioOptions({AudioOptions::Sink::Null, "", 20});
 
-    ListenerClient client;
-    EXPECT_EQ(UVAFactory::requestBackend(static_cast<UVABackend::UVABackendType>(2), &client),
+    Player player;
+    EXPECT_EQ(UVAFactory::requestBackend(static_cast<UVABackend::UVABackendType>(2), &player),
               nullptr);
-    Backend backend(client);
     UVABackend::SourceDescription description{2, {}};
     UVABackend::SourceDescription* list[] = {&description, nullptr};
-    EXPECT_EQ(backend->setSource("http://somewhere/", list, 0), 0);
-    EXPECT_EQ(backend->setSource("", nullptr, 0), 0);
+    EXPECT_EQ(player->setSource("http://somewhere/", list, 0), 0);
+    EXPECT_EQ(player->setSource("", nullptr, 0), 0);
 
     ASSERT_TRUE(gst_init_check(nullptr, nullptr, nullptr));
     GstRegistry* const elements = gst_registry_get();
@@ -240,14 +173,14 @@ TEST_F(MediaLifetime, WhatCannotPlayIsRefusedAndNamed) {
     ASSERT_NE(parser, nullptr);
     gst_registry_remove_feature(elements, parser);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(backend.open(), 0);
+    EXPECT_EQ(player.open(), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "audio: element wavparse is missing (package gstreamer1.0-plugins-good)\n");
     gst_registry_add_feature(elements, parser);
-    EXPECT_EQ(client.eventCountNow(), 0U);
+    EXPECT_EQ(player.asked(), 0U);
 
-    EXPECT_EQ(backend.open(), 1);
-    EXPECT_EQ(backend.open(), 0);
+    EXPECT_EQ(player.open(), 1);
+    EXPECT_EQ(player.open(), 0);
 }
 
 }  // namespace

@@ -1,63 +1,37 @@
 #ifndef SONOLET_TESTS_HOST_MEDIA_TESTSTREAM_H
 #define SONOLET_TESTS_HOST_MEDIA_TESTSTREAM_H
 
-#include "ListenerClient.h"
-
-#include "uva.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
 
-// Types of the backend's events, as the device's clients know them.
-enum : unsigned {
-    releaseAsked = 0,
-    needData = 1,
-    playbackFinished = 4,
-    decodeError = 7,
-    streamUnderrun = 22,
-    streamBuffered = 23,
-};
-
 constexpr std::size_t secondOfStereo = 176400;  // bytes, at 44.1 kHz
 
 using Bytes = std::vector<unsigned char>;
 
-inline void append(Bytes& bytes, std::uint32_t value, unsigned size) {
-    for (unsigned i = 0; i < size; ++i) {
-        bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
-    }
-}
-
-inline void append(Bytes& bytes, const char* tag) {
-    bytes.insert(bytes.end(), tag, tag + 4);
-}
-
-// The header of an open-ended stream as the plug-in writes it: for stereo in two of its fields.
-inline Bytes streamHeader(unsigned rate, unsigned channels) {
-    Bytes bytes;
-    append(bytes, "RIFF");
-    append(bytes, 36, 4);
-    append(bytes, "WAVE");
-    append(bytes, "fmt ");
-    append(bytes, 16, 4);
-    append(bytes, 1, 2);
-    append(bytes, channels, 2);
-    append(bytes, rate, 4);
-    append(bytes, rate * 4, 4);
-    append(bytes, 4, 2);
-    append(bytes, 16, 2);
-    append(bytes, "data");
-    append(bytes, 0xFFFFFFFF, 4);
-    return bytes;
-}
+struct WavHeader {
+    char riff[4] = {'R', 'I', 'F', 'F'};
+    std::uint32_t size = 36;
+    char waveFormat[8] = {'W', 'A', 'V', 'E', 'f', 'm', 't', ' '};
+    std::uint32_t formatSize = 16;
+    std::uint16_t format = 1;
+    std::uint16_t channels = 2;
+    std::uint32_t rate = 44100;
+    std::uint32_t byteRate = 0;
+    std::uint16_t frameSize = 4;
+    std::uint16_t bits = 16;
+    char data[4] = {'d', 'a', 't', 'a'};
+    std::uint32_t dataSize = 0xFFFFFFFF;
+};
+static_assert(sizeof(WavHeader) == 44);
 
 // A noise that never repeats within a test, so that a lost or doubled byte shows.
 inline Bytes noise(std::size_t size) {
@@ -70,15 +44,20 @@ inline Bytes noise(std::size_t size) {
     return bytes;
 }
 
-inline Bytes stream(unsigned rate, unsigned channels, const Bytes& samples) {
-    Bytes bytes = streamHeader(rate, channels);
+// An open-ended stream as the plug-in writes it: for stereo in two of its header's fields.
+inline Bytes stream(const Bytes& samples, unsigned rate = 44100, std::uint16_t channels = 2) {
+    WavHeader header;
+    header.channels = channels;
+    header.rate = rate;
+    header.byteRate = rate * 4;
+    Bytes bytes(sizeof header);
+    std::memcpy(bytes.data(), &header, sizeof header);
     bytes.insert(bytes.end(), samples.begin(), samples.end());
     return bytes;
 }
 
 struct WavContent {
-    unsigned channels = 0;
-    unsigned rate = 0;
+    WavHeader header;
     Bytes samples;
 };
 
@@ -87,79 +66,33 @@ inline WavContent readWav(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     const Bytes bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     WavContent content;
-    const auto number = [&](std::size_t at, unsigned size) {
-        std::uint32_t value = 0;
-        for (unsigned i = size; i > 0; --i) {
-            value = value << 8 | bytes.at(at + i - 1);
-        }
-        return value;
-    };
-    if (bytes.size() < 44) {
+    WavHeader& header = content.header;
+    if (bytes.size() < sizeof header) {
         ADD_FAILURE() << path << " has " << bytes.size() << " bytes";
         return content;
     }
-    content.channels = number(22, 2);
-    content.rate = number(24, 4);
-    EXPECT_EQ(number(4, 4), bytes.size() - 8);
-    EXPECT_EQ(number(28, 4), content.rate * content.channels * 2);
-    EXPECT_EQ(number(32, 2), content.channels * 2);
-    EXPECT_EQ(number(34, 2), 16U);
-    EXPECT_EQ(number(40, 4), bytes.size() - 44);
-    content.samples.assign(bytes.begin() + 44, bytes.end());
+    std::memcpy(&header, bytes.data(), sizeof header);
+    EXPECT_EQ(header.size, bytes.size() - 8);
+    EXPECT_EQ(header.byteRate, header.rate * header.channels * 2);
+    EXPECT_EQ(header.frameSize, header.channels * 2);
+    EXPECT_EQ(header.bits, 16);
+    EXPECT_EQ(header.dataSize, bytes.size() - sizeof header);
+    content.samples.assign(bytes.begin() + sizeof header, bytes.end());
     return content;
 }
-
-class Backend {
-public:
-    explicit Backend(ListenerClient& client)
-        : backend(UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &client)) {}
-    ~Backend() { release(); }
-
-    Backend(const Backend&) = delete;
-    Backend& operator=(const Backend&) = delete;
-
-    int open() {
-        UVABackend::SourceDescription description{2, {}};
-        UVABackend::SourceDescription* list[] = {&description, nullptr};
-        return backend->setSource("", list, 0);
-    }
-
-    void release() {
-        if (backend != nullptr) {
-            UVAFactory::releaseBackend(backend);
-        }
-        backend = nullptr;
-    }
-
-    UVABackend* operator->() const { return backend; }
-    UVABackend& operator*() const { return *backend; }
-
-    double position() const {
-        double seconds = -1;
-        backend->getPosition(seconds);
-        return seconds;
-    }
-
-private:
-    UVABackend* backend;
-};
 
 // Has a place for a WAV file of its own and cleans it up.
 class MediaTest : public testing::Test {
 protected:
     void TearDown() override {
-        std::remove(wavPath().c_str());
-        std::remove(besidePath().c_str());
+        std::remove(wavPath.c_str());
+        std::remove(besidePath.c_str());
     }
 
-    const std::string& wavPath() const { return path; }
-
+    const std::string base = testing::TempDir() + "sonolet-media-" + std::to_string(getpid());
+    const std::string wavPath = base + ".wav";
     // Where a second stream goes that plays at the same time.
-    std::string besidePath() const { return path.substr(0, path.size() - 4) + "-2.wav"; }
-
-private:
-    const std::string path =
-        testing::TempDir() + "sonolet-media-" + std::to_string(getpid()) + ".wav";
+    const std::string besidePath = base + "-2.wav";
 };
 
 #endif
