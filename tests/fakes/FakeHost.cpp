@@ -289,7 +289,7 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
 
 // ---- Script and time ----
 
-Answer FakeHost::global(jsplugin_obj* document, const char* name) {
+Answer FakeHost::global(jsplugin_obj* document, const char* name) const {
     jsplugin_value slot{};
     const int code = plugin.global_getter(document, name, &slot);
     return {code, copyOf(slot)};

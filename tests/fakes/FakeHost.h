@@ -97,7 +97,7 @@ public:
     std::size_t objectCount() const { return objects.size(); }
 
     // Script. `call` reads the function once per object and keeps it, as cacheable values are.
-    Answer global(jsplugin_obj* document, const char* name);
+    Answer global(jsplugin_obj* document, const char* name) const;
     Answer get(jsplugin_obj* object, const std::string& name);
     Answer set(jsplugin_obj* object, const std::string& name, const Value& value);
     Answer call(jsplugin_obj* object, const std::string& name, const Values& arguments = {});

@@ -54,12 +54,13 @@ TEST_F(PluginEntryTest, EachDocumentGetsItsTicksItsUnloadListenerAndItsOwnGlobal
 }
 
 TEST_F(PluginEntryTest, TheSessionIsReleasedOnceWhenTheProcessExits) {
-    const auto leave = [&] {
-        createSession();
-        host.reset();
-        exit(0);
-    };
-    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "released 1 of 1 sessions");
+    EXPECT_EXIT(
+        {
+            createSession();
+            host.reset();
+            exit(0);  // NOLINT(concurrency-mt-unsafe): the one thread
+        },
+        testing::ExitedWithCode(0), "released 1 of 1 sessions");
 }
 
 TEST_F(PluginEntryTest, TheRootsAttributesAreTheSameObjectsAtEveryReadAndCannotBeWritten) {

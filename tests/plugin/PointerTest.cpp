@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <limits>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -53,13 +53,14 @@ TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
 TEST(SharedPointer, CountsAreExactWhenThreadsCopyReleaseAndLock) {
     orvo::shared_ptr<Counted> owner(new Counted);
     const orvo::weak_ptr<Counted> weak(owner);
-    std::vector<std::thread> threads;
+    std::array<std::thread, 4> threads;
     std::atomic<int> locked{0};
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&weak, &locked, mine = owner]() mutable {
+    for (std::thread& thread : threads) {
+        thread = std::thread([&weak, &locked, mine = owner]() mutable {
             for (int round = 0; round < 2000; ++round) {
                 const orvo::shared_ptr<Counted> copy(mine);
-                locked += orvo::weak_ptr<Counted>(copy).lock() ? 1 : 0;
+                const orvo::weak_ptr<Counted> other(copy);
+                locked += other.lock() ? 1 : 0;
             }
             mine.decreaseRef();
             while (weak.lock()) {

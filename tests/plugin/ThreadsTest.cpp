@@ -56,10 +56,10 @@ TEST_F(ThreadsTest, EventsOfManyThreadsArriveOnceEachInTheirOrder) {
                                      int& expected = next[static_cast<std::size_t>(value % 3)];
                                      inOrder = expected++ == value / 3 && inOrder;
                                  })});
-    std::vector<std::thread> library;
+    std::array<std::thread, 3> library;
     std::atomic<int> running{3};
     for (int thread = 0; thread < 3; ++thread) {
-        library.emplace_back([&, thread] {
+        library[static_cast<std::size_t>(thread)] = std::thread([&, thread] {
             for (int i = 0; i < events; ++i) {
                 spotify.callbacks().log_message(spotify.session(),
                                                 std::to_string(i * 3 + thread).c_str());
