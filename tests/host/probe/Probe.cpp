@@ -11,6 +11,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -43,24 +44,53 @@ Item& itemOf(jsplugin_obj* object) {
     return *static_cast<Item*>(object->plugin_private);
 }
 
-int answerString(jsplugin_value* result, int code, std::string text) {
-    scratch = std::move(text);
-    result->type = JSP_TYPE_STRING;
-    result->u.string = scratch.c_str();
+jsplugin_value ofType(int type) {
+    jsplugin_value value = {};
+    value.type = type;
+    return value;
+}
+
+jsplugin_value boolean(bool truth) {
+    jsplugin_value value = ofType(JSP_TYPE_BOOLEAN);
+    value.u.boolean = truth ? 1 : 0;
+    return value;
+}
+
+jsplugin_value number(double amount) {
+    jsplugin_value value = ofType(JSP_TYPE_NUMBER);
+    value.u.number = amount;
+    return value;
+}
+
+jsplugin_value text(const char* characters, int type = JSP_TYPE_STRING) {
+    jsplugin_value value = ofType(type);
+    value.u.string = characters;
+    return value;
+}
+
+// A page's object has nothing private.
+jsplugin_value objectValue(jsplugin_obj* object) {
+    jsplugin_value value =
+        ofType(object->plugin_private != nullptr ? JSP_TYPE_NATIVE_OBJECT : JSP_TYPE_OBJECT);
+    value.u.object = object;
+    return value;
+}
+
+jsplugin_value strayObject() {
+    static jsplugin_obj stray = {};
+    jsplugin_value value = ofType(JSP_TYPE_NATIVE_OBJECT);
+    value.u.object = &stray;
+    return value;
+}
+
+int answer(jsplugin_value* result, int code, const jsplugin_value& value) {
+    *result = value;
     return code;
 }
 
-int answerNumber(jsplugin_value* result, int code, double number) {
-    result->type = JSP_TYPE_NUMBER;
-    result->u.number = number;
-    return code;
-}
-
-int answerObject(jsplugin_value* result, int code, jsplugin_obj* object) {
-    // A page's object has nothing private.
-    result->type = object->plugin_private != nullptr ? JSP_TYPE_NATIVE_OBJECT : JSP_TYPE_OBJECT;
-    result->u.object = object;
-    return code;
+int answerString(jsplugin_value* result, int code, std::string characters) {
+    scratch = std::move(characters);
+    return answer(result, code, text(scratch.c_str()));
 }
 
 int getter(jsplugin_obj* object, const char* name, jsplugin_value* result);
@@ -96,9 +126,10 @@ void documentTrace(jsplugin_obj*) {
     }
 }
 
-jsplugin_obj* created(int answer, jsplugin_obj* object, const std::string& name) {
-    if (answer != JSP_CREATE_OK) {
-        return nullptr;
+// Aborts when the host refuses: no test goes on from there.
+jsplugin_obj* created(int code, jsplugin_obj* object, const std::string& name) {
+    if (code != JSP_CREATE_OK) {
+        std::abort();
     }
     object->plugin_private = new Item{name, {}, "first", false, {}};
     live.insert(object);
@@ -108,118 +139,82 @@ jsplugin_obj* created(int answer, jsplugin_obj* object, const std::string& name)
 
 jsplugin_obj* makeObject(jsplugin_obj* ctx) {
     jsplugin_obj* object = nullptr;
-    const int answer = host->create_object(ctx, getter, setter, destructor, trace, &object);
-    return created(answer, object, "");
+    const int code = host->create_object(ctx, getter, setter, destructor, trace, &object);
+    return created(code, object, "");
 }
 
 jsplugin_obj* makeFunction(jsplugin_obj* ctx, const std::string& name) {
     jsplugin_obj* object = nullptr;
-    const int answer =
+    const int code =
         host->create_function(ctx, nullptr, nullptr, call, destructor, nullptr, &object);
-    return created(answer, object, name);
+    return created(code, object, name);
 }
 
-// The values that a read of a name gives, each with the code that it comes with.
-int valueOf(const std::string& name, jsplugin_value* result) {
-    if (name == "undefinedValue") {
-        result->type = JSP_TYPE_UNDEFINED;
-        return JSP_GET_VALUE;
-    }
-    if (name == "nullValue") {
-        result->type = JSP_TYPE_NULL;
-        return JSP_GET_VALUE;
-    }
-    if (name == "yes" || name == "no") {
-        result->type = JSP_TYPE_BOOLEAN;
-        result->u.boolean = name == "yes" ? 1 : 0;
-        return JSP_GET_VALUE;
-    }
-    if (name == "nan") {
-        // Not the pattern that an engine makes.
-        return answerNumber(result, JSP_GET_VALUE, -std::nan("12345"));
-    }
-    if (name == "brokenText") {
-        return answerString(result, JSP_GET_VALUE, "a\xff\xc3(z\xed\xa0\x80");
-    }
-    if (name == "nullText") {
-        result->type = JSP_TYPE_STRING;
-        result->u.string = nullptr;
-        return JSP_GET_VALUE;
-    }
-    if (name == "strayObject") {
-        static jsplugin_obj stray = {};
-        result->type = JSP_TYPE_NATIVE_OBJECT;
-        result->u.object = &stray;
-        return JSP_GET_VALUE;
-    }
-    if (name == "inits") {
-        return answerNumber(result, JSP_GET_VALUE, counts.inits);
-    }
-    if (name == "live") {
-        return answerNumber(result, JSP_GET_VALUE, counts.created - counts.destructed);
-    }
-    if (name == "music") {
-        const char* const folder =
-            std::getenv("SONOLET_MUSIC");  // NOLINT(concurrency-mt-unsafe): nobody sets it now
-        return answerString(result, JSP_GET_VALUE, folder != nullptr ? folder : "");
-    }
-    if (name == "garbageType") {
-        result->type = 99;
-        return JSP_GET_VALUE;
-    }
-    if (name == "date") {
-        const int code = answerString(result, JSP_GET_VALUE, "new Date(86400000)");
-        result->type = JSP_TYPE_EXPRESSION;
-        return code;
-    }
-    if (name == "brokenExpression") {
-        const int code = answerString(result, JSP_GET_VALUE, "null.member");
-        result->type = JSP_TYPE_EXPRESSION;
-        return code;
-    }
-    return JSP_GET_NO_PROPERTY;
-}
+using Answer = std::pair<int, jsplugin_value>;
 
+// What reads of these names and calls of these functions give, at all times and on any object.
+const std::map<std::string, Answer> fixedValues = {
+    {"undefinedValue", {JSP_GET_VALUE, ofType(JSP_TYPE_UNDEFINED)}},
+    {"nullValue", {JSP_GET_VALUE, ofType(JSP_TYPE_NULL)}},
+    {"garbageType", {JSP_GET_VALUE, ofType(99)}},
+    {"nothingThere", {JSP_GET_NO_VALUE, ofType(JSP_TYPE_UNDEFINED)}},
+    {"yes", {JSP_GET_VALUE, boolean(true)}},
+    {"no", {JSP_GET_VALUE, boolean(false)}},
+    {"nan", {JSP_GET_VALUE, number(-std::nan("12345"))}},  // not the pattern that an engine makes
+    {"constant", {JSP_GET_VALUE_CACHE, number(42)}},
+    {"brokenText", {JSP_GET_VALUE, text("a\xff\xc3(z\xed\xa0\x80")}},
+    {"nullText", {JSP_GET_VALUE, text(nullptr)}},
+    {"strayObject", {JSP_GET_VALUE, strayObject()}},
+    {"failing", {JSP_GET_EXCEPTION, text("failing cannot be read")}},
+    {"date", {JSP_GET_VALUE, text("new Date(86400000)", JSP_TYPE_EXPRESSION)}},
+    {"brokenExpression", {JSP_GET_VALUE, text("null.member", JSP_TYPE_EXPRESSION)}},
+};
+const std::map<std::string, Answer> fixedCalls = {
+    {"missing", {JSP_CALL_NO_FUNCTION, ofType(JSP_TYPE_UNDEFINED)}},
+    {"nothing", {JSP_CALL_NO_VALUE, ofType(JSP_TYPE_UNDEFINED)}},
+    {"throwing", {JSP_CALL_EXCEPTION, text("thrown by the plug-in")}},
+};
 const std::set<std::string> functionNames = {
     "again",   "describe", "echo",     "fire",      "hold",     "listen",   "make",    "missing",
     "nothing", "readsOf",  "remember", "startPoll", "throwing", "unlisten", "callWith"};
 
-int getter(jsplugin_obj* object, const char* name, jsplugin_value* result) {
-    ++counts.reads;
+int getter(jsplugin_obj* object, const char* asked, jsplugin_value* result) {
+    const std::string name = asked;
     Item& item = itemOf(object);
     ++item.reads[name];
     if (functionNames.count(name) != 0) {
-        jsplugin_obj* const function = makeFunction(object, name);
-        return function != nullptr ? answerObject(result, JSP_GET_VALUE_CACHE, function)
-                                   : answerString(result, JSP_GET_EXCEPTION, "refused");
+        return answer(result, JSP_GET_VALUE_CACHE, objectValue(makeFunction(object, name)));
     }
-    if (std::strcmp(name, "text") == 0) {
-        return answerString(result, JSP_GET_VALUE, item.text);
+    if (const auto fixed = fixedValues.find(name); fixed != fixedValues.end()) {
+        return answer(result, fixed->second.first, fixed->second.second);
     }
-    if (std::strcmp(name, "cachedText") == 0) {
-        return answerString(result, JSP_GET_VALUE_CACHE, item.text);
+    if (name == "text" || name == "cachedText") {
+        return answerString(result, name == "text" ? JSP_GET_VALUE : JSP_GET_VALUE_CACHE,
+                            item.text);
     }
-    if (std::strcmp(name, "constant") == 0) {
-        return answerNumber(result, JSP_GET_VALUE_CACHE, 42);
+    if (name == "inits") {
+        return answer(result, JSP_GET_VALUE, number(counts.inits));
     }
-    if (std::strcmp(name, "nothingThere") == 0) {
-        return JSP_GET_NO_VALUE;
+    if (name == "live") {
+        return answer(result, JSP_GET_VALUE, number(counts.created - counts.destructed));
     }
-    if (item.isList && name[0] >= '0' && name[0] <= '2' && name[1] == '\0') {
-        return answerNumber(result, JSP_GET_VALUE_CACHE, name[0] - '0');
+    if (name == "music") {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it now
+        const char* const folder = std::getenv("SONOLET_MUSIC");
+        return answerString(result, JSP_GET_VALUE, folder != nullptr ? folder : "");
     }
-    if (item.isList && std::strcmp(name, "length") == 0) {
-        return answerNumber(result, JSP_GET_VALUE, 3);
+    if (item.isList && name == "length") {
+        return answer(result, JSP_GET_VALUE, number(3));
     }
-    if (std::strcmp(name, "list") == 0) {
+    if (item.isList && (name == "0" || name == "1" || name == "2")) {
+        return answer(result, JSP_GET_VALUE_CACHE, number(name[0] - '0'));
+    }
+    if (name == "list") {
         jsplugin_obj* const list = makeObject(object);
         itemOf(list).isList = true;
-        return answerObject(result, JSP_GET_VALUE_CACHE, list);
+        return answer(result, JSP_GET_VALUE_CACHE, objectValue(list));
     }
-    if (std::strcmp(name, "failing") == 0) {
-        return answerString(result, JSP_GET_EXCEPTION, "failing cannot be read");
-    }
-    return valueOf(name, result);
+    return JSP_GET_NO_PROPERTY;
 }
 
 int setter(jsplugin_obj* object, const char* name, jsplugin_value* value) {
@@ -238,28 +233,35 @@ int setter(jsplugin_obj* object, const char* name, jsplugin_value* value) {
 
 // "3:text", "1", ... : type and content, as the plug-in got them.
 std::string described(const jsplugin_value& value) {
-    std::string text = std::to_string(value.type);
+    const std::string type = std::to_string(value.type);
     switch (value.type) {
     case JSP_TYPE_STRING:
-        return text + ':' + value.u.string;
+        return type + ':' + value.u.string;
     case JSP_TYPE_NUMBER:
-        return text + ':' + std::to_string(value.u.number);
+        return type + ':' + std::to_string(value.u.number);
     case JSP_TYPE_BOOLEAN:
-        return text + ':' + std::to_string(value.u.boolean);
+        return type + ':' + std::to_string(value.u.boolean);
     case JSP_TYPE_OBJECT:
-        return text + (value.u.object->plugin_private == nullptr ? ":page" : ":private");
+        return type + (value.u.object->plugin_private == nullptr ? ":page" : ":private");
     default:
-        return text;
+        return type;
     }
+}
+
+// Answers how many calls failed.
+int callListeners(jsplugin_obj* ctx, jsplugin_obj* self, int argc, jsplugin_value* argv) {
+    int failed = 0;
+    const std::vector<jsplugin_obj*> now = listeners;
+    for (jsplugin_obj* const listener : now) {
+        failed +=
+            host->call_function(ctx, self, listener, argc, argv, nullptr, nullptr) == 0 ? 0 : 1;
+    }
+    return failed;
 }
 
 int poll(const jsplugin_obj* ctx) {
     ++counts.polls;
-    const std::vector<jsplugin_obj*> now = listeners;
-    for (jsplugin_obj* const listener : now) {
-        host->call_function(const_cast<jsplugin_obj*>(ctx), nullptr, listener, 0, nullptr, nullptr,
-                            nullptr);
-    }
+    callListeners(const_cast<jsplugin_obj*>(ctx), nullptr, 0, nullptr);
     return --pollsLeft > 0 ? 1 : 0;
 }
 
@@ -269,71 +271,48 @@ int call(jsplugin_obj* self,
          jsplugin_value* argv,
          jsplugin_value* result) {
     const std::string name = itemOf(function).name;
-    if (name == "missing") {
-        return JSP_CALL_NO_FUNCTION;
-    }
-    if (name == "nothing") {
-        return JSP_CALL_NO_VALUE;
-    }
-    if (name == "throwing") {
-        return answerString(result, JSP_CALL_EXCEPTION, "thrown by the plug-in");
+    if (const auto fixed = fixedCalls.find(name); fixed != fixedCalls.end()) {
+        return answer(result, fixed->second.first, fixed->second.second);
     }
     if (name == "describe") {
-        // `this` first, then the arguments.
-        std::string text = self == nullptr                   ? "none"
-                           : self->plugin_private == nullptr ? "page"
-                                                             : "native";
+        std::string all = self == nullptr                   ? "none"
+                          : self->plugin_private == nullptr ? "page"
+                                                            : "native";
         for (int i = 0; i < argc; ++i) {
-            text += ' ' + described(argv[i]);
+            all += ' ' + described(argv[i]);
         }
-        return answerString(result, JSP_CALL_VALUE, text);
+        return answerString(result, JSP_CALL_VALUE, all);
     }
     if (name == "make") {
-        jsplugin_obj* const object = makeObject(function);
-        return object != nullptr ? answerObject(result, JSP_CALL_VALUE, object)
-                                 : answerString(result, JSP_CALL_EXCEPTION, "refused");
+        return answer(result, JSP_CALL_VALUE, objectValue(makeObject(function)));
     }
     if (name == "unlisten") {
         listeners.clear();
         return JSP_CALL_NO_VALUE;
     }
     if (name == "again") {
-        if (remembered == nullptr) {
-            result->type = JSP_TYPE_NULL;
-            return JSP_CALL_VALUE;
-        }
-        return answerObject(result, JSP_CALL_VALUE, remembered);
+        return answer(result, JSP_CALL_VALUE,
+                      remembered != nullptr ? objectValue(remembered) : ofType(JSP_TYPE_NULL));
     }
     if (name == "fire") {
-        int failed = 0;
-        const std::vector<jsplugin_obj*> now = listeners;
-        for (jsplugin_obj* const listener : now) {
-            failed +=
-                host->call_function(document, self, listener, argc, argv, nullptr, nullptr) == 0
-                    ? 0
-                    : 1;
-        }
-        return answerNumber(result, JSP_CALL_VALUE, failed);
+        return answer(result, JSP_CALL_VALUE, number(callListeners(document, self, argc, argv)));
     }
     if (argc == 0) {
         return answerString(result, JSP_CALL_EXCEPTION, "Not enough arguments");
     }
     if (name == "echo") {
-        *result = argv[0];
-        if (argv[0].type == JSP_TYPE_STRING) {
-            return answerString(result, JSP_CALL_VALUE, argv[0].u.string);
-        }
-        return JSP_CALL_VALUE;
+        return argv[0].type == JSP_TYPE_STRING
+                   ? answerString(result, JSP_CALL_VALUE, argv[0].u.string)
+                   : answer(result, JSP_CALL_VALUE, argv[0]);
     }
     if (name == "readsOf") {
-        return answerNumber(result, JSP_CALL_VALUE, itemOf(self).reads[argv[0].u.string]);
+        return answer(result, JSP_CALL_VALUE, number(itemOf(self).reads[argv[0].u.string]));
     }
     if (name == "listen") {
         // Answers how many different ones there are, by address.
         listeners.push_back(argv[0].u.object);
-        return answerNumber(
-            result, JSP_CALL_VALUE,
-            static_cast<double>(std::set<void*>(listeners.begin(), listeners.end()).size()));
+        const std::set<jsplugin_obj*> different(listeners.begin(), listeners.end());
+        return answer(result, JSP_CALL_VALUE, number(static_cast<double>(different.size())));
     }
     if (name == "hold") {
         itemOf(self).held.push_back(argv[0].u.object);
@@ -345,19 +324,15 @@ int call(jsplugin_obj* self,
     }
     if (name == "startPoll") {
         pollsLeft = static_cast<int>(argv[0].u.number);
-        return answerNumber(result, JSP_CALL_VALUE, host->add_poll_function(function, 100, poll));
+        return answer(result, JSP_CALL_VALUE, number(host->add_poll_function(function, 100, poll)));
     }
     if (name == "callWith") {
         // More arguments than a host would keep in a small place of its own.
-        std::vector<jsplugin_value> many(40);
-        std::vector<std::string> texts;
-        texts.reserve(many.size());
-        for (int i = 0; i < 40; ++i) {
-            texts.push_back("argument " + std::to_string(i));
-        }
-        for (std::size_t i = 0; i < many.size(); ++i) {
-            many[i].type = JSP_TYPE_STRING;
-            many[i].u.string = texts[i].c_str();
+        std::vector<std::string> texts(40);
+        std::vector<jsplugin_value> many;
+        for (std::string& each : texts) {
+            each = "argument " + std::to_string(many.size());
+            many.push_back(text(each.c_str()));
         }
         host->call_function(document, nullptr, argv[0].u.object, 40, many.data(), nullptr, nullptr);
         return JSP_CALL_NO_VALUE;
@@ -368,7 +343,7 @@ int call(jsplugin_obj* self,
 int globalGetter(jsplugin_obj* ctx, const char* name, jsplugin_value* result) {
     ++counts.globalReads;
     if (std::strcmp(name, "Probe") == 0) {
-        return answerObject(result, JSP_GET_VALUE_CACHE, makeObject(ctx));
+        return answer(result, JSP_GET_VALUE_CACHE, objectValue(makeObject(ctx)));
     }
     if (std::strcmp(name, "ProbeFailing") == 0) {
         return answerString(result, JSP_GET_EXCEPTION, "no such probe");
@@ -428,10 +403,8 @@ int probeIsClean() {
 }
 
 int jsplugin_capabilities(struct jsplugin_capabilities** result, jsplugin_callbacks* callbacks) {
-    static char probeName[] = "Probe";
-    static char failingName[] = "ProbeFailing";
-    static char emptyName[] = "ProbeEmpty";
-    static char* names[] = {probeName, failingName, emptyName, nullptr};
+    static char globals[][13] = {"Probe", "ProbeFailing", "ProbeEmpty"};
+    static char* names[] = {globals[0], globals[1], globals[2], nullptr};
     static char* types[] = {nullptr};
     static struct jsplugin_capabilities offered = {};
     offered.global_names = names;

@@ -9,7 +9,6 @@ struct ProbeCounts {
     int unloads;
     int destroys;
     int polls;
-    int reads;  // calls of any getter but the global one
     int globalReads;
 };
 
