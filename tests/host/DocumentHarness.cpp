@@ -6,7 +6,8 @@
 #include <glib.h>
 
 #include <chrono>
-#include <stdexcept>
+#include <map>
+#include <utility>
 
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
 extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
@@ -18,22 +19,11 @@ const PluginLibrary& plugin() {
     return library;
 }
 
-template <typename Function>
-Function* probeFunction(const char* name) {
-    void* const library = dlopen(HOST_PROBE, RTLD_NOW | RTLD_NOLOAD);
-    if (library == nullptr) {
-        throw std::runtime_error("the probe is not loaded");
-    }
-    auto* const function = reinterpret_cast<Function*>(dlsym(library, name));
-    dlclose(library);
-    return function;
-}
-
 }  // namespace
 
 DocumentHarness::DocumentHarness() : context(JSGlobalContextCreateInGroup(nullptr, nullptr)) {
     document = std::make_unique<Document>(context, plugin(), scheduler, *this);
-    atStart = counts();
+    atStart = probe();
 }
 
 DocumentHarness::~DocumentHarness() {
@@ -82,18 +72,24 @@ void DocumentHarness::uncaught(JSContextRef callContext, JSValueRef exception) n
     errors.push_back(text::toUtf8(callContext, exception));
 }
 
-ProbeCounts DocumentHarness::counts() {
-    return probeFunction<decltype(probeCounts)>("probeCounts")();
+ProbeState& DocumentHarness::probe() {
+    void* const library = dlopen(HOST_PROBE, RTLD_NOW | RTLD_NOLOAD);
+    auto* const function = reinterpret_cast<decltype(&probeState)>(dlsym(library, "probeState"));
+    dlclose(library);
+    return *function();
 }
 
-void DocumentHarness::allowAccess(int answer) {
-    probeFunction<decltype(probeAllowAccess)>("probeAllowAccess")(answer);
-}
-
-std::string DocumentHarness::askedProtocol() {
-    return probeFunction<decltype(probeProtocol)>("probeProtocol")();
-}
-
-bool DocumentHarness::isClean() {
-    return probeFunction<decltype(probeIsClean)>("probeIsClean")() == 1;
+void DocumentHarness::define(const char* name, std::function<void()> function) {
+    static std::map<JSObjectRef, std::function<void()>> functions;
+    const text::EngineString engineName(name);
+    const JSObjectRef object =
+        JSObjectMakeFunctionWithCallback(context, engineName.get(),
+                                         [](JSContextRef ctx, JSObjectRef callee, JSObjectRef,
+                                            size_t, const JSValueRef[], JSValueRef*) -> JSValueRef {
+                                             functions.at(callee)();
+                                             return JSValueMakeUndefined(ctx);
+                                         });
+    functions[object] = std::move(function);
+    JSObjectSetProperty(context, JSContextGetGlobalObject(context), engineName.get(), object,
+                        kJSPropertyAttributeNone, nullptr);
 }

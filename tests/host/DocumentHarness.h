@@ -34,17 +34,17 @@ public:
     // Runs the main loop until `done`; answers false after a generous time without it.
     static bool waitUntil(const std::function<bool()>& done);
 
+    // Gives page script a function of this name that does this.
+    void define(const char* name, std::function<void()> function);
+
     void uncaught(JSContextRef context, JSValueRef exception) noexcept override;
 
-    static ProbeCounts counts();
-    static void allowAccess(int answer);
-    static std::string askedProtocol();
-    static bool isClean();
+    static ProbeState& probe();
     // Of the objects made in this harness.
-    int created() const { return counts().created - atStart.created; }
-    int destructed() const { return counts().destructed - atStart.destructed; }
+    int created() const { return probe().created - atStart.created; }
+    int destructed() const { return probe().destructed - atStart.destructed; }
 
-    ProbeCounts atStart;
+    ProbeState atStart;
     JSGlobalContextRef context;
     GlibScheduler scheduler{200};  // polls of 100 ms come every half millisecond
     std::unique_ptr<Document> document;

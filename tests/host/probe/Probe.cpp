@@ -17,11 +17,8 @@
 namespace {
 
 jsplugin_callbacks* host = nullptr;
-ProbeCounts counts = {};
-int accessAnswer = 1;
-std::string protocolAsked;
+ProbeState state;
 std::set<jsplugin_obj*> live;
-bool destructedTwice = false;
 
 // What hangs in plugin_private of an object or function of the probe.
 struct Item {
@@ -103,13 +100,13 @@ int call(jsplugin_obj* self,
 
 void destructor(jsplugin_obj* object) {
     if (live.erase(object) == 0) {
-        destructedTwice = true;
+        state.clean = false;
         return;
     }
     if (object == remembered) {
         remembered = nullptr;
     }
-    ++counts.destructed;
+    ++state.destructed;
     delete static_cast<Item*>(object->plugin_private);
     object->plugin_private = nullptr;
 }
@@ -133,7 +130,7 @@ jsplugin_obj* created(int code, jsplugin_obj* object, const std::string& name) {
     }
     object->plugin_private = new Item{name, {}, "first", false, {}};
     live.insert(object);
-    ++counts.created;
+    ++state.created;
     return object;
 }
 
@@ -193,10 +190,10 @@ int getter(jsplugin_obj* object, const char* asked, jsplugin_value* result) {
                             item.text);
     }
     if (name == "inits") {
-        return answer(result, JSP_GET_VALUE, number(counts.inits));
+        return answer(result, JSP_GET_VALUE, number(state.inits));
     }
     if (name == "live") {
-        return answer(result, JSP_GET_VALUE, number(counts.created - counts.destructed));
+        return answer(result, JSP_GET_VALUE, number(state.created - state.destructed));
     }
     if (name == "music") {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it now
@@ -260,7 +257,7 @@ int callListeners(jsplugin_obj* ctx, jsplugin_obj* self, int argc, jsplugin_valu
 }
 
 int poll(const jsplugin_obj* ctx) {
-    ++counts.polls;
+    ++state.polls;
     callListeners(const_cast<jsplugin_obj*>(ctx), nullptr, 0, nullptr);
     return --pollsLeft > 0 ? 1 : 0;
 }
@@ -341,7 +338,7 @@ int call(jsplugin_obj* self,
 }
 
 int globalGetter(jsplugin_obj* ctx, const char* name, jsplugin_value* result) {
-    ++counts.globalReads;
+    ++state.globalReads;
     if (std::strcmp(name, "Probe") == 0) {
         return answer(result, JSP_GET_VALUE_CACHE, objectValue(makeObject(ctx)));
     }
@@ -352,23 +349,25 @@ int globalGetter(jsplugin_obj* ctx, const char* name, jsplugin_value* result) {
 }
 
 void unload(jsplugin_obj*) {
-    ++counts.unloads;
+    ++state.unloads;
     listeners.clear();
 }
 
 void init(jsplugin_obj* ctx) {
-    ++counts.inits;
+    ++state.inits;
     document = ctx;
     host->add_unload_listener(ctx, unload);
 }
 
 void destroy(jsplugin_obj*) {
-    ++counts.destroys;
+    ++state.destroys;
 }
 
 int allowAccess(const char* protocol, const char*, int) {
-    protocolAsked = protocol;
-    return accessAnswer;
+    static std::string asked;
+    asked = protocol;
+    state.protocolAsked = asked.c_str();
+    return state.allowsAccess ? 1 : 0;
 }
 
 // With PROBE_REPORT set, the counts go out at exit: for tests that see the process from outside.
@@ -377,29 +376,17 @@ struct Reporter {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it now
         if (std::getenv("PROBE_REPORT") != nullptr) {
             std::fprintf(stderr, "probe: inits %d unloads %d created %s destructed %d polls %d\n",
-                         counts.inits, counts.unloads,
-                         counts.created > 0 ? std::to_string(counts.created).c_str() : "none",
-                         counts.destructed, counts.polls);
+                         state.inits, state.unloads,
+                         state.created > 0 ? std::to_string(state.created).c_str() : "none",
+                         state.destructed, state.polls);
         }
     }
 } reporter;
 
 }  // namespace
 
-ProbeCounts probeCounts() {
-    return counts;
-}
-
-void probeAllowAccess(int answer) {
-    accessAnswer = answer;
-}
-
-const char* probeProtocol() {
-    return protocolAsked.c_str();
-}
-
-int probeIsClean() {
-    return live.empty() && !destructedTwice ? 1 : 0;
+ProbeState* probeState() {
+    return &state;
 }
 
 int jsplugin_capabilities(struct jsplugin_capabilities** result, jsplugin_callbacks* callbacks) {

@@ -1,28 +1,22 @@
 #ifndef SONOLET_TESTS_HOST_PROBE_PROBE_H
 #define SONOLET_TESTS_HOST_PROBE_PROBE_H
 
-// What a test can ask the probe plug-in by itself, beside what its script object `Probe` offers.
-struct ProbeCounts {
-    int created;  // objects and functions that the host made for the plug-in
-    int destructed;
-    int inits;
-    int unloads;
-    int destroys;
-    int polls;
-    int globalReads;
+// What a test sees and sets of the probe plug-in, beside what its script object `Probe` offers.
+struct ProbeState {
+    int created = 0;  // objects and functions that the host made for the plug-in
+    int destructed = 0;
+    int inits = 0;
+    int unloads = 0;
+    int destroys = 0;
+    int polls = 0;
+    int globalReads = 0;
+    bool allowsAccess = true;
+    const char* protocolAsked = "";  // by the last allow_access
+    bool clean = true;               // no object was destructed twice
 };
 
 #pragma GCC visibility push(default)
-extern "C" {
-// Since the plug-in was loaded.
-ProbeCounts probeCounts();
-// What allow_access answers from here on.
-void probeAllowAccess(int answer);
-// The protocol that allow_access was last asked about.
-const char* probeProtocol();
-// Every object of the plug-in has been destructed once and none is left.
-int probeIsClean();
-}
+extern "C" ProbeState* probeState();
 #pragma GCC visibility pop
 
 #endif
