@@ -110,15 +110,11 @@ TEST_F(DocumentTest, ValuesCrossBothWaysAndNoTextBreaks) {
 TEST_F(DocumentTest, ObjectsStandWhatPagesDoToThem) {
     expect({
         {"Probe.constant; Object.keys(Probe).length", "0"},
-        {"JSON.stringify(Probe)", "{}"},
         {"let names = ''; for (const name in Probe) names += name; names", ""},
-        {"String(Probe)", "[object NativeObject]"},
         {"`${Probe}` + Probe.toString()", "[object NativeObject][object NativeObject]"},
         {"Probe instanceof Object && Probe.echo instanceof Function", "true"},
         {"typeof Probe + typeof Probe.echo", "objectfunction"},
         {"Probe.describe.call({}, 1)", "page 4:1.000000"},
-        {"Probe.describe.apply(Probe, [2])", "native 4:2.000000"},
-        {"Probe.describe.bind(Probe)(3)", "native 4:3.000000"},
         {"const f = Probe.describe; f()", "none"},
         {"'use strict'; Probe.describe.call(undefined)", "none"},
         {"Probe.describe.call(5)", "page"},
@@ -211,7 +207,7 @@ TEST_F(DocumentTest, AnObjectThatDiedIsMintedAnew) {
     EXPECT_GE(host.destructed(), 35);
 }
 
-TEST_F(DocumentTest, APageThatRunsForLongDoesNotGrow) {
+TEST_F(DocumentTest, NeitherAPageNorAScriptThatRunsForLongGrows) {
     const char* const round =
         "(() => { for (let i = 0; i < 500; ++i) {"
         "    const made = Probe.make(); made.hold(() => made); Probe.describe({}, () => i, made);"
@@ -223,9 +219,6 @@ TEST_F(DocumentTest, APageThatRunsForLongDoesNotGrow) {
     EXPECT_LE(host.document->objects().size(), 200U);
     EXPECT_GE(host.created(), 10000);
     EXPECT_LE(host.created() - host.destructed(), 200);
-}
-
-TEST_F(DocumentTest, ALongScriptLetsGoWhileItRuns) {
     eval("for (let i = 0; i < 60000; ++i) { Probe.describe({}); }");
     EXPECT_LE(host.document->objects().size(), 10000U);
 }
