@@ -1,10 +1,11 @@
 // Plays a track of the demo library, in ten lines.
 const { Session, SessionConfig, Sonolet, Track } = Spotify;
-Session.create(SessionConfig);
-Session.onLoggedIn = () => {
+let playing = false;
+const play = () => { // at login, or when the track's data has come
     const track = Track.create("spotify:track:3Bv2coKkW2f26EGHu2IofY"); // "Ropes and Tar"
-    Session.playerLoad(track);
-    Session.playerPlay(true);
+    playing = playing || (Session.playerLoad(track) === 0 && Session.playerPlay(true) === 0);
 };
+Session.onLoggedIn = Session.onMetaDataUpdated = play;
 Sonolet.onTrackComplete = () => close();
+Session.create(SessionConfig);
 Session.login("listener", "listener", false, "");
