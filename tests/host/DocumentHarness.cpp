@@ -79,7 +79,7 @@ ProbeState& DocumentHarness::probe() {
     return *function();
 }
 
-void DocumentHarness::define(const char* name, std::function<void()> function) {
+void DocumentHarness::define(const char* name, std::function<void()> function) const {
     static std::map<JSObjectRef, std::function<void()>> functions;
     const text::EngineString engineName(name);
     const JSObjectRef object =

@@ -35,7 +35,7 @@ public:
     static bool waitUntil(const std::function<bool()>& done);
 
     // Gives page script a function of this name that does this.
-    void define(const char* name, std::function<void()> function);
+    void define(const char* name, std::function<void()> function) const;
 
     void uncaught(JSContextRef context, JSValueRef exception) noexcept override;
 

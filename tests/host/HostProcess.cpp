@@ -25,7 +25,7 @@ Outcome runIn(const std::string& script,
                                         "null",
                                         "page.js"};
     command.insert(command.end(), options.begin(), options.end());
-    const Outcome outcome = run(command, {{"PROBE_REPORT", "1"}});
+    Outcome outcome = run(command, {{"PROBE_REPORT", "1"}});
     std::filesystem::remove_all(folder);
     return outcome;
 }

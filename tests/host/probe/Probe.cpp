@@ -90,7 +90,7 @@ int answerString(jsplugin_value* result, int code, std::string characters) {
     return answer(result, code, text(scratch.c_str()));
 }
 
-int getter(jsplugin_obj* object, const char* name, jsplugin_value* result);
+int getter(jsplugin_obj* object, const char* nameText, jsplugin_value* result);
 int setter(jsplugin_obj* object, const char* name, jsplugin_value* value);
 int call(jsplugin_obj* self,
          jsplugin_obj* function,
@@ -175,8 +175,8 @@ const std::set<std::string> functionNames = {
     "again",   "describe", "echo",     "fire",      "hold",     "listen",   "make",    "missing",
     "nothing", "readsOf",  "remember", "startPoll", "throwing", "unlisten", "callWith"};
 
-int getter(jsplugin_obj* object, const char* asked, jsplugin_value* result) {
-    const std::string name = asked;
+int getter(jsplugin_obj* object, const char* nameText, jsplugin_value* result) {
+    const std::string name = nameText;
     Item& item = itemOf(object);
     ++item.reads[name];
     if (functionNames.count(name) != 0) {
@@ -230,7 +230,7 @@ int setter(jsplugin_obj* object, const char* name, jsplugin_value* value) {
 
 // "3:text", "1", ... : type and content, as the plug-in got them.
 std::string described(const jsplugin_value& value) {
-    const std::string type = std::to_string(value.type);
+    std::string type = std::to_string(value.type);
     switch (value.type) {
     case JSP_TYPE_STRING:
         return type + ':' + value.u.string;
