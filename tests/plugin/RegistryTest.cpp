@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 
 using jspp::__detail::object_manager;
@@ -38,24 +39,25 @@ TEST(Registry, TheLastHandleToAnUnknownObjectTakesItsEntryAwayButNoKnownOneNorAL
     object_manager& registry = jspp::__detail::objects();
     jsplugin_obj document{}, plain{}, unknown{};
     registry.add_object(&plain, &document, true);
+    auto first = std::make_unique<jspp::object>(&unknown, &plain);
     {
-        const jspp::object first(&unknown, &plain);
-        {
-            const jspp::object second(&unknown, &plain);
-            const jspp::object known(&plain, &document);
-            EXPECT_TRUE(first == second) << "two handles to one script object are equal";
-            EXPECT_FALSE(known == second);
-            EXPECT_TRUE(registry.is_object(&plain)) << "a handle made a plain object a function";
-        }
-        EXPECT_EQ(registry.find_most_parent(&unknown), &document);
-        EXPECT_FALSE(registry.is_object(&unknown));
-        EXPECT_TRUE(registry.does_exist(&plain));
-        registry.remove_parent(&document);
-        EXPECT_EQ(first.get(), nullptr);
-        const jspp::object fresh(&unknown, &document);  // of a later document at the address
-        EXPECT_EQ(fresh.get(), &unknown);
-        EXPECT_EQ(first.get(), nullptr);
-        EXPECT_FALSE(fresh == first);
+        const jspp::object second(&unknown, &plain);
+        const jspp::object known(&plain, &document);
+        EXPECT_TRUE(*first == second) << "two handles to one script object are equal";
+        EXPECT_FALSE(known == second);
+        EXPECT_TRUE(registry.is_object(&plain)) << "a handle made a plain object a function";
     }
-    EXPECT_EQ(registry.size(), 0U) << "the stale handle was counted with the fresh";
+    EXPECT_EQ(registry.find_most_parent(&unknown), &document);
+    EXPECT_FALSE(registry.is_object(&unknown));
+    EXPECT_TRUE(registry.does_exist(&plain));
+    registry.remove_parent(&document);
+    EXPECT_EQ(first->get(), nullptr);
+    {
+        const jspp::object fresh(&unknown, &document);  // of a later document at the address
+        EXPECT_EQ(first->get(), nullptr);
+        EXPECT_FALSE(fresh == *first);
+        first.reset();
+        EXPECT_EQ(fresh.get(), &unknown) << "the stale handle was counted with the fresh";
+    }
+    EXPECT_EQ(registry.size(), 0U);
 }
