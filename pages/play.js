@@ -4,8 +4,8 @@ const LINK = "spotify:track:0INEKqIDiUKLCYorc7sG9d"; // "Kettle Song", of the de
 const USER = { name: "listener", password: "listener" };
 
 const session = Spotify.Session;
-const say = (...words) => console.log(...words);
-const check = (what, error) => {
+const say = (/** @type {unknown[]} */ ...words) => console.log(...words);
+const check = (/** @type {string} */ what, /** @type {Spotify.ErrorCode} */ error) => {
     if (error !== Spotify.SP_ERROR.SP_ERROR_OK) {
         throw new Error(`${what}: ${Spotify.errorMessage(error)}`);
     }
@@ -19,7 +19,11 @@ session.addEventListener("LoggedIn", (error) => {
 session.addEventListener("StreamingError", (error) => check("playback", error));
 session.addEventListener("ConnectionError", (error) => check("connection", error));
 
-// A link names a track at once; what is known of it may come later.
+/**
+ * A link names a track at once; what is known of it may come later.
+ * @param {Spotify.Track} track
+ * @param {(track: Spotify.Track) => void} ready
+ */
 function awaitMetadata(track, ready) {
     if (track.isLoaded()) {
         ready(track);
@@ -37,6 +41,7 @@ function awaitMetadata(track, ready) {
     session.addEventListener("MetadataUpdated", look);
 }
 
+/** @param {Spotify.Track} track */
 function play(track) {
     const artists = Array.from({ length: track.numArtists() }, (_, i) => track.artist(i).name());
     const album = track.album();
@@ -58,6 +63,7 @@ function play(track) {
     check("play", session.playerPlay(true));
 }
 
+/** @param {number} seconds */
 function time(seconds) {
     const whole = Math.floor(seconds);
     return `${Math.floor(whole / 60)}:${String(whole % 60).padStart(2, "0")}`;

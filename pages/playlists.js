@@ -5,12 +5,14 @@ const USER = { name: "listener", password: "listener" };
 
 const session = Spotify.Session;
 const types = Spotify.SP_PLAYLIST_TYPE;
-const check = (what, error) => {
+const check = (/** @type {string} */ what, /** @type {Spotify.ErrorCode} */ error) => {
     if (error !== Spotify.SP_ERROR.SP_ERROR_OK) {
         throw new Error(`${what}: ${Spotify.errorMessage(error)}`);
     }
 };
+/** @type {(keyof Spotify.PlaylistcontainerEvents)[]} */
 const containerEvents = ["PlaylistAdded", "PlaylistRemoved", "PlaylistMoved", "ContainerLoaded"];
+/** @type {(keyof Spotify.PlaylistEvents)[]} */
 const playlistEvents = ["TracksAddedEvent", "TracksRemoved", "TracksMoved", "PlaylistRenamed",
     "PlaylistStateChanged", "PlaylistUpdateInProgress", "PlaylistMetadataUpdated",
     "TrackCreatedChanged", "TrackSeenChanged", "DescriptionChanged", "ImageChanged",
@@ -21,7 +23,7 @@ session.addEventListener("LoggedIn", (error) => {
     check("login", error);
     const container = session.Playlistcontainer();
     for (const event of containerEvents) {
-        container.addEventListener(event, (_, ...rest) => {
+        container.addEventListener(event, (/** @type {any[]} */ ...[, ...rest]) => {
             console.log(`${event}(${rest.map(describe).join(", ")})`);
             rest.filter(isPlaylist).forEach(watch);
         });
@@ -33,9 +35,10 @@ session.addEventListener("LoggedIn", (error) => {
     }
 });
 
+/** @param {Spotify.Playlistcontainer} container */
 function printTree(container) {
     let depth = 1;
-    const print = (text) => console.log("  ".repeat(depth) + text);
+    const print = (/** @type {string} */ text) => console.log("  ".repeat(depth) + text);
     console.log(`playlists of ${container.owner().canonicalName()}:`);
     for (let i = 0; i < container.numPlaylists(); ++i) {
         switch (container.playlistType(i)) {
@@ -59,22 +62,28 @@ function printTree(container) {
     console.log("waiting for changes");
 }
 
+/** @param {Spotify.Playlist} playlist */
 function watch(playlist) {
     if (watched.has(playlist.uri())) {
         return;
     }
     watched.set(playlist.uri(), playlist);
     for (const event of playlistEvents) {
-        playlist.addEventListener(event, (_, ...rest) => {
+        playlist.addEventListener(event, (/** @type {any[]} */ ...[, ...rest]) => {
             console.log(`${event}("${playlist.name()}"${rest.map((value) => `, ${describe(value)}`).join("")})`);
         });
     }
 }
 
+/** @param {any} value */
 function isPlaylist(value) {
     return typeof value === "object" && value !== null && "numTracks" in value;
 }
 
+/**
+ * @param {any} value what an event brought
+ * @returns {string}
+ */
 function describe(value) {
     if (isPlaylist(value)) {
         return `playlist "${value.name()}"`;

@@ -5,7 +5,7 @@ const USER = { name: "listener", password: "listener" };
 
 const session = Spotify.Session;
 const { SP_ERROR_OK, SP_ERROR_IS_LOADING } = Spotify.SP_ERROR;
-const check = (what, error) => {
+const check = (/** @type {string} */ what, /** @type {Spotify.ErrorCode} */ error) => {
     if (error !== SP_ERROR_OK) {
         throw new Error(`${what}: ${Spotify.errorMessage(error)}`);
     }
@@ -18,7 +18,10 @@ session.addEventListener("LoggedIn", (error) => {
 });
 session.addEventListener("StreamingError", (error) => check("playback", error));
 
-// The library is complete once a track that nobody has is known to be missing.
+/**
+ * The library is complete once a track that nobody has is known to be missing.
+ * @param {() => void} ready
+ */
 function whenScanned(ready) {
     const probe = Spotify.Track.create("spotify:track:0000000000000000000000");
     const look = () => {
@@ -31,8 +34,9 @@ function whenScanned(ready) {
     look();
 }
 
-// Offsets and counts of tracks, albums, artists and playlists follow the query, then the type.
+/** @param {string} query */
 function search(query) {
+    // Offsets and counts of tracks, albums, artists and playlists follow the query, then the type.
     Spotify.Search.create(query, 0, 10, 0, 5, 0, 5, 0, 0, 0, (found) => {
         check("search", found.error());
         console.log(`"${found.query()}": ${found.totalTracks()} tracks, ` +
@@ -54,8 +58,9 @@ function search(query) {
     });
 }
 
+/** @param {Spotify.Album} album */
 function showCover(album) {
-    let id;
+    let id = "";
     try {
         id = album.cover(0);
     } catch (error) {
@@ -80,6 +85,7 @@ function showCover(album) {
     }
 }
 
+/** @param {Spotify.Track} track */
 function play(track) {
     Spotify.Sonolet.addEventListener("TrackComplete", () => {
         console.log("complete");
@@ -92,15 +98,25 @@ function play(track) {
 
 // ---- Helpers ----
 
+/**
+ * @template T
+ * @param {number} count
+ * @param {(index: number) => T} at
+ */
 function list(count, at) {
     return Array.from({ length: count }, (_, i) => at(i));
 }
 
+/** @param {number} seconds */
 function time(seconds) {
     const whole = Math.floor(seconds);
     return `${Math.floor(whole / 60)}:${String(whole % 60).padStart(2, "0")}`;
 }
 
+/**
+ * @param {string[][]} rows
+ * @param {string[]} head
+ */
 function table(rows, head) {
     const widths = head.map((title, column) =>
         Math.max(...rows.concat([head]).map((row) => row[column].length)));
@@ -109,7 +125,10 @@ function table(rows, head) {
     }
 }
 
-// Bytes from Base64 (RFC 4648).
+/**
+ * Bytes from Base64 (RFC 4648).
+ * @param {string} text
+ */
 function decode(text) {
     const alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     const bytes = [];
@@ -126,9 +145,12 @@ function decode(text) {
     return bytes;
 }
 
-// The size that a JPEG's frame header tells (ITU-T T.81, B.2.2).
+/**
+ * The size that a JPEG's frame header tells (ITU-T T.81, B.2.2).
+ * @param {number[]} jpeg
+ */
 function pixels(jpeg) {
-    const short = (at) => jpeg[at] << 8 | jpeg[at + 1];
+    const short = (/** @type {number} */ at) => jpeg[at] << 8 | jpeg[at + 1];
     for (let at = 2; at + 9 < jpeg.length; at += 2 + short(at + 2)) {
         const marker = jpeg[at + 1];
         if (marker >= 0xc0 && marker <= 0xcf && ![0xc4, 0xc8, 0xcc].includes(marker)) {
