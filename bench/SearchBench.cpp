@@ -2,6 +2,7 @@
 
 #include "Accounts.h"
 #include "Catalogue.h"
+#include "ListStore.h"
 #include "Scanner.h"
 #include "StatePaths.h"
 #include "SyntheticMusic.h"
@@ -335,7 +336,15 @@ void run() {
         std::vector<service::Id> starred = catalogue.tracks();
         std::shuffle(starred.begin(), starred.end(), std::mt19937(4));
         starred.resize(2000);
-        accounts.setStarred(accounts.find("listener")->id, starred, true);
+        std::vector<service::NewEntry> entries;
+        entries.reserve(starred.size());
+        for (const service::Id& track : starred) {
+            entries.push_back({service::EntryKind::item, track, std::nullopt});
+        }
+        service::ListStore lists(accounts.connection());
+        const auto listener = accounts.find("listener");
+        lists.insert(*lists.ofAccount(listener->id, service::ListKind::starred), 0, entries,
+                     listener->name);
     });
     inChild([&] { bench::writeTaggedFiles(bench::syntheticTracks(taggedFiles), tagged); });
     std::vector<std::string> asked;
