@@ -104,6 +104,21 @@ void Database::migrate(std::initializer_list<const char*> steps) {
     transaction.commit();
 }
 
+fts5_api* Database::fullTextSearch() {
+    constexpr char sql[] = "SELECT fts5(?1)";
+    fts5_api* api = nullptr;
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr) == SQLITE_OK) {
+        sqlite3_bind_pointer(statement, 1, static_cast<void*>(&api), "fts5_api_ptr", nullptr);
+        sqlite3_step(statement);
+    }
+    sqlite3_finalize(statement);
+    if (api == nullptr) {
+        fail(sql);
+    }
+    return api;
+}
+
 std::int64_t Database::dataVersion() {
     if (versionQuery == nullptr && sqlite3_prepare_v2(connection, "PRAGMA data_version", -1,
                                                       &versionQuery, nullptr) != SQLITE_OK) {

@@ -58,6 +58,8 @@ public:
     std::int64_t dataVersion();
 
     sqlite3* handle() const { return connection; }
+    // SQLite's full-text search, to be extended; of the connection.
+    fts5_api* fullTextSearch();
     const std::string& path() const { return file; }
 
     [[noreturn]] void fail(std::string_view sql) const;

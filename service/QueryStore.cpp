@@ -1,11 +1,13 @@
 #include "QueryStore.h"
 
 #include "Catalogue.h"
+#include "Relevance.h"
 
 namespace sonolet::service {
 
 QueryStore::Attachment::Attachment(Database& database, const std::string& accountsFile) {
     migrateCatalogue(database);
+    addRelevance(database);
     // Common words fill many pages of the index.
     database.execute("PRAGMA cache_size = -16000");
     Statement(database, "ATTACH ?1 AS accounts").execute(accountsFile);

@@ -13,24 +13,25 @@ constexpr int rowsWeighed = 1000;
 constexpr int rowsSuggested = 300;
 constexpr int suggestions = 10;
 constexpr std::size_t meaningsTried = 8;
+constexpr std::size_t countsKept = 5000;
 
 }  // namespace
 
 SearchIndex::SearchIndex(Database& searched)
     : database(searched), tokenizer(searched),
       tracks{{database, "SELECT COUNT(*) FROM track_index WHERE track_index MATCH ?1"},
-             {database, "SELECT rowid, bm25(track_index, 10, 5, 2, 0) FROM track_index"
-                        " WHERE track_index MATCH ?1 LIMIT ?2"},
+             {database, "SELECT rowid, relevance(track_index, ?2, 10, 5, 2, 0) FROM track_index"
+                        " WHERE track_index MATCH ?1 LIMIT ?3"},
              {database, "SELECT rowid FROM track_index WHERE track_index MATCH ?1"},
              {database, "SELECT link FROM tracks WHERE id = ?1"}},
       albums{{database, "SELECT COUNT(*) FROM album_index WHERE album_index MATCH ?1"},
-             {database, "SELECT rowid, bm25(album_index, 10, 5, 0) FROM album_index"
-                        " WHERE album_index MATCH ?1 LIMIT ?2"},
+             {database, "SELECT rowid, relevance(album_index, ?2, 10, 5, 0) FROM album_index"
+                        " WHERE album_index MATCH ?1 LIMIT ?3"},
              {database, "SELECT rowid FROM album_index WHERE album_index MATCH ?1"},
              {database, "SELECT link FROM albums WHERE id = ?1"}},
       artists{{database, "SELECT COUNT(*) FROM artist_index WHERE artist_index MATCH ?1"},
-              {database, "SELECT rowid, bm25(artist_index) FROM artist_index"
-                         " WHERE artist_index MATCH ?1 LIMIT ?2"},
+              {database, "SELECT rowid, relevance(artist_index, ?2, 1) FROM artist_index"
+                         " WHERE artist_index MATCH ?1 LIMIT ?3"},
               {database, "SELECT rowid FROM artist_index WHERE artist_index MATCH ?1"},
               {database, "SELECT link FROM artists WHERE id = ?1"}},
       accountsVersion(database, "PRAGMA accounts.data_version"),
@@ -42,7 +43,7 @@ SearchIndex::SearchIndex(Database& searched)
 SearchAnswer SearchIndex::search(const SearchRequest& request) {
     const SearchText asked(request.text, tokenizer, request.suggest);
     const Snapshot snapshot(database);
-    refreshPopularity();
+    refresh();
     const bool suggest = request.suggest;
     SearchAnswer answer;
     answer.tracks = find(tracks,
@@ -50,10 +51,10 @@ SearchAnswer SearchIndex::search(const SearchRequest& request) {
                           asked.titleStartExpression()},
                          request.tracks, suggest);
     answer.albums =
-        find(albums, {asked.albumExpression(false), asked.albumExpression(!suggest), ""},
+        find(albums, {asked.albumExpression(false), asked.albumExpression(!suggest), {}},
              request.albums, suggest);
     answer.artists =
-        find(artists, {asked.artistExpression(false), asked.artistExpression(!suggest), ""},
+        find(artists, {asked.artistExpression(false), asked.artistExpression(!suggest), {}},
              request.artists, suggest);
     const bool found =
         answer.tracks.total > 0 || answer.albums.total > 0 || answer.artists.total > 0;
@@ -63,17 +64,26 @@ SearchAnswer SearchIndex::search(const SearchRequest& request) {
     return answer;
 }
 
-int SearchIndex::count(Index& index, const std::string& expression) {
+std::int64_t SearchIndex::count(Index& index, const std::string& expression) {
     if (expression.empty()) {
         return 0;
     }
+    const auto known = index.counts.find(expression);
+    if (known != index.counts.end()) {
+        return known->second;
+    }
     Cursor row = index.count.run(expression);
-    return row.next() ? static_cast<int>(row.integer(0)) : 0;
+    const std::int64_t rows = row.next() ? row.integer(0) : 0;
+    if (index.counts.size() >= countsKept) {
+        index.counts.clear();
+    }
+    index.counts.emplace(expression, rows);
+    return rows;
 }
 
 FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& page, bool suggest) {
     FoundPage found;
-    found.total = count(index, by.count);
+    found.total = static_cast<int>(count(index, by.count.text));
     if (page.count <= 0 || page.offset >= found.total) {
         return found;
     }
@@ -82,9 +92,15 @@ FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& pag
     std::vector<Hit> hits;
     std::unordered_set<std::int64_t> seen;
     // What is weighed by one expression comes before what is weighed by the next.
-    const auto weigh = [&](const std::string& expression, int limit) {
+    const auto weigh = [&](const SearchText::Expression& expression, int limit) {
         const auto first = static_cast<std::ptrdiff_t>(hits.size());
-        for (Cursor row = index.rank.run(expression, limit); row.next();) {
+        std::vector<std::int64_t> rowsWith;
+        for (const std::string& phrase : expression.phrases) {
+            rowsWith.push_back(count(index, phrase));
+        }
+        const Blob rowsBlob = {
+            {reinterpret_cast<const char*>(rowsWith.data()), rowsWith.size() * sizeof rowsWith[0]}};
+        for (Cursor row = index.rank.run(expression.text, rowsBlob, limit); row.next();) {
             if (seen.insert(row.integer(0)).second) {
                 hits.push_back({row.integer(0), row.real(1), popularityOf(index, row.integer(0))});
             }
@@ -97,7 +113,7 @@ FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& pag
                                                        : left.row < right.row;
         });
     };
-    if (found.total > weighed && !by.preferred.empty()) {
+    if (found.total > weighed && !by.preferred.text.empty()) {
         weigh(by.preferred, weighed / 2);
     }
     weigh(by.rank, weighed - static_cast<int>(hits.size()));
@@ -105,7 +121,7 @@ FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& pag
     const auto wanted = static_cast<std::size_t>(
         std::min<std::int64_t>(std::int64_t{page.offset} + rows, found.total));
     if (hits.size() < wanted) {
-        for (Cursor row = index.list.run(by.count); hits.size() < wanted && row.next();) {
+        for (Cursor row = index.list.run(by.count.text); hits.size() < wanted && row.next();) {
             if (seen.insert(row.integer(0)).second) {
                 hits.push_back({row.integer(0), 0, 0});
             }
@@ -124,19 +140,25 @@ std::int64_t SearchIndex::popularityOf(const Index& index, std::int64_t row) con
     return known == popularity.end() ? 0 : known->second;
 }
 
-void SearchIndex::refreshPopularity() {
+// What was kept of an earlier state of the catalogue or the accounts goes.
+void SearchIndex::refresh() {
     std::int64_t versions[2] = {database.dataVersion(), 0};
     if (Cursor row = accountsVersion.run(); row.next()) {
         versions[1] = row.integer(0);
     }
-    if (std::equal(std::begin(versions), std::end(versions), std::begin(popularityVersions))) {
+    if (std::equal(std::begin(versions), std::end(versions), std::begin(seenVersions))) {
         return;
+    }
+    if (versions[0] != seenVersions[0]) {
+        for (Index* index : {&tracks, &albums, &artists}) {
+            index->counts.clear();
+        }
     }
     popularity.clear();
     for (Cursor row = listPopular.run(); row.next();) {
         popularity[row.integer(0)] = row.integer(1);
     }
-    std::copy(std::begin(versions), std::end(versions), std::begin(popularityVersions));
+    std::copy(std::begin(versions), std::end(versions), std::begin(seenVersions));
 }
 
 std::string SearchIndex::suggestion(const SearchRequest& request, const SearchText& asked) {
@@ -183,9 +205,9 @@ std::string SearchIndex::suggestion(const SearchRequest& request, const SearchTe
 
 bool SearchIndex::findsAnything(const std::string& text) {
     const SearchText meant(text, tokenizer, false);
-    return count(tracks, meant.trackExpression(false)) > 0 ||
-           count(albums, meant.albumExpression(false)) > 0 ||
-           count(artists, meant.artistExpression(false)) > 0;
+    return count(tracks, meant.trackExpression(false).text) > 0 ||
+           count(albums, meant.albumExpression(false).text) > 0 ||
+           count(artists, meant.artistExpression(false).text) > 0;
 }
 
 }  // namespace sonolet::service

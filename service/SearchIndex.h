@@ -40,10 +40,10 @@ struct SearchAnswer {
 
 // Finds what the catalogue has by its words.
 //
-// The best answers come first: by BM25, where a word of a title counts more than one of an artist
-// and that more than one of an album; of equals the one that was played more. Of a query that so
-// much answers that no order means much only a part is weighed, titles that begin with the words
-// before others; the rest follows as it comes.
+// The best answers come first: by BM25 (Relevance.h), where a word of a title counts more than one
+// of an artist and that more than one of an album; of equals the one that was played more. Of a
+// query that so much answers that no order means much only a part is weighed, titles that begin
+// with the words before others; the rest follows as it comes.
 //
 // `database` is the catalogue with the accounts attached. As for Database.
 class SearchIndex final {
@@ -58,11 +58,14 @@ private:
         Statement rank;
         Statement list;
         Statement link;
+        // Rows by expression, since common words fill much of the index and are asked for again
+        // and again.
+        std::unordered_map<std::string, std::int64_t> counts = {};
     };
     struct Expressions {
-        std::string count;
-        std::string rank;
-        std::string preferred;  // what comes first when there is too much to weigh
+        SearchText::Expression count;
+        SearchText::Expression rank;
+        SearchText::Expression preferred;  // what comes first when there is too much to weigh
     };
     struct Hit {
         std::int64_t row;
@@ -70,10 +73,10 @@ private:
         std::int64_t popularity;
     };
 
-    static int count(Index& index, const std::string& expression);
+    static std::int64_t count(Index& index, const std::string& expression);
     FoundPage find(Index& index, const Expressions& by, const Page& page, bool suggest);
     std::int64_t popularityOf(const Index& index, std::int64_t row) const;
-    void refreshPopularity();
+    void refresh();
     std::string suggestion(const SearchRequest& request, const SearchText& asked);
     bool findsAnything(const std::string& text);
 
@@ -88,7 +91,7 @@ private:
 
     // Plays and stars of tracks, by row.
     std::unordered_map<std::int64_t, std::int64_t> popularity;
-    std::int64_t popularityVersions[2] = {-1, -1};
+    std::int64_t seenVersions[2] = {-1, -1};  // of the catalogue and the accounts
 };
 
 }  // namespace sonolet::service

@@ -17,6 +17,10 @@ bool isSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
 char lower(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
                                                 : character;
@@ -32,7 +36,7 @@ bool startsWith(std::string_view text, std::string_view start) {
 std::optional<int> takeYear(std::string_view& text) {
     int year = 0;
     std::size_t digits = 0;
-    while (digits < text.size() && digits < 4 && text[digits] >= '0' && text[digits] <= '9') {
+    while (digits < text.size() && digits < 4 && isDigit(text[digits])) {
         year = year * 10 + (text[digits++] - '0');
     }
     text.remove_prefix(digits);
@@ -174,22 +178,33 @@ const char* SearchText::columnOf(Field field, const Columns& columns) {
     return nullptr;
 }
 
-std::string SearchText::expression(const Columns& columns, bool ranked) const {
-    std::string all;
+SearchText::Expression SearchText::expression(const Columns& columns, bool ranked) const {
+    Expression all;
+    const auto also = [&all](const std::string& part) {
+        all.text += (all.text.empty() ? "" : " AND ") + part;
+    };
     for (const Term& term : terms) {
         const char* column = columnOf(term.field, columns);
         if (column == nullptr) {
             return {};
         }
+        // Only a number can be taken for a year, and leaving the filter out is quicker.
+        const bool unfiltered = term.field == Field::any && !isDigit(term.tokens.front().word[0]);
+        const std::string filter = unfiltered ? std::string() : std::string(column) + " : ";
         std::string phrase;
         for (const Token& token : term.tokens) {
             phrase += (phrase.empty() ? "" : " + ") + quoted(token);
         }
-        if (term.prefix) {
+        const std::string beginning = phrase + " *";
+        if (term.prefix && ranked) {
             // A whole word is a better answer than one that only begins so: it counts twice.
-            phrase = ranked ? '(' + phrase + " OR " + phrase + " *)" : phrase + " *";
+            also(filter + '(' + phrase + " OR " + beginning + ')');
+            all.phrases.push_back(filter + phrase);
+            all.phrases.push_back(filter + beginning);
+        } else {
+            also(filter + (term.prefix ? beginning : phrase));
+            all.phrases.push_back(filter + (term.prefix ? beginning : phrase));
         }
-        all += (all.empty() ? "" : " AND ") + std::string(column) + " : " + phrase;
     }
     if (yearsAsked) {
         if (columns.year == nullptr) {
@@ -198,21 +213,22 @@ std::string SearchText::expression(const Columns& columns, bool ranked) const {
         std::string years;
         for (const std::string& prefix : yearPrefixes) {
             years += (years.empty() ? "" : " OR ") + prefix;
+            all.phrases.emplace_back();
         }
         // A span that ends before it begins has no years.
         if (years.empty()) {
             return {};
         }
-        all += (all.empty() ? "" : " AND ") + std::string(columns.year) + " : (" + years + ')';
+        also(std::string(columns.year) + " : (" + years + ')');
     }
     return all;
 }
 
-std::string SearchText::trackExpression(bool ranked) const {
+SearchText::Expression SearchText::trackExpression(bool ranked) const {
     return expression({"{title artist album}", "artist", "album", "title", "year"}, ranked);
 }
 
-std::string SearchText::titleStartExpression() const {
+SearchText::Expression SearchText::titleStartExpression() const {
     std::string phrase;
     for (const Term& term : terms) {
         if (term.field != Field::any || term.quoted) {
@@ -222,14 +238,17 @@ std::string SearchText::titleStartExpression() const {
             phrase += (phrase.empty() ? "title : ^ " : " + ") + quoted(token);
         }
     }
-    return phrase.empty() || yearsAsked ? std::string() : phrase + " *";
+    if (phrase.empty() || yearsAsked) {
+        return {};
+    }
+    return {phrase + " *", {phrase + " *"}};
 }
 
-std::string SearchText::albumExpression(bool ranked) const {
+SearchText::Expression SearchText::albumExpression(bool ranked) const {
     return expression({"{name artist}", "artist", "name", nullptr, "year"}, ranked);
 }
 
-std::string SearchText::artistExpression(bool ranked) const {
+SearchText::Expression SearchText::artistExpression(bool ranked) const {
     return expression({"name", "name", nullptr, nullptr, nullptr}, ranked);
 }
 

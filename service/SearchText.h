@@ -20,13 +20,19 @@ public:
     // `prefixes`: every word may be the beginning of one.
     SearchText(std::string_view text, const Tokenizer& tokenizer, bool prefixes);
 
+    struct Expression {
+        std::string text;
+        // Its phrases in order, each an expression by itself; empty for one that only filters.
+        std::vector<std::string> phrases;
+    };
+
     // `ranked`: for ordering; otherwise for counting alone, which is quicker.
-    std::string trackExpression(bool ranked) const;
+    Expression trackExpression(bool ranked) const;
     // Of the tracks those whose titles begin with the words; empty when filters or phrases say
     // more.
-    std::string titleStartExpression() const;
-    std::string albumExpression(bool ranked) const;
-    std::string artistExpression(bool ranked) const;
+    Expression titleStartExpression() const;
+    Expression albumExpression(bool ranked) const;
+    Expression artistExpression(bool ranked) const;
 
     // The words outside of years, with their places in the text.
     struct Word {
@@ -56,7 +62,7 @@ private:
     };
 
     void parse(std::string_view text, const Tokenizer& tokenizer);
-    std::string expression(const Columns& columns, bool ranked) const;
+    Expression expression(const Columns& columns, bool ranked) const;
     static const char* columnOf(Field field, const Columns& columns);
 
     std::vector<Term> terms;

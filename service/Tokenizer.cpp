@@ -32,25 +32,10 @@ int takeToken(void* context, int flags, const char* word, int size, int begin, i
     }
 }
 
-fts5_api* interfaceOf(Database& database) {
-    constexpr char sql[] = "SELECT fts5(?1)";
-    fts5_api* api = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v2(database.handle(), sql, -1, &statement, nullptr) == SQLITE_OK) {
-        sqlite3_bind_pointer(statement, 1, static_cast<void*>(&api), "fts5_api_ptr", nullptr);
-        sqlite3_step(statement);
-    }
-    sqlite3_finalize(statement);
-    if (api == nullptr) {
-        database.fail(sql);
-    }
-    return api;
-}
-
 }  // namespace
 
 Tokenizer::Tokenizer(Database& database) {
-    fts5_api* api = interfaceOf(database);
+    fts5_api* const api = database.fullTextSearch();
     void* context = nullptr;
     const char* arguments[] = {"remove_diacritics", "2"};
     if (api->xFindTokenizer(api, "unicode61", &context, &methods) != SQLITE_OK ||
