@@ -28,6 +28,11 @@ public:
     std::string albumExpression(bool ranked) const;
     std::string artistExpression(bool ranked) const;
 
+    // How a name of these words answers, where there is no index and are no fields: filters find
+    // nothing.
+    enum class Match { none, beginning, whole };
+    Match match(const std::vector<Token>& name) const;
+
     // The words outside of years, with their places in the text.
     struct Word {
         Token token;
