@@ -203,7 +203,12 @@ void Playlist::apply(const ListChange& change) {
         moved(change.numbers);
         return;
     default:
-        changedEntry(change);
+        break;
+    }
+    const int position = contents.find(change.numbers.front());
+    const std::optional<ListEntry> now = playlists->store()->entry(change.numbers.front());
+    if (position >= 0 && now) {
+        changedEntry(position, change.kind, *now);
     }
 }
 
@@ -224,17 +229,32 @@ void Playlist::reload() {
     if (known.image != before.image) {
         changedRow(ListChangeKind::pictured);
     }
+    if (known.collaborative != before.collaborative || known.published != before.published) {
+        changedRow(ListChangeKind::shared);
+    }
     changedRow(ListChangeKind::subscribed);
     if (!contentsLoaded) {
         return;
     }
-    Contents::Difference difference;
+    std::vector<ListEntry> now;
     store->atOneMoment([&] {
         contentsChange = store->newestChange();
-        difference = contents.compare(store->entries(known));
+        now = store->entries(known);
     });
+    Contents::Difference difference = contents.compare(now);
     removed(difference.gone);
     added(difference.before, std::move(difference.come));
+    // The entries are the same from here on.
+    for (int position = 0; position < contents.size(); ++position) {
+        const ListEntry& shown = contents.at(position)->entry;
+        const ListEntry& entry = now[static_cast<std::size_t>(position)];
+        if (shown.seen != entry.seen) {
+            changedEntry(position, ListChangeKind::seen, entry);
+        }
+        if (shown.text != entry.text) {
+            changedEntry(position, ListChangeKind::messaged, entry);
+        }
+    }
 }
 
 void Playlist::tellMetadata() {
@@ -318,21 +338,16 @@ void Playlist::moved(const std::vector<std::int64_t>& numbers) {
     });
 }
 
-void Playlist::changedEntry(const ListChange& change) {
-    const int position = contents.find(change.numbers.front());
-    const std::optional<ListEntry> found = playlists->store()->entry(change.numbers.front());
-    if (position < 0 || !found) {
-        return;
-    }
+void Playlist::changedEntry(int position, ListChangeKind kind, const ListEntry& now) {
     ListEntry& shown = contents.at(position)->entry;
-    if (change.kind == ListChangeKind::seen) {
-        shown.seen = found->seen;
-        tell([position, seen = found->seen](Playlist& self, Audience audience) {
+    if (kind == ListChangeKind::seen) {
+        shown.seen = now.seen;
+        tell([position, seen = now.seen](Playlist& self, Audience audience) {
             self.raise(audience, &sp_playlist_callbacks::track_seen_changed, position, seen);
         });
     } else {
-        shown.text = found->text;
-        tell([position, text = found->text.value_or("")](Playlist& self, Audience audience) {
+        shown.text = now.text;
+        tell([position, text = now.text.value_or("")](Playlist& self, Audience audience) {
             self.raise(audience, &sp_playlist_callbacks::track_message_changed, position,
                        text.c_str());
         });

@@ -73,7 +73,7 @@ private:
     void added(std::int64_t before, std::vector<ListEntry> entries);
     void removed(const std::vector<std::int64_t>& entries);
     void moved(const std::vector<std::int64_t>& numbers);
-    void changedEntry(const ListChange& change);
+    void changedEntry(int position, ListChangeKind kind, const ListEntry& now);
     void changedRow(ListChangeKind kind);
     // Has `change` called, between the callbacks that go with every change, from the events.
     template <typename Change>
