@@ -83,19 +83,30 @@ sp_user* Playlist::creator(int index) {
 
 // ---- Changing it ----
 
-sp_error Playlist::mayChange() const {
+sp_error Playlist::canChange() const {
     if (playlists->store() == nullptr || !playlists->account()) {
         return SP_ERROR_PERMISSION_DENIED;
     }
-    if (!isLoaded()) {
-        return SP_ERROR_IS_LOADING;
-    }
-    return known.mayBeChangedBy(playlists->account()->id) ? SP_ERROR_OK
-                                                          : SP_ERROR_PERMISSION_DENIED;
+    return isLoaded() ? SP_ERROR_OK : SP_ERROR_IS_LOADING;
+}
+
+template <typename Action>
+sp_error Playlist::change(Action action) {
+    ListStore& store = *playlists->store();
+    bool allowed = false;
+    store.together([&] {
+        const std::optional<ListRow> now = store.find(id);
+        allowed = now && now->mayBeChangedBy(playlists->account()->id);
+        if (allowed) {
+            action(store);
+        }
+    });
+    playlists->catchUp();
+    return allowed ? SP_ERROR_OK : SP_ERROR_PERMISSION_DENIED;
 }
 
 sp_error Playlist::addTracks(const std::vector<Id>& tracks, int position) {
-    if (const sp_error error = mayChange(); error != SP_ERROR_OK) {
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
         return error;
     }
     if (position < 0 || position > trackCount()) {
@@ -107,25 +118,25 @@ sp_error Playlist::addTracks(const std::vector<Id>& tracks, int position) {
         entries.push_back({EntryKind::item, track, std::nullopt});
     }
     const ListEntry* before = entry(position);
-    playlists->store()->insert(known, before == nullptr ? 0 : before->id, entries,
-                               playlists->account()->name);
-    playlists->catchUp();
-    return SP_ERROR_OK;
+    return change([&](ListStore& store) {
+        store.insert(known, before == nullptr ? 0 : before->id, entries,
+                     playlists->account()->name);
+    });
 }
 
 sp_error Playlist::setSeen(int index, bool seen) {
-    if (const sp_error error = mayChange(); error != SP_ERROR_OK) {
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
         return error;
     }
     const ListEntry* changed = entry(index);
     if (changed == nullptr) {
         return SP_ERROR_INDEX_OUT_OF_RANGE;
     }
-    if (changed->seen != seen) {
-        playlists->store()->setSeen(known, changed->id, seen);
-        playlists->catchUp();
-    }
-    return SP_ERROR_OK;
+    return change([&](ListStore& store) {
+        if (changed->seen != seen) {
+            store.setSeen(known, changed->id, seen);
+        }
+    });
 }
 
 const std::vector<std::string>& Playlist::subscribers() {
@@ -138,11 +149,8 @@ const std::vector<std::string>& Playlist::subscribers() {
 }
 
 sp_error Playlist::updateSubscribers() {
-    if (playlists->store() == nullptr || !playlists->account()) {
-        return SP_ERROR_PERMISSION_DENIED;
-    }
-    if (!isLoaded()) {
-        return SP_ERROR_IS_LOADING;
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
+        return error;
     }
     changedRow(ListChangeKind::subscribed);
     return SP_ERROR_OK;

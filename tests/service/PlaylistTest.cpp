@@ -242,6 +242,14 @@ TEST_F(PlaylistTest, RefusesWhatIsNotTheUsersToChange) {
     EXPECT_EQ(add(common, "Second", 0), SP_ERROR_OK);
     EXPECT_STREQ(sp_user_canonical_name(sp_playlist_track_creator(common, 0)), "ann");
     EXPECT_FALSE(sp_playlist_track_seen(common, 0)) << "new to its owner";
+    {
+        OtherStore other;
+        const ListRow row = *other.lists.find(other.lists.entries(other.container).at(1).item);
+        other.lists.share(row, true, false);
+        EXPECT_EQ(add(common, "Third", 0), SP_ERROR_PERMISSION_DENIED) << "not any more";
+        other.lists.share(row, true, true);
+        EXPECT_EQ(sp_playlist_track_set_seen(common, 0, true), SP_ERROR_OK);
+    }
     const Handle received(sp_session_inbox_create(session->get()));
     ASSERT_EQ(titles(received), Lines{"First"});
     EXPECT_STREQ(sp_playlist_track_message(received, 0), "for you");
