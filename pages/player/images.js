@@ -8,11 +8,17 @@ import { debounce } from "./scope.js";
 const LIMIT = 16e6; // characters of pictures that are kept
 const AT_ONCE = 6;
 
-/** Pictures by image id, the first ones first. @type {Map<string, string>} */
+/**
+ * Pictures by image id, the first ones first.
+ * @type {Map<string, string>}
+ */
 const kept = new Map();
 let size = 0;
 
-/** Elements that wait for a picture, by its id. @type {Map<string, HTMLElement[]>} */
+/**
+ * Elements that wait for a picture, by its id.
+ * @type {Map<string, HTMLElement[]>}
+ */
 const wanted = new Map();
 /** Images under way. Nothing else refers to them, and with them their listeners would go. */
 const loading = new Set();

@@ -133,10 +133,16 @@ export function ownName() {
     return Spotify.Session.user().canonicalName();
 }
 
-/** A track has got or lost its star, here or elsewhere. @type {Signal<void>} */
+/**
+ * A track has got or lost its star, here or elsewhere.
+ * @type {Signal<void>}
+ */
 export const starsChanged = new Signal();
 
-/** Stars are the entries of a playlist, so its events tell of them. @param {Scope} scope */
+/**
+ * Stars are the entries of a playlist, so its events tell of them.
+ * @param {Scope} scope
+ */
 export function watchStars(scope) {
     const starred = Spotify.Session.starredCreate();
     scope.listen(starred, "TracksAddedEvent", () => starsChanged.emit());

@@ -150,7 +150,10 @@ export class Queue {
         this.changed.emit();
     }
 
-    /** The list has changed elsewhere. @param {NonNullable<Change>} change */
+    /**
+     * The list has changed elsewhere.
+     * @param {NonNullable<Change>} change
+     */
     follow(change) {
         /** @type {Entry[]} */
         const entries = [];

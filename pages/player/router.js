@@ -22,7 +22,10 @@ let views = {};
 let scope = new Scope();
 /** @type {Map<string, any>} */
 const subjects = new Map();
-/** Where a view was left. @type {Map<string, { scroll: number, focus: string }>} */
+/**
+ * Where a view was left.
+ * @type {Map<string, { scroll: number, focus: string }>}
+ */
 const places = new Map();
 let shown = "";
 
@@ -124,7 +127,10 @@ function leave() {
     scope.close();
 }
 
-/** Back where the user was; with a remote control that means the focus, too. @param {string} address */
+/**
+ * Back where the user was; with a remote control that means the focus, too.
+ * @param {string} address
+ */
 function restore(address) {
     const place = places.get(address);
     const main = byId("main");

@@ -8,9 +8,15 @@ let state = "out";
 
 /** @type {Signal<void>} */
 export const signedIn = new Signal();
-/** Why nobody is signed in (any more); "" when that was wanted. @type {Signal<string>} */
+/**
+ * Why nobody is signed in (any more); "" when that was wanted.
+ * @type {Signal<string>}
+ */
 export const signedOut = new Signal();
-/** Whether the service can be reached. @type {Signal<boolean>} */
+/**
+ * Whether the service can be reached.
+ * @type {Signal<boolean>}
+ */
 export const connection = new Signal();
 
 const CONNECTED = 1; // what `connectionstate` answers then

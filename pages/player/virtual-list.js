@@ -170,7 +170,10 @@ export class VirtualList {
         }
     }
 
-    /** What the arrows stop at in a row: the row and then its buttons. @param {number} index */
+    /**
+     * What the arrows stop at in a row: the row and then its buttons.
+     * @param {number} index
+     */
     cells(index) {
         const row = this.rows.get(index);
         return row ? [row.element, .../** @type {NodeListOf<HTMLElement>} */ (

@@ -41,7 +41,10 @@ export async function albumView({ root, scope, args, options, subject, title }) 
     }
 }
 
-/** "" for long lists: each track would have to be asked. @param {FixedTracks} tracks */
+/**
+ * "" for long lists: each track would have to be asked.
+ * @param {FixedTracks} tracks
+ */
 function totalTime(tracks) {
     return tracks.length > 200 ? "" : clock(list(tracks.length, (i) => tracks.at(i).duration())
         .reduce((sum, duration) => sum + duration, 0));

@@ -37,7 +37,10 @@ export async function homeView({ root, scope, title }) {
     }
 }
 
-/** Asks again when more has been read, until there is something. @param {any} view */
+/**
+ * Asks again when more has been read, until there is something.
+ * @param {any} view
+ */
 function again(view) {
     let asking = false;
     return () => {

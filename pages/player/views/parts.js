@@ -19,7 +19,10 @@ export function cover(id, kind = "") {
     return element;
 }
 
-/** Four covers in one, for what has no picture itself. @param {string[]} ids */
+/**
+ * Four covers in one, for what has no picture itself.
+ * @param {string[]} ids
+ */
 export function mosaic(ids) {
     const different = Array.from(new Set(ids.filter(Boolean)));
     if (different.length < 4) {
@@ -99,7 +102,9 @@ export function button(name, label, onclick, kind = "quiet") {
     return h("button", { type: "button", class: `button ${kind}`, onclick }, icon(name), label);
 }
 
-/** Play and shuffle, for a whole list. @param {import("../tracklist.js").TrackList} tracks
+/**
+ * Play and shuffle, for a whole list.
+ * @param {import("../tracklist.js").TrackList} tracks
  * @param {(index: number, shuffled: boolean) => void} play */
 export function playButtons(tracks, play) {
     const start = button("play", "Play", () => play(0, false), "primary");

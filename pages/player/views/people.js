@@ -4,7 +4,10 @@ import { counted, h, icon, put } from "../dom.js";
 import { list, path } from "../library.js";
 import { empty } from "./parts.js";
 
-/** Everybody else, or what one of them has published. @param {import("../router.js").View} view */
+/**
+ * Everybody else, or what one of them has published.
+ * @param {import("../router.js").View} view
+ */
 export async function peopleView({ root, scope, args, title }) {
     const { Session } = Spotify;
     if (args.length === 0) {

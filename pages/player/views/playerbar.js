@@ -11,7 +11,10 @@ import { openAlbum, openArtist, setStar } from "./track-table.js";
 const STEP = 5000; // of the arrow keys, in milliseconds
 /** @type {() => HTMLInputElement} */
 const slider = () => byId("seek");
-/** Where the user has put the slider; null while it follows the music. @type {number | null} */
+/**
+ * Where the user has put the slider; null while it follows the music.
+ * @type {number | null}
+ */
 let aimed = null;
 
 export function startPlayerBar() {

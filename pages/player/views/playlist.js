@@ -86,7 +86,10 @@ function facts(playlist) {
     ];
 }
 
-/** The playlist's own picture, else covers of its first tracks. @param {Spotify.Playlist} playlist */
+/**
+ * The playlist's own picture, else covers of its first tracks.
+ * @param {Spotify.Playlist} playlist
+ */
 function picture(playlist) {
     const own = playlist.getImage();
     if (own !== "") {
@@ -99,7 +102,10 @@ function picture(playlist) {
     return covers;
 }
 
-/** For a playlist that is not in the user's library. @param {Spotify.Playlist} playlist */
+/**
+ * For a playlist that is not in the user's library.
+ * @param {Spotify.Playlist} playlist
+ */
 function addButton(playlist) {
     const container = Spotify.Session.Playlistcontainer();
     const { SP_PLAYLIST_TYPE_PLAYLIST } = Spotify.SP_PLAYLIST_TYPE;

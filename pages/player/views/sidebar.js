@@ -20,7 +20,10 @@ import { VirtualList } from "../virtual-list.js";
  * @property {number} [folder]  its id
  */
 
-/** Folders that are shut, by id. @type {Set<number>} */
+/**
+ * Folders that are shut, by id.
+ * @type {Set<number>}
+ */
 const shut = new Set();
 
 /** @param {Scope} scope */

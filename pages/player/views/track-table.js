@@ -145,7 +145,9 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     return row;
 }
 
-/** For the pointer alone; the keys and screen readers have the menu. @param {string} text
+/**
+ * For the pointer alone; the keys and screen readers have the menu.
+ * @param {string} text
  * @param {() => void} onclick */
 function link(text, onclick) {
     return h("span", { class: "link", onclick }, text);
