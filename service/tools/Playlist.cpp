@@ -41,6 +41,7 @@ constexpr char usage[] =
     "  message LIST POSITION TEXT\n"
     "                            change a track's message; an empty text takes it away\n"
     "  remove LIST [TRACK...]    remove tracks; without one, the playlist from the user's lists\n"
+    "  remove FOLDER/            remove a folder; what is in it stays\n"
     "  move LIST FROM TO         move a track of a playlist to another position\n"
     "  move LIST TO              move a playlist to another position among the user's\n"
     "  follow LINK               put a playlist of someone else among the user's\n"
@@ -107,6 +108,7 @@ private:
     static const std::string& newName(const std::string& name);
     ListRow list(const std::string& name);
     ListRow changeable(const std::string& name);
+    std::vector<std::int64_t> endsOf(const std::string& name);
     Id track(const std::string& name);
     std::size_t position(const std::string& text, std::size_t most) const;
     std::size_t placeOf(const std::string& text,
@@ -274,6 +276,19 @@ ListRow Program::changeable(const std::string& name) {
     return found;
 }
 
+// Both ends of the user's first folder of that name, or nothing.
+std::vector<std::int64_t> Program::endsOf(const std::string& name) {
+    const std::vector<ListEntry> entries = store.entries(container);
+    const auto start = std::find_if(entries.begin(), entries.end(), [&](const ListEntry& entry) {
+        return entry.kind == EntryKind::folderStart && entry.text == name;
+    });
+    const auto end = std::find_if(start, entries.end(), [&](const ListEntry& entry) {
+        return entry.kind == EntryKind::folderEnd && entry.item == start->item;
+    });
+    return end == entries.end() ? std::vector<std::int64_t>()
+                                : std::vector<std::int64_t>{start->id, end->id};
+}
+
 Id Program::track(const std::string& name) {
     if (name.substr(0, name.find(':')) == "spotify") {
         const std::optional<LinkTarget> link = LinkTarget::parse(name);
@@ -391,19 +406,11 @@ void Program::make(const Arguments& given) {
     store.together([&] {
         std::int64_t before = 0;
         if (options.count("--in") > 0) {
-            const std::string& wanted = options["--in"];
-            const std::vector<ListEntry> entries = store.entries(container);
-            const auto start =
-                std::find_if(entries.begin(), entries.end(), [&](const ListEntry& entry) {
-                    return entry.kind == EntryKind::folderStart && entry.text == wanted;
-                });
-            const auto end = std::find_if(start, entries.end(), [&](const ListEntry& entry) {
-                return entry.kind == EntryKind::folderEnd && entry.item == start->item;
-            });
-            if (end == entries.end()) {
-                throw std::runtime_error(user.name + " has no folder " + quoted(wanted));
+            const std::vector<std::int64_t> ends = endsOf(options["--in"]);
+            if (ends.empty()) {
+                throw std::runtime_error(user.name + " has no folder " + quoted(options["--in"]));
             }
-            before = end->id;
+            before = ends.back();
         }
         if (folder) {
             const Id id = Id::digest({randomText(Id().bytes.size())});
@@ -472,6 +479,13 @@ void Program::setMessage(const Arguments& given) {
 
 void Program::remove(const Arguments& given) {
     if (given.size() == 1) {
+        if (!given[0].empty() && given[0].back() == '/') {
+            const auto ends = endsOf(given[0].substr(0, given[0].size() - 1));
+            if (!ends.empty()) {
+                store.remove(container, ends);
+                return;
+            }
+        }
         const ListRow from = list(given[0]);
         if (!store.contains(container, from.link)) {
             throw std::runtime_error(quoted(from.name) + " is not among the lists of " + user.name);

@@ -308,7 +308,9 @@ TEST_F(PlaylistTest, ContainersHaveFoldersAndFollowers) {
     EXPECT_EQ(take(third, 1), Lines{"subscribers 1"});
     EXPECT_EQ(run(SONOLET_USER " remove ann").status, 0);
     EXPECT_EQ(take(third, 1), Lines{"subscribers 0"});
-    EXPECT_EQ(heard.lines, (Lines{"added Theirs 3", "removed Theirs 3"})) << "with their owner";
+    EXPECT_EQ(take(heard, 2), (Lines{"added Theirs 3", "removed Theirs 3"})) << "with their owner";
+    EXPECT_EQ(takeAfter("remove Rock/", 2), (Lines{"removed  2", "removed  0"}));
+    EXPECT_EQ(sp_playlistcontainer_num_playlists(all), 1) << "what was in it stays";
 }
 
 TEST_F(PlaylistTest, SearchesFindThemByName) {
