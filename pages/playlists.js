@@ -64,7 +64,8 @@ function printTree(container) {
 
 /** @param {Spotify.Playlist} playlist */
 function watch(playlist) {
-    if (watched.has(playlist.uri())) {
+    // A folder's ends have a handle that never loads and has no link.
+    if (!playlist.isLoaded() || watched.has(playlist.uri())) {
         return;
     }
     watched.set(playlist.uri(), playlist);
@@ -86,7 +87,7 @@ function isPlaylist(value) {
  */
 function describe(value) {
     if (isPlaylist(value)) {
-        return `playlist "${value.name()}"`;
+        return value.isLoaded() ? `playlist "${value.name()}"` : "folder";
     }
     if (typeof value !== "object" || value === null) {
         return JSON.stringify(value);

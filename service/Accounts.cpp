@@ -178,17 +178,21 @@ bool Accounts::setPassword(std::string_view name, const Secret& password) {
 }
 
 bool Accounts::remove(std::string_view name) {
-    Transaction transaction(database);
-    const std::optional<Account> account = find(name);
-    if (!account) {
-        return false;
-    }
-    deleteAccount.execute(account->id);
-    if (setting(rememberedSetting) == account->name) {
-        deleteSetting.execute(rememberedSetting);
-    }
-    transaction.commit();
-    return true;
+    ListStore lists(database);
+    bool removed = false;
+    lists.together([&] {
+        const std::optional<Account> account = find(name);
+        if (!account) {
+            return;
+        }
+        lists.leave(account->id);
+        deleteAccount.execute(account->id);
+        if (setting(rememberedSetting) == account->name) {
+            deleteSetting.execute(rememberedSetting);
+        }
+        removed = true;
+    });
+    return removed;
 }
 
 bool Accounts::setCountry(std::string_view name, std::string_view country) {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <unordered_set>
+#include <utility>
 
 namespace sonolet::service {
 
@@ -116,6 +117,10 @@ ListStore::ListStore(Database& sharedDatabase)
                       "SELECT DISTINCT a.name FROM list_entries e JOIN lists l ON l.id = e.list_id"
                       " JOIN accounts a ON a.id = l.owner_id WHERE e.item = ?1 AND e.removed IS"
                       " NULL AND e.kind = 0 AND l.kind = 3 AND l.owner_id != ?2 ORDER BY a.name"),
+      listFollowers(database,
+                    "SELECT c.owner_id, e.id FROM lists l JOIN list_entries e ON e.item = l.link"
+                    " JOIN lists c ON c.id = e.list_id WHERE l.owner_id = ?1 AND c.owner_id != ?1"
+                    " AND c.kind = 3 AND e.removed IS NULL AND e.kind = 0"),
       findBounds(database,
                  "SELECT IFNULL((SELECT MIN(id) FROM list_changes), 1),"
                  " IFNULL((SELECT MAX(id) FROM list_changes), 0)"),
@@ -525,8 +530,28 @@ void ListStore::setSeen(const ListRow& list, std::int64_t entry, bool seen) {
 
 void ListStore::setMessage(const ListRow& list, std::int64_t entry, std::string_view message) {
     together([&] {
-        updateText.execute(list.id, entry, message);
+        updateText.execute(list.id, entry,
+                           message.empty() ? std::nullopt
+                                           : std::optional<std::string_view>(message));
         note(list, ListChangeKind::messaged, {entry});
+    });
+}
+
+void ListStore::leave(std::int64_t account) {
+    together([&] {
+        std::vector<std::int64_t> own;
+        const std::optional<ListRow> container = ofAccount(account, ListKind::container);
+        for (const ListEntry& entry : entries(container.value())) {
+            own.push_back(entry.id);
+        }
+        remove(*container, own);
+        std::vector<std::pair<std::int64_t, std::int64_t>> followers;
+        for (Cursor row = listFollowers.run(account); row.next();) {
+            followers.emplace_back(row.integer(0), row.integer(1));
+        }
+        for (const auto& [follower, entry] : followers) {
+            remove(ofAccount(follower, ListKind::container).value(), {entry});
+        }
     });
 }
 

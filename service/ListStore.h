@@ -136,7 +136,11 @@ public:
     void setImage(const ListRow& list, std::string_view image);
     void share(const ListRow& list, bool published, bool collaborative);
     void setSeen(const ListRow& list, std::int64_t entry, bool seen);
+    // An empty message is none.
     void setMessage(const ListRow& list, std::int64_t entry, std::string_view message);
+    // Before an account goes: its playlists leave the containers of others, and those that it
+    // follows lose a subscriber.
+    void leave(std::int64_t account);
 
     // The playlist that was made from a file, and a digest of what the file said then; none: the
     // file was gone.
@@ -203,6 +207,7 @@ private:
     Statement listPublished;
     Statement findItem;
     Statement listSubscribers;
+    Statement listFollowers;
     Statement findBounds;
     Statement listChanges;
     Statement insertList;

@@ -65,9 +65,9 @@ private:
     };
 
     const Listener* after(std::uint64_t last) const {
-        const auto next =
-            std::find_if(listeners.begin(), listeners.end(),
-                         [last](const Listener& listener) { return listener.serial > last; });
+        const auto next = std::upper_bound(
+            listeners.begin(), listeners.end(), last,
+            [](std::uint64_t before, const Listener& other) { return before < other.serial; });
         return next == listeners.end() ? nullptr : &*next;
     }
 

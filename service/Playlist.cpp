@@ -83,19 +83,30 @@ sp_user* Playlist::creator(int index) {
 
 // ---- Changing it ----
 
-sp_error Playlist::mayChange() const {
+sp_error Playlist::canChange() const {
     if (playlists->store() == nullptr || !playlists->account()) {
         return SP_ERROR_PERMISSION_DENIED;
     }
-    if (!isLoaded()) {
-        return SP_ERROR_IS_LOADING;
-    }
-    return known.mayBeChangedBy(playlists->account()->id) ? SP_ERROR_OK
-                                                          : SP_ERROR_PERMISSION_DENIED;
+    return isLoaded() ? SP_ERROR_OK : SP_ERROR_IS_LOADING;
+}
+
+template <typename Action>
+sp_error Playlist::change(Action action) {
+    ListStore& store = *playlists->store();
+    bool allowed = false;
+    store.together([&] {
+        const std::optional<ListRow> now = store.find(id);
+        allowed = now && now->mayBeChangedBy(playlists->account()->id);
+        if (allowed) {
+            action(store);
+        }
+    });
+    playlists->catchUp();
+    return allowed ? SP_ERROR_OK : SP_ERROR_PERMISSION_DENIED;
 }
 
 sp_error Playlist::addTracks(const std::vector<Id>& tracks, int position) {
-    if (const sp_error error = mayChange(); error != SP_ERROR_OK) {
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
         return error;
     }
     if (position < 0 || position > trackCount()) {
@@ -107,25 +118,25 @@ sp_error Playlist::addTracks(const std::vector<Id>& tracks, int position) {
         entries.push_back({EntryKind::item, track, std::nullopt});
     }
     const ListEntry* before = entry(position);
-    playlists->store()->insert(known, before == nullptr ? 0 : before->id, entries,
-                               playlists->account()->name);
-    playlists->catchUp();
-    return SP_ERROR_OK;
+    return change([&](ListStore& store) {
+        store.insert(known, before == nullptr ? 0 : before->id, entries,
+                     playlists->account()->name);
+    });
 }
 
 sp_error Playlist::setSeen(int index, bool seen) {
-    if (const sp_error error = mayChange(); error != SP_ERROR_OK) {
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
         return error;
     }
     const ListEntry* changed = entry(index);
     if (changed == nullptr) {
         return SP_ERROR_INDEX_OUT_OF_RANGE;
     }
-    if (changed->seen != seen) {
-        playlists->store()->setSeen(known, changed->id, seen);
-        playlists->catchUp();
-    }
-    return SP_ERROR_OK;
+    return change([&](ListStore& store) {
+        if (changed->seen != seen) {
+            store.setSeen(known, changed->id, seen);
+        }
+    });
 }
 
 const std::vector<std::string>& Playlist::subscribers() {
@@ -138,11 +149,8 @@ const std::vector<std::string>& Playlist::subscribers() {
 }
 
 sp_error Playlist::updateSubscribers() {
-    if (playlists->store() == nullptr || !playlists->account()) {
-        return SP_ERROR_PERMISSION_DENIED;
-    }
-    if (!isLoaded()) {
-        return SP_ERROR_IS_LOADING;
+    if (const sp_error error = canChange(); error != SP_ERROR_OK) {
+        return error;
     }
     changedRow(ListChangeKind::subscribed);
     return SP_ERROR_OK;
@@ -203,7 +211,12 @@ void Playlist::apply(const ListChange& change) {
         moved(change.numbers);
         return;
     default:
-        changedEntry(change);
+        break;
+    }
+    const int position = contents.find(change.numbers.front());
+    const std::optional<ListEntry> now = playlists->store()->entry(change.numbers.front());
+    if (position >= 0 && now) {
+        changedEntry(position, change.kind, *now);
     }
 }
 
@@ -224,17 +237,32 @@ void Playlist::reload() {
     if (known.image != before.image) {
         changedRow(ListChangeKind::pictured);
     }
+    if (known.collaborative != before.collaborative || known.published != before.published) {
+        changedRow(ListChangeKind::shared);
+    }
     changedRow(ListChangeKind::subscribed);
     if (!contentsLoaded) {
         return;
     }
-    Contents::Difference difference;
+    std::vector<ListEntry> now;
     store->atOneMoment([&] {
         contentsChange = store->newestChange();
-        difference = contents.compare(store->entries(known));
+        now = store->entries(known);
     });
+    Contents::Difference difference = contents.compare(now);
     removed(difference.gone);
     added(difference.before, std::move(difference.come));
+    // The entries are the same from here on.
+    for (int position = 0; position < contents.size(); ++position) {
+        const ListEntry& shown = contents.at(position)->entry;
+        const ListEntry& entry = now[static_cast<std::size_t>(position)];
+        if (shown.seen != entry.seen) {
+            changedEntry(position, ListChangeKind::seen, entry);
+        }
+        if (shown.text != entry.text) {
+            changedEntry(position, ListChangeKind::messaged, entry);
+        }
+    }
 }
 
 void Playlist::tellMetadata() {
@@ -318,21 +346,16 @@ void Playlist::moved(const std::vector<std::int64_t>& numbers) {
     });
 }
 
-void Playlist::changedEntry(const ListChange& change) {
-    const int position = contents.find(change.numbers.front());
-    const std::optional<ListEntry> found = playlists->store()->entry(change.numbers.front());
-    if (position < 0 || !found) {
-        return;
-    }
+void Playlist::changedEntry(int position, ListChangeKind kind, const ListEntry& now) {
     ListEntry& shown = contents.at(position)->entry;
-    if (change.kind == ListChangeKind::seen) {
-        shown.seen = found->seen;
-        tell([position, seen = found->seen](Playlist& self, Audience audience) {
+    if (kind == ListChangeKind::seen) {
+        shown.seen = now.seen;
+        tell([position, seen = now.seen](Playlist& self, Audience audience) {
             self.raise(audience, &sp_playlist_callbacks::track_seen_changed, position, seen);
         });
     } else {
-        shown.text = found->text;
-        tell([position, text = found->text.value_or("")](Playlist& self, Audience audience) {
+        shown.text = now.text;
+        tell([position, text = now.text.value_or("")](Playlist& self, Audience audience) {
             self.raise(audience, &sp_playlist_callbacks::track_message_changed, position,
                        text.c_str());
         });

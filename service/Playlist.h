@@ -69,11 +69,15 @@ private:
     sp_playlist* handle();
     void readRow();
     Contents& loadedContents();
-    sp_error mayChange() const;
+    sp_error canChange() const;
+    // Has the store changed, if the user is allowed to at that moment: another process may have
+    // changed who is.
+    template <typename Action>
+    sp_error change(Action action);
     void added(std::int64_t before, std::vector<ListEntry> entries);
     void removed(const std::vector<std::int64_t>& entries);
     void moved(const std::vector<std::int64_t>& numbers);
-    void changedEntry(const ListChange& change);
+    void changedEntry(int position, ListChangeKind kind, const ListEntry& now);
     void changedRow(ListChangeKind kind);
     // Has `change` called, between the callbacks that go with every change, from the events.
     template <typename Change>

@@ -21,8 +21,8 @@ namespace sonolet::service {
 // lines that are new to the handles, which post what their callbacks are told. While nobody is
 // logged in the handles stay as they are; the next login catches up.
 //
-// Threads: the thread that uses the library. Handles may outlive the session: they keep this
-// object, which after close() changes and tells nothing.
+// Threads: the thread that uses the library; handles may go on any. Handles may outlive the
+// session: they keep this object, which after close() changes and tells nothing.
 class Playlists final : public std::enable_shared_from_this<Playlists> {
 public:
     using Post = std::function<void(std::function<void()> event)>;

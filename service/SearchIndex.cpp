@@ -1,6 +1,7 @@
 #include "SearchIndex.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -14,6 +15,7 @@ constexpr int rowsSuggested = 300;
 constexpr int suggestions = 10;
 constexpr std::size_t meaningsTried = 8;
 constexpr std::size_t countsKept = 5000;
+constexpr std::size_t longestName = 1000;  // words
 
 }  // namespace
 
@@ -38,6 +40,14 @@ SearchIndex::SearchIndex(Database& searched)
       listPopular(database,
                   "SELECT t.id, SUM(f.score) FROM temp.favours f JOIN tracks t ON t.link = f.track"
                   " GROUP BY t.id"),
+      listPlaylists(database,
+                    "SELECT DISTINCT l.link, a.name, l.name, l.image FROM accounts.lists c"
+                    " JOIN accounts.list_entries e ON e.list_id = c.id AND e.removed IS NULL"
+                    " JOIN accounts.lists l ON l.link = e.item"
+                    " JOIN accounts.accounts a ON a.id = l.owner_id"
+                    " WHERE c.kind = 3 AND e.kind = 0 AND l.kind = 0 AND (c.owner_id = ?1"
+                    " OR (c.owner_id = l.owner_id AND l.published)) ORDER BY l.name COLLATE"
+                    " NOCASE, l.link"),
       vocabulary(database) {}
 
 SearchAnswer SearchIndex::search(const SearchRequest& request) {
@@ -56,8 +66,9 @@ SearchAnswer SearchIndex::search(const SearchRequest& request) {
     answer.artists =
         find(artists, {asked.artistExpression(false), asked.artistExpression(!suggest), {}},
              request.artists, suggest);
-    const bool found =
-        answer.tracks.total > 0 || answer.albums.total > 0 || answer.artists.total > 0;
+    answer.playlists = findPlaylists(asked, request);
+    const bool found = answer.tracks.total > 0 || answer.albums.total > 0 ||
+                       answer.artists.total > 0 || answer.playlists.total > 0;
     if (!found && !request.suggest) {
         answer.didYouMean = suggestion(request, asked);
     }
@@ -132,6 +143,31 @@ FoundPage SearchIndex::find(Index& index, const Expressions& by, const Page& pag
         Cursor row = index.link.run(hits[place].row);
         found.ids.push_back(row.next() ? row.id(0).value_or(Id()) : Id());
     }
+    return found;
+}
+
+FoundPlaylists SearchIndex::findPlaylists(const SearchText& asked, const SearchRequest& request) {
+    FoundPlaylists found;
+    if (!request.account) {
+        return found;
+    }
+    std::vector<FoundPlaylist> beginnings;
+    for (Cursor row = listPlaylists.run(*request.account); row.next();) {
+        const std::string name = row.text(2);
+        const SearchText::Match match = asked.match(tokenizer.split(name, longestName));
+        if (match != SearchText::Match::none) {
+            auto& group = match == SearchText::Match::whole ? found.lists : beginnings;
+            group.push_back({row.id(0).value_or(Id()), row.text(1), name, row.text(3)});
+        }
+    }
+    std::move(beginnings.begin(), beginnings.end(), std::back_inserter(found.lists));
+    found.total = static_cast<int>(found.lists.size());
+    const Page& page = request.playlists;
+    const int first = std::min(page.offset, found.total);
+    const int most = request.suggest ? std::min(page.count, suggestions) : page.count;
+    found.lists.erase(found.lists.begin() + first + std::min(most, found.total - first),
+                      found.lists.end());
+    found.lists.erase(found.lists.begin(), found.lists.begin() + first);
     return found;
 }
 

@@ -5,6 +5,7 @@
 #include "Vocabulary.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -23,6 +24,8 @@ struct SearchRequest {
     Page tracks;
     Page albums;
     Page artists;
+    Page playlists{};
+    std::optional<std::int64_t> account{};  // whose playlists are found; none: no playlists
 };
 
 struct FoundPage {
@@ -30,10 +33,23 @@ struct FoundPage {
     int total = 0;  // on all pages
 };
 
+struct FoundPlaylist {
+    Id link;
+    std::string owner;  // canonical name
+    std::string name;
+    std::string image;  // 20 bytes or none
+};
+
+struct FoundPlaylists {
+    std::vector<FoundPlaylist> lists;
+    int total = 0;  // on all pages
+};
+
 struct SearchAnswer {
     FoundPage tracks;
     FoundPage albums;
     FoundPage artists;
+    FoundPlaylists playlists;
     // The query in words that the catalogue has; empty when something was found.
     std::string didYouMean;
 };
@@ -43,7 +59,9 @@ struct SearchAnswer {
 // The best answers come first: by BM25 (Relevance.h), where a word of a title counts more than one
 // of an artist and that more than one of an album; of equals the one that was played more. Of a
 // query that so much answers that no order means much only a part is weighed, titles that begin
-// with the words before others; the rest follows as it comes.
+// with the words before others; the rest follows as it comes. Playlists are found by their names
+// among those of the account and those that others publish; they are few, so that each is looked
+// at.
 //
 // `database` is the catalogue with the accounts attached. As for Database.
 class SearchIndex final {
@@ -75,6 +93,7 @@ private:
 
     static std::int64_t count(Index& index, const std::string& expression);
     FoundPage find(Index& index, const Expressions& by, const Page& page, bool suggest);
+    FoundPlaylists findPlaylists(const SearchText& asked, const SearchRequest& request);
     std::int64_t popularityOf(const Index& index, std::int64_t row) const;
     void refresh();
     std::string suggestion(const SearchRequest& request, const SearchText& asked);
@@ -87,6 +106,7 @@ private:
     Index artists;
     Statement accountsVersion;
     Statement listPopular;
+    Statement listPlaylists;
     Vocabulary vocabulary;
 
     // Plays and stars of tracks, by row.

@@ -86,6 +86,20 @@ std::string quoted(const Token& token) {
     return '"' + token.word + '"';
 }
 
+// Whether the words begin there; of the last word of a prefix its beginning is enough.
+SearchText::Match matchAt(const std::vector<Token>& words, bool prefix, const Token* place) {
+    for (const Token& token : words) {
+        const std::string& word = (place++)->word;
+        if (word == token.word) {
+            continue;
+        }
+        const bool begins = prefix && &token == &words.back() &&
+                            word.compare(0, token.word.size(), token.word) == 0;
+        return begins ? SearchText::Match::beginning : SearchText::Match::none;
+    }
+    return SearchText::Match::whole;
+}
+
 }  // namespace
 
 SearchText::SearchText(std::string_view text, const Tokenizer& tokenizer, bool prefixes) {
@@ -160,6 +174,21 @@ void SearchText::parse(std::string_view text, const Tokenizer& tokenizer) {
             terms.push_back(std::move(term));
         }
     }
+}
+
+SearchText::Match SearchText::match(const std::vector<Token>& name) const {
+    if (terms.empty() || yearsAsked) {
+        return Match::none;
+    }
+    Match weakest = Match::whole;
+    for (const Term& term : terms) {
+        Match best = Match::none;
+        for (std::size_t place = 0; place + term.tokens.size() <= name.size(); ++place) {
+            best = std::max(best, matchAt(term.tokens, term.prefix, &name[place]));
+        }
+        weakest = std::min(weakest, term.field == Field::any ? best : Match::none);
+    }
+    return weakest;
 }
 
 const char* SearchText::columnOf(Field field, const Columns& columns) {

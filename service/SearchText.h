@@ -34,6 +34,11 @@ public:
     Expression albumExpression(bool ranked) const;
     Expression artistExpression(bool ranked) const;
 
+    // How a name of these words answers, where there is no index and are no fields: filters find
+    // nothing.
+    enum class Match { none, beginning, whole };
+    Match match(const std::vector<Token>& name) const;
+
     // The words outside of years, with their places in the text.
     struct Word {
         Token token;

@@ -188,6 +188,7 @@ bool Document::callFunction(ObjectRecord* thisRecord,
     if (exception != nullptr) {
         reporter.uncaught(context, exception);
     }
+    reporter.returned();
     return true;
 }
 

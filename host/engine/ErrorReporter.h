@@ -8,6 +8,10 @@ class ErrorReporter {
 public:
     virtual ~ErrorReporter() = default;
     virtual void uncaught(JSContextRef context, JSValueRef exception) noexcept = 0;
+
+    // A function that a plug-in calls has returned. Where the engine leaves it to its host when to
+    // run what promises wait for, it is run here.
+    virtual void returned() noexcept {}
 };
 
 #endif

@@ -1,8 +1,8 @@
 #include "runner/Page.h"
 
+#include "engine/Function.h"
 #include "engine/Text.h"
 #include "runner/Console.h"
-#include "runner/Function.h"
 
 // Exported by the engine but in none of its public headers; null with an engine that has them not.
 // NOLINTBEGIN(readability-identifier-naming): the engine's names

@@ -65,7 +65,7 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 
 Runner::Runner(const Options& givenOptions)
     : options(givenOptions), script(readPage(options.page)), plugin(options.plugin),
-      scheduler(options.speed), loop(g_main_loop_new(nullptr, FALSE)),
+      scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)),
       signals([this] { closePage(); }) {}
 
 Runner::~Runner() {

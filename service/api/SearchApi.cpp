@@ -1,7 +1,20 @@
 #include "Api.h"
+#include "Playlist.h"
 #include "Search.h"
 
 using namespace sonolet::service;
+
+namespace {
+
+// A text of a playlist that was found; NULL for a place that is not there.
+const char* listText(sp_search* search, int index, std::string Search::FoundList::*text) {
+    return ask<const char*>(search, nullptr, [&](Search& asked) {
+        const Search::FoundList* list = asked.playlist(index);
+        return list == nullptr ? nullptr : (list->*text).c_str();
+    });
+}
+
+}  // namespace
 
 // NOLINTBEGIN(readability-identifier-naming): as declared
 sp_search* sp_search_create(sp_session* session,
@@ -12,8 +25,8 @@ sp_search* sp_search_create(sp_session* session,
                             int album_count,
                             int artist_offset,
                             int artist_count,
-                            int,
-                            int,
+                            int playlist_offset,
+                            int playlist_count,
                             sp_search_type search_type,
                             search_complete_cb* callback,
                             void* userdata) {
@@ -28,7 +41,12 @@ sp_search* sp_search_create(sp_session* session,
         request.tracks = {track_offset, track_count};
         request.albums = {album_offset, album_count};
         request.artists = {artist_offset, artist_count};
-        return new sp_search(std::move(request), callback, userdata);
+        request.playlists = {playlist_offset, playlist_count};
+        Playlists& lists = sessionOf(session)->playlists();
+        if (lists.account()) {
+            request.account = lists.account()->id;
+        }
+        return new sp_search(std::move(request), lists.shared_from_this(), callback, userdata);
     });
 }
 
@@ -72,26 +90,27 @@ sp_artist* sp_search_artist(sp_search* search, int index) {
     return ask<sp_artist*>(search, nullptr, [&](Search& asked) { return asked.artist(index); });
 }
 
-// Playlists are not searched: none is ever found.
-
-int sp_search_num_playlists(sp_search*) {
-    return 0;
+int sp_search_num_playlists(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.playlistCount(); });
 }
 
-sp_playlist* sp_search_playlist(sp_search*, int) {
-    return nullptr;
+sp_playlist* sp_search_playlist(sp_search* search, int index) {
+    return ask<sp_playlist*>(search, nullptr, [&](Search& asked) {
+        const Search::FoundList* list = asked.playlist(index);
+        return list == nullptr ? nullptr : list->handle.get();
+    });
 }
 
-const char* sp_search_playlist_name(sp_search*, int) {
-    return nullptr;
+const char* sp_search_playlist_name(sp_search* search, int index) {
+    return listText(search, index, &Search::FoundList::name);
 }
 
-const char* sp_search_playlist_uri(sp_search*, int) {
-    return nullptr;
+const char* sp_search_playlist_uri(sp_search* search, int index) {
+    return listText(search, index, &Search::FoundList::uri);
 }
 
-const char* sp_search_playlist_image_uri(sp_search*, int) {
-    return nullptr;
+const char* sp_search_playlist_image_uri(sp_search* search, int index) {
+    return listText(search, index, &Search::FoundList::imageUri);
 }
 
 int sp_search_total_tracks(sp_search* search) {
@@ -106,8 +125,8 @@ int sp_search_total_artists(sp_search* search) {
     return ask(search, 0, [](Search& asked) { return asked.totalArtists(); });
 }
 
-int sp_search_total_playlists(sp_search*) {
-    return 0;
+int sp_search_total_playlists(sp_search* search) {
+    return ask(search, 0, [](Search& asked) { return asked.totalPlaylists(); });
 }
 
 sp_error sp_search_add_ref(sp_search* search) {

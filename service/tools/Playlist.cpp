@@ -38,7 +38,10 @@ constexpr char usage[] =
     "  describe LIST TEXT\n"
     "  image LIST IMAGE          the picture: an image link, or \"none\"\n"
     "  add LIST TRACK...         --at POSITION: not at the end; --message TEXT: with a message\n"
+    "  message LIST POSITION TEXT\n"
+    "                            change a track's message; an empty text takes it away\n"
     "  remove LIST [TRACK...]    remove tracks; without one, the playlist from the user's lists\n"
+    "  remove FOLDER/            remove a folder; what is in it stays\n"
     "  move LIST FROM TO         move a track of a playlist to another position\n"
     "  move LIST TO              move a playlist to another position among the user's\n"
     "  follow LINK               put a playlist of someone else among the user's\n"
@@ -66,6 +69,13 @@ std::optional<std::size_t> number(const std::string& text) {
     const auto [stopped, error] = std::from_chars(text.data(), end, value);
     return error == std::errc() && stopped == end ? std::optional<std::size_t>(value)
                                                   : std::nullopt;
+}
+
+// On one line, whatever a tag says.
+std::string inLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
+    return text;
 }
 
 std::string linkOf(const ListRow& list) {
@@ -98,8 +108,12 @@ private:
     static const std::string& newName(const std::string& name);
     ListRow list(const std::string& name);
     ListRow changeable(const std::string& name);
+    std::vector<std::int64_t> endsOf(const std::string& name);
     Id track(const std::string& name);
     std::size_t position(const std::string& text, std::size_t most) const;
+    std::size_t placeOf(const std::string& text,
+                        const ListRow& in,
+                        const std::vector<ListEntry>& entries) const;
     std::vector<NewEntry> tracks(const Arguments& names);
     void addTracks(const ListRow& to, std::int64_t before, const Arguments& names);
 
@@ -110,6 +124,7 @@ private:
     void describe(const Arguments& given);
     void setImage(const Arguments& given);
     void add(const Arguments& given);
+    void setMessage(const Arguments& given);
     void remove(const Arguments& given);
     void move(const Arguments& given);
     void follow(const Arguments& given);
@@ -129,12 +144,19 @@ private:
 };
 
 const std::map<std::string, Program::Command> Program::commands = {
-    {"list", {0, 0, &Program::printLists}},   {"show", {1, 1, &Program::show}},
-    {"new", {1, 1, &Program::make}},          {"rename", {2, 2, &Program::rename}},
-    {"describe", {2, 2, &Program::describe}}, {"image", {2, 2, &Program::setImage}},
-    {"add", {2, SIZE_MAX, &Program::add}},    {"remove", {1, SIZE_MAX, &Program::remove}},
-    {"move", {2, 3, &Program::move}},         {"follow", {1, 1, &Program::follow}},
-    {"send", {2, SIZE_MAX, &Program::send}},  {"export", {1, 2, &Program::exportList}},
+    {"list", {0, 0, &Program::printLists}},
+    {"show", {1, 1, &Program::show}},
+    {"new", {1, 1, &Program::make}},
+    {"rename", {2, 2, &Program::rename}},
+    {"describe", {2, 2, &Program::describe}},
+    {"image", {2, 2, &Program::setImage}},
+    {"add", {2, SIZE_MAX, &Program::add}},
+    {"message", {3, 3, &Program::setMessage}},
+    {"remove", {1, SIZE_MAX, &Program::remove}},
+    {"move", {2, 3, &Program::move}},
+    {"follow", {1, 1, &Program::follow}},
+    {"send", {2, SIZE_MAX, &Program::send}},
+    {"export", {1, 2, &Program::exportList}},
 };
 
 // Options and the commands that know them; without "=" they take no value.
@@ -254,6 +276,19 @@ ListRow Program::changeable(const std::string& name) {
     return found;
 }
 
+// Both ends of the user's first folder of that name, or nothing.
+std::vector<std::int64_t> Program::endsOf(const std::string& name) {
+    const std::vector<ListEntry> entries = store.entries(container);
+    const auto start = std::find_if(entries.begin(), entries.end(), [&](const ListEntry& entry) {
+        return entry.kind == EntryKind::folderStart && entry.text == name;
+    });
+    const auto end = std::find_if(start, entries.end(), [&](const ListEntry& entry) {
+        return entry.kind == EntryKind::folderEnd && entry.item == start->item;
+    });
+    return end == entries.end() ? std::vector<std::int64_t>()
+                                : std::vector<std::int64_t>{start->id, end->id};
+}
+
 Id Program::track(const std::string& name) {
     if (name.substr(0, name.find(':')) == "spotify") {
         const std::optional<LinkTarget> link = LinkTarget::parse(name);
@@ -299,6 +334,16 @@ std::size_t Program::position(const std::string& text, std::size_t most) const {
                                  std::to_string(most));
     }
     return *value;
+}
+
+// The place of an entry.
+std::size_t Program::placeOf(const std::string& text,
+                             const ListRow& in,
+                             const std::vector<ListEntry>& entries) const {
+    if (entries.empty()) {
+        throw std::runtime_error(quoted(in.name) + " is empty");
+    }
+    return position(text, entries.size() - 1);
 }
 
 // ---- Commands ----
@@ -361,19 +406,11 @@ void Program::make(const Arguments& given) {
     store.together([&] {
         std::int64_t before = 0;
         if (options.count("--in") > 0) {
-            const std::string& wanted = options["--in"];
-            const std::vector<ListEntry> entries = store.entries(container);
-            const auto start =
-                std::find_if(entries.begin(), entries.end(), [&](const ListEntry& entry) {
-                    return entry.kind == EntryKind::folderStart && entry.text == wanted;
-                });
-            const auto end = std::find_if(start, entries.end(), [&](const ListEntry& entry) {
-                return entry.kind == EntryKind::folderEnd && entry.item == start->item;
-            });
-            if (end == entries.end()) {
-                throw std::runtime_error(user.name + " has no folder " + quoted(wanted));
+            const std::vector<std::int64_t> ends = endsOf(options["--in"]);
+            if (ends.empty()) {
+                throw std::runtime_error(user.name + " has no folder " + quoted(options["--in"]));
             }
-            before = end->id;
+            before = ends.back();
         }
         if (folder) {
             const Id id = Id::digest({randomText(Id().bytes.size())});
@@ -434,8 +471,21 @@ void Program::add(const Arguments& given) {
     addTracks(to, before, Arguments(given.begin() + 1, given.end()));
 }
 
+void Program::setMessage(const Arguments& given) {
+    const ListRow in = changeable(given[0]);
+    const std::vector<ListEntry> entries = store.entries(in);
+    store.setMessage(in, entries[placeOf(given[1], in, entries)].id, given[2]);
+}
+
 void Program::remove(const Arguments& given) {
     if (given.size() == 1) {
+        if (!given[0].empty() && given[0].back() == '/') {
+            const auto ends = endsOf(given[0].substr(0, given[0].size() - 1));
+            if (!ends.empty()) {
+                store.remove(container, ends);
+                return;
+            }
+        }
         const ListRow from = list(given[0]);
         if (!store.contains(container, from.link)) {
             throw std::runtime_error(quoted(from.name) + " is not among the lists of " + user.name);
@@ -472,10 +522,7 @@ void Program::move(const Arguments& given) {
     std::vector<ListEntry> entries = store.entries(in);
     std::size_t from = 0;
     if (ofTrack) {
-        if (entries.empty()) {
-            throw std::runtime_error(quoted(in.name) + " is empty");
-        }
-        from = position(given[1], entries.size() - 1);
+        from = placeOf(given[1], in, entries);
     } else {
         const Id wanted = list(given[0]).link;
         const auto found =
@@ -526,8 +573,8 @@ void Program::exportList(const Arguments& given) {
         const auto artist =
             row->artists.empty() ? std::nullopt : catalogue.artist(row->artists.front());
         text += "#EXTINF:" + std::to_string((row->durationMs + 500) / 1000) + ',' +
-                (artist ? artist->name + " - " : "") + row->title + '\n' + musicFolder() + '/' +
-                row->path + '\n';
+                inLine((artist ? artist->name + " - " : "") + row->title) + '\n' + musicFolder() +
+                '/' + row->path + '\n';
     }
     if (left > 0) {
         std::cerr << "sonolet-playlist: left out " << left << " tracks whose files are not there\n";

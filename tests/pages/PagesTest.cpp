@@ -192,6 +192,63 @@ INSTANTIATE_TEST_SUITE_P(Pages,
                          testing::Values("hello", "play", "search"),
                          [](const auto& page) { return std::string(page.param); });
 
+// The page in one process, the changes in another, each once the page has told the one before.
+TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
+    const Place place("example-playlists", demoMusic());
+    place.links();  // the library is known from the start
+    const std::string shell = R"sh(
+        list=$1sonolet-playlist
+        change() { "$list" "$@" >/dev/null; }
+        change new Rock --folder
+        change new Inside --in Rock
+        coproc page { exec "$1sonolet-host" "$2" --audio null --for 100; }
+        expect() {
+            while IFS= read -r line <&"${page[0]}"; do
+                [[ $line == PlaylistMetadataUpdated* ]] || echo "$line"
+                [[ $line != "$1" ]] || return
+            done
+            exit 3
+        }
+        expect "ContainerLoaded()"
+        change new Mix; expect 'PlaylistAdded(playlist "Mix", 3)'
+        change new Jazz --folder; expect 'PlaylistAdded(folder, 5)'
+        done='PlaylistUpdateInProgress("Mix", true)'
+        change add Mix "Fog Signal" "Salt Wind"; expect "$done"
+        change move Mix 0 1; expect "$done"
+        change message Mix 1 "for you"; expect "$done"
+        change remove Mix 0; expect "$done"
+        change describe Mix "all of it"; expect "$done"
+        change remove Mix; expect 'PlaylistRemoved(playlist "Mix", 3)'
+        kill "$page_PID"
+    )sh";
+    const Outcome outcome =
+        run({"/bin/bash", "-c", shell, "bash", bin, PAGES_DIR "/../../pages/playlists.js"},
+            place.variables());
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
+    std::string expected = R"(playlists of listener:
+  Rock/
+    Inside (0 tracks)  LINK
+waiting for changes
+ContainerLoaded()
+PlaylistAdded(playlist "Mix", 3)
+PlaylistAdded(folder, 4)
+PlaylistAdded(folder, 5)
+)";
+    for (const char* event :
+         {"TracksAddedEvent(\"Mix\", [\"Fog Signal\", \"Salt Wind\"], 0)",
+          "TracksMoved(\"Mix\", [0], 1)", "TrackMessageChanged(\"Mix\", 1, \"for you\")",
+          "TracksRemoved(\"Mix\", [0])", "DescriptionChanged(\"Mix\", \"all of it\")"}) {
+        expected += std::string("PlaylistUpdateInProgress(\"Mix\", false)\n") + event +
+                    "\nPlaylistStateChanged(\"Mix\")\nPlaylistUpdateInProgress(\"Mix\", true)\n";
+    }
+    expected += "PlaylistRemoved(playlist \"Mix\", 3)\n";
+    std::string output = outcome.output;
+    const std::size_t link = output.find("spotify:user:listener:playlist:");
+    ASSERT_NE(link, std::string::npos) << output;
+    EXPECT_EQ(output.replace(link, output.find('\n', link) - link, "LINK"), expected);
+}
+
 // ---- Sound, sample for sample ----
 
 class Sound : public testing::Test {

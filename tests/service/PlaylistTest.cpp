@@ -66,6 +66,9 @@ struct Heard {
         ofList.image_changed = [](auto*, auto* id, void* self) {
             note(self, "image ", id == nullptr ? 0 : id[19] + 0);
         };
+        ofList.track_message_changed = [](auto*, int position, auto* text, void* self) {
+            note(self, "message ", position, ' ', text);
+        };
         ofList.subscribers_changed = [](auto* list, void* self) {
             note(self, "subscribers ", sp_playlist_num_subscribers(list));
         };
@@ -173,6 +176,10 @@ TEST_F(PlaylistTest, TellsEveryHandleOfItsOwnChangesAndThoseOfOthers) {
               change("added Second Third at 0"));
     EXPECT_STREQ(sp_playlist_track_message(list, 1), "hello");
     EXPECT_EQ(sp_playlist_track_message(list, 2), nullptr);
+    EXPECT_EQ(takeAfter("message Mix 1 'hear this'"), change("message 1 hear this"));
+    EXPECT_STREQ(sp_playlist_track_message(list, 1), "hear this");
+    EXPECT_EQ(takeAfter("message Mix 1 ''"), change("message 1 "));
+    EXPECT_EQ(sp_playlist_track_message(list, 1), nullptr);
     EXPECT_STREQ(sp_user_canonical_name(sp_playlist_track_creator(list, 1)), "listener");
     EXPECT_GT(sp_playlist_track_create_time(list, 1), 1500000000);
     EXPECT_EQ(takeAfter("move Mix 0 2"), change("moved 0 to 2"));
@@ -235,6 +242,14 @@ TEST_F(PlaylistTest, RefusesWhatIsNotTheUsersToChange) {
     EXPECT_EQ(add(common, "Second", 0), SP_ERROR_OK);
     EXPECT_STREQ(sp_user_canonical_name(sp_playlist_track_creator(common, 0)), "ann");
     EXPECT_FALSE(sp_playlist_track_seen(common, 0)) << "new to its owner";
+    {
+        OtherStore other;
+        const ListRow row = *other.lists.find(other.lists.entries(other.container).at(1).item);
+        other.lists.share(row, true, false);
+        EXPECT_EQ(add(common, "Third", 0), SP_ERROR_PERMISSION_DENIED) << "not any more";
+        other.lists.share(row, true, true);
+        EXPECT_EQ(sp_playlist_track_set_seen(common, 0, true), SP_ERROR_OK);
+    }
     const Handle received(sp_session_inbox_create(session->get()));
     ASSERT_EQ(titles(received), Lines{"First"});
     EXPECT_STREQ(sp_playlist_track_message(received, 0), "for you");
@@ -286,6 +301,56 @@ TEST_F(PlaylistTest, ContainersHaveFoldersAndFollowers) {
     EXPECT_EQ(sp_playlist_subscribers_free(subscribers), SP_ERROR_OK);
     EXPECT_EQ(sp_playlist_update_subscribers(session->get(), theirs), SP_ERROR_OK);
     EXPECT_EQ(take(second, 1), Lines{"subscribers 1"});
+
+    listen(sp_playlistcontainer_playlist(all, 1), third);
+    const std::string shown = playlist("show Outside");
+    playlist("--user ann follow " + shown.substr(8, shown.rfind('\t') - 8));
+    EXPECT_EQ(take(third, 1), Lines{"subscribers 1"});
+    EXPECT_EQ(run(SONOLET_USER " remove ann").status, 0);
+    EXPECT_EQ(take(third, 1), Lines{"subscribers 0"});
+    EXPECT_EQ(take(heard, 2), (Lines{"added Theirs 3", "removed Theirs 3"})) << "with their owner";
+    EXPECT_EQ(takeAfter("remove Rock/", 2), (Lines{"removed  2", "removed  0"}));
+    EXPECT_EQ(sp_playlistcontainer_num_playlists(all), 1) << "what was in it stays";
+}
+
+TEST_F(PlaylistTest, SearchesFindThemByName) {
+    const std::string rock = playlist("new 'Rock mix'");
+    playlist("image 'Rock mix' spotify:image:" + std::string(40, 'a'));
+    playlist("new 'a Mix' --private");
+    playlist("new 'Gone mix'");
+    playlist("remove 'Gone mix'");
+    playlist("--user ann new Mixtape");
+    playlist("--user ann new 'Mix of mine' --private");
+    // The names on the page, and how many there are.
+    const auto search = [&](const char* query, int offset = 0, int count = 9) {
+        const std::shared_ptr<sp_search> made(sp_search_create(session->get(), query, 0, 0, 0, 0, 0,
+                                                               0, offset, count, SP_SEARCH_STANDARD,
+                                                               nullptr, nullptr),
+                                              sp_search_release);
+        EXPECT_TRUE(session->until([&] { return sp_search_is_loaded(made.get()); }));
+        Lines found;
+        for (int index = 0; index < sp_search_num_playlists(made.get()); ++index) {
+            found.emplace_back(sp_search_playlist_name(made.get(), index));
+            sp_playlist* list = sp_search_playlist(made.get(), index);
+            EXPECT_EQ(found.back(), sp_playlist_name(list));
+            EXPECT_EQ(list, open(sp_search_playlist_uri(made.get(), index)));
+            const std::string image = sp_search_playlist_image_uri(made.get(), index);
+            EXPECT_EQ(image.size(), list == open(rock) ? 54U : 0U) << image;
+        }
+        EXPECT_EQ(sp_search_playlist(made.get(), sp_search_num_playlists(made.get())), nullptr);
+        EXPECT_EQ(sp_search_playlist_name(made.get(), -1), nullptr);
+        EXPECT_STREQ(sp_search_did_you_mean(made.get()), "");
+        found.push_back(std::to_string(sp_search_total_playlists(made.get())));
+        return found;
+    };
+    EXPECT_EQ(search("MIX"), (Lines{"a Mix", "Rock mix", "Mixtape", "3"}));
+    EXPECT_EQ(search("mix", 1, 1), (Lines{"Rock mix", "3"}));
+    EXPECT_EQ(search("mix", 5, 1), Lines{"3"});
+    EXPECT_EQ(search("\"rock mix\" r"), (Lines{"Rock mix", "1"}));
+    EXPECT_EQ(search("\"mix rock\""), Lines{"0"});
+    EXPECT_EQ(search("title:mix"), Lines{"0"});
+    sp_session_logout(session->get());
+    EXPECT_EQ(search("mix"), Lines{"0"}) << "whose?";
 }
 
 TEST_F(PlaylistTest, StarsAreTheEntriesOfTheStarredList) {
@@ -368,6 +433,7 @@ TEST_F(PlaylistTest, ListsRestWhileNobodyIsLoggedInAndCatchUpLater) {
 
     ASSERT_EQ(sp_session_logout(session->get()), SP_ERROR_OK);
     playlist("remove Mix Second");
+    playlist("message Mix 0 late");
     OtherStore other;
     other.lists.together([&] {
         for (int moreThanTheLogKeeps = 10600; moreThanTheLogKeeps > 0; --moreThanTheLogKeeps) {
@@ -375,7 +441,8 @@ TEST_F(PlaylistTest, ListsRestWhileNobodyIsLoggedInAndCatchUpLater) {
         }
     });
     ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
-    EXPECT_EQ(take(heard, 5), (Lines{"subscribers 0", "begin", "removed 1", "state", "done"}));
+    EXPECT_EQ(take(heard, 9), (Lines{"subscribers 0", "begin", "removed 1", "state", "done",
+                                     "begin", "message 0 late", "state", "done"}));
     EXPECT_EQ(titles(list), (Lines{"First", "Third"}));
 }
 

@@ -1,4 +1,4 @@
-#include "runner/Function.h"
+#include "engine/Function.h"
 
 #include "engine/Text.h"
 

@@ -1,0 +1,120 @@
+#include "browser/Options.h"
+
+#include <glib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A page is a file, or what begins with a scheme.
+std::string toUri(const std::string& page) {
+    std::error_code error;
+    if (!fs::exists(page, error)) {
+        g_autofree char* scheme = g_uri_parse_scheme(page.c_str());
+        if (scheme != nullptr) {
+            return page;
+        }
+        throw std::invalid_argument(page + ": no such file, and no address such as "
+                                           "http://localhost:8000/");
+    }
+    fs::path file = fs::absolute(page).lexically_normal();
+    if (fs::is_directory(file)) {
+        file /= "index.html";
+        if (!fs::exists(file)) {
+            throw std::invalid_argument(page + ": is a folder without an index.html");
+        }
+    }
+    g_autofree char* uri = g_filename_to_uri(file.c_str(), nullptr, nullptr);
+    return uri;
+}
+
+void setSize(Options& options, const std::string& text) {
+    int end = 0;
+    const bool read =
+        std::sscanf(text.c_str(), "%5dx%5d%n", &options.width, &options.height, &end) == 2;
+    if (!read || text[static_cast<std::size_t>(end)] != '\0' || options.width < 1 ||
+        options.height < 1 || options.width > 16384 || options.height > 16384) {
+        throw std::invalid_argument("--size takes WIDTHxHEIGHT, each from 1 to 16384, not \"" +
+                                    text + '"');
+    }
+}
+
+double notNegative(const Argument& argument) {
+    return argument.value == "0" ? 0 : positiveNumber(argument);
+}
+
+}  // namespace
+
+Options Options::parse(int argc, char* const argv[]) {
+    Options options;
+    std::string page;
+    for (const Argument& argument : splitArguments(argc, argv, {"--help", "-h", "--automation"})) {
+        const std::string& option = argument.option;
+        if (option.empty()) {
+            if (!page.empty()) {
+                throw std::invalid_argument("one page at a time: \"" + page + "\" and then \"" +
+                                            argument.value + '"');
+            }
+            page = argument.value;
+        } else if (option == "--help" || option == "-h") {
+            options.help = true;
+            return options;
+        } else if (option == "--automation") {
+            options.automation = true;
+        } else if (option == "--screenshot") {
+            if (argument.value.empty()) {
+                throw std::invalid_argument("--screenshot takes a PNG file");
+            }
+            options.screenshot = argument.value;
+        } else if (option == "--after") {
+            options.after = notNegative(argument);
+        } else if (option == "--size") {
+            setSize(options, argument.value);
+        } else if (!options.set(option, argument.value)) {
+            throw std::invalid_argument("unknown option " + option + " (--help lists them)");
+        }
+    }
+    if (!page.empty()) {
+        options.uri = toUri(page);
+    } else if (!options.automation) {
+        throw std::invalid_argument("no page given (sonolet-browser [options] PAGE.html)");
+    }
+    options.plugin = fs::absolute(options.plugin).string();
+    if (!options.audio.wavPath.empty()) {
+        options.audio.wavPath = fs::absolute(options.audio.wavPath).string();
+    }
+    return options;
+}
+
+std::string Options::helpText() {
+    return R"(Usage: sonolet-browser [options] PAGE.html|URL
+
+Shows a web page with the plug-in's globals in a window, until that is closed.
+
+  --music DIR        folder of music for the music service (sets SONOLET_MUSIC)
+  --audio SINK       auto: the sound system; wav:FILE: into a file; null: nowhere
+                     (default: auto)
+  --plugin FILE      the plug-in (default: ../lib/libSonolet.so.1.0 beside this
+                     program)
+  --log LEVEL        write log lines from this level: trace, error, none or a
+                     number (default: error)
+  --size WxH         size of the page in pixels (default: 1280x720)
+  --screenshot FILE  write the page into a PNG file once it is ready, and end.
+                     It is ready when it has loaded, and <html> does not have
+                     data-ready="false"
+  --after SECONDS    take the screenshot that much later
+  --automation       let WebKitWebDriver control the browser
+  --help             show this text
+
+Keys: F5 or Ctrl+R reloads, Alt+Left and Alt+Right go back and forward, F12 opens
+the inspector, Ctrl+W closes the window.
+
+Exit codes: 0 the window was closed, or the screenshot written; 1 the page could
+not be loaded, its process died, or it had an uncaught exception; 2 an option,
+the page's file, the plug-in or the display is wrong.
+)";
+}

@@ -1,0 +1,42 @@
+#ifndef SONOLET_HOST_BROWSER_PROTOCOL_H
+#define SONOLET_HOST_BROWSER_PROTOCOL_H
+
+#include "media/AudioOptions.h"
+
+#include <glib.h>
+
+#include <string>
+
+// What the browser and its web processes say to each other.
+namespace protocol {
+
+// The web process to the browser, each with a string that tells more.
+constexpr const char* failed = "failed";      // it cannot work
+constexpr const char* uncaught = "uncaught";  // a page had an exception that nobody caught
+
+// The browser to each web process, as it starts. Music and log level are in the environment.
+struct DeviceSettings {
+    std::string plugin;
+    AudioOptions audio;
+};
+
+inline GVariant* pack(const DeviceSettings& settings) {
+    return g_variant_new("(sis)", settings.plugin.c_str(), static_cast<int>(settings.audio.sink),
+                         settings.audio.wavPath.c_str());
+}
+
+inline DeviceSettings unpack(GVariant* packed) {
+    const char* plugin = nullptr;
+    const char* wavPath = nullptr;
+    int sink = 0;
+    g_variant_get(packed, "(&si&s)", &plugin, &sink, &wavPath);
+    DeviceSettings settings;
+    settings.plugin = plugin;
+    settings.audio.sink = static_cast<AudioOptions::Sink>(sink);
+    settings.audio.wavPath = wavPath;
+    return settings;
+}
+
+}  // namespace protocol
+
+#endif

@@ -1,0 +1,56 @@
+#ifndef SONOLET_HOST_BROWSER_WINDOW_H
+#define SONOLET_HOST_BROWSER_WINDOW_H
+
+#include <gtk/gtk.h>
+#include <webkit2/webkit2.h>
+
+#include <string>
+
+class Window;
+
+// Who keeps the windows.
+class WindowOwner {
+public:
+    virtual ~WindowOwner() = default;
+    // A page opens a window; `related` shares its web process. Answers its view.
+    virtual WebKitWebView* openRelated(WebKitWebView* related) = 0;
+    virtual void loaded(Window& window) = 0;
+    // The page could not be loaded, or its process died; a message is on standard error.
+    virtual void pageFailed(Window& window) = 0;
+    // The window is gone; deletes it.
+    virtual void windowClosed(Window& window) = 0;
+};
+
+// A window with one page.
+//
+// It closes when the page has unloaded, which takes its time in the web process: close() asks for
+// it. Threads: the main thread.
+class Window final {
+public:
+    // Takes over the floating reference of `view`.
+    Window(WindowOwner& windowOwner, WebKitWebView* webView, int width, int height);
+    ~Window();
+
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    WebKitWebView* view() const noexcept { return webView; }
+    void show();
+    void close();
+
+private:
+    void connect();
+    void loadChanged(WebKitLoadEvent event);
+    bool loadFailed(const char* uri, const GError* error);
+    void processTerminated(WebKitWebProcessTerminationReason reason);
+    bool keyPressed(const GdkEventKey& key);
+    void closeNow();
+
+    WindowOwner& owner;
+    GtkWindow* const window;       // destroyed by this
+    WebKitWebView* const webView;  // the window's
+    bool closing = false;
+    guint closeTimeout = 0;
+};
+
+#endif

@@ -1,0 +1,27 @@
+#include "browser/Browser.h"
+#include "browser/Options.h"
+
+#include <gtk/gtk.h>
+
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+
+int main(int argc, char* argv[]) {
+    try {
+        const Options options = Options::parse(argc, argv);
+        if (options.help) {
+            std::fputs(Options::helpText().c_str(), stdout);
+            return 0;
+        }
+        options.setEnvironment();
+        if (!gtk_init_check(nullptr, nullptr)) {
+            throw std::runtime_error("no display: neither DISPLAY nor WAYLAND_DISPLAY leads to one "
+                                     "(xvfb-run brings its own)");
+        }
+        return Browser(options).run();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "sonolet-browser: %s\n", error.what());
+        return 2;
+    }
+}

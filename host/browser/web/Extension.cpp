@@ -1,0 +1,67 @@
+// What WebKit loads into the browser's web process: the host of the plug-in there.
+
+#include "browser/Protocol.h"
+#include "browser/web/Frames.h"
+#include "media/AudioOptions.h"
+
+#include <dlfcn.h>
+#include <webkit2/webkit-web-extension.h>
+
+#include <csignal>
+#include <exception>
+#include <stdexcept>
+
+extern "C" __attribute__((visibility("default"))) void
+webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
+                                               const GVariant* userData);
+
+namespace {
+
+// The plug-in looks for the media backend among the symbols of its process, which is WebKit's
+// program; WebKit loads this library for itself alone. So it joins the symbols that all see.
+void publishSymbols() {
+    Dl_info self = {};
+    if (dladdr(reinterpret_cast<void*>(&webkit_web_extension_initialize_with_user_data), &self) ==
+            0 ||
+        dlopen(self.dli_fname, RTLD_NOW | RTLD_GLOBAL | RTLD_NOLOAD) == nullptr) {
+        throw std::runtime_error("the media backend cannot be shown to the plug-in");
+    }
+}
+
+void send(WebKitWebExtension* extension, const char* name, const char* text) {
+    webkit_web_extension_send_message_to_context(
+        extension, webkit_user_message_new(name, g_variant_new_string(text)), nullptr, nullptr,
+        nullptr);
+}
+
+// WebKit writes the message itself.
+void messageSent(WebKitWebPage*, WebKitConsoleMessage* message, WebKitWebExtension* extension) {
+    if (webkit_console_message_get_source(message) == WEBKIT_CONSOLE_MESSAGE_SOURCE_JAVASCRIPT &&
+        webkit_console_message_get_level(message) == WEBKIT_CONSOLE_MESSAGE_LEVEL_ERROR) {
+        send(extension, protocol::uncaught, webkit_console_message_get_text(message));
+    }
+}
+
+void pageCreated(WebKitWebExtension* extension, WebKitWebPage* page, gpointer) {
+    g_signal_connect(page, "console-message-sent", G_CALLBACK(messageSent), extension);
+}
+
+}  // namespace
+
+void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
+                                                    const GVariant* userData) {
+    // The terminal's Ctrl+C reaches all processes: the browser closes the page, and this one ends
+    // after it.
+    std::signal(SIGINT, SIG_IGN);
+    g_signal_connect(extension, "page-created", G_CALLBACK(pageCreated), nullptr);
+    try {
+        const protocol::DeviceSettings settings = protocol::unpack(const_cast<GVariant*>(userData));
+        setAudioOptions(settings.audio);
+        publishSymbols();
+        // Never freed: the process ends while pages are open.
+        static Frames* const frames = new Frames(settings.plugin);
+        (void)frames;
+    } catch (const std::exception& error) {
+        send(extension, protocol::failed, error.what());
+    }
+}

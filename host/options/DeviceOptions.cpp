@@ -1,0 +1,109 @@
+#include "options/DeviceOptions.h"
+
+#include "log/LogThreshold.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+int level(const std::string& text) {
+    const std::pair<const char*, int> names[] = {
+        {"trace", KLOG_TRACE}, {"error", KLOG_ERROR}, {"none", KLOG_NONE}};
+    for (const auto& [name, number] : names) {
+        if (text == name) {
+            return number;
+        }
+    }
+    char* end = nullptr;
+    const long number = std::strtol(text.c_str(), &end, 10);
+    if (text.empty() || *end != '\0' || number < 0 || number > KLOG_NONE) {
+        throw std::invalid_argument(
+            "--log takes trace, error, none or a number from 0 to 100, not \"" + text + '"');
+    }
+    return static_cast<int>(number);
+}
+
+void setSink(AudioOptions& audio, const std::string& text) {
+    if (text == "auto") {
+        audio.sink = AudioOptions::Sink::Auto;
+    } else if (text == "null") {
+        audio.sink = AudioOptions::Sink::Null;
+    } else if (text.rfind("wav:", 0) == 0 && text.size() > 4) {
+        audio.sink = AudioOptions::Sink::Wav;
+        audio.wavPath = text.substr(4);
+    } else {
+        throw std::invalid_argument("--audio takes auto, wav:FILE or null, not \"" + text + '"');
+    }
+}
+
+}  // namespace
+
+bool DeviceOptions::set(const std::string& option, const std::string& value) {
+    if (option == "--music") {
+        if (!std::filesystem::is_directory(value)) {
+            throw std::invalid_argument("--music: no folder \"" + value + '"');
+        }
+        music = value;
+    } else if (option == "--audio") {
+        setSink(audio, value);
+    } else if (option == "--plugin") {
+        plugin = value;
+    } else if (option == "--log") {
+        logLevel = level(value);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void DeviceOptions::setEnvironment() const {
+    // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet
+    if (!music.empty()) {
+        setenv("SONOLET_MUSIC", music.c_str(), 1);
+    }
+    if (logLevel) {
+        setenv("SONOLET_LOG", std::to_string(*logLevel).c_str(), 1);
+    }
+    // NOLINTEND(concurrency-mt-unsafe)
+}
+
+std::string DeviceOptions::besideProgram(const std::string& library) {
+    std::error_code error;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (self.parent_path().parent_path() / "lib" / library).string();
+}
+
+std::vector<Argument>
+splitArguments(int argc, char* const argv[], const std::set<std::string>& flags) {
+    std::vector<Argument> arguments;
+    bool onlyValues = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (onlyValues || word.empty() || word[0] != '-' || word == "-") {
+            arguments.push_back({"", word});
+        } else if (word == "--") {
+            onlyValues = true;
+        } else if (flags.count(word) > 0) {
+            arguments.push_back({word, ""});
+        } else if (const std::size_t equals = word.find('='); equals != std::string::npos) {
+            arguments.push_back({word.substr(0, equals), word.substr(equals + 1)});
+        } else {
+            arguments.push_back({word, i + 1 < argc ? argv[++i] : ""});
+        }
+    }
+    return arguments;
+}
+
+double positiveNumber(const Argument& argument) {
+    char* end = nullptr;
+    const double number = std::strtod(argument.value.c_str(), &end);
+    if (argument.value.empty() || *end != '\0' || !std::isfinite(number) || number <= 0) {
+        throw std::invalid_argument(argument.option + " takes a number above 0, not \"" +
+                                    argument.value + '"');
+    }
+    return number;
+}

@@ -1,0 +1,119 @@
+// @ts-check
+// Starts the player and joins its parts: the session decides whether the sign-in or the app is seen.
+
+import { openDialog } from "./dialog.js";
+import { byId, h, icon, replace } from "./dom.js";
+import { forgetImages } from "./images.js";
+import { watchMetadata } from "./library.js";
+import { notify } from "./notices.js";
+import { reset, watchPlayer } from "./playback.js";
+import { startRemote } from "./remote.js";
+import { parseAddress, startRouter, stopRouter } from "./router.js";
+import { Scope } from "./scope.js";
+import { connection, signOut, signedIn, signedOut, startSession } from "./session.js";
+import { startTheme, toggleTheme } from "./theme.js";
+import { albumView } from "./views/album.js";
+import { artistView } from "./views/artist.js";
+import { homeView } from "./views/home.js";
+import { peopleView } from "./views/people.js";
+import { startPlayerBar } from "./views/playerbar.js";
+import { playingView } from "./views/playing.js";
+import { inboxView, playlistView, starredView } from "./views/playlist.js";
+import { searchView, startSearchField } from "./views/search.js";
+import { fillSidebar } from "./views/sidebar.js";
+import { showSignIn, startSignIn } from "./views/signin.js";
+
+const views = {
+    home: homeView,
+    search: searchView,
+    album: albumView,
+    artist: artistView,
+    playlist: playlistView,
+    starred: starredView,
+    inbox: inboxView,
+    people: peopleView,
+    playing: playingView,
+    missing: async () => {
+        throw new Error("There is nothing at this address.");
+    },
+};
+
+/** What lasts as long as somebody is signed in. */
+let signedInScope = new Scope();
+
+function start() {
+    startTheme(parseAddress().options.get("theme"));
+    if (typeof Spotify === "undefined") {
+        showSignIn("This browser has no Sonolet plug-in, so there is nothing to play with.", true);
+        return;
+    }
+    startRemote(showKeys);
+    startSignIn();
+    startSearchField();
+    startPlayerBar();
+    byId("theme").addEventListener("click", toggleTheme);
+    byId("keys").addEventListener("click", showKeys);
+    byId("back").addEventListener("click", () => history.back());
+    byId("sign-out").addEventListener("click", () => {
+        closeApp();
+        signOut();
+    });
+    signedIn.add(openApp);
+    signedOut.add((why) => {
+        closeApp();
+        showSignIn(why);
+    });
+    connection.add((connected) => {
+        byId("connection").hidden = connected;
+    });
+    try {
+        if (!startSession()) {
+            showSignIn("");
+        }
+    } catch (error) {
+        showSignIn("The music service did not start. Reload the page to try again.", true);
+        return;
+    }
+    watchMetadata();
+    watchPlayer();
+    Spotify.Session.addEventListener("MessageToUser", (message) => notify(message));
+}
+
+function openApp() {
+    signedInScope = new Scope();
+    byId("signin").hidden = true;
+    byId("app").hidden = false;
+    byId("user").textContent = Spotify.Session.user().displayName();
+    fillSidebar(signedInScope);
+    startRouter(views);
+}
+
+function closeApp() {
+    byId("app").hidden = true;
+    if (!signedInScope.closed) {
+        reset();
+        stopRouter();
+        signedInScope.close();
+        forgetImages();
+    }
+}
+
+function showKeys() {
+    const keys = [
+        ["Arrows", "move, as on a remote control"],
+        ["Enter", "open or play"],
+        ["Space", "play or pause"],
+        ["Ctrl + →, Ctrl + ←", "next track, previous track"],
+        ["→, ← on the progress bar", "five seconds on, back"],
+        ["/", "search"],
+        ["Page Up, Page Down, Home, End", "through long lists"],
+        ["Backspace, Back", "back"],
+        ["Escape", "close what is open"],
+    ];
+    openDialog("Keys", (body) => {
+        replace(body, h("dl", { class: "keys" }, keys.map(([key, what]) =>
+            h("div", null, h("dt", null, key), h("dd", null, what)))));
+    });
+}
+
+start();

@@ -1,0 +1,165 @@
+// @ts-check
+// Covers and portraits: from image ids to pictures in elements.
+
+import { byId } from "./dom.js";
+import { attempt } from "./library.js";
+import { debounce } from "./scope.js";
+
+const LIMIT = 16e6; // characters of pictures that are kept
+const AT_ONCE = 6;
+
+/**
+ * Pictures by image id, the first ones first.
+ * @type {Map<string, string>}
+ */
+const kept = new Map();
+let size = 0;
+
+/**
+ * Elements that wait for a picture, by its id.
+ * @type {Map<string, HTMLElement[]>}
+ */
+const wanted = new Map();
+/** Images under way. Nothing else refers to them, and with them their listeners would go. */
+const loading = new Set();
+const loadSoon = debounce(20, loadMore); // by then rows that are only scrolled past have gone
+
+/**
+ * Shows the picture `id` in a .cover element as soon as it is there; without one the element keeps
+ * its drawing. `id` is what `cover`, `portrait` and `getImage` answer.
+ * @param {HTMLElement} element
+ * @param {string} id
+ */
+export function showImage(element, id) {
+    if (element.dataset.image === id) {
+        return;
+    }
+    element.dataset.image = id;
+    element.textContent = "";
+    const picture = kept.get(id);
+    if (picture) {
+        place(element, id, picture);
+    } else if (id) {
+        wanted.set(id, (wanted.get(id) || []).concat(element));
+        loadSoon();
+    }
+}
+
+/** What was asked for last comes first; what nobody waits for any more does not come at all. */
+function loadMore() {
+    for (const [id, elements] of Array.from(wanted).reverse()) {
+        if (loading.size >= AT_ONCE) {
+            return;
+        }
+        wanted.delete(id);
+        const waiting = elements.filter((element) => element.isConnected);
+        if (waiting.length > 0) {
+            load(id, waiting);
+        }
+    }
+}
+
+/** @param {string} id @param {HTMLElement[]} elements */
+function load(id, elements) {
+    const image = attempt(() => Spotify.SpImage.create(id), null);
+    if (image === null) {
+        return;
+    }
+    const finish = () => {
+        loading.delete(image);
+        // Throws for an image that failed, and after a logout.
+        const base64 = attempt(() => image.data(), "");
+        if (base64) {
+            const picture = `data:image/jpeg;base64,${base64}`;
+            keep(id, picture);
+            elements.forEach((element) => place(element, id, picture));
+        }
+        loadSoon();
+    };
+    if (image.isLoaded()) {
+        finish();
+    } else {
+        loading.add(image);
+        image.addEventListener("ImageLoaded", finish);
+    }
+}
+
+/** At logout images say no more: what is under way will not come. */
+export function forgetImages() {
+    wanted.clear();
+    loading.clear();
+}
+
+/** @param {string} id @param {string} picture */
+function keep(id, picture) {
+    if (kept.has(id)) {
+        return;
+    }
+    kept.set(id, picture);
+    size += picture.length;
+    for (const [oldest, data] of Array.from(kept)) {
+        if (size <= LIMIT) {
+            return;
+        }
+        kept.delete(oldest);
+        size -= data.length;
+    }
+}
+
+/** @param {HTMLElement} element @param {string} id @param {string} picture */
+function place(element, id, picture) {
+    if (element.dataset.image !== id) {
+        return; // it shows something else by now
+    }
+    const image = document.createElement("img");
+    image.alt = "";
+    image.onload = () => {
+        image.classList.add("shown");
+        element.dispatchEvent(new CustomEvent("picture", { detail: image }));
+    };
+    image.src = picture;
+    element.textContent = "";
+    element.append(image);
+}
+
+/**
+ * Gives the view's background the tone of its picture, until the view ends.
+ * @param {HTMLElement} element a .cover that shows one or will
+ * @param {import("./scope.js").Scope} scope
+ */
+export function tint(element, scope) {
+    const content = byId("main").parentElement || document.body;
+    element.addEventListener("picture", (event) => {
+        if (!scope.closed) {
+            content.style.setProperty("--tone", toneOf(/** @type {CustomEvent} */ (event).detail));
+            content.classList.add("toned");
+        }
+    });
+    scope.onClose(() => content.classList.remove("toned"));
+}
+
+/**
+ * A picture's most colourful tone: "r, g, b". Reads eight by eight pixels.
+ * @param {HTMLImageElement} image
+ */
+function toneOf(image) {
+    const canvas = document.createElement("canvas");
+    canvas.width = canvas.height = 8;
+    const context = canvas.getContext("2d");
+    if (context === null) {
+        return "";
+    }
+    context.drawImage(image, 0, 0, 8, 8);
+    const pixels = context.getImageData(0, 0, 8, 8).data;
+    let best = -1;
+    let tone = "";
+    for (let at = 0; at < pixels.length; at += 4) {
+        const rgb = [pixels[at], pixels[at + 1], pixels[at + 2]];
+        const spread = Math.max(...rgb) - Math.min(...rgb);
+        if (spread > best) {
+            best = spread;
+            tone = rgb.join(", ");
+        }
+    }
+    return tone;
+}

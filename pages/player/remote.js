@@ -1,0 +1,180 @@
+// @ts-check
+// The keys: arrows move the focus to what lies in their direction, as on a television; media keys
+// and a few others work everywhere. Lists handle the arrows within themselves (virtual-list.js).
+
+import { closeDialog, focusRoot } from "./dialog.js";
+import { byId } from "./dom.js";
+import { next, previous, toggle } from "./playback.js";
+
+const FOCUSABLE = "a[href], button, input, [tabindex]";
+/** Devices name their back key in their own ways. */
+const BACK = ["GoBack", "BrowserBack", "XF86Back", "Backspace"];
+const BACK_CODES = [461, 10009];
+
+/** @typedef {"Left" | "Right" | "Up" | "Down"} Direction */
+
+/** @param {() => void} help shows what the keys do */
+export function startRemote(help) {
+    document.addEventListener("keydown", (event) => {
+        if (!event.defaultPrevented && !event.altKey && !event.metaKey && handle(event, help)) {
+            event.preventDefault();
+        }
+    });
+}
+
+/** @param {KeyboardEvent} event @param {() => void} help @returns {boolean} whether it is done */
+function handle(event, help) {
+    const { key } = event;
+    const target = /** @type {HTMLElement} */ (event.target);
+    const typing = target instanceof HTMLInputElement && target.type !== "checkbox" &&
+        target.type !== "range";
+    if (key.startsWith("Arrow") && !event.shiftKey) {
+        const direction = /** @type {Direction} */ (key.slice(5));
+        if (event.ctrlKey) {
+            return !typing && skipWith(direction);
+        }
+        return arrow(target, direction, typing);
+    }
+    if (key === "Escape") {
+        return closeDialog();
+    }
+    if (BACK_CODES.includes(event.keyCode) || (BACK.includes(key) && !typing)) {
+        if (!closeDialog()) {
+            history.back();
+        }
+        return true;
+    }
+    return media(key) || (!typing && !event.ctrlKey && shortcut(key, target, help));
+}
+
+/** @param {string} key */
+function media(key) {
+    switch (key) {
+    case "MediaPlayPause":
+    case "MediaPlay":
+    case "MediaPause":
+        toggle();
+        return true;
+    case "MediaTrackNext":
+        next();
+        return true;
+    case "MediaTrackPrevious":
+        previous();
+        return true;
+    default:
+        return false;
+    }
+}
+
+/** @param {string} key @param {HTMLElement} target @param {() => void} help */
+function shortcut(key, target, help) {
+    const root = focusRoot();
+    if (root !== document.body || byId("app").hidden) {
+        return false; // a dialog or the sign-in
+    }
+    switch (key) {
+    case " ":
+        if (target instanceof HTMLButtonElement || target instanceof HTMLInputElement) {
+            return false; // presses it
+        }
+        toggle();
+        return true;
+    case "/":
+        byId("search").focus();
+        return true;
+    case "?":
+        help();
+        return true;
+    default:
+        return false;
+    }
+}
+
+/** @param {Direction} direction */
+function skipWith(direction) {
+    if (direction === "Right") {
+        next();
+    } else if (direction === "Left") {
+        previous();
+    }
+    return direction === "Right" || direction === "Left";
+}
+
+/** @param {HTMLElement} target @param {Direction} direction @param {boolean} typing */
+function arrow(target, direction, typing) {
+    if (typing && (direction === "Left" || direction === "Right")) {
+        const input = /** @type {HTMLInputElement} */ (target);
+        const edge = direction === "Left" ? 0 : input.value.length;
+        if (input.selectionStart !== edge || input.selectionEnd !== edge) {
+            return false; // the caret moves
+        }
+    }
+    const found = nearest(target, direction);
+    if (found !== null) {
+        found.focus();
+        found.scrollIntoView({ block: "nearest", inline: "nearest" });
+    }
+    return found !== null || direction === "Up" || direction === "Down";
+}
+
+/**
+ * What lies nearest in a direction: things beside the focused one count as near, things off its
+ * axis as far.
+ * @param {HTMLElement} from
+ * @param {Direction} direction
+ */
+function nearest(from, direction) {
+    const start = from === document.body ? new DOMRect(0, 0, 1, 1) : from.getBoundingClientRect();
+    const scroller = from.closest("[data-scroll]");
+    let best = null;
+    let bestScore = Infinity;
+    for (const element of focusRoot().querySelectorAll(FOCUSABLE)) {
+        if (element === from || !(element instanceof HTMLElement) || !reachable(element, scroller)) {
+            continue;
+        }
+        if (element.contains(from) || from.contains(element)) {
+            continue;
+        }
+        const score = distance(start, element.getBoundingClientRect(), direction);
+        if (score < bestScore) {
+            bestScore = score;
+            best = element;
+        }
+    }
+    return best;
+}
+
+/**
+ * Whether the element can be seen, or would be by scrolling the box that the focus is in already.
+ * @param {HTMLElement} element
+ * @param {Element | null} scroller
+ */
+function reachable(element, scroller) {
+    if (element.offsetParent === null || element.hasAttribute("disabled") ||
+        element.hasAttribute("data-skip")) {
+        return false;
+    }
+    const box = element.closest("[data-scroll]");
+    if (box === null || box === scroller) {
+        return true;
+    }
+    const [inner, outer] = [element.getBoundingClientRect(), box.getBoundingClientRect()];
+    const middle = (inner.top + inner.bottom) / 2;
+    return middle > outer.top && middle < outer.bottom;
+}
+
+/** @param {DOMRect} from @param {DOMRect} to @param {Direction} direction */
+function distance(from, to, direction) {
+    const vertical = direction === "Up" || direction === "Down";
+    const ahead = { Left: from.left - to.right, Right: to.left - from.right,
+        Up: from.top - to.bottom, Down: to.top - from.bottom }[direction];
+    const size = vertical ? Math.min(from.height, to.height) : Math.min(from.width, to.width);
+    if (to.width === 0 || ahead < -size / 2) {
+        return Infinity; // not in that direction; a little overlap is allowed
+    }
+    const gap = vertical
+        ? Math.max(0, to.left - from.right, from.left - to.right)
+        : Math.max(0, to.top - from.bottom, from.top - to.bottom);
+    const drift = vertical ? Math.abs(to.left - from.left) : Math.abs(to.top - from.top);
+    return Math.max(ahead, 0) + 3 * gap + drift / 10;
+}

@@ -1,0 +1,27 @@
+// @ts-check
+// Light or dark: what the system says, until the user chooses.
+
+import { attempt } from "./library.js";
+
+const dark = window.matchMedia("(prefers-color-scheme: dark)");
+/** @type {string | null} */
+let chosen = null;
+
+function apply() {
+    document.documentElement.dataset.theme = chosen || (dark.matches ? "dark" : "light");
+}
+
+/** @param {string | null} asked for this visit only */
+export function startTheme(asked) {
+    // Storage throws where the user forbids it.
+    chosen = asked || attempt(() => localStorage.getItem("theme"), null);
+    apply();
+    dark.addListener(apply); // older engines have no addEventListener here
+}
+
+export function toggleTheme() {
+    const theme = document.documentElement.dataset.theme === "dark" ? "light" : "dark";
+    chosen = theme;
+    attempt(() => localStorage.setItem("theme", theme), undefined);
+    apply();
+}

@@ -1,0 +1,195 @@
+// @ts-check
+// Lists of tracks that are asked for one by one: a playlist of ten thousand costs only the rows that
+// are seen. A list has
+//   length        how many tracks
+//   peek(i)       the track, or null while it has to be fetched
+//   fetch(i)      a promise of it
+//   changed       a Signal; see Change
+//   copy()        a list over the same tracks that lives on its own (the queue outlives a view)
+//   close()       takes its listeners back
+
+import { list, search } from "./library.js";
+import { Scope, Signal } from "./scope.js";
+
+/** @typedef {FixedTracks | PlaylistTracks | SearchTracks} TrackList */
+
+/**
+ * What has become of the indexes; null when only the data behind them came. `added` are the indexes
+ * of tracks that are new; `moved` answers -1 for a track that has gone.
+ * @typedef {object} Move
+ * @property {(index: number) => number} moved
+ * @property {number[]} added
+ * @property {boolean} reordered
+ *
+ * @typedef {Move | null} Change
+ */
+
+/** The tracks of an answer, which does not change. */
+export class FixedTracks {
+    /**
+     * @param {number} length
+     * @param {(index: number) => Spotify.Track} at
+     */
+    constructor(length, at) {
+        this.length = length;
+        this.at = at;
+        /** @type {Signal<Change>} */
+        this.changed = new Signal();
+    }
+
+    /** @param {number} index @returns {Spotify.Track | null} */
+    peek(index) {
+        return index < this.length ? this.at(index) : null;
+    }
+
+    /** @param {number} index */
+    async fetch(index) {
+        return this.at(index);
+    }
+
+    copy() {
+        return this;
+    }
+
+    close() {}
+}
+
+/** Follows what happens to the playlist, here or elsewhere. */
+export class PlaylistTracks {
+    /** @param {Spotify.Playlist} playlist */
+    constructor(playlist) {
+        this.playlist = playlist;
+        /** @type {Signal<Change>} */
+        this.changed = new Signal();
+        this.scope = new Scope();
+        // The event is named with a suffix that its siblings do not have.
+        this.scope.listen(playlist, "TracksAddedEvent", (_, tracks, position) =>
+            this.changed.emit(insertion(position, tracks.length)));
+        this.scope.listen(playlist, "TracksRemoved", (_, positions) =>
+            this.changed.emit(removal(numbers(positions))));
+        this.scope.listen(playlist, "TracksMoved", (_, positions, to) =>
+            this.changed.emit(move(numbers(positions), to)));
+        this.scope.listen(playlist, "PlaylistMetadataUpdated", () => this.changed.emit(null));
+    }
+
+    get length() {
+        return this.scope.closed ? 0 : this.playlist.numTracks();
+    }
+
+    /** @param {number} index @returns {Spotify.Track | null} */
+    peek(index) {
+        return index < this.length ? this.playlist.track(index) : null;
+    }
+
+    /** @param {number} index */
+    async fetch(index) {
+        return this.playlist.track(index);
+    }
+
+    copy() {
+        return new PlaylistTracks(this.playlist);
+    }
+
+    close() {
+        this.scope.close();
+    }
+}
+
+/** The tracks that a query finds, fetched a page at a time. */
+export class SearchTracks {
+    /**
+     * @param {string} query
+     * @param {Spotify.Search} first the answer that has the first page
+     */
+    constructor(query, first) {
+        this.query = query;
+        this.length = first.totalTracks();
+        /** @type {Signal<Change>} */
+        this.changed = new Signal();
+        /** @type {Map<number, Promise<Spotify.Search>>} */
+        this.asked = new Map([[0, Promise.resolve(first)]]);
+        /** @type {Map<number, Spotify.Search>} */
+        this.pages = new Map([[0, first]]);
+    }
+
+    /** @param {number} index @returns {Spotify.Track | null} */
+    peek(index) {
+        const page = this.pages.get(Math.floor(index / SearchTracks.page));
+        if (page === undefined) {
+            this.fetch(index).catch(() => {}); // the row stays empty; scrolling back asks again
+            return null;
+        }
+        const within = index % SearchTracks.page;
+        return within < page.numTracks() ? page.track(within) : null;
+    }
+
+    /** @param {number} index */
+    async fetch(index) {
+        const number = Math.floor(index / SearchTracks.page);
+        let asked = this.asked.get(number);
+        if (asked === undefined) {
+            asked = search(this.query, { tracks: SearchTracks.page, from: number * SearchTracks.page });
+            this.asked.set(number, asked);
+            asked.then((page) => {
+                this.pages.set(number, page);
+                this.changed.emit(null);
+            }, () => this.asked.delete(number));
+        }
+        return (await asked).track(index % SearchTracks.page);
+    }
+
+    copy() {
+        return this;
+    }
+
+    close() {}
+}
+SearchTracks.page = 50;
+
+/** @param {{ length: number, item(index: number): number }} array an array object of the plug-in */
+const numbers = (array) => list(array.length, (i) => array.item(i));
+
+/** @param {number} position @param {number} count @returns {Change} */
+export function insertion(position, count) {
+    return {
+        moved: (index) => index < position ? index : index + count,
+        added: list(count, (i) => position + i),
+        reordered: false,
+    };
+}
+
+/** @param {number[]} positions @returns {Change} */
+export function removal(positions) {
+    const gone = new Set(positions);
+    return {
+        moved: (index) => gone.has(index) ? -1 : index - below(positions, index),
+        added: [],
+        reordered: false,
+    };
+}
+
+/**
+ * @param {number[]} positions
+ * @param {number} to where the first of them is afterwards
+ * @returns {Change}
+ */
+export function move(positions, to) {
+    const places = new Map(positions.map((position, rank) => [position, to + rank]));
+    return {
+        moved: (index) => {
+            const place = places.get(index);
+            if (place !== undefined) {
+                return place;
+            }
+            const rank = index - below(positions, index);
+            return rank < to ? rank : rank + positions.length;
+        },
+        added: [],
+        reordered: true,
+    };
+}
+
+/** @param {number[]} positions @param {number} index */
+function below(positions, index) {
+    return positions.reduce((count, position) => position < index ? count + 1 : count, 0);
+}

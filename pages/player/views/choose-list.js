@@ -1,0 +1,39 @@
+// @ts-check
+
+import { openDialog } from "../dialog.js";
+import { counted, h, icon, put } from "../dom.js";
+import { addTo, list, mayChange } from "../library.js";
+import { notify } from "../notices.js";
+import { empty } from "./parts.js";
+
+/** @typedef {import("../library.js").TrackInfo} TrackInfo */
+
+/**
+ * Asks for one of the user's playlists and adds the track to it.
+ * @param {Spotify.Track} track
+ * @param {TrackInfo} info
+ */
+export function chooseList(track, info) {
+    const container = Spotify.Session.Playlistcontainer();
+    const { SP_PLAYLIST_TYPE_PLAYLIST } = Spotify.SP_PLAYLIST_TYPE;
+    const playlists = list(container.numPlaylists(), (i) => i)
+        .filter((i) => container.playlistType(i) === SP_PLAYLIST_TYPE_PLAYLIST)
+        .map((i) => container.playlist(i))
+        .filter(mayChange);
+    openDialog(`Add “${info.title}” to`, (body, close) => {
+        const menu = h("div", { class: "menu" });
+        for (const playlist of playlists) {
+            put(menu, h("button", { type: "button", class: "menu-item", onclick: () => {
+                close();
+                if (addTo(playlist, track)) {
+                    notify(`“${info.title}” is now in “${playlist.name()}”.`);
+                } else {
+                    notify(`“${playlist.name()}” could not be changed.`, null, "error");
+                }
+            } }, icon("list"), h("span", null, playlist.name()),
+            h("span", { class: "menu-note" }, counted(playlist.numTracks(), "track"))));
+        }
+        body.append(playlists.length > 0 ? menu : empty("list", "No playlist",
+            "You have no playlist that you may change."));
+    });
+}

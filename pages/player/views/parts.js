@@ -1,0 +1,115 @@
+// @ts-check
+// What several views are made of.
+
+import { h, icon } from "../dom.js";
+import { showImage } from "../images.js";
+import { ImageSize, attempt, coverId, describeAlbum, path } from "../library.js";
+import { remember } from "../router.js";
+
+/** @typedef {import("../dom.js").Child} Child */
+
+/**
+ * A picture's place; it has a drawing of its own until and unless there is a picture.
+ * @param {string} id of the image; "" for none
+ * @param {string} [kind] further classes
+ */
+export function cover(id, kind = "") {
+    const element = h("div", { class: `cover ${kind}`, "aria-hidden": "true" });
+    showImage(element, id);
+    return element;
+}
+
+/**
+ * Four covers in one, for what has no picture itself.
+ * @param {string[]} ids
+ */
+export function mosaic(ids) {
+    const different = Array.from(new Set(ids.filter(Boolean)));
+    if (different.length < 4) {
+        return cover(different[0] || "");
+    }
+    return h("div", { class: "cover mosaic", "aria-hidden": "true" },
+        different.slice(0, 4).map((id) => cover(id)));
+}
+
+/** @param {Spotify.Album} album */
+export function albumCard(album) {
+    const { title, artist, year, path: address } = describeAlbum(album);
+    return h("a", { class: "card", href: address, "data-key": address,
+        onclick: () => remember(address, album) },
+    cover(coverId(album, ImageSize.normal)),
+    h("span", { class: "card-title" }, title),
+    h("span", { class: "card-note" }, [artist, year || ""].filter(Boolean).join(" · ")));
+}
+
+/** @param {Spotify.Artist} artist */
+export function artistCard(artist) {
+    const name = artist.name();
+    const address = path("artist", name);
+    return h("a", { class: "card round", href: address, "data-key": address,
+        onclick: () => remember(address, artist) },
+    cover(attempt(() => artist.portrait(ImageSize.normal), "")),
+    h("span", { class: "card-title" }, name),
+    h("span", { class: "card-note" }, "Artist"));
+}
+
+/**
+ * @param {string} title
+ * @param {...(Child | Child[])} content
+ */
+export function section(title, ...content) {
+    return h("section", { class: "section" }, h("h2", null, title), ...content);
+}
+
+/**
+ * The head of an album, an artist or a playlist.
+ * @param {object} parts
+ * @param {HTMLElement} parts.picture
+ * @param {string} parts.kind
+ * @param {string} parts.title
+ * @param {Child[]} [parts.facts]
+ * @param {Child[]} [parts.actions]
+ */
+export function hero({ picture, kind, title, facts = [], actions = [] }) {
+    return h("header", { class: "hero" },
+        picture,
+        h("div", { class: "hero-text" },
+            h("p", { class: "kind" }, kind),
+            h("h1", { class: title.length > 28 ? "long" : "" }, title),
+            h("p", { class: "facts" }, facts),
+            h("div", { class: "actions" }, actions)));
+}
+
+/**
+ * @param {string} name of an icon
+ * @param {string} title
+ * @param {string} text
+ * @param {...Child} actions
+ */
+export function empty(name, title, text, ...actions) {
+    return h("div", { class: "empty" },
+        icon(name), h("h2", null, title), h("p", null, text),
+        actions.length > 0 && h("p", { class: "actions" }, actions));
+}
+
+/**
+ * @param {string} name of an icon
+ * @param {string} label
+ * @param {() => void} onclick
+ * @param {string} [kind] further classes
+ */
+export function button(name, label, onclick, kind = "quiet") {
+    return h("button", { type: "button", class: `button ${kind}`, onclick }, icon(name), label);
+}
+
+/**
+ * Play and shuffle, for a whole list.
+ * @param {import("../tracklist.js").TrackList} tracks
+ * @param {(index: number, shuffled: boolean) => void} play */
+export function playButtons(tracks, play) {
+    const start = button("play", "Play", () => play(0, false), "primary");
+    start.dataset.first = "";
+    start.dataset.key = "play";
+    return [start, button("shuffle", "Shuffle",
+        () => play(Math.floor(Math.random() * tracks.length), true))];
+}

@@ -1,0 +1,76 @@
+// @ts-check
+// What plays, large, and the queue.
+
+import { byId, h, iconButton, put, replace } from "../dom.js";
+import { tint } from "../images.js";
+import { ImageSize, albumOf, coverId } from "../library.js";
+import { changed, now, queue, skip } from "../playback.js";
+import { debounce } from "../scope.js";
+import { VirtualList } from "../virtual-list.js";
+import { cover, empty, section } from "./parts.js";
+import { openAlbum, openArtist, trackRow } from "./track-table.js";
+
+/** @param {import("../router.js").View} view */
+export async function playingView({ root, scope, title }) {
+    title("Now playing");
+    root.classList.add("playing");
+    const left = h("div", { class: "playing-now" });
+    const right = h("div", { class: "playing-next" });
+    put(root, left, right);
+
+    let shown = "";
+    const fillNow = () => {
+        const key = now.info === null ? "nothing" : now.info.key;
+        if (key === shown) {
+            return;
+        }
+        shown = key;
+        if (now.info === null || now.track === null) {
+            replace(left, empty("note", "Nothing is playing", "Choose a track or an album to begin."));
+            return;
+        }
+        const { track, info } = now;
+        const picture = cover(coverId(albumOf(track), ImageSize.large), "largest");
+        tint(picture, scope);
+        replace(left, picture,
+            h("h1", { class: info.title.length > 28 ? "long" : "" }, info.title),
+            h("p", { class: "facts" },
+                h("button", { type: "button", class: "text-button", onclick: () => openArtist(track) },
+                    info.artists.join(", ")),
+                " · ",
+                h("button", { type: "button", class: "text-button", onclick: () => openAlbum(track) },
+                    info.album)));
+    };
+    const table = new VirtualList({
+        scroller: byId("main"), scope, label: "Queue", length: queue.remaining,
+        row: (index, rowScope) => trackRow({
+            scope: rowScope,
+            read: () => queue.peek(index + 1),
+            start: () => skip(index + 1),
+            buttons: [
+                iconButton("up", "Move up", { tabindex: "-1", disabled: index === 0,
+                    onclick: () => queue.move(index + 1, index) }),
+                iconButton("close", "Remove from the queue", { tabindex: "-1",
+                    onclick: () => queue.remove(index + 1) }),
+            ],
+        }),
+    });
+    table.element.classList.add("tracks", "queue");
+    const fillNext = () => {
+        if (queue.remaining === 0) {
+            replace(right, empty("queue", "The queue ends here",
+                "“Add to the queue” in the menu of any track puts it here."));
+            return;
+        }
+        if (!table.element.isConnected) {
+            replace(right, section("Next", table.element));
+        }
+        table.refresh(queue.remaining);
+    };
+    const later = debounce(30, fillNext);
+    scope.onClose(later.cancel);
+    scope.on(changed, fillNow);
+    scope.on(queue.changed, later);
+    fillNow();
+    fillNext();
+}

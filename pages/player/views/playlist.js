@@ -1,0 +1,119 @@
+// @ts-check
+
+import { counted, h, put, replace } from "../dom.js";
+import { ImageSize, albumOf, attempt, coverId, list, mayChange, ownName, path } from "../library.js";
+import { notify } from "../notices.js";
+import { debounce } from "../scope.js";
+import { PlaylistTracks } from "../tracklist.js";
+import { cover, empty, hero, mosaic, playButtons, button } from "./parts.js";
+import { playFrom, trackTable } from "./track-table.js";
+
+/** @typedef {import("../router.js").View} View */
+
+/** @param {View} view */
+export async function playlistView(view) {
+    const [link] = view.args;
+    const playlist = attempt(() => Spotify.Playlist.create(link), null);
+    if (playlist === null) {
+        throw new Error("There is no playlist at this link, or you may not see it.");
+    }
+    show(view, playlist, "Playlist", playlist.name(), "Add tracks with the menu of any track.");
+}
+
+/** @param {View} view */
+export async function starredView(view) {
+    const name = view.args[0] || ownName();
+    const own = name === ownName();
+    const playlist = own ? Spotify.Session.starredCreate()
+        : Spotify.Session.starredForUserCreate(name);
+    show(view, playlist, own ? "Yours" : name, "Starred",
+        own ? "The star beside any track puts it here." : `${name} has starred nothing yet.`);
+}
+
+/** @param {View} view */
+export async function inboxView(view) {
+    show(view, Spotify.Session.inboxCreate(), "Yours", "Inbox", "What others send to you comes here.");
+}
+
+/**
+ * @param {View} view
+ * @param {Spotify.Playlist} playlist
+ * @param {string} kind
+ * @param {string} name until it is renamed
+ * @param {string} hint for an empty list
+ */
+function show({ root, scope, title }, playlist, kind, name, hint) {
+    const tracks = new PlaylistTracks(playlist);
+    scope.onClose(() => tracks.close());
+    const head = h("div");
+    const rest = h("div");
+    put(root, head, rest);
+    const table = trackTable({ tracks, scope, label: name, note: (index) => playlist.trackMessage(index) });
+
+    const fill = () => {
+        const current = kind === "Playlist" ? playlist.name() : name;
+        title(current);
+        const focused = head.contains(document.activeElement);
+        replace(head, hero({
+            picture: picture(playlist), kind, title: current,
+            facts: facts(playlist),
+            actions: tracks.length === 0 ? []
+                : playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled))
+                    .concat(kind === "Playlist" ? addButton(playlist) : []),
+        }));
+        replace(rest, tracks.length > 0 ? table : empty("list", "Nothing here yet", hint));
+        if (focused) {
+            const first = /** @type {HTMLElement | null} */ (head.querySelector("button"));
+            first && first.focus();
+        }
+    };
+    const later = debounce(50, fill);
+    scope.onClose(later.cancel);
+    scope.on(tracks.changed, later);
+    for (const event of ["PlaylistRenamed", "DescriptionChanged", "ImageChanged", "PlaylistStateChanged"]) {
+        scope.listen(playlist, event, later);
+    }
+    fill();
+}
+
+/** @param {Spotify.Playlist} playlist */
+function facts(playlist) {
+    const owner = attempt(() => playlist.owner().canonicalName(), "");
+    return [
+        owner !== "" && owner !== ownName() && h("a", { href: path("people", owner) }, owner),
+        [counted(playlist.numTracks(), "track"), playlist.isCollaborative() && "everyone may add",
+            playlist.getDescription()].filter(Boolean).join(" · "),
+    ];
+}
+
+/**
+ * The playlist's own picture, else covers of its first tracks.
+ * @param {Spotify.Playlist} playlist
+ */
+function picture(playlist) {
+    const own = playlist.getImage();
+    if (own !== "") {
+        return cover(own, "large");
+    }
+    const few = Math.min(playlist.numTracks(), 16);
+    const covers = mosaic(list(few, (i) =>
+        coverId(attempt(() => albumOf(playlist.track(i)), null), ImageSize.normal)));
+    covers.classList.add("large");
+    return covers;
+}
+
+/**
+ * For a playlist that is not in the user's library.
+ * @param {Spotify.Playlist} playlist
+ */
+function addButton(playlist) {
+    const container = Spotify.Session.Playlistcontainer();
+    const { SP_PLAYLIST_TYPE_PLAYLIST } = Spotify.SP_PLAYLIST_TYPE;
+    const link = playlist.uri();
+    const there = mayChange(playlist) || list(container.numPlaylists(), (i) => i).some((i) =>
+        container.playlistType(i) === SP_PLAYLIST_TYPE_PLAYLIST && container.playlist(i).uri() === link);
+    return there ? [] : [button("plus", "Keep", () => {
+        container.addPlaylist(playlist);
+        notify(`“${playlist.name()}” is among your playlists.`);
+    })];
+}

@@ -1,0 +1,112 @@
+// @ts-check
+// Search as one types.
+
+import { byId, counted, h, put, replace } from "../dom.js";
+import { albumsOf, artistsOf, path, search } from "../library.js";
+import { announce } from "../notices.js";
+import { go, parseAddress } from "../router.js";
+import { Scope, Signal, debounce } from "../scope.js";
+import { SearchTracks } from "../tracklist.js";
+import { albumCard, artistCard, empty, section } from "./parts.js";
+import { trackTable } from "./track-table.js";
+
+/** @type {Signal<string>} */
+const typed = new Signal();
+/** @type {() => HTMLInputElement} */
+const field = () => byId("search");
+
+/** The field above all views. */
+export function startSearchField() {
+    const ask = debounce(180, () => {
+        const query = field().value.trim();
+        if (parseAddress().name !== "search") {
+            if (query !== "") {
+                go(path("search", query));
+            }
+            return;
+        }
+        // The view stays, and so does the number of steps back.
+        history.replaceState(null, "", path("search", query));
+        typed.emit(query);
+    });
+    field().addEventListener("input", ask);
+    field().addEventListener("keydown", (event) => {
+        if (event.key === "Escape" && field().value !== "") {
+            field().value = "";
+            ask();
+        } else if (event.key === "Enter") {
+            const first = byId("main").querySelector(".card, [role=row]");
+            if (first instanceof HTMLElement && parseAddress().name === "search") {
+                first.focus();
+            }
+        }
+    });
+    byId("search-form").addEventListener("submit", (event) => event.preventDefault());
+}
+
+/** @param {import("../router.js").View} view */
+export async function searchView({ root, scope, args, title }) {
+    let answers = new Scope();
+    let wanted = "";
+    const show = async (/** @type {string} */ query) => {
+        wanted = query;
+        title(query ? `“${query}”` : "Search");
+        const found = query === "" ? null : await scope.until(search(query,
+            { tracks: SearchTracks.page, albums: 10, artists: 4 }));
+        if (query !== wanted) {
+            return; // typed on meanwhile
+        }
+        answers.close();
+        answers = new Scope();
+        root.textContent = "";
+        byId("main").scrollTop = 0;
+        if (found === null) {
+            put(root, empty("search", "Search the library", "Type a title, an artist, an album or a year."));
+        } else {
+            showResults(root, answers, query, found);
+        }
+    };
+    const trouble = (/** @type {unknown} */ error) => replace(root, empty("alert", "The search failed",
+        error instanceof Error ? error.message : String(error)));
+    scope.onClose(() => answers.close());
+    scope.on(typed, (query) => show(query).catch(trouble));
+    const query = args[0] || "";
+    if (document.activeElement !== field()) {
+        field().value = query;
+        if (query === "") {
+            field().focus();
+        }
+    }
+    scope.onClose(() => {
+        field().value = "";
+    });
+    await show(query);
+}
+
+/**
+ * @param {HTMLElement} root
+ * @param {Scope} scope
+ * @param {string} query
+ * @param {Spotify.Search} found
+ */
+function showResults(root, scope, query, found) {
+    const tracks = new SearchTracks(query, found);
+    const artists = artistsOf(found);
+    const albums = albumsOf(found);
+    const total = tracks.length + artists.length + albums.length;
+    announce(total === 0 ? "Nothing found" : `${counted(tracks.length, "track")}, ` +
+        `${counted(found.totalAlbums(), "album")}, ${counted(found.totalArtists(), "artist")}`);
+    if (total === 0) {
+        const better = found.didYouMean();
+        put(root, empty("search", `Nothing found for “${query}”`,
+            better ? "Perhaps you mean something else:" : "Try fewer or other words.",
+            better && h("a", { class: "button primary", href: path("search", better) }, better)));
+        return;
+    }
+    put(root,
+        artists.length + albums.length > 0 && section("Artists and albums",
+            h("div", { class: "shelf", "data-scroll": "" },
+                artists.map(artistCard), albums.map(albumCard))),
+        tracks.length > 0 && section(counted(tracks.length, "track"),
+            trackTable({ tracks, scope, label: `Tracks found for ${query}` })));
+}
