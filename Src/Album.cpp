@@ -30,7 +30,8 @@ Album::Album(sp_session* librarySession,
         {"year", &Album::year, ""},
         {"isAvailable", &Album::isAvailable, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
     logger.trace("Album::Album");
 }
 

@@ -37,7 +37,8 @@ Albumbrowse::Albumbrowse(sp_session* librarySession,
         {"error", &Albumbrowse::error, ""},
         {"release", &Albumbrowse::release, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Albumbrowse::create(jspp::function_context& context) {

@@ -17,7 +17,8 @@ Artist::Artist(sp_session* librarySession,
         {"isLoaded", &Artist::isLoaded, ""},
         {"portrait", &Artist::portrait, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Artist::create(jspp::function_context& context) {

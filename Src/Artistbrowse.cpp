@@ -36,7 +36,8 @@ Artistbrowse::Artistbrowse(sp_session* librarySession,
         {"tophitTrack", &Artistbrowse::tophitTrack, "n"},
         {"release", &Artistbrowse::release, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Artistbrowse::create(jspp::function_context& context) {

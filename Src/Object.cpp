@@ -9,8 +9,7 @@ Object::Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& l
 
 void Object::clear() {
     releaseHandle();
-    for (const std::string& name : names) {
-        _remove(name);
+    if (losesNames) {
+        _class(listener_functions());
     }
-    names.clear();
 }

@@ -8,9 +8,6 @@
 
 #include "libspotify/api.h"
 
-#include <list>
-#include <string>
-
 // Base of every wrapper of a libspotify handle.
 //
 // A wrapper reads libspotify's current value at each call and caches nothing. Script thread.
@@ -20,8 +17,8 @@ class Object : public jspp::event_dispatcher<jspp::interface> {
 public:
     ~Object() override = default;
 
-    // What happens to a wrapper at logout: the handle goes back to libspotify, then the recorded
-    // names leave the script object, which stays valid.
+    // What happens to a wrapper at logout: the handle goes back to libspotify, then the names leave
+    // the script object if the class wants that; the object stays valid.
     void clear();
 
 protected:
@@ -32,14 +29,14 @@ protected:
     // Gives the handle back, and whatever libspotify was told about this wrapper.
     virtual void releaseHandle() noexcept = 0;
 
-    // Notes a script name as one that clear() removes.
-    void record(const std::string& name) { names.push_back(name); }
+    // Makes clear() take the class's names from this wrapper; the listener functions stay.
+    void loseNamesAtLogout() noexcept { losesNames = true; }
 
     sp_session* const session;  // borrowed from the library share; null in a constructor object
 
 private:
     const orvo::shared_ptr<LibWrapper> library;
-    std::list<std::string> names;
+    bool losesNames = false;
 };
 
 #endif

@@ -58,11 +58,6 @@ Playlist::Playlist(sp_session* librarySession,
 }
 
 void Playlist::init() {
-    if (handle) {
-        _instances.push_back({handle.get(), this});
-        callbacks = libraryCallbacks();
-        sp_playlist_add_callbacks(handle.get(), &callbacks, this);
-    }
     static const function_row members[] = {
         {"isInRam", &Playlist::isInRam, ""},
         {"getImage", &Playlist::getImage, ""},
@@ -89,7 +84,7 @@ void Playlist::init() {
         {"placeholderUri", &Playlist::placeholderUri, ""},
         {"release", &Playlist::release, ""},
     };
-    static const event_row events[] = {
+    static const attribute_row events[] = {
         JSPP_EVENT_ROW(Playlist, SubscribersChanged),
         JSPP_EVENT_ROW(Playlist, PlaylistRenamed),
         JSPP_EVENT_ROW(Playlist, PlaylistUpdateInProgress),
@@ -104,19 +99,14 @@ void Playlist::init() {
         JSPP_EVENT_ROW(Playlist, ImageChanged),
         JSPP_EVENT_ROW(Playlist, TrackMessageChanged),
     };
-    try {
-        for (const function_row& row : members) {
-            _function(row.name, row.member, row.signature);
-            record(row.name);
-        }
-        _events(events);
-        for (const event_row& row : events) {
-            record(row.attribute);
-        }
-    } catch (...) {
-        // No destructor runs for a wrapper that was never finished.
-        releaseHandle();
-        throw;
+    static const jspp::name_table names(listener_functions(), members, events);
+    _class(names);
+    loseNamesAtLogout();
+    // Last: a constructor that throws leaves no callback behind.
+    if (handle) {
+        _instances.push_back({handle.get(), this});
+        callbacks = libraryCallbacks();
+        sp_playlist_add_callbacks(handle.get(), &callbacks, this);
     }
 }
 

@@ -25,15 +25,10 @@ Playlistcontainer::Playlistcontainer(sp_session* librarySession,
     if (!playlistcontainer || !librarySession) {
         throw std::runtime_error("Invalid spotify object given when creating this object");
     }
+    addMembers();
+    // Last: a constructor that throws leaves no callback behind.
     instances.push_back(this);
     sp_playlistcontainer_add_callbacks(playlistcontainer, &libraryCallbacks(), this);
-    try {
-        addMembers();
-    } catch (...) {
-        // No destructor runs for a wrapper that was never finished.
-        releaseHandle();
-        throw;
-    }
 }
 
 void Playlistcontainer::addMembers() {
@@ -48,21 +43,16 @@ void Playlistcontainer::addMembers() {
         {"addPlaylist", &Playlistcontainer::addPlaylist, "o"},
         {"release", &Playlistcontainer::releaseDummy, ""},
     };
-    for (const function_row& row : members) {
-        _function(row.name, row.member, row.signature);
-        record(row.name);
-    }
-    static const event_row events[] = {
+    static const attribute_row events[] = {
         JSPP_EVENT_ROW(Playlistcontainer, PlaylistAdded),
         // Read-only, unlike the others: its listeners come through "addEventListener" alone.
         {"onPlaylistMoved", &Playlistcontainer::_evt_get_PlaylistMoved, {}},
         JSPP_EVENT_ROW(Playlistcontainer, ContainerLoaded),
         JSPP_EVENT_ROW(Playlistcontainer, PlaylistRemoved),
     };
-    _events(events);
-    for (const event_row& row : events) {
-        record(row.attribute);
-    }
+    static const jspp::name_table names(listener_functions(), members, events);
+    _class(names);
+    loseNamesAtLogout();
 }
 
 Playlistcontainer::~Playlistcontainer() {

@@ -30,6 +30,7 @@ Search::Search(sp_session* librarySession,
                const orvo::shared_ptr<LibWrapper>& libraryShare)
     : Object(librarySession, libraryShare), handle(search) {
     static const function_row members[] = {
+        {"create", &Search::create, createSignature},
         {"album", &Search::album, "n"},
         {"totalAlbums", &Search::totalAlbums, ""},
         {"numAlbums", &Search::numAlbums, ""},
@@ -51,8 +52,8 @@ Search::Search(sp_session* librarySession,
         {"playlist", &Search::playlist, "n"},
         {"release", &Search::release, ""},
     };
-    _function("create", &Search::create, createSignature);
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Search::create(jspp::function_context& context) {

@@ -65,7 +65,7 @@ Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(plugin
         {"signupGetUnacceptedLicenses", &Session::signupGetUnacceptedLicenses, ""},
         {"signupPerformAction", &Session::signupPerformAction, "n"},
     };
-    static const event_row events[] = {
+    static const attribute_row events[] = {
         JSPP_EVENT_ROW(Session, PlayTokenLost),
         JSPP_EVENT_ROW(Session, LoggedIn),
         JSPP_EVENT_ROW(Session, StreamingError),
@@ -79,9 +79,8 @@ Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(plugin
         JSPP_EVENT_ROW(Session, CredentialsBlobUpdated),
         JSPP_EVENT_ROW(Session, ShowTrialWelcome),
     };
-    _register();
-    _functions(members);
-    _events(events);
+    static const jspp::name_table names(listener_functions(), members, events);
+    _class(names);
     instance.store(this);
 }
 

@@ -12,15 +12,15 @@ std::string buildVersion() {
 }  // namespace
 
 Sonolet::Sonolet() : versionText(buildVersion()) {
-    static const event_row events[] = {
+    static const function_row members[] = {{"version", &Sonolet::version, ""}};
+    static const attribute_row events[] = {
         JSPP_EVENT_ROW(Sonolet, TrackProgress),
         JSPP_EVENT_ROW(Sonolet, Error),
         JSPP_EVENT_ROW(Sonolet, LogMessage),
         JSPP_EVENT_ROW(Sonolet, TrackComplete),
     };
-    _register();
-    _events(events);
-    _function("version", &Sonolet::version, "");
+    static const jspp::name_table names(listener_functions(), members, events);
+    _class(names);
 }
 
 void Sonolet::version(jspp::function_context& context) const {

@@ -28,15 +28,10 @@ SpImage::SpImage(sp_session* librarySession,
         {"data", &SpImage::data, ""},
         {"id", &SpImage::id, ""},
     };
-    static const event_row events[] = {JSPP_EVENT_ROW(SpImage, ImageLoaded)};
-    for (const function_row& row : members) {
-        _function(row.name, row.member, row.signature);
-        record(row.name);
-    }
-    _events(events);
-    for (const event_row& row : events) {
-        record(row.attribute);
-    }
+    static const attribute_row events[] = {JSPP_EVENT_ROW(SpImage, ImageLoaded)};
+    static const jspp::name_table names(listener_functions(), members, events);
+    _class(names);
+    loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
     if (image) {
         sp_image_add_load_callback(image, &image_loaded, this);

@@ -33,7 +33,8 @@ Toplistbrowse::Toplistbrowse(sp_session* librarySession,
         {"numTracks", &Toplistbrowse::numTracks, ""},   {"track", &Toplistbrowse::track, "n"},
         {"release", &Toplistbrowse::release, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Toplistbrowse::create(jspp::function_context& context) {

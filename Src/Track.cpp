@@ -30,7 +30,8 @@ Track::Track(sp_session* librarySession,
         {"getAvailability", &Track::getAvailability, ""},
         {"isStarred", &Track::isStarred, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void Track::create(jspp::function_context& context) {

@@ -6,9 +6,14 @@
 
 Playlist::track_array::track_array(std::vector<orvo::shared_ptr<Track>> tracks)
     : items(std::move(tracks)) {
-    _attribute_get("length", &track_array::get_length);
-    _function("item", &track_array::item, "n");
-    _catch_all_get(&track_array::index_get);
+    static const function_row functions[] = {{"item", &track_array::item, "n"}};
+    static const attribute_row attributes[] = {{"length", &track_array::get_length, {}}};
+    static const jspp::name_table names = [] {
+        jspp::name_table table(jspp::name_table(), functions, attributes);
+        table.any_getter = &track_array::index_get;
+        return table;
+    }();
+    _class(names);
 }
 
 void Playlist::track_array::get_length(jspp::result_context& context) const {

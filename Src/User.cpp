@@ -12,7 +12,8 @@ User::User(sp_session* librarySession,
         {"relationType", &User::relationType, ""},
         {"fullName", &User::fullName, ""},
     };
-    _functions(members);
+    static const jspp::name_table names(listener_functions(), members);
+    _class(names);
 }
 
 void User::picture(jspp::function_context& context) const {

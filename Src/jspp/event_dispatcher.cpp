@@ -1,19 +1,28 @@
 #include "jspp/event_dispatcher.h"
 
+#include "jspp/_detail/callback_manager.h"
 #include "jspp/orvo/mutex.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace jspp {
 
 template <class Base>
+const name_table& event_dispatcher<Base>::listener_functions() {
+    static const function_row functions[] = {
+        {"addEventListener", &event_dispatcher::add_event_listener, "so"},
+        {"removeEventListener", &event_dispatcher::remove_event_listener, "s-"},
+    };
+    static const name_table names(name_table(), functions);
+    return names;
+}
+
+template <class Base>
 void event_dispatcher<Base>::_register() {
-    if (registered) {
-        return;
+    if (!this->has_class()) {
+        this->_class(listener_functions());
     }
-    this->_function("addEventListener", &event_dispatcher::add_event_listener, "so");
-    this->_function("removeEventListener", &event_dispatcher::remove_event_listener, "s-");
-    registered = true;
 }
 
 template <class Base>
@@ -21,12 +30,23 @@ void event_dispatcher<Base>::add_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
     const orvo::scoped_lock lock(this->table_mutex());
-    // Pages come and go, and the event may never be raised.
-    const auto [first, last] = listeners->equal_range(name);
-    for (auto entry = first; entry != last;) {
-        entry = entry->second.get() ? std::next(entry) : listeners->erase(entry);
+    if (!listeners) {
+        listeners = orvo::make_shared<listener_map>();
     }
     listeners->emplace(name, listener);
+    // Pages come and go, and the event may never be raised.
+    if (listeners->size() >= listeners_to_clean_at) {
+        drop_dead_listeners();
+        listeners_to_clean_at = std::max<std::size_t>(16, 2 * listeners->size());
+    }
+}
+
+// REQUIRES: the mutex is held.
+template <class Base>
+void event_dispatcher<Base>::drop_dead_listeners() {
+    for (auto entry = listeners->begin(); entry != listeners->end();) {
+        entry = entry->second.get() ? std::next(entry) : listeners->erase(entry);
+    }
 }
 
 template <class Base>
@@ -34,6 +54,9 @@ void event_dispatcher<Base>::remove_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
     const orvo::scoped_lock lock(this->table_mutex());
+    if (!listeners) {
+        return;
+    }
     const auto [first, last] = listeners->equal_range(name);
     for (auto entry = first; entry != last; ++entry) {
         if (entry->second == listener) {
@@ -46,11 +69,13 @@ void event_dispatcher<Base>::remove_event_listener(function_context& context) {
 template <class Base>
 void event_dispatcher<Base>::get_handler(const std::string& event, result_context& context) const {
     object handler;
-    {
+    if (this->has_table_mutex()) {
         const orvo::scoped_lock lock(this->table_mutex());
-        const auto stored = handlers->find(event);
-        if (stored != handlers->end()) {
-            handler = stored->second;
+        if (handlers) {
+            const auto stored = handlers->find(event);
+            if (stored != handlers->end()) {
+                handler = stored->second;
+            }
         }
     }
     context.return_object(handler);
@@ -61,24 +86,31 @@ void event_dispatcher<Base>::set_handler(const std::string& event,
                                          const parameter_context& context) {
     object handler = context.object(0);
     const orvo::scoped_lock lock(this->table_mutex());
+    if (!handlers) {
+        handlers = orvo::make_shared<handler_map>();
+    }
     std::swap((*handlers)[event], handler);
 }
 
 template <class Base>
 void event_dispatcher<Base>::raise(const std::string& name, const call_parameters& parameters) {
+    // Nobody can have listened yet.
+    if (!this->has_table_mutex()) {
+        return;
+    }
     const orvo::scoped_lock lock(this->table_mutex());
-    const auto [first, last] = listeners->equal_range(name);
-    for (auto entry = first; entry != last;) {
-        if (entry->second.get()) {
-            entry->second.call_delayed(parameters);
-            ++entry;
-        } else {
-            entry = listeners->erase(entry);
+    if (listeners) {
+        const auto [first, last] = listeners->equal_range(name);
+        for (auto entry = first; entry != last;) {
+            const bool queued = __detail::callbacks().add(entry->second, parameters);
+            entry = queued ? std::next(entry) : listeners->erase(entry);
         }
     }
-    const auto handler = handlers->find(name);
-    if (handler != handlers->end() && handler->second.get()) {
-        handler->second.call_delayed(parameters);
+    if (handlers) {
+        const auto handler = handlers->find(name);
+        if (handler != handlers->end()) {
+            __detail::callbacks().add(handler->second, parameters);
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "jspp/call_parameters.h"
 #include "jspp/interface.h"
+#include "jspp/name_table.h"
 #include "jspp/object.h"
 #include "jspp/orvo/shared_ptr.h"
 
@@ -33,43 +34,32 @@ public:
     }
 
 protected:
-    event_dispatcher()
-        : listeners(new std::multimap<std::string, object>),
-          handlers(new std::map<std::string, object>) {}
+    event_dispatcher() = default;
 
-    // Registers the two listener functions; asked again, does nothing.
+    // The two listener functions, for the table of a class.
+    static const name_table& listener_functions();
+
+    // Registers the two listener functions of an object without a class table; asked again, does
+    // nothing.
     void _register();
 
     void add_event_listener(function_context& context);
     void remove_event_listener(function_context& context);
 
-    // A row of a class's table of event attributes; JSPP_EVENT_ROW writes one.
-    struct event_row {
-        const char* attribute;
-        interface::get_member getter;
-        interface::set_member setter;  // empty: read-only
-    };
-
-    template <class Rows>
-    void _events(const Rows& rows) {
-        for (const event_row& row : rows) {
-            this->_attribute_get(row.attribute, row.getter);
-            if (row.setter) {
-                this->_attribute_set(row.attribute, row.setter);
-            }
-        }
-    }
-
     void get_handler(const std::string& event, result_context& context) const;
     void set_handler(const std::string& event, const parameter_context& context);
 
 private:
-    void raise(const std::string& name, const call_parameters& parameters);
+    using listener_map = std::multimap<std::string, object>;
+    using handler_map = std::map<std::string, object>;
 
-    // By event name; guarded by the interface's mutex.
-    const orvo::shared_ptr<std::multimap<std::string, object>> listeners;
-    const orvo::shared_ptr<std::map<std::string, object>> handlers;
-    bool registered = false;
+    void raise(const std::string& name, const call_parameters& parameters);
+    void drop_dead_listeners();
+
+    // By event name; made with the first of each, guarded by the interface's mutex.
+    orvo::shared_ptr<listener_map> listeners;
+    orvo::shared_ptr<handler_map> handlers;
+    std::size_t listeners_to_clean_at = 16;
 };
 
 extern template class event_dispatcher<interface>;

@@ -155,14 +155,11 @@ void _js_global_functions::js_unload(jsplugin_obj* ctx) noexcept {
 
 int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept {
     auto* const document = const_cast<jsplugin_obj*>(ctx);
-    // Calls queued by these calls wait for the next tick.
-    for (const auto& [function, parameters] : callbacks().take(document)) {
-        // The object may have gone since the call was queued, and with any call before this one.
-        if (function.is_function()) {
-            const auto& callee = function;
-            const auto& arguments = parameters;
-            logged("js_document_interval", [&] { callee.call(arguments); });
-        }
+    std::vector<jsplugin_value> values;
+    // Calls queued by these calls wait for the next tick. A function may have gone since its call
+    // was queued, and with any call before it.
+    for (const auto& call : callbacks().take(document)) {
+        logged("js_document_interval", [&] { call.first.call_queued(call.second, values); });
     }
     return 1;
 }

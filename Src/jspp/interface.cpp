@@ -5,8 +5,9 @@
 #include "jspp/_detail/private_record.h"
 
 #include <memory>
-#include <optional>
 #include <stdexcept>
+#include <utility>
+#include <variant>
 
 namespace jspp {
 
@@ -19,116 +20,142 @@ namespace {
 
 constexpr char not_ours[] = "Not a jspp interface";
 
-template <class Table>
-auto lookup(const Table& table, const std::string& name) {
-    const auto entry = table.find(name);
-    return entry == table.end() ? std::optional<typename Table::mapped_type>()
-                                : std::optional<typename Table::mapped_type>(entry->second);
-}
-
 }  // namespace
 
-interface::interface() : mutex(new orvo::Mutex) {}
+interface::interface() = default;
 
-interface::~interface() = default;
+interface::~interface() {
+    delete own_storage.load(std::memory_order_acquire);
+}
 
 // ---- Registration ----
 
-void interface::_try_register_get(const std::string& name) {
-    if (!readable_names.insert(name).second) {
-        throw std::runtime_error("Already registered");
+interface::own_part& interface::own() const {
+    own_part* part = own_storage.load(std::memory_order_acquire);
+    if (!part) {
+        auto made = std::make_unique<own_part>();
+        // Another thread may have been faster; then `part` is its.
+        if (own_storage.compare_exchange_strong(part, made.get(), std::memory_order_acq_rel)) {
+            part = made.release();
+        }
     }
+    return *part;
 }
 
-void interface::_try_register_set(const std::string& name) {
-    if (!writable_names.insert(name).second) {
+interface::own_part* interface::own_in_use() const noexcept {
+    own_part* const part = own_storage.load(std::memory_order_acquire);
+    return part && part->in_use.load(std::memory_order_acquire) ? part : nullptr;
+}
+
+bool interface::has_table_mutex() const noexcept {
+    return own_storage.load(std::memory_order_acquire) != nullptr;
+}
+
+void interface::add_own(const std::string& name, name_table::readable value) {
+    own_part& part = own();
+    const orvo::scoped_lock lock(part.mutex);
+    if (shared && shared->find(name) && part.removed.count(name) == 0) {
         throw std::runtime_error("Already registered");
     }
+    part.names.add(name, std::move(value));
+    part.in_use.store(true, std::memory_order_release);
 }
 
 void interface::_function(const std::string& name,
                           function_member member,
                           const std::string& signature) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    functions[name] = {member, signature};
+    add_own(name, name_table::function{member, signature});
 }
 
 void interface::_attribute_get(const std::string& name, get_member member) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    getters[name] = {member};
+    add_own(name, member);
 }
 
 void interface::_attribute_set(const std::string& name, set_member member) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_set(name);
-    setters[name] = {member};
+    own_part& part = own();
+    const orvo::scoped_lock lock(part.mutex);
+    if (shared && shared->find_setter(name) && part.removed.count(name) == 0) {
+        throw std::runtime_error("Already registered");
+    }
+    part.names.add_setter(name, member);
+    part.in_use.store(true, std::memory_order_release);
 }
 
 void interface::_enum(const std::string& name, int value) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    numbers[name] = value;
+    add_own(name, static_cast<double>(value));
 }
 
 void interface::_string(const std::string& name, const std::string& value) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    strings[name] = value;
+    add_own(name, value);
 }
 
 void interface::_boolean(const std::string& name, bool value) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    booleans[name] = value;
+    add_own(name, value);
 }
 
 void interface::_child(const std::string& name, const orvo::shared_ptr<interface>& value) {
-    const orvo::scoped_lock lock(*mutex);
-    _try_register_get(name);
-    children[name] = value;
-}
-
-void interface::_catch_all_get(catch_all_get member) {
-    const orvo::scoped_lock lock(*mutex);
-    any_getter = member;
-}
-
-void interface::_catch_all_set(catch_all_set member) {
-    const orvo::scoped_lock lock(*mutex);
-    any_setter = member;
+    add_own(name, value);
 }
 
 void interface::_remove(const std::string& name) {
-    orvo::shared_ptr<interface> child;  // dropped after the lock
-    const orvo::scoped_lock lock(*mutex);
-    const auto entry = children.find(name);
-    if (entry != children.end()) {
-        child.swap(entry->second);
-        children.erase(entry);
+    name_table::readable dropped;  // a child goes after the lock
+    own_part& part = own();
+    const orvo::scoped_lock lock(part.mutex);
+    if (shared && (shared->find(name) || shared->find_setter(name))) {
+        part.removed.insert(name);
+        part.in_use.store(true, std::memory_order_release);
     }
-    readable_names.erase(name);
-    writable_names.erase(name);
-    functions.erase(name);
-    getters.erase(name);
-    setters.erase(name);
-    numbers.erase(name);
-    strings.erase(name);
-    booleans.erase(name);
+    if (const name_table::readable* const found = part.names.find(name)) {
+        dropped = *found;
+    }
+    part.names.remove(name);
+}
+
+name_table interface::names() const {
+    name_table all = shared ? *shared : name_table();
+    if (own_part* const part = own_in_use()) {
+        const orvo::scoped_lock lock(part->mutex);
+        for (const std::string& name : part->removed) {
+            all.remove(name);
+        }
+        all.add(part->names);
+    }
+    return all;
+}
+
+const name_table::readable* interface::find(std::string_view name,
+                                            name_table::readable& copy) const {
+    if (own_part* const part = own_in_use()) {
+        const orvo::scoped_lock lock(part->mutex);
+        if (const name_table::readable* const found = part->names.find(name)) {
+            copy = *found;
+            return &copy;
+        }
+        if (part->removed.count(name) != 0) {
+            return nullptr;
+        }
+    }
+    return shared ? shared->find(name) : nullptr;
+}
+
+set_member interface::find_setter(std::string_view name) const {
+    if (own_part* const part = own_in_use()) {
+        const orvo::scoped_lock lock(part->mutex);
+        if (const set_member* const found = part->names.find_setter(name)) {
+            return *found;
+        }
+        if (part->removed.count(name) != 0) {
+            return {};
+        }
+    }
+    const set_member* const found = shared ? shared->find_setter(name) : nullptr;
+    return found ? *found : set_member();
 }
 
 // ---- Script objects ----
 
 jsplugin_obj* interface::cached_object(jsplugin_obj* document) const {
-    jsplugin_obj* obj = nullptr;
-    {
-        const orvo::scoped_lock lock(*mutex);
-        const auto cached = object_cache.find(document);
-        if (cached != object_cache.end()) {
-            obj = cached->second;
-        }
-    }
+    jsplugin_obj* const obj = object_cache.find(document);
     // The entry of an unloaded document stays until its object is collected, and another document
     // may have come to the same address.
     return obj && objects().has_children(obj, document) ? obj : nullptr;
@@ -142,16 +169,7 @@ void interface::adopt(jsplugin_obj* obj,
     // From here on the object's destructor frees what follows.
     obj->plugin_private = new private_record{self, std::string(), document, false};
     objects().add_object(obj, owner_object, true);
-    const orvo::scoped_lock lock(*mutex);
-    object_cache[document] = obj;
-}
-
-void interface::forget(jsplugin_obj* obj, jsplugin_obj* document) const noexcept {
-    const orvo::scoped_lock lock(*mutex);
-    const auto cached = object_cache.find(document);
-    if (cached != object_cache.end() && cached->second == obj) {
-        object_cache.erase(cached);
-    }
+    object_cache.set(document, obj);
 }
 
 jsplugin_obj* interface::create_object(jsplugin_obj* owner_object,
@@ -195,15 +213,19 @@ void interface::create_object(jsplugin_obj* global,
     *notify_c = nullptr;
 }
 
-int interface::make_function(jsplugin_obj* obj, const std::string& name, jsplugin_value* result) {
-    auto script_name = std::make_unique<std::string>(name);
+int interface::make_function(jsplugin_obj* obj,
+                             const char* name,
+                             const function_member* of_class,
+                             jsplugin_value* result) const {
+    auto made = std::make_unique<script_function>(
+        script_function{name, of_class ? shared : nullptr, of_class});
     jsplugin_obj* function = nullptr;
     const int answer = g_orvo_callbacks->create_function(
         obj, nullptr, nullptr, &_static_call, &_static_call_destructor, nullptr, &function);
     if (answer != JSP_CREATE_OK || !function) {
         throw std::runtime_error("Couldn't create JS function using create_function");
     }
-    function->plugin_private = script_name.release();
+    function->plugin_private = made.release();
     objects().add_object(function, obj, false);
     result->type = JSP_TYPE_NATIVE_OBJECT;
     result->u.object = function;
@@ -215,13 +237,13 @@ void interface::_static_destructor(jsplugin_obj* obj) noexcept {
     obj->plugin_private = nullptr;
     objects().remove_object(obj);
     if (record) {
-        record->self->forget(obj, record->document);
+        record->self->object_cache.erase(record->document, obj);
     }
 }
 
 void interface::_static_call_destructor(jsplugin_obj* function_obj) noexcept {
-    const std::unique_ptr<std::string> name(
-        static_cast<std::string*>(function_obj->plugin_private));
+    const std::unique_ptr<script_function> dropped(
+        static_cast<script_function*>(function_obj->plugin_private));
     function_obj->plugin_private = nullptr;
     objects().remove_object(function_obj);
 }
@@ -260,101 +282,83 @@ int interface::_static_call(jsplugin_obj* this_obj,
         __detail::set_exception(result, nullptr, not_ours);
         return JSP_CALL_EXCEPTION;
     }
-    const auto* const name = static_cast<const std::string*>(function_obj->plugin_private);
+    const auto& function = *static_cast<const script_function*>(function_obj->plugin_private);
     private_record& record = private_record::of(this_obj);
     const orvo::shared_ptr<interface> self = record.self;
     return guarded(result, &record.scratch, JSP_CALL_EXCEPTION, [&] {
-        return self->_function_call(*name, this_obj, function_obj, argc, argv, result,
-                                    record.scratch);
+        return self->_function_call(function, this_obj, argc, argv, result, record.scratch);
     });
 }
 
 int interface::_getter(jsplugin_obj* obj,
-                       const std::string& name,
+                       const char* name,
                        jsplugin_value* result,
                        std::string& scratch) {
-    get_member getter;
-    catch_all_get any;
-    orvo::shared_ptr<interface> child;
-    bool is_function = false;
-    {
-        const orvo::scoped_lock lock(*mutex);
-        result_context constant(obj, result, &scratch);
-        if (functions.count(name) != 0) {
-            is_function = true;
-        } else if (const auto attribute = lookup(getters, name)) {
-            getter = attribute->member;
-        } else if (const auto found_child = lookup(children, name)) {
-            child = *found_child;
-        } else if (const auto number = lookup(numbers, name)) {
-            constant.return_number(*number);
-            return JSP_GET_VALUE_CACHE;
-        } else if (const auto boolean = lookup(booleans, name)) {
-            constant.return_boolean(*boolean);
-            return JSP_GET_VALUE_CACHE;
-        } else if (const auto string = lookup(strings, name)) {
-            constant.return_string(*string);
-            return JSP_GET_VALUE_CACHE;
-        } else {
-            any = any_getter;
-        }
-    }
-    if (is_function) {
-        return make_function(obj, name, result);
-    }
+    name_table::readable copy;
+    const name_table::readable* const found = find(name, copy);
     result_context context(obj, result, &scratch);
-    if (getter) {
-        getter(*this, context);
-    } else if (child) {
-        context.return_interface(child, false);
-    } else if (any) {
-        any(*this, name, context);
-    } else {
-        return JSP_GET_NO_PROPERTY;
-    }
-    return context.getter_answer();
-}
-
-int interface::_setter(jsplugin_obj* obj, const std::string& name, jsplugin_value* value) {
-    set_member setter;
-    catch_all_set any;
-    {
-        const orvo::scoped_lock lock(*mutex);
-        if (const auto attribute = lookup(setters, name)) {
-            setter = attribute->member;
-        } else {
-            any = any_setter;
+    if (!found) {
+        const catch_all_get any = shared ? shared->any_getter : catch_all_get();
+        if (!any) {
+            return JSP_GET_NO_PROPERTY;
         }
-    }
-    parameter_context context(obj, 1, value);
-    if (setter) {
-        setter(*this, context);
-    } else if (any) {
         any(*this, name, context);
-    } else {
-        return JSP_PUT_READ_ONLY;
+        return context.getter_answer();
     }
-    return JSP_PUT_OK;
+    if (const auto* const function = std::get_if<name_table::function>(found)) {
+        return make_function(obj, name, found == &copy ? nullptr : &function->member, result);
+    }
+    if (const auto* const getter = std::get_if<get_member>(found)) {
+        (*getter)(*this, context);
+        return context.getter_answer();
+    }
+    if (const auto* const child = std::get_if<orvo::shared_ptr<interface>>(found)) {
+        context.return_interface(*child, false);
+        return context.getter_answer();
+    }
+    if (const auto* const number = std::get_if<double>(found)) {
+        context.return_number(*number);
+    } else if (const auto* const boolean = std::get_if<bool>(found)) {
+        context.return_boolean(*boolean);
+    } else {
+        context.return_string(std::get<std::string>(*found));
+    }
+    return JSP_GET_VALUE_CACHE;
 }
 
-int interface::_function_call(const std::string& name,
+int interface::_setter(jsplugin_obj* obj, const char* name, jsplugin_value* value) {
+    parameter_context context(obj, 1, value);
+    if (const set_member setter = find_setter(name)) {
+        setter(*this, context);
+        return JSP_PUT_OK;
+    }
+    if (shared && shared->any_setter) {
+        shared->any_setter(*this, name, context);
+        return JSP_PUT_OK;
+    }
+    return JSP_PUT_READ_ONLY;
+}
+
+int interface::_function_call(const script_function& function,
                               jsplugin_obj* this_obj,
-                              jsplugin_obj* /*function_obj*/,
                               int argc,
                               jsplugin_value* argv,
                               jsplugin_value* result,
                               std::string& scratch) {
-    function_member member;
-    {
-        const orvo::scoped_lock lock(*mutex);
-        const auto function = functions.find(name);
-        if (function == functions.end()) {
-            return JSP_CALL_NO_FUNCTION;
+    name_table::readable copy;
+    const function_member* member = nullptr;
+    if (function.names && function.names == shared && !own_in_use()) {
+        member = function.member;
+    } else if (const name_table::readable* const found = find(function.name, copy)) {
+        if (const auto* const named = std::get_if<name_table::function>(found)) {
+            member = &named->member;
         }
-        member = function->second.member;
+    }
+    if (!member) {
+        return JSP_CALL_NO_FUNCTION;
     }
     function_context context(this_obj, argc, argv, result, &scratch);
-    member(*this, context);
+    (*member)(*this, context);
     return context.has_result() ? JSP_CALL_VALUE : JSP_CALL_NO_VALUE;
 }
 

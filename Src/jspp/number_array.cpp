@@ -18,10 +18,15 @@ std::size_t checked(unsigned index, std::size_t count) {
 }  // namespace
 
 number_array::number_array(std::vector<double> values) : items(std::move(values)) {
-    _attribute_get("length", &number_array::get_length);
-    _function("item", &number_array::item, "n");
-    _catch_all_get(&number_array::index_get);
-    _catch_all_set(&number_array::index_set);
+    static const function_row functions[] = {{"item", &number_array::item, "n"}};
+    static const attribute_row attributes[] = {{"length", &number_array::get_length, {}}};
+    static const name_table names = [] {
+        name_table table(name_table(), functions, attributes);
+        table.any_getter = &number_array::index_get;
+        table.any_setter = &number_array::index_set;
+        return table;
+    }();
+    _class(names);
 }
 
 void number_array::get_length(result_context& context) const {

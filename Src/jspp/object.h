@@ -6,6 +6,8 @@
 
 #include "jsplugin.h"
 
+#include <vector>
+
 namespace jspp {
 
 class call_parameters;
@@ -35,8 +37,13 @@ public:
     // Calls the script function at once; its result is dropped. Script thread only.
     void call(const call_parameters& parameters) const;
 
-    // Queues the call for the next framework tick of the object's document.
-    void call_delayed(const call_parameters& parameters) const;
+    // Queues the call for the next framework tick of the object's document. False when the handle
+    // refers to nothing (any more).
+    bool call_delayed(const call_parameters& parameters) const;
+
+    // What a tick does with a queued call: calls the function unless it has gone. `values` is
+    // room to work in. Script thread only.
+    void call_queued(const call_parameters& parameters, std::vector<jsplugin_value>& values) const;
 
     // The script object, or null when the handle refers to nothing (any more).
     jsplugin_obj* get() const noexcept;
@@ -44,15 +51,15 @@ public:
     // The document of the script object, or null likewise.
     jsplugin_obj* document() const noexcept;
 
-    // True when the script object may be called: it is registered, and not as a plain object.
-    bool is_function() const noexcept;
-
     // Equality is of the script object.
     friend bool operator==(const object& a, const object& b) noexcept;
     friend bool operator!=(const object& a, const object& b) noexcept { return !(a == b); }
 
 private:
     __detail::object_manager::found find() const noexcept;
+    void call_in(jsplugin_obj* document,
+                 const call_parameters& parameters,
+                 std::vector<jsplugin_value>& values) const;
 
     orvo::shared_ptr<_s_data> data;
 };

@@ -5,9 +5,14 @@
 #include <stdexcept>
 
 string_array::string_array(__detail::string_array_c texts) : items(std::move(texts)) {
-    _attribute_get("length", &string_array::get_length);
-    _function("item", &string_array::item, "n");
-    _catch_all_get(&string_array::index_get);
+    static const function_row functions[] = {{"item", &string_array::item, "n"}};
+    static const attribute_row attributes[] = {{"length", &string_array::get_length, {}}};
+    static const jspp::name_table names = [] {
+        jspp::name_table table(jspp::name_table(), functions, attributes);
+        table.any_getter = &string_array::index_get;
+        return table;
+    }();
+    _class(names);
 }
 
 void string_array::get_length(jspp::result_context& context) const {

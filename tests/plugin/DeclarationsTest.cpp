@@ -10,44 +10,28 @@ struct Names {
     std::string shape;
     Strings all;
 };
-Names namesOf(const jspp::interface& object);
-
-// An explicit instantiation may name private members.
-template <auto Functions, auto Getters, auto Setters, auto Numbers, auto Texts, auto AnyGet>
-struct Tables {
-    friend Names namesOf(const jspp::interface& object) { return read(object); }
-    static Names read(const jspp::interface& object) {
-        Names names;
-        const auto add = [&](const std::string& name, const std::string& declared) {
-            names.shape += declared + "; ";
-            names.all.push_back(name);
-        };
-        for (const auto& [name, row] : object.*Functions) {
-            add(name, name + ": 'function'");
+Names namesOf(const jspp::interface& object) {
+    Names names;
+    const jspp::name_table table = object.names();
+    for (const auto& [name, value] : table.all()) {
+        names.all.push_back(name);
+        const std::string readOnly = table.find_setter(name) ? "" : "readonly ";
+        if (std::holds_alternative<jspp::name_table::function>(value)) {
+            names.shape += name + ": 'function'; ";
+        } else if (const auto* const number = std::get_if<double>(&value)) {
+            names.shape +=
+                readOnly + name + ": " + std::to_string(static_cast<int>(*number)) + "; ";
+        } else if (const auto* const text = std::get_if<std::string>(&value)) {
+            names.shape += readOnly + name + ": '" + *text + "'; ";
+        } else {
+            names.shape += readOnly + name + ": 'attribute'; ";
         }
-        for (const auto& [name, row] : object.*Getters) {
-            const bool writable = (object.*Setters).count(name) != 0;
-            add(name, (writable ? "" : "readonly ") + name + ": 'attribute'");
-        }
-        for (const auto& [name, value] : object.*Numbers) {
-            add(name, "readonly " + name + ": " + std::to_string(static_cast<int>(value)));
-        }
-        for (const auto& [name, value] : object.*Texts) {
-            add(name, "readonly " + name + ": '" + value + "'");
-        }
-        if (object.*AnyGet) {
-            names.shape += "[index: number]: 'attribute'";
-        }
-        return names;
     }
-};
-using Interface = jspp::interface;
-template struct Tables<&Interface::functions,
-                       &Interface::getters,
-                       &Interface::setters,
-                       &Interface::numbers,
-                       &Interface::strings,
-                       &Interface::any_getter>;
+    if (table.any_getter) {
+        names.shape += "[index: number]: 'attribute'";
+    }
+    return names;
+}
 
 constexpr char compare[] = R"ts(
 type Kind<V> = null extends V ? "attribute"

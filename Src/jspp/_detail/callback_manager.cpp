@@ -14,16 +14,16 @@ namespace {
 
 }  // namespace
 
-void callback_manager::add(jsplugin_obj* document,
-                           const object& function,
-                           const call_parameters& parameters) {
+bool callback_manager::add(const object& function, const call_parameters& parameters) {
     // Copied before the lock is taken; a vector that grows moves its calls.
     std::pair<object, call_parameters> call(function, parameters);
     const orvo::scoped_lock lock(mutex);
-    // A document that has unloaded meanwhile takes nothing out any more.
-    if (function.document() == document) {
+    // Asked under the lock: a document that unloads takes its calls out after its functions went.
+    jsplugin_obj* const document = function.document();
+    if (document) {
         calls[document].push_back(std::move(call));
     }
+    return document != nullptr;
 }
 
 callback_manager::pending callback_manager::take(jsplugin_obj* document) {

@@ -23,9 +23,8 @@ public:
     callback_manager(const callback_manager&) = delete;
     callback_manager& operator=(const callback_manager&) = delete;
 
-    // A call for a document that has gone is dropped.
-    void add(jsplugin_obj* document, const object& function, const call_parameters& parameters)
-        ORVO_EXCLUDES(mutex);
+    // False when the function refers to nothing any more; then nothing is queued.
+    bool add(const object& function, const call_parameters& parameters) ORVO_EXCLUDES(mutex);
 
     // Hands over everything that waits for the document, in the order queued.
     pending take(jsplugin_obj* document) ORVO_EXCLUDES(mutex);

@@ -141,17 +141,22 @@ jsplugin_obj* object::document() const noexcept {
     return find().document;
 }
 
-bool object::is_function() const noexcept {
-    const __detail::object_manager::found found = find();
-    return found.document && !found.is_object;
-}
-
 bool operator==(const object& a, const object& b) noexcept {
     if (!a.data || !b.data) {
         return !a.data && !b.data;
     }
     // The entry tells a script object from a later one at the same address.
     return a.data->obj == b.data->obj && a.data->entry == b.data->entry;
+}
+
+void object::call_in(jsplugin_obj* document,
+                     const call_parameters& parameters,
+                     std::vector<jsplugin_value>& values) const {
+    values.clear();
+    parameters.generate_values(document, values);
+    __detail::g_orvo_callbacks->call_function(
+        document, nullptr, data->obj, static_cast<int>(values.size()),
+        values.empty() ? nullptr : values.data(), nullptr, nullptr);
 }
 
 void object::call(const call_parameters& parameters) const {
@@ -161,19 +166,23 @@ void object::call(const call_parameters& parameters) const {
         return;
     }
     std::vector<jsplugin_value> values;
-    parameters.generate_values(context, values);
-    __detail::g_orvo_callbacks->call_function(
-        context, nullptr, data->obj, static_cast<int>(values.size()),
-        values.empty() ? nullptr : values.data(), nullptr, nullptr);
+    call_in(context, parameters, values);
 }
 
-void object::call_delayed(const call_parameters& parameters) const {
-    jsplugin_obj* const context = document();
-    if (!context) {
+bool object::call_delayed(const call_parameters& parameters) const {
+    const bool queued = __detail::callbacks().add(*this, parameters);
+    if (!queued) {
         logger.error("jspp::object::call_delayed", "Illegal Spotify object called, returning.");
-        return;
     }
-    __detail::callbacks().add(context, *this, parameters);
+    return queued;
+}
+
+void object::call_queued(const call_parameters& parameters,
+                         std::vector<jsplugin_value>& values) const {
+    const __detail::object_manager::found found = find();
+    if (found.document && !found.is_object) {
+        call_in(found.document, parameters, values);
+    }
 }
 
 }  // namespace jspp

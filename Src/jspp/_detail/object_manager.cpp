@@ -19,38 +19,73 @@ namespace {
 
 }  // namespace
 
-const object_manager::owner* object_manager::entry_of(jsplugin_obj* obj) const noexcept {
-    const auto entry = owners.find(obj);
-    return entry == owners.end() ? nullptr : &entry->second;
+const object_manager::entry* object_manager::entry_of(jsplugin_obj* obj) const noexcept {
+    const auto known = entries.find(obj);
+    return known == entries.end() ? nullptr : &known->second;
 }
 
-object_manager::owner&
-object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) {
-    const owner* const parent_entry = entry_of(parent);
-    jsplugin_obj* const document = parent_entry ? parent_entry->document : parent;
-    const auto [entry, added] = owners.try_emplace(obj);
-    child_map::iterator child;
-    try {
-        child = children.insert({document, s_child{obj, is_object}});
-    } catch (...) {
-        if (added) {
-            owners.erase(entry);
-        }
-        throw;
+void object_manager::link(entry& added, jsplugin_obj* document) {
+    entry*& newest = newest_of[document];
+    added.document = document;
+    added.newer = nullptr;
+    added.older = newest;
+    if (newest) {
+        newest->newer = &added;
     }
-    if (added) {
-        entry->second.id = ++last_id;
+    newest = &added;
+}
+
+void object_manager::unlink(entry& leaving) noexcept {
+    if (leaving.older) {
+        leaving.older->newer = leaving.newer;
+    }
+    if (leaving.newer) {
+        leaving.newer->older = leaving.older;
+    } else if (leaving.older) {
+        newest_of.find(leaving.document)->second = leaving.older;
     } else {
-        children.erase(entry->second.child);
+        newest_of.erase(leaving.document);
     }
-    entry->second.document = document;
-    entry->second.child = child;
-    return entry->second;
 }
 
-void object_manager::erase(owner_map::iterator entry) noexcept {
-    children.erase(entry->second.child);
-    owners.erase(entry);
+object_manager::entry&
+object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) {
+    const entry* const parent_entry = entry_of(parent);
+    jsplugin_obj* const document = parent_entry ? parent_entry->document : parent;
+    const auto [place, added] = entries.try_emplace(obj);
+    entry& kept = place->second;
+    if (added) {
+        try {
+            link(kept, document);
+        } catch (...) {
+            entries.erase(place);
+            throw;
+        }
+        kept.object = obj;
+        kept.id = ++last_id;
+    } else if (kept.document != document) {
+        newest_of.try_emplace(document);  // before anything changes: it may throw
+        unlink(kept);
+        link(kept, document);
+    }
+    kept.is_object = is_object;
+    if (!is_object) {
+        forget_last_object(obj);
+    }
+    return kept;
+}
+
+void object_manager::erase(entry& leaving) noexcept {
+    jsplugin_obj* const obj = leaving.object;
+    forget_last_object(obj);
+    unlink(leaving);
+    entries.erase(obj);
+}
+
+void object_manager::forget_last_object(const jsplugin_obj* obj) noexcept {
+    if (last_object.load(std::memory_order_relaxed) == obj) {
+        last_object.store(nullptr, std::memory_order_relaxed);
+    }
 }
 
 void object_manager::add_object(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) {
@@ -60,66 +95,72 @@ void object_manager::add_object(jsplugin_obj* obj, jsplugin_obj* parent, bool is
 
 void object_manager::remove_object(jsplugin_obj* obj) {
     const orvo::scoped_lock lock(mutex);
-    const auto entry = owners.find(obj);
-    if (entry != owners.end()) {
-        erase(entry);
+    const auto known = entries.find(obj);
+    if (known != entries.end()) {
+        erase(known->second);
     }
 }
 
 void object_manager::remove_parent(jsplugin_obj* document) {
     const orvo::scoped_lock lock(mutex);
-    const auto [first, last] = children.equal_range(document);
-    for (auto child = first; child != last; ++child) {
-        jsplugin_obj* const obj = child->second.object;
-        if (child->second.is_object && obj->plugin_private) {
+    const auto newest = newest_of.find(document);
+    if (newest == newest_of.end()) {
+        return;
+    }
+    const entry* child = newest->second;
+    newest_of.erase(newest);
+    while (child) {
+        jsplugin_obj* const obj = child->object;
+        if (child->is_object && obj->plugin_private) {
             private_record::of(obj).unloaded = true;
         }
-        owners.erase(obj);
+        child = child->older;
+        forget_last_object(obj);
+        entries.erase(obj);
     }
-    children.erase(first, last);
 }
 
 object_manager::serial object_manager::add_handle(jsplugin_obj* obj, jsplugin_obj* parent) {
     const orvo::scoped_lock lock(mutex);
-    const auto known = owners.find(obj);
-    owner& entry = known != owners.end() ? known->second : add_entry(obj, parent, false);
-    if (known == owners.end()) {
-        entry.added_by_handle = true;
+    const auto known = entries.find(obj);
+    entry& counted = known != entries.end() ? known->second : add_entry(obj, parent, false);
+    if (counted.handles == 0 && known == entries.end()) {
+        counted.added_by_handle = true;
     }
-    ++entry.handles;
-    return entry.id;
+    ++counted.handles;
+    return counted.id;
 }
 
-void object_manager::remove_handle(jsplugin_obj* obj, serial entry) noexcept {
+void object_manager::remove_handle(jsplugin_obj* obj, serial id) noexcept {
     const orvo::scoped_lock lock(mutex);
-    const auto known = owners.find(obj);
-    if (known == owners.end() || known->second.id != entry) {
+    const auto known = entries.find(obj);
+    if (known == entries.end() || known->second.id != id) {
         return;
     }
     if (--known->second.handles == 0 && known->second.added_by_handle) {
-        erase(known);
+        erase(known->second);
     }
 }
 
 jsplugin_obj* object_manager::find_most_parent(jsplugin_obj* obj) const {
     const orvo::scoped_lock lock(mutex);
-    const owner* const entry = entry_of(obj);
-    if (!entry) {
+    const entry* const known = entry_of(obj);
+    if (!known) {
         throw std::runtime_error("Can't find the parent of the given object!");
     }
-    return entry->document;
+    return known->document;
 }
 
 jsplugin_obj* object_manager::document_of(jsplugin_obj* obj) const noexcept {
     const orvo::scoped_lock lock(mutex);
-    const owner* const entry = entry_of(obj);
-    return entry ? entry->document : obj;
+    const entry* const known = entry_of(obj);
+    return known ? known->document : obj;
 }
 
 bool object_manager::has_children(jsplugin_obj* obj, jsplugin_obj* document) const noexcept {
     const orvo::scoped_lock lock(mutex);
-    const owner* const entry = entry_of(obj);
-    return entry && entry->document == document;
+    const entry* const known = entry_of(obj);
+    return known && known->document == document;
 }
 
 bool object_manager::does_exist(jsplugin_obj* obj) const noexcept {
@@ -128,23 +169,30 @@ bool object_manager::does_exist(jsplugin_obj* obj) const noexcept {
 }
 
 bool object_manager::is_object(jsplugin_obj* obj) const noexcept {
+    if (obj && obj == last_object.load(std::memory_order_relaxed)) {
+        return true;
+    }
     const orvo::scoped_lock lock(mutex);
-    const owner* const entry = entry_of(obj);
-    return entry && entry->child->second.is_object;
+    const entry* const known = entry_of(obj);
+    if (!known || !known->is_object) {
+        return false;
+    }
+    last_object.store(obj, std::memory_order_relaxed);
+    return true;
 }
 
-object_manager::found object_manager::find(jsplugin_obj* obj, serial entry) const noexcept {
+object_manager::found object_manager::find(jsplugin_obj* obj, serial id) const noexcept {
     const orvo::scoped_lock lock(mutex);
-    const owner* const known = entry_of(obj);
-    if (!known || known->id != entry) {
+    const entry* const known = entry_of(obj);
+    if (!known || known->id != id) {
         return {};
     }
-    return {known->document, known->child->second.is_object};
+    return {known->document, known->is_object};
 }
 
 std::size_t object_manager::size() const noexcept {
     const orvo::scoped_lock lock(mutex);
-    return owners.size();
+    return entries.size();
 }
 
 }  // namespace jspp::__detail

@@ -5,8 +5,10 @@
 
 #include "jsplugin.h"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <map>
+#include <unordered_map>
 
 namespace jspp::__detail {
 
@@ -37,7 +39,7 @@ public:
     // Counts a handle to `obj`. An unknown object is added as a function, and leaves the registry
     // with its last handle; a known one keeps its entry.
     serial add_handle(jsplugin_obj* obj, jsplugin_obj* parent) ORVO_EXCLUDES(mutex);
-    void remove_handle(jsplugin_obj* obj, serial entry) noexcept ORVO_EXCLUDES(mutex);
+    void remove_handle(jsplugin_obj* obj, serial id) noexcept ORVO_EXCLUDES(mutex);
 
     // Throws std::runtime_error when `obj` is not registered.
     jsplugin_obj* find_most_parent(jsplugin_obj* obj) const ORVO_EXCLUDES(mutex);
@@ -50,6 +52,7 @@ public:
     bool does_exist(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
 
     // True for a plain object of this framework: only then may its plugin_private be read as one.
+    // Script thread.
     bool is_object(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
 
     // What a handle refers to, looked up at once.
@@ -57,35 +60,39 @@ public:
         jsplugin_obj* document = nullptr;  // null: the handle's object is not registered any more
         bool is_object = false;
     };
-    found find(jsplugin_obj* obj, serial entry) const noexcept ORVO_EXCLUDES(mutex);
+    found find(jsplugin_obj* obj, serial id) const noexcept ORVO_EXCLUDES(mutex);
 
     // Entries at this moment.
     std::size_t size() const noexcept ORVO_EXCLUDES(mutex);
 
 private:
-    struct s_child {
-        jsplugin_obj* object;
-        bool is_object;
-    };
-    using child_map = std::multimap<jsplugin_obj*, s_child>;
-
-    struct owner {
+    // Entries of one document hang in a list, newest first.
+    struct entry {
+        jsplugin_obj* object = nullptr;
         jsplugin_obj* document = nullptr;
-        child_map::iterator child;
+        entry* newer = nullptr;
+        entry* older = nullptr;
         serial id = 0;
         int handles = 0;
+        bool is_object = false;
         bool added_by_handle = false;
     };
-    using owner_map = std::map<jsplugin_obj*, owner>;
 
-    owner& add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_REQUIRES(mutex);
-    void erase(owner_map::iterator entry) noexcept ORVO_REQUIRES(mutex);
-    const owner* entry_of(jsplugin_obj* obj) const noexcept ORVO_REQUIRES(mutex);
+    entry& add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_REQUIRES(mutex);
+    void link(entry& added, jsplugin_obj* document) ORVO_REQUIRES(mutex);
+    void unlink(entry& leaving) noexcept ORVO_REQUIRES(mutex);
+    void erase(entry& leaving) noexcept ORVO_REQUIRES(mutex);
+    const entry* entry_of(jsplugin_obj* obj) const noexcept ORVO_REQUIRES(mutex);
+    void forget_last_object(const jsplugin_obj* obj) noexcept;
 
     mutable orvo::Mutex mutex;
-    owner_map owners ORVO_GUARDED_BY(mutex);
-    child_map children ORVO_GUARDED_BY(mutex);
+    std::unordered_map<jsplugin_obj*, entry> entries ORVO_GUARDED_BY(mutex);
+    std::unordered_map<jsplugin_obj*, entry*> newest_of ORVO_GUARDED_BY(mutex);  // by document
     serial last_id ORVO_GUARDED_BY(mutex) = 0;
+
+    // The plain object that is_object() found last: script calls one object's members in a row.
+    // Plain objects come and go on the script thread alone.
+    mutable std::atomic<jsplugin_obj*> last_object{nullptr};
 };
 
 // The one registry; made on first use, never freed, since handles are dropped up to process exit.
