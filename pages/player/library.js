@@ -133,6 +133,12 @@ export function ownName() {
     return Spotify.Session.user().canonicalName();
 }
 
+/** The same as people write it. */
+export function shownName() {
+    const user = Spotify.Session.user();
+    return user.displayName() || user.canonicalName();
+}
+
 /**
  * A track has got or lost its star, here or elsewhere.
  * @type {Signal<void>}
