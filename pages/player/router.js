@@ -133,7 +133,7 @@ function showError(root, error) {
         h("h1", null, "This could not be shown"),
         h("p", null, error instanceof Error ? error.message : String(error)),
         h("p", { class: "actions" },
-            h("button", { type: "button", class: "button", onclick: show }, "Try again"),
+            h("button", { type: "button", class: "button primary", onclick: show }, "Try again"),
             h("a", { class: "button quiet", href: "#/home" }, "Go home"))));
 }
 
