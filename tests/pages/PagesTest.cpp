@@ -91,7 +91,7 @@ private:
 std::string demoMusic() {
     static const std::string folder = [] {
         fs::create_directories(WORK_DIR);
-        const std::string made = WORK_DIR "/demo";
+        std::string made = WORK_DIR "/demo";
         const Outcome outcome = run({std::string(bin) + "sonolet-demo", made}, sanitizers);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
         return made;
@@ -215,6 +215,7 @@ INSTANTIATE_TEST_SUITE_P(Pages,
 TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
     const Place place("example-playlists", demoMusic());
     place.links();  // the library is known from the start
+    const std::string file = PAGES_DIR "/../../pages/playlists.js";
     const std::string shell = R"sh(
         list=$1sonolet-playlist
         change() { "$list" "$@" >/dev/null; }
@@ -240,9 +241,7 @@ TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
         change remove Mix; expect 'PlaylistRemoved(playlist "Mix", 3)'
         kill "$page_PID"
     )sh";
-    const Outcome outcome =
-        run({"/bin/bash", "-c", shell, "bash", bin, PAGES_DIR "/../../pages/playlists.js"},
-            place.variables());
+    const Outcome outcome = run({"/bin/bash", "-c", shell, "bash", bin, file}, place.variables());
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
     std::string expected = R"(playlists of listener:
