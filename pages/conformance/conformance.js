@@ -504,7 +504,7 @@ var conformance = (function () {
         constructors.forEach(function (name) {
             var maker = /** @type {any} */ (Spotify)[name];
             has("Spotify." + name, maker, ["create", "addEventListener", "removeEventListener"]);
-            same("Spotify." + name + " itself is none", "isLoaded" in maker, false);
+            same("Spotify." + name + " itself is no " + name, "isLoaded" in maker, false);
         });
         checkArguments("Spotify", Spotify, "t errorMessage(n)");
         answers("Spotify.errorMessage(6)", "t", function () { return Spotify.errorMessage(6); });
@@ -1176,6 +1176,12 @@ var conformance = (function () {
 
     // ---- TAP --------------------------------------------------------------------------------------
 
+    /** What is checked: the plug-in with its library, and the browser. */
+    function setting() {
+        return "Sonolet " + Spotify.Sonolet.version() +
+            (typeof navigator === "undefined" ? "" : ", " + navigator.userAgent);
+    }
+
     /**
      * As YAML has it.
      * @param {string} [text]
@@ -1207,6 +1213,7 @@ var conformance = (function () {
         options = account;
         session = Spotify.Session;
         plugin = Spotify.Sonolet;
+        console.log("# " + setting());
         onResult = function (result) {
             print(result);
             if (resultListener) {
@@ -1225,7 +1232,7 @@ var conformance = (function () {
         next();
     }
 
-    return { defaults: DEFAULTS, start: start };
+    return { defaults: DEFAULTS, setting: setting, start: start };
 }());
 
 if (typeof document === "undefined") {
