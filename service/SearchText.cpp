@@ -13,9 +13,8 @@ namespace {
 constexpr std::size_t mostWords = 64;
 constexpr int lastYear = 9999;
 
-bool isSpace(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
+constexpr char spaces[] = " \t\n\v\f\r";
+constexpr char wordEnds[] = " \t\n\v\f\r\"";
 
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
@@ -66,18 +65,18 @@ void addYears(const std::string& start,
               int size,
               int from,
               int to,
-              std::vector<std::string>& to_) {
+              std::vector<std::string>& prefixes) {
     const int last = first + size - 1;
     if (last < from || first > to) {
         return;
     }
     if ((from <= first && last <= to && !start.empty()) || size == 1) {
-        to_.push_back('"' + start + '"' + (size == 1 ? "" : "*"));
+        prefixes.push_back('"' + start + '"' + (size == 1 ? "" : "*"));
         return;
     }
     for (int digit = 0; digit < 10; ++digit) {
         addYears(start + static_cast<char>('0' + digit), first + digit * size / 10, size / 10, from,
-                 to, to_);
+                 to, prefixes);
     }
 }
 
@@ -122,9 +121,7 @@ void SearchText::parse(std::string_view text, const Tokenizer& tokenizer) {
     std::size_t place = 0;
     std::size_t wordCount = 0;
     const auto skipSpaces = [&] {
-        while (place < text.size() && isSpace(text[place])) {
-            ++place;
-        }
+        place = std::min(text.find_first_not_of(spaces, place), text.size());
     };
     for (skipSpaces(); place < text.size() && wordCount < mostWords; skipSpaces()) {
         const std::size_t start = place;
@@ -137,20 +134,13 @@ void SearchText::parse(std::string_view text, const Tokenizer& tokenizer) {
                 break;
             }
         }
-        std::size_t valueStart = place;
-        std::size_t valueEnd = place;
-        if (place < text.size() && text[place] == '"') {
-            valueStart = place + 1;
-            valueEnd = std::min(text.find('"', valueStart), text.size());
-            // Without its end it is still being typed.
-            term.quoted = valueEnd < text.size();
-            place = std::min(valueEnd + 1, text.size());
-        } else {
-            while (place < text.size() && !isSpace(text[place]) && text[place] != '"') {
-                ++place;
-            }
-            valueEnd = place;
-        }
+        const bool quote = place < text.size() && text[place] == '"';
+        std::size_t valueStart = quote ? place + 1 : place;
+        const std::size_t valueEnd =
+            std::min(text.find_first_of(quote ? "\"" : wordEnds, valueStart), text.size());
+        // Without its end it is still being typed.
+        term.quoted = quote && valueEnd < text.size();
+        place = term.quoted ? valueEnd + 1 : valueEnd;
         const std::string_view value = text.substr(valueStart, valueEnd - valueStart);
         if (term.field == Field::year) {
             if (const auto years = parseYears(value)) {
@@ -227,7 +217,8 @@ SearchText::Expression SearchText::expression(const Columns& columns, bool ranke
         const std::string beginning = phrase + " *";
         if (term.prefix && ranked) {
             // A whole word is a better answer than one that only begins so: it counts twice.
-            also(filter + '(' + phrase + " OR " + beginning + ')');
+            also(std::string(filter).append("(").append(phrase).append(" OR ").append(beginning) +
+                 ')');
             all.phrases.push_back(filter + phrase);
             all.phrases.push_back(filter + beginning);
         } else {

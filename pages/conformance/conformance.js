@@ -423,7 +423,8 @@ var conformance = (function () {
 
     // ---- Steps ----
 
-    /** @type {{ title: string, needs: string, body: (done: () => void) => void }[]} */
+    /** @type {{ title: string, needs: string, body: (done: () => void) => void,
+     *     seconds: number }[]} */
     var steps = [];
     var step = -1;
     /** @type {any} */
@@ -433,8 +434,11 @@ var conformance = (function () {
     /**
      * @param {string} title @param {string} needs what an earlier step has to have found
      * @param {(done: () => void) => void} body
+     * @param {number} [seconds] after which it is given up
      */
-    function add(title, needs, body) { steps.push({ title: title, needs: needs, body: body }); }
+    function add(title, needs, body, seconds) {
+        steps.push({ title: title, needs: needs, body: body, seconds: seconds || 60 });
+    }
 
     /**
      * Ends the step instead of the page.
@@ -473,9 +477,10 @@ var conformance = (function () {
             return;
         }
         limit = setTimeout(function () {
-            holds(todo.title + " comes to its end", false, "nothing for 45 s", "an event");
+            holds(todo.title + " comes to its end", false, "not within " + todo.seconds + " s",
+                "the next event");
             finish(current);
-        }, 45000);
+        }, todo.seconds * 1000);
         guarded(function () { todo.body(function () { finish(current); }); })();
     }
 
@@ -499,7 +504,7 @@ var conformance = (function () {
         constructors.forEach(function (name) {
             var maker = /** @type {any} */ (Spotify)[name];
             has("Spotify." + name, maker, ["create", "addEventListener", "removeEventListener"]);
-            same("Spotify." + name + " itself is none", "isLoaded" in maker, false);
+            same("Spotify." + name + " itself is no " + name, "isLoaded" in maker, false);
         });
         checkArguments("Spotify", Spotify, "t errorMessage(n)");
         answers("Spotify.errorMessage(6)", "t", function () { return Spotify.errorMessage(6); });
@@ -688,7 +693,8 @@ var conformance = (function () {
         }
         when(session, "CredentialsBlobUpdated", always, function (blob) { found.blob = blob; });
         when(session, "LoggedIn", always, function (error) {
-            if (!same("\"LoggedIn\" brings no error", error, 0)) {
+            if (!same("\"LoggedIn\" brings no error", Spotify.errorMessage(error),
+                Spotify.errorMessage(0))) {
                 failedAt = "login: " + Spotify.errorMessage(error);
                 done();
                 return;
@@ -756,19 +762,27 @@ var conformance = (function () {
     }
 
     add("a track to play", "login", function (done) {
-        if (!options.track) {
-            // The library may still be filling: the last query is asked again for a while.
-            discover("a e the o 1 i u s a e a e a e a e".split(" "), done);
-            return;
-        }
-        var track = Spotify.Track.create(options.track);
-        until(function () { return track.isLoaded(); }, function () {
-            found.tracks.push(track);
-            found.query = track.name();
-            take(track);
+        // A track that nobody has stops loading once a library that is being read is complete.
+        var track = Spotify.Track.create(options.track || "spotify:track:0000000000000000000000");
+        var patience = 600;
+        until(function () {
+            return track.error() !== Spotify.SP_ERROR.SP_ERROR_IS_LOADING || --patience === 0;
+        }, function () {
+            if (!options.track) {
+                discover("a e i o u the 1 s".split(" "), done);
+                return;
+            }
+            if (same("the track of the link", Spotify.errorMessage(track.error()),
+                Spotify.errorMessage(0))) {
+                found.tracks.push(track);
+                found.query = track.name();
+                take(track);
+            } else {
+                failedAt = "the link leads to none";
+            }
             done();
         });
-    });
+    }, 120);
 
     add("Track", "track", function (done) {
         checkObject("Track", found.track, 0);
@@ -1162,13 +1176,25 @@ var conformance = (function () {
 
     // ---- TAP --------------------------------------------------------------------------------------
 
+    /** What is checked: the plug-in with its library, and the browser. */
+    function setting() {
+        return "Sonolet " + Spotify.Sonolet.version() +
+            (typeof navigator === "undefined" ? "" : ", " + navigator.userAgent);
+    }
+
+    /**
+     * As YAML has it.
+     * @param {string} [text]
+     */
+    function quote(text) { return "'" + String(text).replace(/'/g, "''") + "'"; }
+
     /** @param {Result} result */
     function print(result) {
         console.log((result.ok ? "ok " : "not ok ") + result.number + " - " +
             result.what.replace(/[#\n]/g, " ") + (result.skip ? " # SKIP " + result.skip : ""));
         if (!result.ok) {
-            console.log("  ---\n  expected: " + JSON.stringify(result.expected) + "\n  got: " +
-                JSON.stringify(result.got) + "\n  ...");
+            console.log("  ---\n  expected: " + quote(result.expected) + "\n  got: " +
+                quote(result.got) + "\n  ...");
         }
     }
 
@@ -1187,6 +1213,7 @@ var conformance = (function () {
         options = account;
         session = Spotify.Session;
         plugin = Spotify.Sonolet;
+        console.log("# " + setting());
         onResult = function (result) {
             print(result);
             if (resultListener) {
@@ -1205,7 +1232,7 @@ var conformance = (function () {
         next();
     }
 
-    return { defaults: DEFAULTS, start: start };
+    return { defaults: DEFAULTS, setting: setting, start: start };
 }());
 
 if (typeof document === "undefined") {

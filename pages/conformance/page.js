@@ -46,9 +46,11 @@
                         "expected " + result.expected + ", got " + result.got]);
                 }
             }, function (counts) {
+                document.documentElement.setAttribute("data-ready", "true");
                 summarise(counts.failed > 0 ? "failed" : "passed", counts.passed + " passed, " +
                     counts.failed + " failed, " + counts.skipped + " skipped");
             });
+            byId("setting").textContent = conformance.setting();
         } catch (error) {
             summarise("failed", String(error));
         }
@@ -64,6 +66,8 @@
         return false;
     };
     if (location.search === "?run") {
+        // For what makes pictures of pages: there is more to come.
+        document.documentElement.setAttribute("data-ready", "false");
         run();
     }
 }());

@@ -4,7 +4,7 @@
 import { openDialog } from "./dialog.js";
 import { byId, h, icon, replace } from "./dom.js";
 import { forgetImages } from "./images.js";
-import { watchMetadata } from "./library.js";
+import { shownName, watchMetadata } from "./library.js";
 import { notify } from "./notices.js";
 import { reset, watchPlayer } from "./playback.js";
 import { startRemote } from "./remote.js";
@@ -38,8 +38,11 @@ const views = {
     },
 };
 
-/** What lasts as long as somebody is signed in. */
-let signedInScope = new Scope();
+/**
+ * What lasts as long as somebody is signed in; null while nobody is.
+ * @type {Scope | null}
+ */
+let signedInScope = null;
 
 function start() {
     startTheme(parseAddress().options.get("theme"));
@@ -83,17 +86,18 @@ function openApp() {
     signedInScope = new Scope();
     byId("signin").hidden = true;
     byId("app").hidden = false;
-    byId("user").textContent = Spotify.Session.user().displayName();
+    byId("user").textContent = shownName();
     fillSidebar(signedInScope);
     startRouter(views);
 }
 
 function closeApp() {
     byId("app").hidden = true;
-    if (!signedInScope.closed) {
+    if (signedInScope !== null) {
         reset();
         stopRouter();
         signedInScope.close();
+        signedInScope = null;
         forgetImages();
     }
 }

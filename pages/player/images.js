@@ -6,7 +6,7 @@ import { attempt } from "./library.js";
 import { debounce } from "./scope.js";
 
 const LIMIT = 16e6; // characters of pictures that are kept
-const AT_ONCE = 6;
+const AT_ONCE = 24; // an answer takes a few ticks of the plug-in, however small it is
 
 /**
  * Pictures by image id, the first ones first.
@@ -82,6 +82,11 @@ function load(id, elements) {
         loading.add(image);
         image.addEventListener("ImageLoaded", finish);
     }
+}
+
+/** Whether all pictures that can come have come. */
+export function picturesShown() {
+    return loading.size === 0 && wanted.size === 0;
 }
 
 /** At logout images say no more: what is under way will not come. */

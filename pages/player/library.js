@@ -111,7 +111,7 @@ export function describeAlbum(album) {
 
 /** @param {...string} parts */
 export function path(...parts) {
-    return `#/${parts.map(encodeURIComponent).join("/")}`;
+    return `#/${parts.map((part) => encodeURIComponent(part).replace(/%3A/g, ":")).join("/")}`;
 }
 
 /**
@@ -131,6 +131,12 @@ export function albumOf(track) {
 /** The canonical name of whoever is signed in. */
 export function ownName() {
     return Spotify.Session.user().canonicalName();
+}
+
+/** The same as people write it. */
+export function shownName() {
+    const user = Spotify.Session.user();
+    return user.displayName() || user.canonicalName();
 }
 
 /**
@@ -187,7 +193,7 @@ export function whenLoaded(thing) {
         const timer = setTimeout(() => {
             end();
             reject(new ServiceError(SP_ERROR_OTHER_PERMANENT, "This is not in the library."));
-        }, 15000);
+        }, 8000);
         const end = () => {
             stop();
             clearTimeout(timer);

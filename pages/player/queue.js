@@ -47,7 +47,7 @@ export class Queue {
         if (this.shuffled) {
             // The track that was chosen comes first, so that all others follow.
             this.entries.splice(index, 1);
-            this.entries = [index, ...shuffle(this.entries)];
+            this.entries = [index].concat(shuffle(this.entries.filter(isIndex)));
             this.at = 0;
         }
         this.entries.splice(this.at + 1, 0, ...between);
@@ -143,7 +143,7 @@ export class Queue {
         this.shuffled = shuffled;
         if (shuffled) {
             const rest = this.entries.splice(this.at + 1);
-            this.entries.push(...rest.filter(isTrack), ...shuffle(rest.filter(isIndex)));
+            this.entries = this.entries.concat(rest.filter(isTrack), shuffle(rest.filter(isIndex)));
         } else {
             this.sort();
         }

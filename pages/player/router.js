@@ -4,6 +4,7 @@
 // what it throws becomes an error with a way out.
 
 import { byId, h, icon, replace } from "./dom.js";
+import { picturesShown } from "./images.js";
 import { Scope } from "./scope.js";
 
 /**
@@ -45,6 +46,15 @@ export function remember(address, subject) {
 /** @param {string} address */
 export function go(address) {
     location.hash = address;
+}
+
+/**
+ * Gives the view that is shown another address; the number of steps back stays.
+ * @param {string} address
+ */
+export function readdress(address) {
+    history.replaceState(null, "", address);
+    shown = address;
 }
 
 /** @param {typeof views} table */
@@ -102,6 +112,18 @@ async function show() {
     clearTimeout(waiting);
     root.classList.remove("waiting");
     root.removeAttribute("aria-busy");
+    tellReady();
+}
+
+/** For whoever makes a picture of the page. */
+function tellReady() {
+    setTimeout(() => {
+        if (picturesShown()) {
+            document.documentElement.dataset.ready = "true";
+        } else {
+            tellReady();
+        }
+    }, 100);
 }
 
 /** @param {HTMLElement} root @param {unknown} error */
@@ -111,7 +133,7 @@ function showError(root, error) {
         h("h1", null, "This could not be shown"),
         h("p", null, error instanceof Error ? error.message : String(error)),
         h("p", { class: "actions" },
-            h("button", { type: "button", class: "button", onclick: show }, "Try again"),
+            h("button", { type: "button", class: "button primary", onclick: show }, "Try again"),
             h("a", { class: "button quiet", href: "#/home" }, "Go home"))));
 }
 

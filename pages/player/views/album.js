@@ -33,12 +33,17 @@ export async function albumView({ root, scope, args, options, subject, title }) 
             ],
             actions: playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled)),
         }),
-        trackTable({ tracks, scope, numbered: kind !== "Compilation", by: about.artist,
-            label: about.title }),
+        trackTable({ tracks, scope, label: about.title, by: about.artist,
+            numbered: severalDiscs(tracks) ? "discs" : "tracks" }),
         list(browsed.numCopyrights(), (i) => h("p", { class: "fineprint" }, browsed.copyright(i))));
     if (options.has("play")) {
         playFrom(tracks, Math.max(0, Number(options.get("play")) - 1), false);
     }
+}
+
+/** @param {FixedTracks} tracks in the order of their discs */
+function severalDiscs(tracks) {
+    return tracks.length > 0 && tracks.at(tracks.length - 1).disc() > 1;
 }
 
 /**

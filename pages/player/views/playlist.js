@@ -50,18 +50,23 @@ function show({ root, scope, title }, playlist, kind, name, hint) {
     put(root, head, rest);
     const table = trackTable({ tracks, scope, label: name, note: (index) => playlist.trackMessage(index) });
 
+    let image = playlist.getImage();
     const fill = () => {
         const current = kind === "Playlist" ? playlist.name() : name;
         title(current);
         const focused = head.contains(document.activeElement);
         replace(head, hero({
-            picture: picture(playlist), kind, title: current,
+            picture: picture(playlist, image), kind, title: current,
             facts: facts(playlist),
             actions: tracks.length === 0 ? []
                 : playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled))
                     .concat(kind === "Playlist" ? addButton(playlist) : []),
         }));
-        replace(rest, tracks.length > 0 ? table : empty("list", "Nothing here yet", hint));
+        if (tracks.length === 0) {
+            replace(rest, empty("list", "Nothing here yet", hint));
+        } else if (!table.isConnected) { // to put it there again would take the focus from its row
+            replace(rest, table);
+        }
         if (focused) {
             const first = /** @type {HTMLElement | null} */ (head.querySelector("button"));
             first && first.focus();
@@ -70,9 +75,13 @@ function show({ root, scope, title }, playlist, kind, name, hint) {
     const later = debounce(50, fill);
     scope.onClose(later.cancel);
     scope.on(tracks.changed, later);
-    for (const event of ["PlaylistRenamed", "DescriptionChanged", "ImageChanged", "PlaylistStateChanged"]) {
+    for (const event of ["PlaylistRenamed", "DescriptionChanged", "PlaylistStateChanged"]) {
         scope.listen(playlist, event, later);
     }
+    scope.listen(playlist, "ImageChanged", (_, id) => {
+        image = id;
+        fill();
+    });
     fill();
 }
 
@@ -89,9 +98,9 @@ function facts(playlist) {
 /**
  * The playlist's own picture, else covers of its first tracks.
  * @param {Spotify.Playlist} playlist
+ * @param {string} own image id
  */
-function picture(playlist) {
-    const own = playlist.getImage();
+function picture(playlist, own) {
     if (own !== "") {
         return cover(own, "large");
     }

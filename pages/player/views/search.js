@@ -4,7 +4,7 @@
 import { byId, counted, h, put, replace } from "../dom.js";
 import { albumsOf, artistsOf, path, search } from "../library.js";
 import { announce } from "../notices.js";
-import { go, parseAddress } from "../router.js";
+import { go, parseAddress, readdress } from "../router.js";
 import { Scope, Signal, debounce } from "../scope.js";
 import { SearchTracks } from "../tracklist.js";
 import { albumCard, artistCard, empty, section } from "./parts.js";
@@ -25,8 +25,7 @@ export function startSearchField() {
             }
             return;
         }
-        // The view stays, and so does the number of steps back.
-        history.replaceState(null, "", path("search", query));
+        readdress(path("search", query));
         typed.emit(query);
     });
     field().addEventListener("input", ask);

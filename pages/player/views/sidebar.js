@@ -6,6 +6,7 @@ import { openDialog } from "../dialog.js";
 import { byId, h, icon, put, replace } from "../dom.js";
 import { attempt, list, path, watchStars } from "../library.js";
 import { notify } from "../notices.js";
+import { parseAddress } from "../router.js";
 import { debounce } from "../scope.js";
 import { VirtualList } from "../virtual-list.js";
 
@@ -117,18 +118,19 @@ function row(container, { index, depth, kind, folder = 0 }, scope, rebuild) {
         return line;
     }
     const playlist = container.playlist(index);
+    const uri = playlist.uri();
     const name = h("span", { class: "tree-name" });
     const fill = () => {
         name.textContent = playlist.name() || (playlist.isLoaded() ? "(no name)" : "…");
     };
     const mark = () => {
-        if (location.hash.split("?")[0] === line.hash) {
+        if (parseAddress().args[0] === uri) {
             line.setAttribute("aria-current", "page");
         } else {
             line.removeAttribute("aria-current");
         }
     };
-    line.href = path("playlist", playlist.uri());
+    line.href = path("playlist", uri);
     put(line, icon("list"), name);
     scope.listen(playlist, "PlaylistRenamed", fill);
     scope.listen(playlist, "PlaylistStateChanged", fill);

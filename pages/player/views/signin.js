@@ -36,6 +36,7 @@ export function showSignIn(why, hopeless = false) {
     say(why);
     const field = nameField().value === "" ? nameField() : passwordField();
     field.focus();
+    document.documentElement.dataset.ready = "true";
 }
 
 /** @param {boolean} waiting */

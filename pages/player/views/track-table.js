@@ -21,7 +21,7 @@ import { chooseList } from "./choose-list.js";
  * @property {TrackList} tracks
  * @property {Scope} scope
  * @property {string} label
- * @property {boolean} [numbered]               track numbers in place of covers and albums
+ * @property {"tracks" | "discs"} [numbered]    numbers in place of covers and albums
  * @property {string} [by]                      the artist who need not be named in each row
  * @property {(index: number) => string} [note] is said below a title
  */
@@ -60,7 +60,7 @@ export function playFrom(tracks, index, shuffled = queue.shuffled) {
  * @property {Scope} scope
  * @property {() => Spotify.Track | null} read  null while the track is on its way
  * @property {() => void} start                 plays from here
- * @property {boolean} [numbered]
+ * @property {"tracks" | "discs"} [numbered]
  * @property {string} [by]
  * @property {string} [note]
  * @property {HTMLElement[]} [buttons]          in place of the star
@@ -106,7 +106,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
         title.textContent = info.title;
         replace(under, note && h("em", null, `“${note}” `), artists !== by && link(artists, () => openArtist(track)));
         replace(album, numbered ? null : link(info.album, () => openAlbum(track)));
-        number.textContent = `${info.disc > 1 ? `${info.disc}.` : ""}${info.index}`;
+        number.textContent = `${numbered === "discs" ? `${info.disc}.` : ""}${info.index}`;
         length.textContent = clock(info.duration);
         if (!numbered) {
             showImage(picture, info.cover);
