@@ -13,8 +13,17 @@ const BACK_CODES = [461, 10009];
 
 /** @typedef {"Left" | "Right" | "Up" | "Down"} Direction */
 
+/**
+ * Where the focus was last in the view: from the sidebar one comes back to it.
+ * @type {HTMLElement | null}
+ */
+let lastInView = null;
+
 /** @param {() => void} help shows what the keys do */
 export function startRemote(help) {
+    byId("main").addEventListener("focusin", (event) => {
+        lastInView = /** @type {HTMLElement} */ (event.target);
+    });
     document.addEventListener("keydown", (event) => {
         if (!event.defaultPrevented && !event.altKey && !event.metaKey && handle(event, help)) {
             event.preventDefault();
@@ -109,7 +118,9 @@ function arrow(target, direction, typing) {
             return false; // the caret moves
         }
     }
-    const found = nearest(target, direction);
+    const returns = direction === "Right" && target.closest(".sidebar") !== null &&
+        lastInView !== null && lastInView.isConnected;
+    const found = returns ? lastInView : nearest(target, direction);
     if (found !== null) {
         found.focus();
         found.scrollIntoView({ block: "nearest", inline: "nearest" });

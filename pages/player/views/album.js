@@ -34,7 +34,7 @@ export async function albumView({ root, scope, args, options, subject, title }) 
             actions: playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled)),
         }),
         trackTable({ tracks, scope, label: about.title, by: about.artist,
-            numbered: severalDiscs(tracks) ? "discs" : "tracks" }),
+            numbered: severalDiscs(tracks) ? "discs" : "tracks" }).element,
         list(browsed.numCopyrights(), (i) => h("p", { class: "fineprint" }, browsed.copyright(i))));
     if (options.has("play")) {
         playFrom(tracks, Math.max(0, Number(options.get("play")) - 1), false);

@@ -29,6 +29,6 @@ export async function artistView({ root, scope, args, subject, title }) {
     put(root,
         own.length > 0 && section("Albums", h("div", { class: "cards" }, own.map(albumCard))),
         tracks.length > 0 && section("Best known",
-            trackTable({ tracks, scope, label: `Best known tracks of ${name}` })),
+            trackTable({ tracks, scope, label: `Best known tracks of ${name}` }).element),
         others.length > 0 && section("Also on", h("div", { class: "cards" }, others.map(albumCard))));
 }

@@ -64,8 +64,9 @@ function show({ root, scope, title }, playlist, kind, name, hint) {
         }));
         if (tracks.length === 0) {
             replace(rest, empty("list", "Nothing here yet", hint));
-        } else if (!table.isConnected) { // to put it there again would take the focus from its row
-            replace(rest, table);
+        } else if (!table.element.isConnected) { // to put it there again would take the focus from its row
+            replace(rest, table.element);
+            table.draw();
         }
         if (focused) {
             const first = /** @type {HTMLElement | null} */ (head.querySelector("button"));

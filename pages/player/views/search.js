@@ -107,5 +107,5 @@ function showResults(root, scope, query, found) {
             h("div", { class: "shelf", "data-scroll": "" },
                 artists.map(artistCard), albums.map(albumCard))),
         tracks.length > 0 && section(counted(tracks.length, "track"),
-            trackTable({ tracks, scope, label: `Tracks found for ${query}` })));
+            trackTable({ tracks, scope, label: `Tracks found for ${query}` }).element));
 }

@@ -40,7 +40,7 @@ export function trackTable({ tracks, scope, label, numbered, by, note }) {
     table.element.classList.add("tracks");
     scope.on(tracks.changed, (change) =>
         table.refresh(tracks.length, change ? change.moved : undefined));
-    return table.element;
+    return table;
 }
 
 /**
