@@ -6,7 +6,7 @@ import { ImageSize, browseAlbum, coverId, describeAlbum, findAlbum, list, path }
 import { remember } from "../router.js";
 import { FixedTracks } from "../tracklist.js";
 import { cover, hero, playButtons } from "./parts.js";
-import { playFrom, trackTable } from "./track-table.js";
+import { playAsked, playFrom, trackTable } from "./track-table.js";
 
 /** @param {import("../router.js").View} view */
 export async function albumView({ root, scope, args, options, subject, title }) {
@@ -36,9 +36,7 @@ export async function albumView({ root, scope, args, options, subject, title }) 
         trackTable({ tracks, scope, label: about.title, by: about.artist,
             numbered: severalDiscs(tracks) ? "discs" : "tracks" }).element,
         list(browsed.numCopyrights(), (i) => h("p", { class: "fineprint" }, browsed.copyright(i))));
-    if (options.has("play")) {
-        playFrom(tracks, Math.max(0, Number(options.get("play")) - 1), false);
-    }
+    playAsked(options, tracks);
 }
 
 /** @param {FixedTracks} tracks in the order of their discs */

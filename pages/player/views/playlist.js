@@ -6,7 +6,7 @@ import { notify } from "../notices.js";
 import { debounce } from "../scope.js";
 import { PlaylistTracks } from "../tracklist.js";
 import { cover, empty, hero, mosaic, playButtons, button } from "./parts.js";
-import { playFrom, trackTable } from "./track-table.js";
+import { playAsked, playFrom, trackTable } from "./track-table.js";
 
 /** @typedef {import("../router.js").View} View */
 
@@ -42,7 +42,7 @@ export async function inboxView(view) {
  * @param {string} name until it is renamed
  * @param {string} hint for an empty list
  */
-function show({ root, scope, title }, playlist, kind, name, hint) {
+function show({ root, scope, title, options }, playlist, kind, name, hint) {
     const tracks = new PlaylistTracks(playlist);
     scope.onClose(() => tracks.close());
     const head = h("div");
@@ -84,6 +84,7 @@ function show({ root, scope, title }, playlist, kind, name, hint) {
         fill();
     });
     fill();
+    playAsked(options, tracks);
 }
 
 /** @param {Spotify.Playlist} playlist */

@@ -56,6 +56,17 @@ export function playFrom(tracks, index, shuffled = queue.shuffled) {
 }
 
 /**
+ * "?play" in an address plays the list, "?play=3" from its third track.
+ * @param {URLSearchParams} options
+ * @param {TrackList} tracks
+ */
+export function playAsked(options, tracks) {
+    if (options.has("play")) {
+        playFrom(tracks, Math.max(0, Number(options.get("play")) - 1), false);
+    }
+}
+
+/**
  * @typedef {object} RowOptions
  * @property {Scope} scope
  * @property {() => Spotify.Track | null} read  null while the track is on its way
