@@ -60,9 +60,9 @@ protected:
     static void checkIndexes() {
         Database database(TestMusic::catalogueFile(), Database::Durability::process);
         for (const std::string index : {"track_index", "album_index", "artist_index"}) {
-            database.execute(
-                ("INSERT INTO " + index + '(' + index + ", rank) VALUES('integrity-check', 1)")
-                    .c_str());
+            std::string check = "INSERT INTO " + index;
+            check += '(' + index + ", rank) VALUES('integrity-check', 1)";
+            database.execute(check.c_str());
         }
     }
 
