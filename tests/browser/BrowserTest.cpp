@@ -1,0 +1,137 @@
+#include "Command.h"
+#include "Place.h"
+#include "WebDriver.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+
+using testing::HasSubstr;
+
+namespace {
+
+const std::string browser = BIN_DIR "/sonolet-browser";
+const std::string player = PAGES_DIR "/player.html";
+
+// The two numbers of a PNG file's header.
+std::string sizeOf(const std::string& png) {
+    const auto number = [&](std::size_t at) {
+        std::size_t value = 0;
+        for (std::size_t i = at; i < at + 4 && i < png.size(); ++i) {
+            value = value * 256 + static_cast<unsigned char>(png[i]);
+        }
+        return std::to_string(value);
+    };
+    return number(16) + "x" + number(20);
+}
+
+bool hasSound(const std::string& wav) {
+    return wav.find_first_not_of('\0', 44) != std::string::npos;
+}
+
+TEST(Browser, ShowsAFileWithModulesWhenItIsReadyAndUnloadsIt) {
+    const Place place("screenshot");
+    const Outcome outcome = run({browser, player, "--audio", "wav:" + place.file("out.wav"),
+                                 "--screenshot", place.file("page.png"), "--size", "320x200"},
+                                {});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.errors, HasSubstr("plays from file://"));
+    EXPECT_THAT(outcome.errors, HasSubstr("unload: true"));
+    EXPECT_EQ(sizeOf(contentsOf(place.file("page.png"))), "320x200");
+    EXPECT_TRUE(hasSound(contentsOf(place.file("out.wav"))));
+}
+
+TEST(Browser, TellsWhatIsWrong) {
+    const Place place("wrong");
+    const std::string page = place.file("page.html");
+    const auto screenshotOf = [&](const std::string& html) {
+        writeTo(page, html);
+        return std::vector<std::string>{browser, page, "--screenshot", place.file("page.png")};
+    };
+    const auto with = [](std::vector<std::string> command, const std::string& option,
+                         const std::string& value) {
+        command.insert(command.end(), {option, value});
+        return command;
+    };
+    const std::vector<std::string> good = screenshotOf("<p>good");
+    const struct {
+        std::vector<std::string> command;
+        int exitCode;
+        std::string message;
+    } cases[] = {
+        {{browser, place.file("none.html")}, 2, "none.html: no such file"},
+        {{browser, PAGES_DIR}, 2, "is a folder without an index.html"},
+        {with(good, "--size", "10x"), 2, "--size takes WIDTHxHEIGHT"},
+        {with(good, "--plugin", place.file("none.so")), 2, "none.so: cannot open shared object"},
+        {with(good, "--audio", "wav:" + place.file("none/out.wav")), 2, "none/out.wav: No such"},
+        {with(good, "--screenshot", place.file("none/page.png")), 1, "cannot write"},
+        {{browser, "http://127.0.0.1:65534/", "--screenshot", place.file("page.png")},
+         1,
+         "refused"},
+    };
+    for (const auto& each : cases) {
+        const Outcome outcome = run(each.command, {});
+        EXPECT_EQ(outcome.exitCode, each.exitCode) << outcome.errors;
+        EXPECT_THAT(outcome.errors, HasSubstr(each.message));
+    }
+    for (const std::string exception : {"null.member", "Promise.reject(new Error('late'))"}) {
+        const Outcome outcome = run(screenshotOf("<script>" + exception + "</script>"), {});
+        EXPECT_EQ(outcome.exitCode, 1) << exception << outcome.errors;
+    }
+    const Outcome noDisplay = run(good, {{"DISPLAY", ""}});
+    EXPECT_EQ(noDisplay.exitCode, 2);
+    EXPECT_THAT(noDisplay.errors, HasSubstr("no display"));
+}
+
+TEST(Browser, SurvivesTheDeathOfThePagesProcess) {
+    const Place place("crash");
+    Process process({browser, player, "--audio", "wav:" + place.file("out.wav")});
+    process.awaitLine("plays from");
+    const std::vector<int> pages = childrenOf(process.id(), "WebKitWebProcess");
+    ASSERT_EQ(pages.size(), 1U);
+    kill(pages[0], SIGKILL);
+    EXPECT_THAT(process.awaitLine("crashed"), HasSubstr("player.html"));
+    process.signal(SIGUSR2);
+    process.awaitLine("plays from");
+    process.signal(SIGINT);
+    process.awaitLine("unload: true");
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_TRUE(hasSound(contentsOf(place.file("out.wav"))));
+    EXPECT_TRUE(hasSound(contentsOf(place.file("out-2.wav"))));
+}
+
+TEST(Browser, ReloadsAHundredTimesWhilePlaying) {
+    const Place place("reload");
+    WebDriver page({"--audio", "null"});
+    page.open("file://" + player);
+    const std::string playing = "return until(() => state.position > 0.2)";
+    ASSERT_EQ(page.evaluate(playing), "true");
+    const std::vector<int> before = page.webProcesses();
+    for (int i = 0; i < 100; ++i) {
+        page.reload();
+        // Most are left while they log in, each tenth while it plays.
+        if (i % 10 == 0) {
+            ASSERT_EQ(page.evaluate(playing), "true");
+        }
+    }
+    EXPECT_EQ(page.evaluate(playing), "true");
+    EXPECT_EQ(page.webProcesses(), before);
+    page.click("#pause");
+    EXPECT_EQ(page.evaluate("return state.paused"), "true");
+}
+
+TEST(Browser, LetsTheWindowThatPlaysLastPlay) {
+    const Place place("two");
+    WebDriver first({"--audio", "null"});
+    first.open("file://" + player);
+    ASSERT_EQ(first.evaluate("return until(() => state.position > 0)"), "true");
+    WebDriver second({"--audio", "null"});
+    second.open("file://" + player);
+    EXPECT_EQ(first.evaluate("return until(() => state.tokenLost)"), "true");
+    EXPECT_EQ(second.evaluate("return until(() => state.position > 0)"), "true");
+    EXPECT_EQ(second.evaluate("return state.tokenLost"), "false");
+}
+
+}  // namespace
