@@ -3,6 +3,7 @@
 #include "browser/Protocol.h"
 
 #include <glib-unix.h>
+#include <sys/prctl.h>
 
 #include <algorithm>
 #include <csignal>
@@ -93,7 +94,7 @@ WebKitWebContext* Browser::makeContext() {
 }
 
 int Browser::run() {
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         g_unix_signal_add(
             signal,
             [](gpointer self) -> gboolean {
@@ -101,6 +102,19 @@ int Browser::run() {
                 return G_SOURCE_CONTINUE;
             },
             this);
+    }
+    g_unix_signal_add(
+        SIGUSR2,
+        [](gpointer self) -> gboolean {
+            for (const auto& window : static_cast<Browser*>(self)->windows) {
+                window->reload();
+            }
+            return G_SOURCE_CONTINUE;
+        },
+        this);
+    if (options.automation) {
+        // A driver that dies leaves no browser behind.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
     }
     if (!options.automation) {
         WebKitWebView* const view = open(nullptr, false);
@@ -165,6 +179,8 @@ void Browser::automationStarted(WebKitAutomationSession* session) {
         return view;
     };
     g_signal_connect(session, "create-web-view", G_CALLBACK(create), this);
+    auto* const end = +[](WebKitAutomationSession*, Browser* self) { self->closeAll(); };
+    g_signal_connect(session, "will-close", G_CALLBACK(end), this);
 }
 
 void Browser::loaded(Window& window) {

@@ -111,7 +111,7 @@ Shows a web page with the plug-in's globals in a window, until that is closed.
   --help             show this text
 
 Keys: F5 or Ctrl+R reloads, Alt+Left and Alt+Right go back and forward, F12 opens
-the inspector, Ctrl+W closes the window.
+the inspector, Ctrl+W closes the window. The signal SIGUSR2 reloads too.
 
 Exit codes: 0 the window was closed, or the screenshot written; 1 the page could
 not be loaded, its process died, or it had an uncaught exception; 2 an option,

@@ -1,6 +1,7 @@
 #include "browser/Window.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -93,6 +94,14 @@ void Window::show() {
     gtk_widget_grab_focus(GTK_WIDGET(webView));
 }
 
+void Window::reload() {
+    if (tellingCrash) {
+        reloadWanted = true;
+    } else {
+        webkit_web_view_reload(webView);
+    }
+}
+
 // An empty page takes the place of this one, so that it unloads as any page does.
 void Window::close() {
     if (closing) {
@@ -118,9 +127,13 @@ void Window::closeNow() {
 
 void Window::loadChanged(WebKitLoadEvent event) {
     if (closing) {
-        const char* uri = webkit_web_view_get_uri(webView);
+        const char* const uri = webkit_web_view_get_uri(webView);
         if (event == WEBKIT_LOAD_COMMITTED && g_strcmp0(uri, "about:blank") == 0) {
             closeNow();
+        }
+    } else if (event == WEBKIT_LOAD_FINISHED && std::exchange(tellingCrash, false)) {
+        if (std::exchange(reloadWanted, false)) {
+            reload();
         }
     } else if (event == WEBKIT_LOAD_FINISHED) {
         owner.loaded(*this);
@@ -144,12 +157,13 @@ void Window::processTerminated(WebKitWebProcessTerminationReason reason) {
         closeNow();
         return;
     }
-    const char* uri = webkit_web_view_get_uri(webView);
+    const char* const uri = webkit_web_view_get_uri(webView);
     const char* const what = reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
                                  ? "used too much memory and was ended"
                                  : "crashed or was killed";
     std::fprintf(stderr, "sonolet-browser: %s: the page's process %s; F5 loads the page again\n",
                  uri, what);
+    tellingCrash = true;
     // By its own address, so that reloading loads the page itself.
     webkit_web_view_load_alternate_html(webView, crashPage, uri, nullptr);
     owner.pageFailed(*this);
@@ -160,7 +174,7 @@ bool Window::keyPressed(const GdkEventKey& key) {
     const guint value = gdk_keyval_to_lower(key.keyval);
     const bool control = modifiers == GDK_CONTROL_MASK;
     if ((value == GDK_KEY_F5 && modifiers == 0) || (value == GDK_KEY_r && control)) {
-        webkit_web_view_reload(webView);
+        reload();
     } else if (value == GDK_KEY_Left && modifiers == GDK_MOD1_MASK) {
         webkit_web_view_go_back(webView);
     } else if (value == GDK_KEY_Right && modifiers == GDK_MOD1_MASK) {

@@ -36,6 +36,7 @@ public:
 
     WebKitWebView* view() const noexcept { return webView; }
     void show();
+    void reload();
     void close();
 
 private:
@@ -49,6 +50,10 @@ private:
     WindowOwner& owner;
     GtkWindow* const window;       // destroyed by this
     WebKitWebView* const webView;  // the window's
+    // After the page's process died, until the page that tells of it has loaded: a load that is
+    // asked for meanwhile would be lost.
+    bool tellingCrash = false;
+    bool reloadWanted = false;
     bool closing = false;
     guint closeTimeout = 0;
 };
