@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char bin[] = BIN_DIR "/";
+constexpr char conformancePage[] = PAGES_DIR "/../../pages/conformance/conformance.js";
 
 // What sanitized programs are told; others read none of it. Only a full stack tells GLib's leaks
 // from ours.
@@ -141,10 +142,9 @@ TEST(Conformance, OfThisHostAndLibraryIsWhole) {
     const Outcome made =
         run({std::string(bin) + "sonolet-playlist", "new", "A list"}, place.variables());
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    const Outcome outcome =
-        run({std::string(bin) + "sonolet-host", PAGES_DIR "/../../pages/conformance/conformance.js",
-             "--speed", "10", "--for", "600", "--audio", "null", "--log", "none"},
-            place.variables());
+    const Outcome outcome = run({std::string(bin) + "sonolet-host", conformancePage, "--speed",
+                                 "10", "--for", "600", "--audio", "null", "--log", "none"},
+                                place.variables());
     expectPassed(outcome, 600);
     // What is skipped are events that no page can raise, and one call that no page can take back.
     const std::size_t skipped = count(outcome.output, "# SKIP ");

@@ -145,12 +145,13 @@ protected:
 }  // namespace
 
 TEST_F(DeclarationsTest, AreWhatTheClassesRegister) {
-    std::string source = compare;
+    std::ostringstream source;
+    source << compare;
     for (const auto& [declaration, found] : names) {
-        source += "const " + declaration + ": Compare<Shape<Spotify." + declaration + ">, { " +
-                  found.shape + " }> = \"the same\";\n";
+        source << "const " << declaration << ": Compare<Shape<Spotify." << declaration << ">, { "
+               << found.shape << " }> = \"the same\";\n";
     }
-    writeTo(WORK_DIR "/registered.ts", source);
+    writeTo(WORK_DIR "/registered.ts", source.str());
     writeTo(WORK_DIR "/tsconfig.json",
             "{ \"extends\": \"" PAGES_DIR
             "/tsconfig.json\", \"include\": [\"registered.ts\", \"" PAGES_DIR "/spotify.d.ts\"] }");
