@@ -190,7 +190,7 @@ export function whenLoaded(thing) {
             }
         };
         const stop = metadataArrived.add(look);
-        const timer = setTimeout(() => {
+        const timer = "error" in thing ? 0 : setTimeout(() => {
             end();
             reject(new ServiceError(SP_ERROR_OTHER_PERMANENT, "This is not in the library."));
         }, 8000);

@@ -200,7 +200,7 @@ function begin() {
     if (error === Spotify.SP_ERROR.SP_ERROR_OK) {
         set("playing");
     } else {
-        fail(Spotify.errorMessage(error));
+        fail(`The music does not start: ${Spotify.errorMessage(error)}`);
     }
 }
 

@@ -70,6 +70,7 @@ export function stopRouter() {
     subjects.clear();
     places.clear();
     scope.close();
+    shown = "";
     byId("main").textContent = "";
 }
 
@@ -101,7 +102,7 @@ async function show() {
     const title = (/** @type {string} */ text) => {
         document.title = `${text} – Sonolet Player`;
     };
-    const view = views[name] || views.missing;
+    const view = Object.keys(views).includes(name) ? views[name] : views.missing;
     try {
         await mine.until(view({ root, scope: mine, args, options, title,
             subject: subjects.get(address) }));

@@ -57,7 +57,7 @@ export async function searchView({ root, scope, args, title }) {
         }
         answers.close();
         answers = new Scope();
-        root.textContent = "";
+        replace(root, h("h1", { class: "unseen" }, "Search"));
         byId("main").scrollTop = 0;
         if (found === null) {
             put(root, empty("search", "Search the library", "Type a title, an artist, an album or a year."));
