@@ -105,6 +105,9 @@ export class VirtualList {
                 this.make(index);
             }
         }
+        if (!this.rows.has(this.active)) { // scrolled away: Tab shall find what is seen
+            this.setActive(Math.min(first + OVERSCAN, last));
+        }
     }
 
     /** @param {number} index */

@@ -34,7 +34,7 @@ Process::~Process() {
 std::string Process::awaitLine(const std::string& part) {
     std::string all;
     while (char* const line = g_data_input_stream_read_line(output, nullptr, nullptr, nullptr)) {
-        const std::string text = line;
+        std::string text = line;
         g_free(line);
         if (text.find(part) != std::string::npos) {
             return text;

@@ -26,7 +26,7 @@ std::string freePort() {
 }
 
 std::string take(char* text) {
-    const std::string taken = text;
+    std::string taken = text;
     g_free(text);
     return taken;
 }

@@ -11,9 +11,11 @@
 #include <exception>
 #include <stdexcept>
 
+// NOLINTBEGIN(readability-identifier-naming): WebKit's name
 extern "C" __attribute__((visibility("default"))) void
 webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
                                                const GVariant* userData);
+// NOLINTEND(readability-identifier-naming)
 
 namespace {
 

@@ -46,7 +46,8 @@ async function fill({ root, scope }) {
     replace(root, h("h1", { class: "greeting" }, `${greeting()}, ${shownName()}`));
     put(root,
         albums.length > 0 && section("Played most", h("div", { class: "cards" }, albums.map(albumCard))),
-        tracks.length > 0 && section("Yours", trackTable({ tracks, scope, label: "What you play most" }).element),
+        tracks.length > 0 && section("Yours",
+            trackTable({ tracks, scope, label: "What you play most" }).element),
         all.length > 0 && section("From the library", h("div", { class: "cards" }, all.map(albumCard))));
     if (albums.length + all.length === 0) {
         put(root, empty("disc", "The library is being read",

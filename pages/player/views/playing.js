@@ -26,7 +26,8 @@ export async function playingView({ root, scope, title }) {
         }
         shown = key;
         if (now.info === null || now.track === null) {
-            replace(left, h("h1", { class: "unseen" }, "Now playing"), empty("note", "Nothing is playing", "Choose a track or an album to begin."));
+            replace(left, h("h1", { class: "unseen" }, "Now playing"),
+                empty("note", "Nothing is playing", "Choose a track or an album to begin."));
             return;
         }
         const { track, info } = now;

@@ -51,7 +51,7 @@ export function trackTable({ tracks, scope, label, numbered, by, note }) {
 export function playFrom(tracks, index, shuffled = queue.shuffled) {
     if (tracks.length > 0) {
         queue.shuffled = shuffled;
-        play(tracks, index);
+        play(tracks, Math.max(0, Math.min(index, tracks.length - 1)));
     }
 }
 
@@ -62,7 +62,7 @@ export function playFrom(tracks, index, shuffled = queue.shuffled) {
  */
 export function playAsked(options, tracks) {
     if (options.has("play")) {
-        playFrom(tracks, Math.max(0, Number(options.get("play")) - 1), false);
+        playFrom(tracks, (Number(options.get("play")) || 1) - 1, false);
     }
 }
 
@@ -115,7 +115,8 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
         }
         const artists = info.artists.join(", ");
         title.textContent = info.title;
-        replace(under, note && h("em", null, `“${note}” `), artists !== by && link(artists, () => openArtist(track)));
+        replace(under, note && h("em", null, `“${note}” `),
+            artists !== by && link(artists, () => openArtist(track)));
         replace(album, numbered ? null : link(info.album, () => openAlbum(track)));
         number.textContent = `${numbered === "discs" ? `${info.disc}.` : ""}${info.index}`;
         length.textContent = clock(info.duration);
@@ -131,7 +132,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     };
     const activate = () => {
         if (info !== null && !info.available) {
-            notify(`“${info.title}” is not available: its file is gone.`, null, "error");
+            notify(`“${info.title}” is not available.`, null, "error");
         } else if (row.classList.contains("current") && now.status !== "stopped") {
             toggle();
         } else {
