@@ -163,11 +163,16 @@ TEST_F(DeclarationsTest, AreWhatThePagesUse) {
     expectCompiles(PAGES_DIR "/conformance");
 }
 
-TEST_F(DeclarationsTest, AreDescribedNameForName) {
+TEST_F(DeclarationsTest, AreDescribedAndCheckedNameForName) {
     const std::string guide = contentsOf(PAGES_DIR "/../docs/script-interface.md");
+    const std::string check = contentsOf(PAGES_DIR "/conformance/conformance.js");
     for (const auto& [declaration, found] : names) {
         for (const std::string& name : found.all) {
             EXPECT_NE(guide.find('`' + name), std::string::npos) << declaration << '.' << name;
+            const bool isFunction = found.shape.find(name + ": 'function'") != std::string::npos;
+            EXPECT_TRUE(!isFunction || check.find(' ' + name + '(') != std::string::npos ||
+                        check.find('"' + name + '"') != std::string::npos)
+                << declaration << '.' << name << " is not checked";
         }
     }
 }
