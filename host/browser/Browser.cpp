@@ -70,7 +70,6 @@ Browser::Browser(const Options& givenOptions)
 
 Browser::~Browser() {
     screenshot.reset();
-    closed.clear();
     windows.clear();
     g_signal_handlers_disconnect_by_data(context, this);
     g_object_unref(settings);
@@ -81,6 +80,8 @@ Browser::~Browser() {
 WebKitWebContext* Browser::makeContext() {
     // Not an ephemeral one: its pages would have no console.
     const std::string folder = dataFolder();
+    // WebKit tells when it cannot write there.
+    g_mkdir_with_parents(folder.c_str(), 0700);
     g_autoptr(WebKitWebsiteDataManager) manager = webkit_website_data_manager_new(
         "base-data-directory", (folder + "/data").c_str(), "base-cache-directory",
         (folder + "/cache").c_str(), nullptr);
@@ -205,18 +206,10 @@ void Browser::windowClosed(Window& window) {
     if (found == windows.begin()) {
         screenshot.reset();
     }
-    closed.push_back(std::move(*found));
     windows.erase(found);
-    g_idle_add(
-        [](gpointer data) -> gboolean {
-            auto* const self = static_cast<Browser*>(data);
-            self->closed.clear();
-            if (self->windows.empty()) {
-                g_main_loop_quit(self->loop);
-            }
-            return G_SOURCE_REMOVE;
-        },
-        this);
+    if (windows.empty()) {
+        g_main_loop_quit(loop);
+    }
 }
 
 void Browser::closeAll() {
