@@ -106,7 +106,7 @@ TEST(Browser, ReloadsAHundredTimesWhilePlaying) {
     const Place place("reload");
     WebDriver page({"--audio", "null"});
     page.open("file://" + player);
-    const std::string playing = "return until(() => state.position > 0.2)";
+    const std::string playing = "return until(() => state.position > 0)";
     ASSERT_EQ(page.evaluate(playing), "true");
     const std::vector<int> before = page.webProcesses();
     for (int i = 0; i < 100; ++i) {
