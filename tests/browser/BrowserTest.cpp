@@ -99,7 +99,7 @@ TEST(Browser, SurvivesTheDeathOfThePagesProcess) {
     process.awaitLine("unload: true");
     EXPECT_EQ(process.wait(), 1);
     EXPECT_TRUE(hasSound(contentsOf(place.file("out.wav"))));
-    EXPECT_TRUE(hasSound(contentsOf(place.file("out-2.wav"))));
+    EXPECT_TRUE(hasSound(contentsOf(place.file("out-p2.wav"))));
 }
 
 TEST(Browser, ReloadsAHundredTimesWhilePlaying) {
