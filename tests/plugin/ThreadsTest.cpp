@@ -10,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <iostream>
+#include <mutex>
 #include <numeric>
 #include <random>
 #include <string>
@@ -103,7 +104,8 @@ TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyT
     factory.whenRequested = [&](FakeBackend& granted) { granted.start(everyEvent(++seed)); };
 
     // Frames and messages are numbered. The library offers a refused delivery again.
-    std::atomic<unsigned> nextFrame{0};
+    unsigned nextFrame = 0;
+    std::mutex delivering;
     std::atomic<bool> done{false};
     std::thread library([&] {
         std::minstd_rand random(7);
@@ -111,9 +113,12 @@ TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyT
         for (unsigned i = 0; !done; ++i) {
             // Multiples of 64 bytes: none ends where the ring does.
             frames.resize(16 * (1 + random() % 256));
-            std::iota(frames.begin(), frames.end(), nextFrame.load());
-            const int count = static_cast<int>(frames.size());
-            nextFrame += static_cast<unsigned>(spotify.deliver(frames.data(), count));
+            std::iota(frames.begin(), frames.end(), nextFrame);
+            {
+                const std::lock_guard<std::mutex> lock(delivering);
+                const int count = static_cast<int>(frames.size());
+                nextFrame += static_cast<unsigned>(spotify.deliver(frames.data(), count));
+            }
             spotify.callbacks().log_message(spotify.session(), std::to_string(i).c_str());
             if (random() % 500 == 0) {
                 spotify.callbacks().end_of_track(spotify.session());
@@ -122,7 +127,10 @@ TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyT
         }
     });
     unsigned expectedFrame = 0;
-    spotify.duringPlayerLoad = [&] { expectedFrame = nextFrame; };
+    spotify.duringPlayerLoad = [&] {
+        const std::lock_guard<std::mutex> lock(delivering);
+        expectedFrame = nextFrame;
+    };
     std::size_t heard = 0;  // bytes of the current track
     unsigned long allHeard = 0;
     const auto listen = [&] {
