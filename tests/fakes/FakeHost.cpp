@@ -351,6 +351,9 @@ Answer FakeHost::invoke(jsplugin_obj* thisObject, jsplugin_obj* function, const 
     std::transform(arguments.begin(), arguments.end(), std::back_inserter(slots), slotOf);
     jsplugin_value result{};
     auto* const body = at(function, "invoke").call;
+    if (body == nullptr) {
+        return {-1, {}};  // no function
+    }
     const int code = enterPlugin([&] {
         return body(thisObject, function, static_cast<int>(slots.size()),
                     slots.empty() ? nullptr : slots.data(), &result);

@@ -58,6 +58,7 @@ TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
                     visitor.visitArrived();
                     host.collectGarbage(page);
                     host.calls.clear();
+                    host.lifecycle.clear();
                     factory.backends.erase(factory.backends.begin(),
                                            factory.backends.end() - factory.held());
                 }
