@@ -177,6 +177,8 @@ GstElement* Pipeline::deviceSink() {
         throw std::runtime_error(std::string("element autoaudiosink is missing (package ") +
                                  goodPackage + ")");
     }
+    // Samples that come late are played late, all of them: there is no picture to keep up with.
+    g_object_set(sink, "sync", FALSE, nullptr);
     const bool works = gst_element_set_state(sink, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
     if (works && !isSilentFallback(sink)) {
         return sink;
