@@ -23,14 +23,12 @@ std::string dataFolder() {
                : (fs::path(g_get_user_state_dir()) / "sonolet" / "browser").string();
 }
 
-// "x-2.wav" for "x.wav" and 2, as streams beside one another are named too.
-std::string numbered(const std::string& file, int number) {
+// "x-p2.wav" for "x.wav" and the second process. ("x-2.wav" is the second stream of one process.)
+std::string ofProcess(int number, const std::string& file) {
     const fs::path path(file);
-    return number < 2 || file.empty()
-               ? file
-               : (path.parent_path() /
-                  (path.stem().string() + "-" + std::to_string(number) + path.extension().string()))
-                     .string();
+    const std::string name =
+        path.stem().string() + "-p" + std::to_string(number) + path.extension().string();
+    return number < 2 || file.empty() ? file : (path.parent_path() / name).string();
 }
 
 }  // namespace
@@ -70,7 +68,6 @@ Browser::Browser(const Options& givenOptions)
 
 Browser::~Browser() {
     screenshot.reset();
-    closed.clear();
     windows.clear();
     g_signal_handlers_disconnect_by_data(context, this);
     g_object_unref(settings);
@@ -81,6 +78,8 @@ Browser::~Browser() {
 WebKitWebContext* Browser::makeContext() {
     // Not an ephemeral one: its pages would have no console.
     const std::string folder = dataFolder();
+    // WebKit tells when it cannot write there.
+    g_mkdir_with_parents(folder.c_str(), 0700);
     g_autoptr(WebKitWebsiteDataManager) manager = webkit_website_data_manager_new(
         "base-data-directory", (folder + "/data").c_str(), "base-cache-directory",
         (folder + "/cache").c_str(), nullptr);
@@ -153,7 +152,7 @@ WebKitWebView* Browser::openRelated(WebKitWebView* related) {
 void Browser::startWebProcess() {
     protocol::DeviceSettings device{options.plugin, options.audio};
     // The file of a process that died keeps what it has.
-    device.audio.wavPath = numbered(device.audio.wavPath, ++webProcesses);
+    device.audio.wavPath = ofProcess(++webProcesses, device.audio.wavPath);
     const fs::path folder = DeviceOptions::besideProgram("browser");
     webkit_web_context_set_web_extensions_directory(context, folder.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(context, protocol::pack(device));
@@ -205,18 +204,10 @@ void Browser::windowClosed(Window& window) {
     if (found == windows.begin()) {
         screenshot.reset();
     }
-    closed.push_back(std::move(*found));
     windows.erase(found);
-    g_idle_add(
-        [](gpointer data) -> gboolean {
-            auto* const self = static_cast<Browser*>(data);
-            self->closed.clear();
-            if (self->windows.empty()) {
-                g_main_loop_quit(self->loop);
-            }
-            return G_SOURCE_REMOVE;
-        },
-        this);
+    if (windows.empty()) {
+        g_main_loop_quit(loop);
+    }
 }
 
 void Browser::closeAll() {

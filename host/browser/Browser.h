@@ -45,8 +45,7 @@ private:
     WebKitSettings* const settings;   // owned
     GMainLoop* const loop;            // owned
     std::vector<std::unique_ptr<Window>> windows;
-    std::vector<std::unique_ptr<Window>> closed;  // maybe inside a signal of theirs: deleted later
-    std::unique_ptr<Screenshot> screenshot;       // of the first window
+    std::unique_ptr<Screenshot> screenshot;  // of the first window
     int webProcesses = 0;
     bool wasInterrupted = false;
     int exitCode = 0;

@@ -28,8 +28,8 @@ Window::Window(WindowOwner& windowOwner, WebKitWebView* view, int width, int hei
 }
 
 Window::~Window() {
-    if (closeTimeout != 0) {
-        g_source_remove(closeTimeout);
+    if (closeSource != 0) {
+        g_source_remove(closeSource);
     }
     g_signal_handlers_disconnect_by_data(webView, this);
     gtk_widget_destroy(GTK_WIDGET(window));
@@ -60,7 +60,14 @@ void Window::connect() {
     on(
         webView, "ready-to-show", +[](WebKitWebView*, Window* self) { self->show(); });
     on(
-        webView, "close", +[](WebKitWebView*, Window* self) { self->close(); });
+        webView, "close", +[](WebKitWebView* view, Window* self) {
+            // A driver that closes a window takes it that it is gone; WebKit unloads the page.
+            if (webkit_web_view_is_controlled_by_automation(view) != FALSE) {
+                self->owner.windowClosed(*self);
+            } else {
+                self->close();
+            }
+        });
     on(
         webView, "notify::title", +[](WebKitWebView* view, GParamSpec*, Window* self) {
             const char* title = webkit_web_view_get_title(view);
@@ -110,26 +117,33 @@ void Window::close() {
     closing = true;
     gtk_widget_hide(GTK_WIDGET(window));
     webkit_web_view_load_uri(webView, "about:blank");
-    closeTimeout = g_timeout_add_seconds(
+    closeSource = g_timeout_add_seconds(
         unloadSeconds,
         [](gpointer self) -> gboolean {
             std::fputs("sonolet-browser: the page does not unload; it is closed\n", stderr);
-            static_cast<Window*>(self)->closeTimeout = 0;
-            static_cast<Window*>(self)->closeNow();
-            return G_SOURCE_REMOVE;
+            return static_cast<Window*>(self)->unloaded();
         },
         this);
 }
 
-void Window::closeNow() {
+// Inside a signal of the view is too early to delete it.
+void Window::closeSoon() {
+    g_source_remove(closeSource);
+    closeSource = g_idle_add(
+        [](gpointer self) -> gboolean { return static_cast<Window*>(self)->unloaded(); }, this);
+}
+
+gboolean Window::unloaded() {
+    closeSource = 0;
     owner.windowClosed(*this);
+    return G_SOURCE_REMOVE;
 }
 
 void Window::loadChanged(WebKitLoadEvent event) {
     if (closing) {
         const char* const uri = webkit_web_view_get_uri(webView);
         if (event == WEBKIT_LOAD_COMMITTED && g_strcmp0(uri, "about:blank") == 0) {
-            closeNow();
+            closeSoon();
         }
     } else if (event == WEBKIT_LOAD_FINISHED && std::exchange(tellingCrash, false)) {
         if (std::exchange(reloadWanted, false)) {
@@ -154,7 +168,7 @@ bool Window::loadFailed(const char* uri, const GError* error) {
 
 void Window::processTerminated(WebKitWebProcessTerminationReason reason) {
     if (closing) {
-        closeNow();
+        closeSoon();
         return;
     }
     const char* const uri = webkit_web_view_get_uri(webView);

@@ -17,7 +17,7 @@ public:
     virtual void loaded(Window& window) = 0;
     // The page could not be loaded, or its process died; a message is on standard error.
     virtual void pageFailed(Window& window) = 0;
-    // The window is gone; deletes it.
+    // The window's page has unloaded; deletes it.
     virtual void windowClosed(Window& window) = 0;
 };
 
@@ -45,7 +45,8 @@ private:
     bool loadFailed(const char* uri, const GError* error);
     void processTerminated(WebKitWebProcessTerminationReason reason);
     bool keyPressed(const GdkEventKey& key);
-    void closeNow();
+    void closeSoon();
+    gboolean unloaded();
 
     WindowOwner& owner;
     GtkWindow* const window;       // destroyed by this
@@ -55,7 +56,7 @@ private:
     bool tellingCrash = false;
     bool reloadWanted = false;
     bool closing = false;
-    guint closeTimeout = 0;
+    guint closeSource = 0;  // while closing: deletes this
 };
 
 #endif

@@ -99,14 +99,14 @@ TEST(Browser, SurvivesTheDeathOfThePagesProcess) {
     process.awaitLine("unload: true");
     EXPECT_EQ(process.wait(), 1);
     EXPECT_TRUE(hasSound(contentsOf(place.file("out.wav"))));
-    EXPECT_TRUE(hasSound(contentsOf(place.file("out-2.wav"))));
+    EXPECT_TRUE(hasSound(contentsOf(place.file("out-p2.wav"))));
 }
 
 TEST(Browser, ReloadsAHundredTimesWhilePlaying) {
     const Place place("reload");
     WebDriver page({"--audio", "null"});
     page.open("file://" + player);
-    const std::string playing = "return until(() => state.position > 0.2)";
+    const std::string playing = "return until(() => state.position > 0)";
     ASSERT_EQ(page.evaluate(playing), "true");
     const std::vector<int> before = page.webProcesses();
     for (int i = 0; i < 100; ++i) {
