@@ -59,7 +59,7 @@ const play = () => {
     playing = playing || (Session.playerLoad(track) === 0 && Session.playerPlay(true) === 0);
 };
 Session.onLoggedIn = Session.onMetaDataUpdated = play;
-Sonolet.onTrackComplete = () => { console.log("complete"); };
+Sonolet.onTrackComplete = () => console.log("complete");
 Session.create(SessionConfig);
 Session.login("listener", "listener", false, "");
 </script>
@@ -70,15 +70,11 @@ Session.login("listener", "listener", false, "");
 // What a sound server hears of a browser is what a file gets, frame for frame.
 TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
     const Place place("sound");
+    const Outcome played = run({BIN_DIR "/sonolet-host", EXAMPLES_DIR "/hello.js", "--speed", "20",
+                                "--audio", "wav:" + place.file("source.wav")},
+                               {});
+    ASSERT_EQ(played.exitCode, 0) << played.errors;
     writeTo(place.file("page.html"), page);
-    const std::string browser = BIN_DIR "/sonolet-browser";
-    const auto play = [&](const std::string& sink) {
-        Process process({browser, place.file("page.html"), "--audio", sink});
-        process.awaitLine("complete");
-        process.signal(SIGTERM);
-        process.wait();
-    };
-    play("wav:" + place.file("source.wav"));
     {
         const SoundServer server(place);
         Process recorder({"/bin/sh", "-c",
@@ -86,17 +82,23 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
                           " --channels=2 --latency-msec=100 --verbose '" +
                               place.file("heard.pcm") + "'"});
         recorder.awaitLine("Stream successfully created");
-        play("auto");
+        Process player({BIN_DIR "/sonolet-browser", place.file("page.html"), "--audio", "auto"});
+        player.awaitLine("complete");
+        player.signal(SIGTERM);
+        player.wait();
         recorder.signal(SIGINT);
         recorder.wait();
     }
     const Frames source = soundOf(contentsOf(place.file("source.wav")).substr(44));
     const Frames heard = soundOf(contentsOf(place.file("heard.pcm")));
     ASSERT_GT(source.size(), 5U * 44100) << "the file has no sound to compare with";
-    // A monitor hears of a new stream once it has given away what it had of the silence before.
-    const std::size_t missed = source.size() - std::min(source.size(), heard.size());
-    EXPECT_LT(missed, 44100U / 2);
-    const auto start = source.begin() + static_cast<std::ptrdiff_t>(missed);
+    ASSERT_GT(heard.size(), source.size() / 2);
+    // A monitor hears of a new stream once it has given away what it had of the silence before, and
+    // what it holds when its listener leaves is lost.
+    constexpr std::ptrdiff_t mostMissed = 44100 / 2;
+    const auto start =
+        std::search(source.begin(), source.begin() + mostMissed, heard.begin(), heard.begin() + 64);
     const auto differs = std::mismatch(start, source.end(), heard.begin(), heard.end());
-    EXPECT_EQ(source.end() - differs.first, 0) << "frames before the end that are not the same";
+    EXPECT_EQ(heard.end() - differs.second, 0) << "frames from the first that is not the same";
+    EXPECT_LT(source.end() - differs.first, mostMissed);
 }
