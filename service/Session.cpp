@@ -42,22 +42,27 @@ const sp_session_callbacks& checked(const sp_session_config& config) {
     return *config.callbacks;
 }
 
-// A catalogue can be made again from the music, so a damaged one makes room.
-std::unique_ptr<Catalogue> openCatalogue(const std::string& file, std::string& complaint) {
+// What the accounts' file holds exists nowhere else: a damaged one is kept, and whoever started the
+// program is told even if nobody reads the log.
+std::unique_ptr<Accounts> openAccounts(const std::string& file, std::string& complaint) {
     try {
-        return std::make_unique<Catalogue>(file);
+        auto accounts = std::make_unique<Accounts>(file);
+        accounts->connection().check();
+        return accounts;
     } catch (const DatabaseError& error) {
         if (!error.damaged()) {
             throw;
         }
-        complaint = std::string(error.what()) + "; it is made again";
+        const std::string aside = Database::setAside(error, Database::Aside::every);
+        complaint = std::string(error.what()) + "; ";
+        complaint += aside.empty() ? "it is whole again"
+                                   : "it is kept as " + aside +
+                                         " and new accounts are begun. To read what can still be "
+                                         "read of it: sqlite3 " +
+                                         aside + " .recover";
+        std::fprintf(stderr, "libspotify: %s\n", complaint.c_str());
     }
-    for (const char* ending : {"", "-wal", "-shm"}) {
-        const std::string damaged = file + ending;
-        // A journal need not exist; a database that stays makes the next try fail.
-        static_cast<void>(std::remove(damaged.c_str()));
-    }
-    return std::make_unique<Catalogue>(file);
+    return std::make_unique<Accounts>(file);
 }
 
 }  // namespace
@@ -87,20 +92,25 @@ sp_session* Session::handle() {
 }
 
 void Session::openLibrary() {
-    auto openAccounts = std::make_unique<Accounts>(paths.accountsFile());
-    std::string complaint;
-    auto catalogue = openCatalogue(paths.catalogueFile(music), complaint);
-    shelves = std::make_shared<Library>(std::move(catalogue), std::move(openAccounts));
     log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
+    std::string complaint;
+    auto accountsToUse = openAccounts(paths.accountsFile(), complaint);
     if (!complaint.empty()) {
         log(complaint);
     }
+    auto catalogue = Catalogue::openOrBegin(paths.catalogueFile(music),
+                                            [this](std::string line) { log(std::move(line)); });
+    shelves = std::make_shared<Library>(std::move(catalogue), std::move(accountsToUse));
 }
 
 void Session::start() {
     worker = std::make_unique<Worker>();
     startImages();
     startPlayer();
+    startScan();
+}
+
+void Session::startScan() {
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
     scanEvents.playlistFiles = [this](const std::vector<std::string>& files) {
@@ -113,6 +123,7 @@ void Session::start() {
             // The last changes may be younger than the last look.
             shelves->refreshCatalogue();
             shelves->setScanned();
+            rebuilding = false;
             images->catalogueChanged();
             lists->tellMetadata();
             raise(&sp_session_callbacks::metadata_updated);
@@ -192,6 +203,15 @@ void Session::log(std::string line) {
     }
 }
 
+template <typename Action>
+void Session::orLog(const char* consequence, Action action) {
+    try {
+        action();
+    } catch (const std::exception& error) {
+        log(std::string(consequence) + ": " + error.what());
+    }
+}
+
 template <typename... Parameters, typename... Arguments>
 void Session::raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
                     Arguments... arguments) {
@@ -251,6 +271,22 @@ void Session::lookForChanges() {
     }
 }
 
+void Session::rebuildDamaged(const DatabaseError& error) {
+    if (!error.damaged() || error.path() != paths.catalogueFile(music) ||
+        rebuilding.exchange(true)) {
+        return;
+    }
+    events.post([this, error] {
+        scanner.reset();
+        try {
+            log(setCatalogueAside(error));
+        } catch (const std::exception& failure) {
+            log(failure.what());
+        }
+        startScan();
+    });
+}
+
 // ---- Accounts ----
 
 sp_error Session::login(const char* name, const char* password, bool remember, const char* blob) {
@@ -288,11 +324,12 @@ void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
         try {
             Accounts store(paths.accountsFile());
             found = check(store);
+            // Who is right is let in, though the disk be full.
             if (found && remember) {
-                store.remember(found->id);
+                orLog("The user is not remembered", [&] { store.remember(found->id); });
             }
             if (found && issueBlob) {
-                blob = store.issueBlob(found->id);
+                orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
             }
         } catch (const std::exception& failure) {
             log(std::string("Login failed: ") + failure.what());
@@ -459,7 +496,8 @@ sp_error Session::play(bool on) {
         return SP_ERROR_NO_STREAM_AVAILABLE;
     }
     if (on && account) {
-        accounts().takePlayToken(account->id, token);
+        orLog("Other sessions are not told who plays",
+              [this] { accounts().takePlayToken(account->id, token); });
     }
     playing = on;
     return player->play(on);
@@ -539,6 +577,9 @@ void Session::findAnswer(unsigned number, Query& query) {
     } catch (const std::exception& failure) {
         log(std::string("A query failed: ") + failure.what());
         queryStore.reset();
+        if (const auto* database = dynamic_cast<const DatabaseError*>(&failure)) {
+            rebuildDamaged(*database);
+        }
     }
     events.post([this, number, error] { finishQuery(number, error); });
 }

@@ -63,6 +63,9 @@ public:
     void* userdata() const { return userData; }
     const std::shared_ptr<Library>& library() const { return shelves; }
     Playlists& playlists() const { return *lists; }
+    // Makes the catalogue again when this is a sign that it is damaged. Any thread.
+    void rebuildDamaged(const DatabaseError& error);
+
     Accounts& accounts() const { return *shelves->accounts(); }
 
     sp_error login(const char* name, const char* password, bool remember, const char* blob);
@@ -103,11 +106,15 @@ private:
 
     sp_session* handle();
     void log(std::string line);
+    // What fails is told and leaves the caller going on.
+    template <typename Action>
+    void orLog(const char* consequence, Action action);
     template <typename... Parameters, typename... Arguments>
     void raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
                Arguments... arguments);
 
     void openLibrary();
+    void startScan();
     void startImages();
     void startPlayer();
     void checkCredentials(Check check, bool remember, bool issueBlob);
@@ -151,6 +158,7 @@ private:
     bool playing = false;
     int loadedDurationMs = 0;
 
+    std::atomic<bool> rebuilding{false};        // the catalogue, from here to the end of the scan
     std::atomic<unsigned> cancelledQueries{0};  // up to this number nobody waits for an answer
     std::unique_ptr<QueryStore> queryStore;     // the worker's
 

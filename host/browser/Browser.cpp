@@ -23,14 +23,12 @@ std::string dataFolder() {
                : (fs::path(g_get_user_state_dir()) / "sonolet" / "browser").string();
 }
 
-// "x-2.wav" for "x.wav" and 2, as streams beside one another are named too.
-std::string numbered(const std::string& file, int number) {
+// "x-p2.wav" for "x.wav" and the second process. ("x-2.wav" is the second stream of one process.)
+std::string ofProcess(int number, const std::string& file) {
     const fs::path path(file);
-    return number < 2 || file.empty()
-               ? file
-               : (path.parent_path() /
-                  (path.stem().string() + "-" + std::to_string(number) + path.extension().string()))
-                     .string();
+    const std::string name =
+        path.stem().string() + "-p" + std::to_string(number) + path.extension().string();
+    return number < 2 || file.empty() ? file : (path.parent_path() / name).string();
 }
 
 }  // namespace
@@ -154,7 +152,7 @@ WebKitWebView* Browser::openRelated(WebKitWebView* related) {
 void Browser::startWebProcess() {
     protocol::DeviceSettings device{options.plugin, options.audio};
     // The file of a process that died keeps what it has.
-    device.audio.wavPath = numbered(device.audio.wavPath, ++webProcesses);
+    device.audio.wavPath = ofProcess(++webProcesses, device.audio.wavPath);
     const fs::path folder = DeviceOptions::besideProgram("browser");
     webkit_web_context_set_web_extensions_directory(context, folder.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(context, protocol::pack(device));

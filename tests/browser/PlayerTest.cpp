@@ -16,10 +16,12 @@ namespace {
 constexpr const char* helpers = R"js(
     const find = (selector) => document.querySelector(selector);
     const text = (selector) => find(selector) ? find(selector).textContent : '';
-    const until = (look) => new Promise((resolve) => {
+    const until = (look) => new Promise((resolve, reject) => {
+        const end = performance.now() + 20000;
         const poll = () => {
             const seen = look();
-            seen ? resolve(seen) : setTimeout(poll, 20);
+            seen ? resolve(seen) : performance.now() < end ? setTimeout(poll, 20)
+                : reject(`nothing for ${look}; there is ${document.body.innerText}`);
         };
         poll();
     });
@@ -45,10 +47,13 @@ protected:
 
     std::string evaluate(const std::string& body) { return page.evaluate(helpers + body); }
 
-    // Signs in and goes to a place of the player.
+    // Signs in and, when the library has been read, goes to a place of the player.
     void enter(const std::string& address) {
-        evaluate("await until(() => !find('#signin').hidden); location.hash = '" + address +
-                 "'; signIn('listener'); await until(() => !find('#app').hidden);");
+        const std::string outcome =
+            evaluate("await until(() => !find('#signin').hidden); signIn('listener');"
+                     "await until(() => find('.card')); location.hash = '" +
+                     address + "'; return 'there';");
+        ASSERT_EQ(outcome, R"("there")");
     }
 
     // Another process of the same user; what it prints.
@@ -110,6 +115,7 @@ TEST_F(Player, ShowsAtOnceWhatIsChangedElsewhere) {
 }
 
 TEST_F(Player, ShowsTenThousandTracksWithAFewRows) {
+    enter("#/home");
     const std::string link = playlist({"new", "Long"});
     std::vector<std::string> some = {"add", "Long"};
     for (int i = 0; i < 1000; ++i) {
@@ -119,8 +125,9 @@ TEST_F(Player, ShowsTenThousandTracksWithAFewRows) {
         playlist(some);
     }
     playlist({"add", "Long", "Salt Wind"});
-    enter("#/playlist/" + link);
-    EXPECT_EQ(evaluate("await until(() => find('.track'));"
+    EXPECT_EQ(evaluate("location.hash = '#/playlist/" + link +
+                       "';"
+                       "await until(() => find('.track'));"
                        "const rows = () => document.querySelectorAll('#main [role=row]').length;"
                        "let most = rows();"
                        "for (let i = 1; i <= 20; ++i) {"
