@@ -74,6 +74,12 @@ Session::Session(const sp_session_config& config)
           }
       }) {
     try {
+        faults = std::make_shared<Faults>(Faults::fromEnvironment());
+    } catch (const std::invalid_argument& error) {
+        throw ServiceError(SP_ERROR_API_INITIALIZATION_FAILED,
+                           std::string("SONOLET_FAULT: ") + error.what());
+    }
+    try {
         paths = StatePaths::prepare(config.settings_location, config.cache_location);
         music = musicFolder();
         openLibrary();
@@ -101,6 +107,7 @@ void Session::openLibrary() {
     auto catalogue = Catalogue::openOrBegin(paths.catalogueFile(music),
                                             [this](std::string line) { log(std::move(line)); });
     shelves = std::make_shared<Library>(std::move(catalogue), std::move(accountsToUse));
+    shelves->setFaults(faults);
 }
 
 void Session::start() {
@@ -136,7 +143,9 @@ void Session::startImages() {
     const ImageLoader::Log logLine = [this](std::string line) { log(std::move(line)); };
     auto loader =
         std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music, logLine);
-    images = std::make_shared<Images>(std::move(loader), shelves, *worker, events, logLine);
+    images = std::make_shared<Images>(
+        std::move(loader), shelves, *worker,
+        [this](EventQueue::Event event) { answer(std::move(event)); }, logLine);
     const std::string megabytes = accounts().setting(cacheSetting).value_or("0");
     images->setCacheSize(std::strtoull(megabytes.c_str(), nullptr, 10));
 }
@@ -146,6 +155,9 @@ void Session::startPlayer() {
     playerEvents.deliver = [this](const AudioFormat& format, const void* frames, int count) {
         if (callbacks.music_delivery == nullptr) {
             return count;
+        }
+        if (faults->isOffline() || Faults::Clock::now() < soundFrom.load()) {
+            return 0;
         }
         const sp_audioformat delivered = {SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, format.sampleRate,
                                           format.channels};
@@ -187,6 +199,7 @@ void Session::close() {
         images->close();
     }
     events.close();
+    late.clear();
     queryStore.reset();
     cancelQueries();
     account.reset();
@@ -230,6 +243,10 @@ sp_error Session::processEvents(int* nextTimeout) {
         } catch (const std::exception& error) {
             log(error.what());
         }
+        for (const Faults::Turn& turn : faults->due()) {
+            events.post([this, turn] { show(turn); });
+        }
+        releaseLate();
         // What the events themselves post waits for the next call, so that this one ends.
         for (std::size_t waiting = events.size(); waiting > 0 && !closed; --waiting) {
             const EventQueue::Event event = events.pop();
@@ -251,7 +268,75 @@ int Session::timeout() const {
     if (events.size() > 0) {
         return 0;
     }
-    return account ? loggedInTimeout : restingTimeout;
+    using std::chrono::milliseconds;
+    Faults::Clock::duration pause = milliseconds(account ? loggedInTimeout : restingTimeout);
+    if (const auto next = faults->untilNext()) {
+        pause = std::min(pause, *next);
+    }
+    if (!late.empty()) {
+        pause = std::min(pause, late.begin()->first - Faults::Clock::now());
+    }
+    return static_cast<int>(std::max<milliseconds::rep>(
+        std::chrono::duration_cast<milliseconds>(pause).count() + 1, 0));
+}
+
+// ---- Faults ----
+
+void Session::answer(EventQueue::Event event) {
+    const Faults::Clock::duration delay = faults->delay();
+    const Faults::Clock::time_point when = Faults::Clock::now() + delay;
+    events.post([this, when, event = std::move(event)] {
+        // None overtakes another, and what comes in time waits for nobody.
+        if (late.empty() && when <= Faults::Clock::now()) {
+            event();
+        } else {
+            late.emplace(late.empty() ? when : std::max(when, late.rbegin()->first), event);
+        }
+    });
+}
+
+void Session::releaseLate() {
+    const Faults::Clock::time_point now = Faults::Clock::now();
+    while (!late.empty() && late.begin()->first <= now) {
+        events.post(std::move(late.begin()->second));
+        late.erase(late.begin());
+    }
+}
+
+void Session::show(const Faults::Turn& turn) {
+    using Kind = Faults::Kind;
+    switch (turn.kind) {
+    case Kind::offline:
+        log(turn.begins ? "Fault: the connection is lost" : "Fault: the connection is back");
+        raise(&sp_session_callbacks::connection_error,
+              turn.begins ? SP_ERROR_UNABLE_TO_CONTACT_SERVER : SP_ERROR_OK);
+        break;
+    case Kind::token:
+        log("Fault: the play token is lost");
+        if (playing && account) {
+            losePlayToken();
+        } else {
+            raise(&sp_session_callbacks::play_token_lost);
+        }
+        break;
+    case Kind::streamError:
+        log("Fault: the stream breaks off");
+        stopPlaying();
+        raise(&sp_session_callbacks::streaming_error, SP_ERROR_OTHER_TRANSIENT);
+        break;
+    case Kind::unavailable:
+        log(turn.begins ? "Fault: a track is not available" : "Fault: a track is available again");
+        lists->tellMetadata();
+        raise(&sp_session_callbacks::metadata_updated);
+        break;
+    case Kind::message:
+        raise(&sp_session_callbacks::message_to_user, turn.text.c_str());
+        break;
+    case Kind::login:
+    case Kind::slow:
+        // Seen by who asks for something meanwhile.
+        break;
+    }
 }
 
 void Session::lookForChanges() {
@@ -317,6 +402,10 @@ sp_error Session::relogin() {
 void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
     const unsigned attempt = ++loginAttempt;
     loginPending = true;
+    if (const std::optional<sp_error> refused = faults->login()) {
+        answer([this, attempt, refused] { endLogin(attempt, std::nullopt, {}, *refused); });
+        return;
+    }
     worker->post([this, attempt, remember, issueBlob, check = std::move(check)] {
         std::optional<Account> found;
         std::string blob;
@@ -336,18 +425,23 @@ void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
             found.reset();
             error = SP_ERROR_OTHER_PERMANENT;
         }
-        events.post([this, attempt, found, blob, error] {
-            if (attempt != loginAttempt) {
-                return;
-            }
-            loginPending = false;
-            found ? finishLogin(*found, blob) : failLogin(error);
-        });
+        answer([this, attempt, found, blob, error] { endLogin(attempt, found, blob, error); });
     });
 }
 
-void Session::failLogin(sp_error error) {
-    raise(&sp_session_callbacks::logged_in, error);
+void Session::endLogin(unsigned attempt,
+                       const std::optional<Account>& found,
+                       const std::string& blob,
+                       sp_error error) {
+    if (attempt != loginAttempt) {
+        return;
+    }
+    loginPending = false;
+    if (found) {
+        finishLogin(*found, blob);
+    } else {
+        raise(&sp_session_callbacks::logged_in, error);
+    }
 }
 
 void Session::finishLogin(const Account& found, const std::string& blob) {
@@ -404,7 +498,10 @@ std::optional<std::string> Session::rememberedUser() const {
 }
 
 sp_connectionstate Session::connectionState() const {
-    return account ? SP_CONNECTION_STATE_LOGGED_IN : SP_CONNECTION_STATE_LOGGED_OUT;
+    if (!account) {
+        return SP_CONNECTION_STATE_LOGGED_OUT;
+    }
+    return faults->isOffline() ? SP_CONNECTION_STATE_DISCONNECTED : SP_CONNECTION_STATE_LOGGED_IN;
 }
 
 bool Session::refreshFriends() {
@@ -482,6 +579,7 @@ sp_error Session::load(Track& track) {
         return error;
     }
     stopPlaying();
+    soundFrom = Faults::Clock::now() + faults->delay();
     const sp_error error = player->load(filePath(track));
     if (error == SP_ERROR_OK) {
         loadedDurationMs = track.durationMs();
@@ -510,6 +608,7 @@ sp_error Session::seek(int offsetMs) {
     if (offsetMs < 0 || offsetMs > loadedDurationMs) {
         return SP_ERROR_INVALID_INDATA;
     }
+    soundFrom = Faults::Clock::now() + faults->delay();
     return player->seek(offsetMs);
 }
 
@@ -573,7 +672,7 @@ void Session::findAnswer(unsigned number, Query& query) {
             queryStore =
                 std::make_unique<QueryStore>(paths.catalogueFile(music), paths.accountsFile());
         }
-        error = query.find(*queryStore);
+        error = faults->isOffline() ? SP_ERROR_OTHER_TRANSIENT : query.find(*queryStore);
     } catch (const std::exception& failure) {
         log(std::string("A query failed: ") + failure.what());
         queryStore.reset();
@@ -581,7 +680,7 @@ void Session::findAnswer(unsigned number, Query& query) {
             rebuildDamaged(*database);
         }
     }
-    events.post([this, number, error] { finishQuery(number, error); });
+    answer([this, number, error] { finishQuery(number, error); });
 }
 
 void Session::finishQuery(unsigned number, sp_error error) {

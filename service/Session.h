@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_SESSION_H
 
 #include "EventQueue.h"
+#include "Faults.h"
 #include "Images.h"
 #include "Library.h"
 #include "Playlists.h"
@@ -113,13 +114,21 @@ private:
     void raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
                Arguments... arguments);
 
+    // Posts what a service would send: on a slow connection it comes later. Any thread.
+    void answer(EventQueue::Event event);
+    void releaseLate();
+    void show(const Faults::Turn& turn);
+
     void openLibrary();
     void startScan();
     void startImages();
     void startPlayer();
     void checkCredentials(Check check, bool remember, bool issueBlob);
     void finishLogin(const Account& found, const std::string& blob);
-    void failLogin(sp_error error);
+    void endLogin(unsigned attempt,
+                  const std::optional<Account>& found,
+                  const std::string& blob,
+                  sp_error error);
     void findAnswer(unsigned number, Query& query);
     void finishQuery(unsigned number, sp_error error);
     // The queries under way, finished with an error; who asked is yet to be told.
@@ -142,6 +151,9 @@ private:
     const std::string token;  // names this session among those of an account
 
     EventQueue events;
+    std::shared_ptr<Faults> faults;
+    // Before this the player's sound is still on its way.
+    std::atomic<Faults::Clock::time_point> soundFrom{};
 
     // State below is the owner thread's.
     std::shared_ptr<Library> shelves;
@@ -152,6 +164,7 @@ private:
     unsigned loginAttempt = 0;               // an outcome of an earlier attempt is dropped
     std::map<unsigned, Ref<Query>> queries;  // under way, by number
     unsigned lastQuery = 0;
+    std::multimap<Faults::Clock::time_point, EventQueue::Event> late;  // answers on their way
     bool loginPending = false;
     bool dispatching = false;
     bool closed = false;

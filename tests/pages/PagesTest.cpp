@@ -137,6 +137,26 @@ INSTANTIATE_TEST_SUITE_P(Pages,
                          testing::Values("catalogue", "queries", "events", "playback"),
                          [](const auto& page) { return std::string(page.param); });
 
+// The scan of a new state takes real time: the first fault waits until it is surely over.
+TEST(Faults, ReachThePageAtTheirTimes) {
+    const Place place("faults", demoMusic());
+    const std::string links = place.links();
+    const std::size_t at = links.find("spotify:track:", links.find("\"Salt Wind\""));
+    const std::string spec = "login=bad-password@0s-20s,slow=3s@0s-30s,unavailable=" +
+                             links.substr(at, links.find('"', at) - at) +
+                             "@0s-150s,offline@100s-160s,token@200s,stream-error@220s,"
+                             "message=Closed at 6 p.m.%2C sorry@240s";
+    expectPassed(
+        place.page(contentsOf(PAGES_DIR "/scripts/faults.js"), {"--log", "none", "--fault", spec}),
+        14);
+    const Outcome refused = place.page("Spotify.Session.create(Spotify.SessionConfig)",
+                                       {"--fault", "token@5s,ofline@5s-12s"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.errors.find("fault \"ofline@5s-12s\" at character 10: there are offline,"),
+              std::string::npos)
+        << refused.errors;
+}
+
 TEST(Conformance, OfThisHostAndLibraryIsWhole) {
     const Place place("conformance", demoMusic());
     const Outcome made =
