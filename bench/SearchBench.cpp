@@ -1,7 +1,8 @@
-// sonolet-bench: how fast the music service answers and scans, beside what it promises.
+// sonolet-bench-search: how fast the music service answers and scans, beside what it promises.
 
 #include "Accounts.h"
 #include "Catalogue.h"
+#include "Figures.h"
 #include "ListStore.h"
 #include "Scanner.h"
 #include "StatePaths.h"
@@ -41,19 +42,6 @@ constexpr std::size_t catalogueTracks = 100000;
 constexpr std::size_t taggedFiles = 10000;
 constexpr int queryCount = 4000;
 constexpr int resultsAsked = 20;
-
-// What was measured and what it may be at most.
-struct Figure {
-    std::string what;
-    double value;
-    double limit;  // 0: none
-    const char* unit;
-};
-
-std::vector<Figure>& figures() {
-    static std::vector<Figure>& all = *new std::vector<Figure>;
-    return all;
-}
 
 double milliseconds(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
@@ -247,13 +235,14 @@ void measureSearch(benchmark::State& state,
     const std::string name = suggest ? "suggestion" : "search";
     state.counters["tracks_found"] = sumOfTotals / static_cast<double>(samples.size());
     state.SetLabel("slowest: " + slowest);
-    figures().push_back({name + ", median", percentile(samples, 0.5), 5, "ms"});
-    figures().push_back({name + ", 99th percentile", percentile(samples, 0.99), 20, "ms"});
-    figures().push_back({name + ", slowest", slowestTime, 0, "ms"});
-    figures().push_back(
-        {name + ", processor time, median", percentile(processorSamples, 0.5), 0, "ms"});
-    figures().push_back(
-        {name + ", processor time, 99th percentile", percentile(processorSamples, 0.99), 0, "ms"});
+    figures::report(figures::within(name + ", median", percentile(samples, 0.5), "ms", 5));
+    figures::report(
+        figures::within(name + ", 99th percentile", percentile(samples, 0.99), "ms", 20));
+    figures::report(figures::plain(name + ", slowest", slowestTime, "ms"));
+    figures::report(
+        figures::plain(name + ", processor time, median", percentile(processorSamples, 0.5), "ms"));
+    figures::report(figures::plain(name + ", processor time, 99th percentile",
+                                   percentile(processorSamples, 0.99), "ms"));
 }
 
 double scan(const std::string& music, const std::string& file) {
@@ -279,33 +268,6 @@ double residentMegabytes() {
         }
     }
     return 0;
-}
-
-std::string processor() {
-    std::ifstream info("/proc/cpuinfo");
-    for (std::string line; std::getline(info, line);) {
-        if (line.rfind("model name", 0) == 0) {
-            return line.substr(line.find(':') + 2);
-        }
-    }
-    return "unknown processor";
-}
-
-void printFigures() {
-    std::printf("\nMachine: %s, %u threads\nBuild:   %s\nInput:   %zu tracks in the catalogue, %zu "
-                "tagged files, %d queries\n\n",
-                processor().c_str(), std::thread::hardware_concurrency(), SONOLET_BUILD_KIND,
-                catalogueTracks, taggedFiles, queryCount);
-    std::printf("%-46s %12s %12s %7s\n", "", "measured", "limit", "ratio");
-    for (const Figure& figure : figures()) {
-        std::printf("%-46s %9.2f %-2s", figure.what.c_str(), figure.value, figure.unit);
-        if (figure.limit > 0) {
-            std::printf(" %9.0f %-2s %7.2f  %s", figure.limit, figure.unit,
-                        figure.value / figure.limit,
-                        figure.value <= figure.limit ? "holds" : "DOES NOT HOLD");
-        }
-        std::printf("\n");
-    }
 }
 
 void run() {
@@ -359,7 +321,8 @@ void run() {
     const double opened = residentMegabytes();
     const Clock::time_point start = Clock::now();
     session->search("the first of all", SP_SEARCH_STANDARD);
-    figures().push_back({"the very first search", milliseconds(Clock::now() - start), 0, "ms"});
+    figures::report(
+        figures::plain("the very first search", milliseconds(Clock::now() - start), "ms"));
     for (const sp_search_type type : {SP_SEARCH_STANDARD, SP_SEARCH_SUGGEST}) {
         benchmark::RegisterBenchmark(
             type == SP_SEARCH_STANDARD ? "search" : "suggest",
@@ -369,16 +332,18 @@ void run() {
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     }
-    benchmark::RunSpecifiedBenchmarks();
-    figures().push_back({"memory, catalogue opened", opened, 64, "MB"});
-    figures().push_back({"memory, after all searches", residentMegabytes(), 64, "MB"});
-    figures().push_back({"memory, of it the benchmark before", before, 0, "MB"});
+    // Standard output is for the figures.
+    benchmark::ConsoleReporter console;
+    console.SetOutputStream(&std::cerr);
+    benchmark::RunSpecifiedBenchmarks(&console);
+    figures::report(figures::within("memory, catalogue opened", opened, "MB", 64));
+    figures::report(figures::within("memory, after all searches", residentMegabytes(), "MB", 64));
+    figures::report(figures::plain("memory, of it the benchmark before", before, "MB"));
     session.reset();
 
     const std::string file = root + "/tagged.db";
-    figures().push_back({"first scan", scan(tagged, file), 30, "s"});
-    figures().push_back({"scan with nothing changed", scan(tagged, file), 1, "s"});
-    printFigures();
+    figures::report(figures::within("first scan", scan(tagged, file), "s", 30));
+    figures::report(figures::within("scan with nothing changed", scan(tagged, file), "s", 1));
 }
 
 }  // namespace
@@ -392,7 +357,7 @@ int main(int argc, char** argv) {
         run();
         return 0;
     } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench: " << error.what() << '\n';
+        std::cerr << "sonolet-bench-search: " << error.what() << '\n';
         return 1;
     }
 }

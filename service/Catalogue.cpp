@@ -109,6 +109,25 @@ void migrateCatalogue(Database& database) {
     database.migrate({schema, searchSchema});
 }
 
+std::string setCatalogueAside(const DatabaseError& damage) {
+    const std::string aside = Database::setAside(damage, Database::Aside::newest);
+    return std::string(damage.what()) + "; " +
+           (aside.empty() ? "it is whole again" : "it is kept as " + aside + " and made again");
+}
+
+std::unique_ptr<Catalogue> Catalogue::openOrBegin(const std::string& file,
+                                                  const std::function<void(std::string)>& log) {
+    try {
+        return std::make_unique<Catalogue>(file);
+    } catch (const DatabaseError& error) {
+        if (!error.damaged()) {
+            throw;
+        }
+        log(setCatalogueAside(error));
+    }
+    return std::make_unique<Catalogue>(file);
+}
+
 Catalogue::Migration::Migration(Database& database) {
     migrateCatalogue(database);
 }

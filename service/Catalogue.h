@@ -4,6 +4,8 @@
 #include "Database.h"
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +44,9 @@ struct ArtistRow {
     std::string portrait;  // pictureDigestSize bytes or none
 };
 
+// The line that tells how a damaged catalogue made room.
+std::string setCatalogueAside(const DatabaseError& damage);
+
 // Makes the catalogue's tables, or brings them up to date.
 void migrateCatalogue(Database& database);
 
@@ -59,6 +64,11 @@ public:
 
     // The available tracks, by artist, album, disc and number.
     std::vector<Id> tracks();
+
+    // Opens the catalogue. A damaged one is set aside and begun anew, since it can be made again
+    // from the music; `log` says so.
+    static std::unique_ptr<Catalogue> openOrBegin(const std::string& file,
+                                                  const std::function<void(std::string)>& log);
 
     // Changes whenever a scan, of this process or another, has changed the catalogue.
     std::int64_t version() { return database.dataVersion(); }

@@ -1,10 +1,17 @@
 #include "Database.h"
 
+#include "Files.h"
+
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <system_error>
 
 namespace sonolet::service {
@@ -28,7 +35,123 @@ void makePrivateFile(const std::string& path) {
     }
 }
 
+[[noreturn]] void failOn(const std::string& path) {
+    throw std::system_error(errno, std::generic_category(), "cannot write " + path);
+}
+
+// The first name that is free, or that of the only copy.
+std::string asideName(const std::string& path, Database::Aside keep) {
+    std::string name = path + ".damaged";
+    for (int number = 2; keep == Database::Aside::every && access(name.c_str(), F_OK) == 0;
+         ++number) {
+        name = path + ".damaged-" + std::to_string(number);
+    }
+    return name;
+}
+
+// Through the connection's own descriptor: closing another would end the process's locks.
+void copyDatabase(sqlite3* connection, const std::string& to) {
+    constexpr int chunk = 1 << 20;
+    sqlite3_file* file = nullptr;
+    sqlite3_int64 size = 0;
+    sqlite3_file_control(connection, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    const FileDescriptor copy(
+        open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (copy.get() < 0 || file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+        failOn(to);
+    }
+    std::string bytes;
+    for (sqlite3_int64 done = 0; done < size; done += chunk) {
+        // What cannot be read is copied as zeros.
+        bytes.assign(static_cast<std::size_t>(std::min<sqlite3_int64>(chunk, size - done)), '\0');
+        static_cast<void>(
+            file->pMethods->xRead(file, bytes.data(), static_cast<int>(bytes.size()), done));
+        if (!writeFile(copy.get(), bytes)) {
+            failOn(to);
+        }
+    }
+    if (fsync(copy.get()) != 0) {
+        failOn(to);
+    }
+}
+
+// The log has changes that are not yet in the database. Nobody locks it.
+void copyLog(const std::string& from, const std::string& to) {
+    const FileDescriptor log(open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    const std::optional<std::string> bytes =
+        log.get() < 0 ? std::nullopt : readFile(log.get(), UINT64_MAX);
+    if (!bytes || bytes->empty()) {
+        static_cast<void>(std::remove(to.c_str()));
+        return;
+    }
+    const FileDescriptor copy(
+        open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (copy.get() < 0 || !writeFile(copy.get(), *bytes) || fsync(copy.get()) != 0) {
+        failOn(to);
+    }
+}
+
 }  // namespace
+
+void Database::check() {
+    const auto complaint = [this] {
+        Statement query(*this, "PRAGMA quick_check(1)");
+        Cursor row = query.run();
+        return row.next() ? row.text(0) : "nothing to check";
+    };
+    if (complaint() == "ok") {
+        return;
+    }
+    execute("REINDEX");
+    if (const std::string remaining = complaint(); remaining != "ok") {
+        throw DatabaseError(SQLITE_CORRUPT, file, "database is damaged: " + remaining);
+    }
+}
+
+std::string Database::setAside(const DatabaseError& damage, Aside keep) {
+    const std::string& path = damage.path();
+    const std::string lockFile = path + ".lock";
+    const FileDescriptor lock(
+        open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (lock.get() < 0 || flock(lock.get(), LOCK_EX) != 0) {
+        failOn(lockFile);
+    }
+    try {
+        Database(path, Durability::power).check();
+        if (!damage.insideIndex()) {
+            return {};
+        }
+    } catch (const DatabaseError& error) {
+        if (!error.damaged()) {
+            throw;
+        }
+    }
+    sqlite3* connection = nullptr;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    const int opened = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
+    const std::unique_ptr<sqlite3, int (*)(sqlite3*)> closing(connection, &sqlite3_close_v2);
+    if (opened != SQLITE_OK) {
+        throw DatabaseError(opened, path, "cannot be opened");
+    }
+    std::string aside = asideName(path, keep);
+    try {
+        copyDatabase(connection, aside);
+        copyLog(path + "-wal", aside + "-wal");
+    } catch (...) {
+        static_cast<void>(std::remove(aside.c_str()));
+        static_cast<void>(std::remove((aside + "-wal").c_str()));
+        throw;
+    }
+    sqlite3_busy_timeout(connection, busyMilliseconds);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
+    const int emptied = sqlite3_exec(connection, "VACUUM", nullptr, nullptr, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
+    if (emptied != SQLITE_OK) {
+        throw DatabaseError(emptied, path,
+                            std::string("cannot be begun anew: ") + sqlite3_errmsg(connection));
+    }
+    return aside;
+}
 
 Database::Database(const std::string& path, Durability durability) : file(path) {
     makePrivateFile(path);
@@ -92,10 +215,10 @@ void Database::migrate(std::initializer_list<const char*> steps) {
     // Another process may have migrated while this one waited.
     const std::int64_t found = version();
     if (found > newest) {
-        throw DatabaseError(SQLITE_ERROR, file +
-                                              ": made by a newer version of the service (schema " +
-                                              std::to_string(found) + ", this one knows " +
-                                              std::to_string(newest) + ")");
+        throw DatabaseError(SQLITE_ERROR, file,
+                            "made by a newer version of the service (schema " +
+                                std::to_string(found) + ", this one knows " +
+                                std::to_string(newest) + ")");
     }
     for (std::int64_t step = found; step < newest; ++step) {
         execute(steps.begin()[step]);
@@ -134,8 +257,13 @@ std::int64_t Database::dataVersion() {
 
 void Database::fail(std::string_view sql) const {
     const int code = connection == nullptr ? SQLITE_NOMEM : sqlite3_extended_errcode(connection);
-    const char* why = connection == nullptr ? "out of memory" : sqlite3_errmsg(connection);
-    throw DatabaseError(code, file + ": " + why + " (" + std::string(sql) + ")");
+    std::string why = connection == nullptr ? "out of memory" : sqlite3_errmsg(connection);
+    if ((code & 0xff) == SQLITE_IOERR || (code & 0xff) == SQLITE_CANTOPEN) {
+        if (const int system = sqlite3_system_errno(connection); system != 0) {
+            why += ": " + std::generic_category().message(system);
+        }
+    }
+    throw DatabaseError(code, file, why + " (" + std::string(sql) + ")");
 }
 
 Cursor::~Cursor() {

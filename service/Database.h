@@ -17,16 +17,25 @@ namespace sonolet::service {
 // A failure of SQLite: what was asked, of which file, and what it answered.
 class DatabaseError final : public std::runtime_error {
 public:
-    DatabaseError(int resultCode, const std::string& text)
-        : std::runtime_error(text), code(resultCode) {}
+    DatabaseError(int resultCode, const std::string& databaseFile, const std::string& text)
+        : std::runtime_error(databaseFile + ": " + text), code(resultCode), file(databaseFile) {}
 
     // The file holds something that is no usable database.
     bool damaged() const {
         return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
     }
+    // The disk is full or another process writes for long: the same may work later.
+    bool passing() const {
+        return (code & 0xff) == SQLITE_FULL || (code & 0xff) == SQLITE_BUSY ||
+               (code & 0xff) == SQLITE_IOERR;
+    }
+    // In what check() does not look at: the index of words.
+    bool insideIndex() const { return code == SQLITE_CORRUPT_VTAB; }
+    const std::string& path() const { return file; }
 
 private:
     int code;
+    std::string file;
 };
 
 // One connection to one SQLite file in WAL mode, with foreign keys on.
@@ -49,6 +58,19 @@ public:
     Database& operator=(const Database&) = delete;
 
     void execute(const char* sql);
+
+    // Reads the whole file, and mends what is mended without a loss. Throws DatabaseError, damaged,
+    // when that is not enough.
+    void check();
+
+    // Which copies of damaged files stay.
+    enum class Aside { newest, every };
+
+    // Copies the damaged file to another name beside it and leaves an empty database in its place,
+    // which the connections that are open go on with. Answers that name, or an empty text when
+    // the file is whole: another process was faster. Throws DatabaseError or std::system_error and
+    // leaves the file as it is when it cannot be copied.
+    static std::string setAside(const DatabaseError& damage, Aside keep);
 
     // Brings the schema to the newest version, one step for each version, all or nothing. A file
     // of a newer program is refused.

@@ -9,10 +9,10 @@ namespace sonolet::service {
 Images::Images(std::unique_ptr<ImageLoader> imageLoader,
                std::shared_ptr<Library> sessionLibrary,
                Worker& sessionWorker,
-               EventQueue& sessionEvents,
+               Post answerLater,
                ImageLoader::Log logLine)
     : loader(std::move(imageLoader)), library(std::move(sessionLibrary)), worker(sessionWorker),
-      events(sessionEvents), log(std::move(logLine)) {}
+      answer(std::move(answerLater)), log(std::move(logLine)) {}
 
 Ref<sp_image> Images::image(const std::string& id) {
     if (closed) {
@@ -55,7 +55,7 @@ void Images::request(const std::string& id) {
             return;  // nobody holds it any more
         }
         auto outcome = std::make_shared<const Outcome>(load(id));
-        events.post([this, id, outcome, mayAppear] { finish(id, *outcome, mayAppear); });
+        answer([this, id, outcome, mayAppear] { finish(id, *outcome, mayAppear); });
     });
 }
 
@@ -90,7 +90,7 @@ void Images::finish(const std::string& id, const Outcome& outcome, bool mayAppea
 
 void Images::tellLater(const std::string& id) {
     if (!closed) {
-        events.post([this, id] {
+        answer([this, id] {
             if (const Ref<sp_image> image = shelf.find(id)) {
                 image->tell();
             }

@@ -8,6 +8,7 @@
 #include "Shelf.h"
 #include "Worker.h"
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -20,11 +21,14 @@ namespace sonolet::service {
 // session: they keep this object, which after close() loads and tells nothing.
 class Images final : public std::enable_shared_from_this<Images> {
 public:
+    // Leaves what is for the session's owner with it.
+    using Post = std::function<void(EventQueue::Event)>;
+
     // All must live until close().
     Images(std::unique_ptr<ImageLoader> imageLoader,
            std::shared_ptr<Library> sessionLibrary,
            Worker& sessionWorker,
-           EventQueue& sessionEvents,
+           Post answerLater,
            ImageLoader::Log logLine);
 
     Images(const Images&) = delete;
@@ -59,7 +63,7 @@ private:
     const std::unique_ptr<ImageLoader> loader;  // the worker's
     const std::shared_ptr<Library> library;
     Worker& worker;
-    EventQueue& events;
+    const Post answer;
     const ImageLoader::Log log;
 
     Shelf<std::string, sp_image> shelf;

@@ -3,12 +3,14 @@
 
 #include "Accounts.h"
 #include "Catalogue.h"
+#include "Faults.h"
 #include "Shelf.h"
 
 #include "libspotify/api.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace sonolet::service {
 
@@ -35,6 +37,12 @@ public:
     Accounts* accounts() const { return openAccounts.get(); }
     void close();
 
+    // What a fault takes away for a while.
+    void setFaults(std::shared_ptr<const Faults> shown) { faults = std::move(shown); }
+    bool isWithheld(const Id& track) const {
+        return faults != nullptr && faults->isUnavailable(track);
+    }
+
     // What a handle has read is good for one edition.
     unsigned edition() const { return currentEdition; }
     // True when something has changed since; begins a new edition.
@@ -54,6 +62,7 @@ private:
 
     std::unique_ptr<Catalogue> openCatalogue;
     std::unique_ptr<Accounts> openAccounts;
+    std::shared_ptr<const Faults> faults;
     std::int64_t catalogueVersion = -1;
     std::int64_t accountsVersion = -1;
     unsigned currentEdition = 1;

@@ -36,7 +36,7 @@ PlaylistFiles::PlaylistFiles(std::string musicFolder,
       store(accounts.connection()),
       findTrack(catalogue,
                 "SELECT t.link FROM tracks t JOIN folders f ON f.id = t.folder_id"
-                " WHERE f.path = ?1 AND t.name = ?2 AND t.present"),
+                " WHERE f.path = ?1 AND t.name = ?2"),
       container(store.ofUser(listener, ListKind::container)) {}
 
 void PlaylistFiles::update(const std::vector<std::string>& files) {

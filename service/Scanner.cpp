@@ -107,6 +107,25 @@ void Scanner::run() {
 }
 
 void Scanner::scan() {
+    try {
+        scanOnce();
+    } catch (const DatabaseError& error) {
+        if (!error.damaged()) {
+            throw;
+        }
+        writer.reset();
+        events.log(setCatalogueAside(error));
+        scanOnce();
+    }
+}
+
+void Scanner::scanOnce() {
+    batch = ScanBatch();
+    counts = Counts();
+    visited.clear();
+    foldersWithMusic.clear();
+    playlistFiles.clear();
+    rootRead = true;
     const Clock::time_point start = Clock::now();
     lastFlush = start;
     lastReport = start;
@@ -131,7 +150,8 @@ void Scanner::scan() {
                std::to_string(counts.added) + " new, " + std::to_string(counts.changed) +
                " changed, " + std::to_string(counts.removed) + " removed, " +
                std::to_string(counts.skipped) + " skipped");
-    if (events.playlistFiles) {
+    // A disk that is not there has taken no playlist away.
+    if (rootRead && events.playlistFiles) {
         events.playlistFiles(playlistFiles);
     }
 }
@@ -143,6 +163,7 @@ void Scanner::scanFolder(const std::string& path) {
     } catch (const std::system_error& error) {
         events.log("Cannot read the folder " + absolute(path) + ": " +
                    reason(error.code().value()));
+        rootRead = rootRead && !path.empty();
         return;
     }
     const auto isMusic = [](const Entry& entry) {

@@ -20,6 +20,7 @@ namespace sonolet::service {
 struct ScanEvents {
     std::function<void(std::string line)> log;
     // The scan is complete; the playlist files that it has met, relative to the folder of music.
+    // Not called when that folder could not be read.
     // May be left out.
     std::function<void(const std::vector<std::string>& files)> playlistFiles;
     // The scan is over, complete or not. Not called when it was stopped.
@@ -28,9 +29,10 @@ struct ScanEvents {
 
 // Brings a catalogue up to date with a folder of music, once, on a thread of its own.
 //
-// Files are known by path, size and time; only new and changed ones are read. A file that cannot be
-// read is skipped with one line. Changes are committed in small batches, so a reader sees music
-// soon and a process that dies loses little; the next scan goes on from there.
+// A catalogue that proves damaged is set aside and made from nothing. Files are known by path, size
+// and time; only new and changed ones are read. A file that cannot be read is skipped with one
+// line. Changes are committed in small batches, so a reader sees music soon and a process that dies
+// loses little; the next scan goes on from there.
 class Scanner final {
 public:
     Scanner(std::string musicFolder, std::string catalogueFile, ScanEvents scanEvents);
@@ -54,6 +56,7 @@ private:
 
     void run();
     void scan();
+    void scanOnce();
     void scanFolder(const std::string& path);
     void lookAtPicture(const std::string& path, const KnownFolder& known, const std::string& name);
     void lookAtFile(const std::string& path,
@@ -79,6 +82,7 @@ private:
     std::set<std::pair<unsigned long long, unsigned long long>> visited;  // device and inode
     std::unordered_set<std::string> foldersWithMusic;
     std::vector<std::string> playlistFiles;
+    bool rootRead = true;
     Clock::time_point lastFlush;
     Clock::time_point lastReport;
 

@@ -42,22 +42,27 @@ const sp_session_callbacks& checked(const sp_session_config& config) {
     return *config.callbacks;
 }
 
-// A catalogue can be made again from the music, so a damaged one makes room.
-std::unique_ptr<Catalogue> openCatalogue(const std::string& file, std::string& complaint) {
+// What the accounts' file holds exists nowhere else: a damaged one is kept, and whoever started the
+// program is told even if nobody reads the log.
+std::unique_ptr<Accounts> openAccounts(const std::string& file, std::string& complaint) {
     try {
-        return std::make_unique<Catalogue>(file);
+        auto accounts = std::make_unique<Accounts>(file);
+        accounts->connection().check();
+        return accounts;
     } catch (const DatabaseError& error) {
         if (!error.damaged()) {
             throw;
         }
-        complaint = std::string(error.what()) + "; it is made again";
+        const std::string aside = Database::setAside(error, Database::Aside::every);
+        complaint = std::string(error.what()) + "; ";
+        complaint += aside.empty() ? "it is whole again"
+                                   : "it is kept as " + aside +
+                                         " and new accounts are begun. To read what can still be "
+                                         "read of it: sqlite3 " +
+                                         aside + " .recover";
+        std::fprintf(stderr, "libspotify: %s\n", complaint.c_str());
     }
-    for (const char* ending : {"", "-wal", "-shm"}) {
-        const std::string damaged = file + ending;
-        // A journal need not exist; a database that stays makes the next try fail.
-        static_cast<void>(std::remove(damaged.c_str()));
-    }
-    return std::make_unique<Catalogue>(file);
+    return std::make_unique<Accounts>(file);
 }
 
 }  // namespace
@@ -68,6 +73,12 @@ Session::Session(const sp_session_config& config)
               callbacks.notify_main_thread(handle());
           }
       }) {
+    try {
+        faults = std::make_shared<Faults>(Faults::fromEnvironment());
+    } catch (const std::invalid_argument& error) {
+        throw ServiceError(SP_ERROR_API_INITIALIZATION_FAILED,
+                           std::string("SONOLET_FAULT: ") + error.what());
+    }
     try {
         paths = StatePaths::prepare(config.settings_location, config.cache_location);
         music = musicFolder();
@@ -87,20 +98,26 @@ sp_session* Session::handle() {
 }
 
 void Session::openLibrary() {
-    auto openAccounts = std::make_unique<Accounts>(paths.accountsFile());
-    std::string complaint;
-    auto catalogue = openCatalogue(paths.catalogueFile(music), complaint);
-    shelves = std::make_shared<Library>(std::move(catalogue), std::move(openAccounts));
     log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
+    std::string complaint;
+    auto accountsToUse = openAccounts(paths.accountsFile(), complaint);
     if (!complaint.empty()) {
         log(complaint);
     }
+    auto catalogue = Catalogue::openOrBegin(paths.catalogueFile(music),
+                                            [this](std::string line) { log(std::move(line)); });
+    shelves = std::make_shared<Library>(std::move(catalogue), std::move(accountsToUse));
+    shelves->setFaults(faults);
 }
 
 void Session::start() {
     worker = std::make_unique<Worker>();
     startImages();
     startPlayer();
+    startScan();
+}
+
+void Session::startScan() {
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
     scanEvents.playlistFiles = [this](const std::vector<std::string>& files) {
@@ -113,6 +130,7 @@ void Session::start() {
             // The last changes may be younger than the last look.
             shelves->refreshCatalogue();
             shelves->setScanned();
+            rebuilding = false;
             images->catalogueChanged();
             lists->tellMetadata();
             raise(&sp_session_callbacks::metadata_updated);
@@ -125,7 +143,9 @@ void Session::startImages() {
     const ImageLoader::Log logLine = [this](std::string line) { log(std::move(line)); };
     auto loader =
         std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music, logLine);
-    images = std::make_shared<Images>(std::move(loader), shelves, *worker, events, logLine);
+    images = std::make_shared<Images>(
+        std::move(loader), shelves, *worker,
+        [this](EventQueue::Event event) { answer(std::move(event)); }, logLine);
     const std::string megabytes = accounts().setting(cacheSetting).value_or("0");
     images->setCacheSize(std::strtoull(megabytes.c_str(), nullptr, 10));
 }
@@ -135,6 +155,9 @@ void Session::startPlayer() {
     playerEvents.deliver = [this](const AudioFormat& format, const void* frames, int count) {
         if (callbacks.music_delivery == nullptr) {
             return count;
+        }
+        if (faults->isOffline() || Faults::Clock::now() < soundFrom.load()) {
+            return 0;
         }
         const sp_audioformat delivered = {SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, format.sampleRate,
                                           format.channels};
@@ -176,6 +199,7 @@ void Session::close() {
         images->close();
     }
     events.close();
+    late.clear();
     queryStore.reset();
     cancelQueries();
     account.reset();
@@ -189,6 +213,15 @@ void Session::log(std::string line) {
     if (callbacks.log_message != nullptr) {
         events.post(
             [this, line = std::move(line)] { callbacks.log_message(handle(), line.c_str()); });
+    }
+}
+
+template <typename Action>
+void Session::orLog(const char* consequence, Action action) {
+    try {
+        action();
+    } catch (const std::exception& error) {
+        log(std::string(consequence) + ": " + error.what());
     }
 }
 
@@ -210,6 +243,10 @@ sp_error Session::processEvents(int* nextTimeout) {
         } catch (const std::exception& error) {
             log(error.what());
         }
+        for (const Faults::Turn& turn : faults->due()) {
+            events.post([this, turn] { show(turn); });
+        }
+        releaseLate();
         // What the events themselves post waits for the next call, so that this one ends.
         for (std::size_t waiting = events.size(); waiting > 0 && !closed; --waiting) {
             const EventQueue::Event event = events.pop();
@@ -231,7 +268,75 @@ int Session::timeout() const {
     if (events.size() > 0) {
         return 0;
     }
-    return account ? loggedInTimeout : restingTimeout;
+    using std::chrono::milliseconds;
+    Faults::Clock::duration pause = milliseconds(account ? loggedInTimeout : restingTimeout);
+    if (const auto next = faults->untilNext()) {
+        pause = std::min(pause, *next);
+    }
+    if (!late.empty()) {
+        pause = std::min(pause, late.begin()->first - Faults::Clock::now());
+    }
+    return static_cast<int>(std::max<milliseconds::rep>(
+        std::chrono::duration_cast<milliseconds>(pause).count() + 1, 0));
+}
+
+// ---- Faults ----
+
+void Session::answer(EventQueue::Event event) {
+    const Faults::Clock::duration delay = faults->delay();
+    const Faults::Clock::time_point when = Faults::Clock::now() + delay;
+    events.post([this, when, event = std::move(event)] {
+        // None overtakes another, and what comes in time waits for nobody.
+        if (late.empty() && when <= Faults::Clock::now()) {
+            event();
+        } else {
+            late.emplace(late.empty() ? when : std::max(when, late.rbegin()->first), event);
+        }
+    });
+}
+
+void Session::releaseLate() {
+    const Faults::Clock::time_point now = Faults::Clock::now();
+    while (!late.empty() && late.begin()->first <= now) {
+        events.post(std::move(late.begin()->second));
+        late.erase(late.begin());
+    }
+}
+
+void Session::show(const Faults::Turn& turn) {
+    using Kind = Faults::Kind;
+    switch (turn.kind) {
+    case Kind::offline:
+        log(turn.begins ? "Fault: the connection is lost" : "Fault: the connection is back");
+        raise(&sp_session_callbacks::connection_error,
+              turn.begins ? SP_ERROR_UNABLE_TO_CONTACT_SERVER : SP_ERROR_OK);
+        break;
+    case Kind::token:
+        log("Fault: the play token is lost");
+        if (playing && account) {
+            losePlayToken();
+        } else {
+            raise(&sp_session_callbacks::play_token_lost);
+        }
+        break;
+    case Kind::streamError:
+        log("Fault: the stream breaks off");
+        stopPlaying();
+        raise(&sp_session_callbacks::streaming_error, SP_ERROR_OTHER_TRANSIENT);
+        break;
+    case Kind::unavailable:
+        log(turn.begins ? "Fault: a track is not available" : "Fault: a track is available again");
+        lists->tellMetadata();
+        raise(&sp_session_callbacks::metadata_updated);
+        break;
+    case Kind::message:
+        raise(&sp_session_callbacks::message_to_user, turn.text.c_str());
+        break;
+    case Kind::login:
+    case Kind::slow:
+        // Seen by who asks for something meanwhile.
+        break;
+    }
 }
 
 void Session::lookForChanges() {
@@ -249,6 +354,22 @@ void Session::lookForChanges() {
             events.post([this] { raise(&sp_session_callbacks::userinfo_updated); });
         }
     }
+}
+
+void Session::rebuildDamaged(const DatabaseError& error) {
+    if (!error.damaged() || error.path() != paths.catalogueFile(music) ||
+        rebuilding.exchange(true)) {
+        return;
+    }
+    events.post([this, error] {
+        scanner.reset();
+        try {
+            log(setCatalogueAside(error));
+        } catch (const std::exception& failure) {
+            log(failure.what());
+        }
+        startScan();
+    });
 }
 
 // ---- Accounts ----
@@ -281,6 +402,10 @@ sp_error Session::relogin() {
 void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
     const unsigned attempt = ++loginAttempt;
     loginPending = true;
+    if (const std::optional<sp_error> refused = faults->login()) {
+        answer([this, attempt, refused] { endLogin(attempt, std::nullopt, {}, *refused); });
+        return;
+    }
     worker->post([this, attempt, remember, issueBlob, check = std::move(check)] {
         std::optional<Account> found;
         std::string blob;
@@ -288,29 +413,35 @@ void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
         try {
             Accounts store(paths.accountsFile());
             found = check(store);
+            // Who is right is let in, though the disk be full.
             if (found && remember) {
-                store.remember(found->id);
+                orLog("The user is not remembered", [&] { store.remember(found->id); });
             }
             if (found && issueBlob) {
-                blob = store.issueBlob(found->id);
+                orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
             }
         } catch (const std::exception& failure) {
             log(std::string("Login failed: ") + failure.what());
             found.reset();
             error = SP_ERROR_OTHER_PERMANENT;
         }
-        events.post([this, attempt, found, blob, error] {
-            if (attempt != loginAttempt) {
-                return;
-            }
-            loginPending = false;
-            found ? finishLogin(*found, blob) : failLogin(error);
-        });
+        answer([this, attempt, found, blob, error] { endLogin(attempt, found, blob, error); });
     });
 }
 
-void Session::failLogin(sp_error error) {
-    raise(&sp_session_callbacks::logged_in, error);
+void Session::endLogin(unsigned attempt,
+                       const std::optional<Account>& found,
+                       const std::string& blob,
+                       sp_error error) {
+    if (attempt != loginAttempt) {
+        return;
+    }
+    loginPending = false;
+    if (found) {
+        finishLogin(*found, blob);
+    } else {
+        raise(&sp_session_callbacks::logged_in, error);
+    }
 }
 
 void Session::finishLogin(const Account& found, const std::string& blob) {
@@ -367,7 +498,10 @@ std::optional<std::string> Session::rememberedUser() const {
 }
 
 sp_connectionstate Session::connectionState() const {
-    return account ? SP_CONNECTION_STATE_LOGGED_IN : SP_CONNECTION_STATE_LOGGED_OUT;
+    if (!account) {
+        return SP_CONNECTION_STATE_LOGGED_OUT;
+    }
+    return faults->isOffline() ? SP_CONNECTION_STATE_DISCONNECTED : SP_CONNECTION_STATE_LOGGED_IN;
 }
 
 bool Session::refreshFriends() {
@@ -445,6 +579,7 @@ sp_error Session::load(Track& track) {
         return error;
     }
     stopPlaying();
+    soundFrom = Faults::Clock::now() + faults->delay();
     const sp_error error = player->load(filePath(track));
     if (error == SP_ERROR_OK) {
         loadedDurationMs = track.durationMs();
@@ -459,7 +594,8 @@ sp_error Session::play(bool on) {
         return SP_ERROR_NO_STREAM_AVAILABLE;
     }
     if (on && account) {
-        accounts().takePlayToken(account->id, token);
+        orLog("Other sessions are not told who plays",
+              [this] { accounts().takePlayToken(account->id, token); });
     }
     playing = on;
     return player->play(on);
@@ -472,6 +608,7 @@ sp_error Session::seek(int offsetMs) {
     if (offsetMs < 0 || offsetMs > loadedDurationMs) {
         return SP_ERROR_INVALID_INDATA;
     }
+    soundFrom = Faults::Clock::now() + faults->delay();
     return player->seek(offsetMs);
 }
 
@@ -535,12 +672,15 @@ void Session::findAnswer(unsigned number, Query& query) {
             queryStore =
                 std::make_unique<QueryStore>(paths.catalogueFile(music), paths.accountsFile());
         }
-        error = query.find(*queryStore);
+        error = faults->isOffline() ? SP_ERROR_OTHER_TRANSIENT : query.find(*queryStore);
     } catch (const std::exception& failure) {
         log(std::string("A query failed: ") + failure.what());
         queryStore.reset();
+        if (const auto* database = dynamic_cast<const DatabaseError*>(&failure)) {
+            rebuildDamaged(*database);
+        }
     }
-    events.post([this, number, error] { finishQuery(number, error); });
+    answer([this, number, error] { finishQuery(number, error); });
 }
 
 void Session::finishQuery(unsigned number, sp_error error) {

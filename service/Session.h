@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_SESSION_H
 
 #include "EventQueue.h"
+#include "Faults.h"
 #include "Images.h"
 #include "Library.h"
 #include "Playlists.h"
@@ -63,6 +64,9 @@ public:
     void* userdata() const { return userData; }
     const std::shared_ptr<Library>& library() const { return shelves; }
     Playlists& playlists() const { return *lists; }
+    // Makes the catalogue again when this is a sign that it is damaged. Any thread.
+    void rebuildDamaged(const DatabaseError& error);
+
     Accounts& accounts() const { return *shelves->accounts(); }
 
     sp_error login(const char* name, const char* password, bool remember, const char* blob);
@@ -103,16 +107,28 @@ private:
 
     sp_session* handle();
     void log(std::string line);
+    // What fails is told and leaves the caller going on.
+    template <typename Action>
+    void orLog(const char* consequence, Action action);
     template <typename... Parameters, typename... Arguments>
     void raise(void (*sp_session_callbacks::*callback)(sp_session*, Parameters...),
                Arguments... arguments);
 
+    // Posts what a service would send: on a slow connection it comes later. Any thread.
+    void answer(EventQueue::Event event);
+    void releaseLate();
+    void show(const Faults::Turn& turn);
+
     void openLibrary();
+    void startScan();
     void startImages();
     void startPlayer();
     void checkCredentials(Check check, bool remember, bool issueBlob);
     void finishLogin(const Account& found, const std::string& blob);
-    void failLogin(sp_error error);
+    void endLogin(unsigned attempt,
+                  const std::optional<Account>& found,
+                  const std::string& blob,
+                  sp_error error);
     void findAnswer(unsigned number, Query& query);
     void finishQuery(unsigned number, sp_error error);
     // The queries under way, finished with an error; who asked is yet to be told.
@@ -135,6 +151,9 @@ private:
     const std::string token;  // names this session among those of an account
 
     EventQueue events;
+    std::shared_ptr<Faults> faults;
+    // Before this the player's sound is still on its way.
+    std::atomic<Faults::Clock::time_point> soundFrom{};
 
     // State below is the owner thread's.
     std::shared_ptr<Library> shelves;
@@ -145,12 +164,14 @@ private:
     unsigned loginAttempt = 0;               // an outcome of an earlier attempt is dropped
     std::map<unsigned, Ref<Query>> queries;  // under way, by number
     unsigned lastQuery = 0;
+    std::multimap<Faults::Clock::time_point, EventQueue::Event> late;  // answers on their way
     bool loginPending = false;
     bool dispatching = false;
     bool closed = false;
     bool playing = false;
     int loadedDurationMs = 0;
 
+    std::atomic<bool> rebuilding{false};        // the catalogue, from here to the end of the scan
     std::atomic<unsigned> cancelledQueries{0};  // up to this number nobody waits for an answer
     std::unique_ptr<QueryStore> queryStore;     // the worker's
 

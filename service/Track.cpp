@@ -42,7 +42,7 @@ sp_error Track::error() {
 }
 
 bool Track::isAvailable() {
-    return row().available;
+    return row().available && !library->isWithheld(link);
 }
 
 int Track::popularity() {

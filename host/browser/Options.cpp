@@ -102,6 +102,8 @@ Shows a web page with the plug-in's globals in a window, until that is closed.
                      program)
   --log LEVEL        write log lines from this level: trace, error, none or a
                      number (default: error)
+  --fault SPEC       faults of the music service at given times, as
+                     offline@5s-12s,token@20s (sets SONOLET_FAULT)
   --size WxH         size of the page in pixels (default: 1280x720)
   --screenshot FILE  write the page into a PNG file once it is ready, and end.
                      It is ready when it has loaded, and <html> does not have

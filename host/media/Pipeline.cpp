@@ -24,6 +24,7 @@ namespace {
 constexpr const char* corePackage = "libgstreamer1.0-0";
 constexpr const char* basePackage = "gstreamer1.0-plugins-base";
 constexpr const char* goodPackage = "gstreamer1.0-plugins-good";
+constexpr gint64 deviceBuffer = 1000000;  // microseconds
 
 // GStreamer's locks order what one thread hands it and another one gets. A thread sanitizer sees
 // nothing of them, GLib's locks being its own; this counter shows it the order.
@@ -57,16 +58,25 @@ std::string formatName(const WavFormat& format) {
     return (format.isFloat ? "F" : "S") + std::to_string(format.bits) + "LE";
 }
 
-bool isSilentFallback(GstElement* sink) {
-    bool fallback = false;
+// The real sink within an automatic one.
+GstElement* deviceWithin(GstElement* sink) {
     GST_OBJECT_LOCK(sink);
-    for (GList* child = GST_BIN_CHILDREN(sink); child != nullptr; child = child->next) {
-        const GstElementFactory* factory = gst_element_get_factory(GST_ELEMENT(child->data));
-        fallback = fallback ||
-                   (factory != nullptr && std::strcmp(GST_OBJECT_NAME(factory), "fakesink") == 0);
-    }
+    GList* const children = GST_BIN_CHILDREN(sink);
+    GstElement* const device = children != nullptr ? GST_ELEMENT(children->data) : nullptr;
     GST_OBJECT_UNLOCK(sink);
-    return fallback;
+    return device;
+}
+
+bool isSilentFallback(GstElement* device) {
+    const GstElementFactory* const factory = gst_element_get_factory(device);
+    return factory != nullptr && std::strcmp(GST_OBJECT_NAME(factory), "fakesink") == 0;
+}
+
+// A busy machine may come late by that much before there is a gap.
+void setBuffer(GstElement* device, gint64 microseconds) {
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(device), "buffer-time") != nullptr) {
+        g_object_set(device, "buffer-time", microseconds, nullptr);
+    }
 }
 
 void releaseBlock(gpointer block) {
@@ -177,8 +187,12 @@ GstElement* Pipeline::deviceSink() {
         throw std::runtime_error(std::string("element autoaudiosink is missing (package ") +
                                  goodPackage + ")");
     }
+    // Samples that come late are played late, all of them: there is no picture to keep up with.
+    g_object_set(sink, "sync", FALSE, nullptr);
     const bool works = gst_element_set_state(sink, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
-    if (works && !isSilentFallback(sink)) {
+    GstElement* const device = works ? deviceWithin(sink) : nullptr;
+    if (device != nullptr && !isSilentFallback(device)) {
+        setBuffer(device, deviceBuffer);
         return sink;
     }
     gst_element_set_state(sink, GST_STATE_NULL);

@@ -48,6 +48,11 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
             throw std::invalid_argument("--music: no folder \"" + value + '"');
         }
         music = value;
+    } else if (option == "--fault") {
+        if (value.empty()) {
+            throw std::invalid_argument("--fault takes what is to happen, as offline@5s-12s");
+        }
+        fault = value;
     } else if (option == "--audio") {
         setSink(audio, value);
     } else if (option == "--plugin") {
@@ -64,6 +69,12 @@ void DeviceOptions::setEnvironment() const {
     // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet
     if (!music.empty()) {
         setenv("SONOLET_MUSIC", music.c_str(), 1);
+    }
+    if (!fault.empty()) {
+        setenv("SONOLET_FAULT", fault.c_str(), 1);
+    }
+    if (audio.speed != 1) {
+        setenv("SONOLET_SPEED", std::to_string(audio.speed).c_str(), 1);
     }
     if (logLevel) {
         setenv("SONOLET_LOG", std::to_string(*logLevel).c_str(), 1);

@@ -14,6 +14,7 @@
 struct DeviceOptions {
     std::string plugin = besideProgram("libSonolet.so.1.0");
     std::string music;  // empty: the environment decides
+    std::string fault;  // the same; what the music service is to show of bad days
     AudioOptions audio;
     std::optional<int> logLevel;
 

@@ -47,6 +47,9 @@ function handle(event, help) {
     if (key === "Escape") {
         return closeDialog();
     }
+    if (byId("app").hidden) {
+        return false; // the sign-in
+    }
     if (BACK_CODES.includes(event.keyCode) || (BACK.includes(key) && !typing)) {
         if (!closeDialog()) {
             history.back();
@@ -77,9 +80,8 @@ function media(key) {
 
 /** @param {string} key @param {HTMLElement} target @param {() => void} help */
 function shortcut(key, target, help) {
-    const root = focusRoot();
-    if (root !== document.body || byId("app").hidden) {
-        return false; // a dialog or the sign-in
+    if (focusRoot() !== document.body) {
+        return false; // a dialog
     }
     switch (key) {
     case " ":

@@ -14,6 +14,12 @@ sp_error explain() noexcept {
     } catch (const ServiceError& error) {
         std::fprintf(stderr, "libspotify: %s\n", error.what());
         return error.number();
+    } catch (const DatabaseError& error) {
+        std::fprintf(stderr, "libspotify: %s\n", error.what());
+        if (const std::shared_ptr<Session> session = currentSession()) {
+            session->rebuildDamaged(error);
+        }
+        return error.passing() ? SP_ERROR_OTHER_TRANSIENT : SP_ERROR_OTHER_PERMANENT;
     } catch (const std::bad_alloc&) {
         std::fputs("libspotify: out of memory\n", stderr);
         return SP_ERROR_OTHER_TRANSIENT;

@@ -17,6 +17,8 @@ namespace sonolet::service {
 // The living session, if that is what the handle names.
 std::shared_ptr<Session> sessionOf(const sp_session* handle) noexcept;
 
+std::shared_ptr<Session> currentSession() noexcept;
+
 // The living session's library, or NULL.
 std::shared_ptr<Library> currentLibrary() noexcept;
 

@@ -28,10 +28,15 @@ std::shared_ptr<Session> sessionOf(const sp_session* handle) noexcept {
     return handle != nullptr && place.session.get() == handle ? place.session : nullptr;
 }
 
-std::shared_ptr<Library> currentLibrary() noexcept {
+std::shared_ptr<Session> currentSession() noexcept {
     Current& place = current();
     const std::lock_guard<std::mutex> lock(place.mutex);
-    return place.session == nullptr ? nullptr : place.session->library();
+    return place.session;
+}
+
+std::shared_ptr<Library> currentLibrary() noexcept {
+    const std::shared_ptr<Session> session = currentSession();
+    return session == nullptr ? nullptr : session->library();
 }
 
 namespace {

@@ -65,7 +65,9 @@ int main(int argc, char** argv) {
     try {
         const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
         const std::string file = paths.catalogueFile(musicFolder());
-        Catalogue catalogue(file);
+        const auto opened =
+            Catalogue::openOrBegin(file, [](const std::string& line) { std::cerr << line + '\n'; });
+        Catalogue& catalogue = *opened;
         std::promise<void> finished;
         {
             ScanEvents events;

@@ -62,6 +62,10 @@ TEST_F(Frames, OfTheSameOriginAloneSeeThePlugin) {
               R"(["own undefined","own object"])");
     page.open(foreign);
     EXPECT_EQ(page.evaluate("return typeof Probe"), R"("object")");
+    // The plug-in itself does not admit this one.
+    page.open(site.address("refused.localhost", "/frame"));
+    EXPECT_EQ(page.evaluate("return [location.hostname, typeof Probe]"),
+              R"(["refused.localhost","undefined"])");
 }
 
 TEST_F(Frames, AreDocumentsThatEndWithTheFrameAndWithThePage) {

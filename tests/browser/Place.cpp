@@ -13,11 +13,7 @@ Place::Place(const std::string& name) : folder(WORK_DIR "/" + name) {
     display = std::make_unique<Process>(std::vector<std::string>{
         "/bin/sh", "-c",
         "exec Xvfb -displayfd 1 -noreset -screen 0 1920x1200x24 -nolisten tcp 2>/dev/null"});
-    // Before it, Xvfb complains of each number that another display has.
-    std::string number;
-    do {
-        number = display->awaitLine("");
-    } while (number.empty() || number.find_first_not_of("0123456789") != std::string::npos);
+    const std::string number = display->awaitLine("");
     const std::string demo = WORK_DIR "/demo";
     if (const Outcome made = run({BIN_DIR "/sonolet-demo", demo}, {}); made.exitCode != 0) {
         throw std::runtime_error(made.errors);

@@ -16,10 +16,12 @@ namespace {
 constexpr const char* helpers = R"js(
     const find = (selector) => document.querySelector(selector);
     const text = (selector) => find(selector) ? find(selector).textContent : '';
-    const until = (look) => new Promise((resolve) => {
+    const until = (look) => new Promise((resolve, reject) => {
+        const end = performance.now() + 20000;
         const poll = () => {
             const seen = look();
-            seen ? resolve(seen) : setTimeout(poll, 20);
+            seen ? resolve(seen) : performance.now() < end ? setTimeout(poll, 20)
+                : reject(`nothing for ${look}; there is ${document.body.innerText}`);
         };
         poll();
     });
@@ -47,9 +49,11 @@ protected:
 
     // Signs in and, when the library has been read, goes to a place of the player.
     void enter(const std::string& address) {
-        evaluate("await until(() => !find('#signin').hidden); signIn('listener');"
-                 "await until(() => find('.card')); location.hash = '" +
-                 address + "';");
+        const std::string outcome =
+            evaluate("await until(() => !find('#signin').hidden); signIn('listener');"
+                     "await until(() => find('.card')); location.hash = '" +
+                     address + "'; return 'there';");
+        ASSERT_EQ(outcome, R"("there")");
     }
 
     // Another process of the same user; what it prints.

@@ -43,6 +43,9 @@ public:
         callbacks.metadata_updated = [](sp_session*) { current->events.emplace_back("metadata"); };
         callbacks.userinfo_updated = [](sp_session*) { current->events.emplace_back("userinfo"); };
         callbacks.play_token_lost = [](sp_session*) { current->events.emplace_back("token lost"); };
+        callbacks.streaming_error = [](sp_session*, sp_error) {
+            current->events.emplace_back("stream error");
+        };
         callbacks.credentials_blob_updated = [](sp_session*, const char* text) {
             current->blob = text;
         };

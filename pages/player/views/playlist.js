@@ -70,7 +70,7 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
         }
         if (focused) {
             const first = /** @type {HTMLElement | null} */ (head.querySelector("button"));
-            first && first.focus();
+            first && first.focus({ preventScroll: true }); // the rows may be far below
         }
     };
     const later = debounce(50, fill);

@@ -363,11 +363,12 @@ void destroy(jsplugin_obj*) {
     ++state.destroys;
 }
 
-int allowAccess(const char* protocol, const char*, int) {
+// A page of the host "refused.localhost" is never let in.
+int allowAccess(const char* protocol, const char* hostName, int) {
     static std::string asked;
     asked = protocol;
     state.protocolAsked = asked.c_str();
-    return state.allowsAccess ? 1 : 0;
+    return state.allowsAccess && std::strcmp(hostName, "refused.localhost") != 0 ? 1 : 0;
 }
 
 // With PROBE_REPORT set, the counts go out at exit: for tests that see the process from outside.

@@ -1,0 +1,228 @@
+// sonolet-bench: runs the programs that measure and makes one table of their figures.
+
+#include "Figures.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using figures::Figure;
+
+constexpr char usage[] =
+    "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
+    "groups: script load plugin sound base64 memory size growth search (all, if none is named)\n";
+
+// Wrong use.
+struct Misuse : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+enum class Form { Table, Json, Markdown };
+
+struct Options {
+    Form form = Form::Table;
+    std::string device;  // folder of a build for a 32-bit device; empty: none
+    std::vector<std::string> groups;
+};
+
+const std::array<std::string, 9> allGroups = {"script", "load", "plugin", "sound", "base64",
+                                              "memory", "size", "growth", "search"};
+
+Options parse(const std::vector<std::string>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (argument == "--json") {
+            options.form = Form::Json;
+        } else if (argument == "--markdown") {
+            options.form = Form::Markdown;
+        } else if (argument == "--device") {
+            if (++i == arguments.size()) {
+                throw Misuse("--device takes a folder");
+            }
+            options.device = arguments[i];
+        } else if (std::find(allGroups.begin(), allGroups.end(), argument) != allGroups.end()) {
+            options.groups.push_back(argument);
+        } else {
+            throw Misuse("no group or option " + argument);
+        }
+    }
+    if (options.groups.empty()) {
+        options.groups.assign(allGroups.begin(), allGroups.end());
+    }
+    return options;
+}
+
+std::string quoted(const std::string& text) {
+    std::string out = "'";
+    for (const char c : text) {
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return out + '\'';
+}
+
+// The figures that a command reports.
+std::vector<Figure> figuresOf(const std::string& command) {
+    FILE* const output = popen(command.c_str(), "r");
+    if (output == nullptr) {
+        throw std::runtime_error("cannot start " + command);
+    }
+    std::string text;
+    for (int c = fgetc(output); c != EOF; c = fgetc(output)) {
+        text += static_cast<char>(c);
+    }
+    if (pclose(output) != 0) {
+        throw std::runtime_error("failed: " + command);
+    }
+    std::vector<Figure> figures;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        figures.push_back(figures::parse(line));
+    }
+    return figures;
+}
+
+std::string processor() {
+    std::ifstream info("/proc/cpuinfo");
+    for (std::string line; std::getline(info, line);) {
+        if (line.rfind("model name", 0) == 0) {
+            return line.substr(line.find(':') + 2);
+        }
+    }
+    return "unknown processor";
+}
+
+std::string number(double value) {
+    std::array<char, 32> text{};
+    const int digits = value >= 100 ? 0 : value >= 10 ? 1 : 2;
+    snprintf(text.data(), text.size(), "%.*f", digits, value);
+    return text.data();
+}
+
+// What stands in the table's columns, but for the first.
+struct Row {
+    explicit Row(const Figure& figure)
+        : value(number(figure.value) + (figure.unit.empty() ? "" : ' ' + figure.unit)) {
+        if (figure.goal == Figure::Goal::None) {
+            return;
+        }
+        peer = number(figure.peerValue) + (figure.unit.empty() ? "" : ' ' + figure.unit);
+        against = figure.peer;
+        ratio = number(figure.ratio());
+        goal =
+            (figure.goal == Figure::Goal::AtMost ? "at most " : "at least ") + number(figure.bound);
+        holds = figure.holds() ? "holds" : "does not hold";
+    }
+    std::string value;
+    std::string against;
+    std::string peer;
+    std::string ratio;
+    std::string goal;
+    std::string holds;
+};
+
+void printTable(const std::vector<Figure>& figures) {
+    std::printf("%s, %u threads; %s\n\n", processor().c_str(), std::thread::hardware_concurrency(),
+                SONOLET_BUILD_KIND);
+    std::printf("%-62s %12s  %-34s %12s %6s  %-13s\n", "figure", "measured", "against", "", "ratio",
+                "goal");
+    for (const Figure& figure : figures) {
+        const Row row(figure);
+        std::printf("%-62s %12s  %-34s %12s %6s  %-13s %s\n", figure.what.c_str(),
+                    row.value.c_str(), row.against.c_str(), row.peer.c_str(), row.ratio.c_str(),
+                    row.goal.c_str(), row.holds.c_str());
+    }
+}
+
+void printMarkdown(const std::vector<Figure>& figures) {
+    std::printf("%s, %u threads; %s\n\n", processor().c_str(), std::thread::hardware_concurrency(),
+                SONOLET_BUILD_KIND);
+    std::printf(
+        "| figure | measured | against | | ratio | goal | |\n|---|---|---|---|---|---|---|\n");
+    for (const Figure& figure : figures) {
+        const Row row(figure);
+        std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", figure.what.c_str(),
+                    row.value.c_str(), row.against.c_str(), row.peer.c_str(), row.ratio.c_str(),
+                    row.goal.c_str(), row.holds.c_str());
+    }
+}
+
+// No name has a character that JSON would want escaped.
+void printJson(const std::vector<Figure>& figures) {
+    std::printf("{\"machine\": \"%s\", \"threads\": %u, \"build\": \"%s\", \"figures\": [\n",
+                processor().c_str(), std::thread::hardware_concurrency(), SONOLET_BUILD_KIND);
+    for (const Figure& figure : figures) {
+        std::printf("  {\"figure\": \"%s\", \"value\": %.6g, \"unit\": \"%s\"", figure.what.c_str(),
+                    figure.value, figure.unit.c_str());
+        if (figure.goal != Figure::Goal::None) {
+            std::printf(", \"against\": \"%s\", \"peer\": %.6g, \"ratio\": %.6g, \"%s\": %.6g, "
+                        "\"holds\": %s",
+                        figure.peer.c_str(), figure.peerValue, figure.ratio(),
+                        figure.goal == Figure::Goal::AtMost ? "at_most" : "at_least", figure.bound,
+                        figure.holds() ? "true" : "false");
+        }
+        std::printf("}%s\n", &figure == &figures.back() ? "" : ",");
+    }
+    std::printf("]}\n");
+}
+
+void run(const Options& options) {
+    const std::filesystem::path here =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const auto program = [&](const std::string& name) { return quoted(here / name); };
+    std::vector<Figure> figures;
+    const auto add = [&figures](const std::vector<Figure>& more) {
+        figures.insert(figures.end(), more.begin(), more.end());
+    };
+    for (const std::string& group : options.groups) {
+        std::cerr << "measuring: " << group << '\n';
+        if (group == "script" || group == "load") {
+            add(figuresOf(program("sonolet-bench-script") + ' ' + group));
+        } else if (group == "search") {
+            add(figuresOf(program("sonolet-bench-search")));
+        } else if (group == "memory") {
+            add(figuresOf(program("sonolet-bench-memory")));
+            if (!options.device.empty()) {
+                add(figuresOf("qemu-i386 " + quoted(options.device + "/bin/sonolet-bench-memory")));
+            }
+        } else if (group == "size") {
+            if (!options.device.empty()) {
+                const auto size = static_cast<double>(
+                    std::filesystem::file_size(options.device + "/bin/libSonolet.stripped"));
+                add({figures::within("stripped plug-in, i686, -Os", size / 1024, "KiB", 350)});
+            }
+        } else {
+            add(figuresOf(program("sonolet-bench-plugin") + ' ' + group));
+        }
+    }
+    const auto print = options.form == Form::Json       ? printJson
+                       : options.form == Form::Markdown ? printMarkdown
+                                                        : printTable;
+    print(figures);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        run(parse({argv + 1, argv + argc}));
+        return 0;
+    } catch (const Misuse& error) {
+        std::cerr << "sonolet-bench: " << error.what() << '\n' << usage;
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "sonolet-bench: " << error.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,243 @@
+#include "Backend.h"
+#include "BareHost.h"
+#include "CircularBuffer.h"
+#include "Figures.h"
+#include "PluginBench.h"
+#include "Session.h"
+#include "jspp/global_functions.h"
+#include "library/Library.h"
+#include "main.h"
+
+#include <jack/ringbuffer.h>
+#include <sched.h>
+
+#include <array>
+#include <atomic>
+#include <boost/lockfree/spsc_queue.hpp>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace figures;
+
+namespace {
+
+constexpr unsigned delivery = 8192;
+constexpr unsigned requested = 4096;
+using Bytes = std::array<char, delivery>;
+
+// Rings behind one shape: each takes a delivery whole or not at all, and gives a request likewise.
+
+class Ours final {
+public:
+    Ours() {
+        // The stream's header, as in play: the ring never gives its last byte.
+        const std::array<char, 48> header{};
+        ring->write(header.data(), header.size());
+    }
+    bool put(const char* bytes) {
+        if (!ring->canWrite(delivery)) {
+            return false;
+        }
+        ring->write(bytes, delivery);
+        return true;
+    }
+    bool take(char* out) {
+        if (!ring->canRead(0, requested)) {
+            return false;
+        }
+        ring->read(out, 0, requested);
+        return true;
+    }
+
+private:
+    std::unique_ptr<Buffer> ring = std::make_unique<CircularBuffer>();
+};
+
+class Jack final {
+public:
+    bool put(const char* bytes) {
+        return jack_ringbuffer_write_space(ring.get()) >= delivery &&
+               jack_ringbuffer_write(ring.get(), bytes, delivery) == delivery;
+    }
+    bool take(char* out) {
+        return jack_ringbuffer_read_space(ring.get()) >= requested &&
+               jack_ringbuffer_read(ring.get(), out, requested) == requested;
+    }
+
+private:
+    // It has sizes of powers of two; the next smaller one is kinder to the cache.
+    std::unique_ptr<jack_ringbuffer_t, decltype(&jack_ringbuffer_free)> ring{
+        jack_ringbuffer_create(512 * 1024), &jack_ringbuffer_free};
+};
+
+class Boost final {
+public:
+    bool put(const char* bytes) {
+        return ring.write_available() >= delivery && ring.push(bytes, delivery) == delivery;
+    }
+    bool take(char* out) {
+        return ring.read_available() >= requested && ring.pop(out, requested) == requested;
+    }
+
+private:
+    boost::lockfree::spsc_queue<char> ring{CircularBuffer::capacity};
+};
+
+// The two copies alone, through storage of the same size, and a count of deliveries and requests
+// each, without which two threads could not copy at all.
+class Copies final {
+public:
+    bool put(const char* bytes) {
+        const unsigned long turn = in.load(std::memory_order_relaxed);
+        if (turn * 2 - out.load(std::memory_order_acquire) >= 2 * slots) {
+            return false;
+        }
+        std::memcpy(storage.get() + turn % slots * delivery, bytes, delivery);
+        in.store(turn + 1, std::memory_order_release);
+        return true;
+    }
+    bool take(char* to) {
+        const unsigned long turn = out.load(std::memory_order_relaxed);
+        if (turn >= 2 * in.load(std::memory_order_acquire)) {
+            return false;
+        }
+        std::memcpy(to, storage.get() + turn % (2 * slots) * requested, requested);
+        out.store(turn + 1, std::memory_order_release);
+        return true;
+    }
+
+private:
+    static constexpr unsigned long slots = CircularBuffer::capacity / delivery;
+    std::unique_ptr<char[]> storage{new char[CircularBuffer::capacity]};
+    std::atomic<unsigned long> in{0};
+    std::atomic<unsigned long> out{0};
+};
+
+constexpr int deliveries = 4000;
+constexpr double bytesMoved = static_cast<double>(deliveries) * delivery;
+
+template <class Ring>
+std::function<void()> onOneThread(Ring& ring, Bytes& from, Bytes& to) {
+    return [&] {
+        for (int i = 0; i < deliveries; ++i) {
+            ring.put(from.data());
+            ring.take(to.data());
+            ring.take(to.data());
+            keep(to.data());
+        }
+    };
+}
+
+// Seconds by the clock on the wall.
+template <class Ring>
+std::function<void()> onTwoThreads(Ring& ring, Bytes& from, Bytes& to) {
+    return [&] {
+        std::thread writer([&] {
+            for (int i = 0; i < deliveries; ++i) {
+                while (!ring.put(from.data())) {
+                    sched_yield();
+                }
+            }
+        });
+        for (int i = 0; i < 2 * deliveries; ++i) {
+            while (!ring.take(to.data())) {
+                sched_yield();
+            }
+        }
+        writer.join();
+    };
+}
+
+template <class Ring>
+void against(const char* name, double least, bool twoThreads) {
+    Bytes from{};
+    Bytes to{};
+    const auto ours = std::make_unique<Ours>();
+    const auto theirs = std::make_unique<Ring>();
+    const Compared moved =
+        twoThreads ? compare(25, bytesMoved, wallSeconds, onTwoThreads(*ours, from, to),
+                             onTwoThreads(*theirs, from, to))
+                   : compare(25, bytesMoved, threadSeconds, onOneThread(*ours, from, to),
+                             onOneThread(*theirs, from, to));
+    report(atLeast(std::string("ring, 8 KiB in, 4 KiB out, on ") +
+                       (twoThreads ? "two threads" : "one thread"),
+                   1 / moved.subject, "GB/s", name, 1 / moved.peer, least));
+}
+
+// The player from delivery to backend: what the plug-in itself takes, with everything around it
+// bare. Deliveries of 2,048 frames, requests of 4 KiB, the polls in their time.
+void playing() {
+    constexpr int seconds = 300;
+    constexpr unsigned bytesASecond = 44100 * 4;
+    BareHost host(&jsplugin_capabilities);
+    jsplugin_obj* const page = host.open();
+    jsplugin_obj* const root = host.global(page, "Spotify");
+    jsplugin_obj* const session = host.readObject(root, "Session");
+    host.call(session, "create", {BareHost::native(host.readObject(root, "SessionConfig"))});
+    jsplugin_obj* const track =
+        host.call(host.readObject(root, "Track"), "create", {BareHost::text("spotify:track:1")})
+            .u.object;
+    jsplugin_obj* const listener = host.pageFunction();
+    host.call(host.readObject(root, "Sonolet"), "addEventListener",
+              {BareHost::text("TrackProgress"), BareHost::page(listener)});
+    host.call(session, "playerLoad", {BareHost::native(track)});
+    jsplugin_value play{};
+    play.type = JSP_TYPE_BOOLEAN;
+    play.u.boolean = 1;
+    host.call(session, "playerPlay", {play});
+
+    BenchBackend& backend = BenchBackend::get();
+    const auto* const library = benchCallbacks();
+    const std::vector<char> frames(delivery);
+    const sp_audioformat format{SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, 44100, 2};
+    std::vector<double> samples;
+    const unsigned long before = backend.received;
+    double delivered = 0;
+    double asked = 0;
+    for (int second = 0; second < seconds; ++second) {
+        const double start = threadSeconds();
+        for (int tick = 1; tick <= 20; ++tick) {  // of 50 ms
+            const double due = (second + tick / 20.0) * bytesASecond;
+            for (; delivered < due; delivered += delivery) {
+                library->music_delivery(benchHandle<sp_session>(), &format, frames.data(),
+                                        delivery / 4);
+            }
+            for (; asked < due; asked += requested) {
+                backend.request(requested);
+            }
+            if (tick % 5 == 0) {
+                document_interval(page);
+            }
+            if (tick % 2 == 0) {
+                _js_global_functions::js_document_interval(page);
+            }
+        }
+        samples.push_back((threadSeconds() - start) * 1e3);
+    }
+    if (backend.received - before < static_cast<unsigned long>(seconds - 2) * bytesASecond) {
+        throw std::runtime_error("the sound did not come through");
+    }
+    report(within("processor time for a second of playing sound", median(samples), "ms", 0.5));
+    host.call(session, "playerUnload");
+    host.collect(track);
+    host.close(page);
+}
+
+}  // namespace
+
+void benchSound() {
+    {
+        const SecondThread second;
+        against<Copies>("two memcpy", 0.95, false);
+        against<Jack>("JACK's ring buffer", 1, false);
+        against<Boost>("boost::lockfree::spsc_queue", 1, false);
+    }
+    against<Copies>("two memcpy", 0.93, true);
+    against<Jack>("JACK's ring buffer", 1, true);
+    against<Boost>("boost::lockfree::spsc_queue", 1, true);
+    playing();
+}

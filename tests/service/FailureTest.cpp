@@ -1,0 +1,292 @@
+// The bad days: killed processes, full disks, damaged files, folders and files that go away.
+
+#include "Accounts.h"
+#include "ImageCache.h"
+#include "ListStore.h"
+#include "TestMusic.h"
+#include "TestSession.h"
+
+#include <gmock/gmock.h>
+#include <linux/capability.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <iterator>
+
+namespace sonolet::test {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace service;
+using testing::HasSubstr;
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// Writes garbage over a part of a file.
+void spoil(const std::string& path, std::streamoff from, std::size_t size) {
+    std::fstream stream(path, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(from);
+    stream << std::string(size, '\xa5');
+    ASSERT_TRUE(stream.flush()) << path;
+}
+
+// Runs `action` for ever in another process, until it has confirmed `count` times.
+void killDuring(int count, const std::function<void()>& action) {
+    int confirmed[2];
+    ASSERT_EQ(pipe(confirmed), 0);
+    const pid_t writer = fork();
+    if (writer == 0) {
+        do {
+            action();
+        } while (write(confirmed[1], "x", 1) == 1);
+        _exit(1);
+    }
+    close(confirmed[1]);
+    for (char byte = 0; count > 0; --count) {
+        ASSERT_EQ(read(confirmed[0], &byte, 1), 1);
+    }
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+    close(confirmed[0]);
+}
+
+TEST(Killed, ScansGoOnWhereTheyStopped) {
+    const TestMusic music;
+    for (int number = 0; number < 600; ++number) {
+        music.add("a/" + std::to_string(number) + ".wav",
+                  "TITLE=T" + std::to_string(number) + "|ARTIST=Ann|ALBUM=Blue");
+    }
+    std::size_t before = 0;
+    for (int round = 0; round < 3; ++round) {
+        const pid_t scan = fork();
+        if (scan == 0) {
+            execl(SONOLET_INDEX, SONOLET_INDEX, nullptr);
+            _exit(127);
+        }
+        std::size_t now = before;
+        while (now == before && waitpid(scan, nullptr, WNOHANG) == 0) {
+            now = TestMusic::tracks().size();
+        }
+        kill(scan, SIGKILL);
+        waitpid(scan, nullptr, 0);
+        EXPECT_GE(TestMusic::tracks().size(), now) << "what was seen is there still";
+        before = now;
+    }
+    // Two at once bring it to its end.
+    const Ran both = run(SONOLET_INDEX " & " SONOLET_INDEX " ; wait");
+    EXPECT_THAT(both.output, testing::Not(HasSubstr("given up")));
+    const auto interrupted = TestMusic::tracks();
+    EXPECT_EQ(interrupted.size(), 600U);
+    fs::remove_all(music.stateFolder());
+    ASSERT_EQ(run(SONOLET_INDEX).status, 0);
+    EXPECT_EQ(interrupted, TestMusic::tracks()) << "as if nothing had happened";
+}
+
+TEST(Killed, CacheWritersLeaveWholeImagesOrNone) {
+    const TestFiles folder;
+    const std::string jpeg = "\xff\xd8" + std::string(3 << 20, 'x') + "\xff\xd9";
+    for (int round = 1; round <= 5; ++round) {
+        int number = 0;
+        killDuring(round, [&] { ImageCache(folder.path("")).put(std::to_string(number++), jpeg); });
+    }
+    ImageCache cache(folder.path(""));
+    for (int number = 0; number < 5; ++number) {
+        EXPECT_EQ(cache.find(std::to_string(number)), jpeg) << "confirmed: " << number;
+    }
+    for (const auto& entry : fs::directory_iterator(folder.path(""))) {
+        if (entry.path().extension() == ".jpg") {
+            EXPECT_EQ(entry.file_size(), jpeg.size()) << entry.path();
+        }
+    }
+}
+
+// From the header on, which tells at once, or only inside, where a scan meets it.
+class Damaged : public testing::TestWithParam<std::streamoff> {};
+
+TEST_P(Damaged, CataloguesAreSetAsideAndMadeAgain) {
+    const TestMusic music;
+    for (int number = 0; number < 40; ++number) {
+        music.add(std::to_string(number) + ".wav", "TITLE=T" + std::to_string(number));
+    }
+    ASSERT_EQ(run(SONOLET_INDEX).status, 0);
+    const auto before = TestMusic::tracks();
+    const std::string file = TestMusic::catalogueFile();
+    spoil(file, GetParam(), fs::file_size(file) - static_cast<std::size_t>(GetParam()));
+    const std::string damaged = contentsOf(file);
+    TestSession session(TestSession::State::Scanned);
+    EXPECT_THAT(session.log, HasSubstr("it is kept as " + file + ".damaged and made again"));
+    EXPECT_EQ(contentsOf(file + ".damaged"), damaged);
+    EXPECT_EQ(TestMusic::tracks(), before);
+}
+
+TEST_P(Damaged, AccountsAreSetAsideAndSaid) {
+    const TestMusic music;
+    const std::string file = TestMusic::paths().accountsFile();
+    for (const char* aside : {".damaged", ".damaged-2"}) {
+        ASSERT_EQ(run("echo secret | " SONOLET_USER " add ann").status, 0);
+        spoil(file, GetParam(), fs::file_size(file) - static_cast<std::size_t>(GetParam()));
+        const std::string damaged = contentsOf(file);
+        testing::internal::CaptureStderr();
+        TestSession session(TestSession::State::Scanned);
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("kept as " + file + aside));
+        EXPECT_THAT(session.log, HasSubstr("kept as " + file + aside));
+        EXPECT_EQ(contentsOf(file + aside), damaged) << "not a byte is lost";
+        struct stat status {};
+        ASSERT_EQ(stat((file + aside).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, 0600U);
+        EXPECT_EQ(session.login("listener", "listener"), SP_ERROR_OK);
+        EXPECT_EQ(session.login("ann", "secret"), SP_ERROR_BAD_USERNAME_OR_PASSWORD);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Damaged, testing::Values(0, 4096, 16384));
+
+TEST(DamagedIndex, IsMadeAgainWhileAQueryWantsThem) {
+    const TestMusic music;
+    music.add("song.wav", "TITLE=Song");
+    TestSession session(TestSession::State::Scanned);
+    Database(TestMusic::catalogueFile(), Database::Durability::process)
+        .execute("UPDATE track_index_data SET block = x'a5a5a5a5a5'");
+    const auto found = [&] {
+        bool done = false;
+        sp_search* search = sp_search_create(
+            session.get(), "song", 0, 9, 0, 9, 0, 9, 0, 9, SP_SEARCH_STANDARD,
+            [](sp_search*, void* flag) { *static_cast<bool*>(flag) = true; }, &done);
+        EXPECT_TRUE(session.until([&] { return done; }));
+        const int tracks = sp_search_num_tracks(search);
+        sp_search_release(search);
+        return tracks;
+    };
+    EXPECT_EQ(found(), 0);
+    ASSERT_TRUE(session.until([&] { return found() == 1; }));
+    EXPECT_THAT(session.log, HasSubstr("and made again"));
+}
+
+constexpr std::size_t songFrames = 882000;  // 20 seconds
+
+struct Playing : testing::Test {
+    Playing() {
+        music.add("a/song.wav", "TITLE=Song", songFrames);
+        music.write("a/list.m3u8", "song.wav\n");
+    }
+    // A session that has loaded the song.
+    void open() {
+        session.emplace(TestSession::State::Scanned);
+        track = trackOf(TestMusic::link("Song"));
+        ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+        ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
+    }
+    sp_error play() { return sp_session_player_play(session->get(), true); }
+    static std::vector<std::string> lists() {
+        Accounts accounts(TestMusic::paths().accountsFile());
+        ListStore store(accounts.connection());
+        std::vector<std::string> names;
+        const auto container = store.ofUser("listener", ListKind::container);
+        for (const ListEntry& entry : store.entries(*container)) {
+            const auto list = store.find(entry.item);
+            names.push_back(list->name + " " + std::to_string(store.entries(*list).size()));
+        }
+        return names;
+    }
+
+    TestMusic music;
+    std::optional<TestSession> session;
+    std::shared_ptr<sp_track> track;
+};
+
+TEST_F(Playing, EndsWhenItsFileVanishesOrIsCut) {
+    open();
+    const auto over = [this] { return session->ended || session->heard("stream error") > 0; };
+    ASSERT_EQ(play(), SP_ERROR_OK);
+    fs::remove(music.path("a/song.wav"));
+    ASSERT_TRUE(session->until(over)) << "whether it was open already or not";
+    EXPECT_TRUE(!session->ended || session->delivered == sweep(songFrames));
+    EXPECT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_NO_STREAM_AVAILABLE);
+
+    music.add("a/song.wav", "TITLE=Song", songFrames);
+    session->ended = false;
+    session->events.clear();
+    ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
+    fs::resize_file(music.path("a/song.wav"), 100000);
+    ASSERT_EQ(play(), SP_ERROR_OK);
+    EXPECT_TRUE(session->until(over));
+}
+
+TEST_F(Playing, SurvivesAnUnreadableFolder) {
+    // Else root reads everything.
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct all[2];
+    ASSERT_EQ(syscall(SYS_capget, &header, all), 0);
+    all[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+    ASSERT_EQ(syscall(SYS_capset, &header, all), 0);
+    open();
+    const auto before = lists();
+    ASSERT_THAT(before, testing::ElementsAre("list 1"));
+    // The folder of the song, and then the whole disk.
+    for (const char* folder : {"a", ""}) {
+        session.reset();
+        fs::permissions(music.path(folder), fs::perms::none);
+        session.emplace(TestSession::State::Scanned);
+        EXPECT_THAT(session->log, HasSubstr("Cannot read the folder " + musicFolder()));
+        track = trackOf(TestMusic::link("Song"));
+        EXPECT_FALSE(sp_track_get_availability(session->get(), track.get()));
+        EXPECT_EQ(lists(), before);
+        session.reset();
+        fs::permissions(music.path(folder), fs::perms::owner_all);
+        open();
+        EXPECT_EQ(lists(), before);
+    }
+}
+
+TEST_F(Playing, GoesOnWhenTheDiskIsFullAndLosesNothingConfirmed) {
+    fs::create_directories(music.stateFolder());
+    if (geteuid() != 0 && unshare(CLONE_NEWUSER) != 0) {
+        GTEST_SKIP() << "needs root or user namespaces, to mount a small disk";
+    }
+    if (unshare(CLONE_NEWNS) != 0 ||
+        mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("none", music.stateFolder().c_str(), "tmpfs", 0, "size=2m") != 0) {
+        GTEST_SKIP() << "mounting is not allowed here";
+    }
+    open();
+    Accounts accounts(TestMusic::paths().accountsFile());
+    ListStore store(accounts.connection());
+    const ListRow starred = *store.ofUser("listener", ListKind::starred);
+    const std::string filler = music.stateFolder() + "/filler";
+    std::ofstream stream(filler);
+    while (stream.write(std::string(4096, 'x').data(), 4096).flush()) {
+    }
+    stream.close();
+    fs::resize_file(filler, fs::file_size(filler) - (128U << 10));
+    std::size_t confirmed = 0;
+    const auto star = [&] {
+        store.insert(starred, 0, {{EntryKind::item, Id::digest({std::to_string(confirmed)}), {}}},
+                     "listener");
+        ++confirmed;
+    };
+    EXPECT_THROW(
+        for (int i = 0; i < 10000; ++i) { star(); }, DatabaseError);
+    EXPECT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+    ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
+    EXPECT_EQ(play(), SP_ERROR_OK);
+    EXPECT_TRUE(session->until([&] { return session->ended.load(); }));
+    EXPECT_THAT(session->log, HasSubstr("full"));
+    sp_track* tracks[] = {track.get()};
+    EXPECT_EQ(sp_track_set_starred(session->get(), tracks, 1, true), SP_ERROR_OTHER_TRANSIENT);
+    EXPECT_EQ(store.entries(starred).size(), confirmed);
+    fs::remove(filler);
+    EXPECT_EQ(sp_track_set_starred(session->get(), tracks, 1, true), SP_ERROR_OK);
+    EXPECT_EQ(store.entries(starred).size(), confirmed + 1);
+    session.reset();
+    umount2(music.stateFolder().c_str(), MNT_DETACH);
+}
+
+}  // namespace
+}  // namespace sonolet::test
