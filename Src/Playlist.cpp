@@ -104,6 +104,7 @@ void Playlist::init() {
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
     if (handle) {
+        place = _instances.size();
         _instances.push_back({handle.get(), this});
         callbacks = libraryCallbacks();
         sp_playlist_add_callbacks(handle.get(), &callbacks, this);
@@ -118,12 +119,10 @@ void Playlist::releaseHandle() noexcept {
     if (!handle) {
         return;
     }
-    const auto entry = std::find_if(
-        _instances.begin(), _instances.end(),
-        [this](const PlaylistInstanceEntry& instance) { return instance.owner == this; });
-    if (entry != _instances.end()) {
-        _instances.erase(entry);
-    }
+    // Nobody asks for the order.
+    _instances[place] = _instances.back();
+    _instances[place].owner->place = place;
+    _instances.pop_back();
     sp_playlist_remove_callbacks(handle.get(), &callbacks, this);
     handle.release();
 }

@@ -108,6 +108,7 @@ private:
     static std::vector<PlaylistInstanceEntry> _instances;
 
     Handle<sp_playlist> handle;
+    std::size_t place = 0;  // of this wrapper among the instances, while there is a handle
     sp_playlist_callbacks callbacks{};  // libspotify keeps its address
     const orvo::shared_ptr<Playlistcontainer> container;
 };

@@ -138,6 +138,13 @@ const name_table::readable* interface::find(std::string_view name,
     return shared ? shared->find(name) : nullptr;
 }
 
+function_member interface::find_function(std::string_view name) const {
+    name_table::readable copy;
+    const name_table::readable* const found = find(name, copy);
+    const auto* const function = found ? std::get_if<name_table::function>(found) : nullptr;
+    return function ? function->member : function_member();
+}
+
 set_member interface::find_setter(std::string_view name) const {
     if (own_part* const part = own_in_use()) {
         const orvo::scoped_lock lock(part->mutex);
@@ -345,20 +352,13 @@ int interface::_function_call(const script_function& function,
                               jsplugin_value* argv,
                               jsplugin_value* result,
                               std::string& scratch) {
-    name_table::readable copy;
-    const function_member* member = nullptr;
-    if (function.names && function.names == shared && !own_in_use()) {
-        member = function.member;
-    } else if (const name_table::readable* const found = find(function.name, copy)) {
-        if (const auto* const named = std::get_if<name_table::function>(found)) {
-            member = &named->member;
-        }
-    }
+    const bool is_as_read = function.names && function.names == shared && !own_in_use();
+    const function_member member = is_as_read ? *function.member : find_function(function.name);
     if (!member) {
         return JSP_CALL_NO_FUNCTION;
     }
     function_context context(this_obj, argc, argv, result, &scratch);
-    (*member)(*this, context);
+    member(*this, context);
     return context.has_result() ? JSP_CALL_VALUE : JSP_CALL_NO_VALUE;
 }
 

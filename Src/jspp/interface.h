@@ -136,6 +136,7 @@ private:
 
     // What the object answers a name with, or null. An own name's answer is copied to `copy`.
     const name_table::readable* find(std::string_view name, name_table::readable& copy) const;
+    function_member find_function(std::string_view name) const;
     set_member find_setter(std::string_view name) const;
 
     jsplugin_obj* cached_object(jsplugin_obj* document) const;

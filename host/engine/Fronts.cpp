@@ -20,7 +20,9 @@ ObjectRecord* recordIn(JSObjectRef cell) noexcept {
 
 // The accessor of Object.prototype answers it; no plug-in may.
 bool isPrototypeName(JSStringRef name) {
-    return JSStringIsEqualToUTF8CString(name, "__proto__");
+    constexpr char prototype[] = "__proto__";
+    return JSStringGetLength(name) == sizeof prototype - 1 &&
+           JSStringIsEqualToUTF8CString(name, prototype);
 }
 
 JSValueRef

@@ -36,8 +36,17 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
     if (object == globalRecord->object) {
         return *globalRecord;
     }
+    ObjectRecord*& known = lately(object);
+    if (known != nullptr && known->rooted && known->object == object) {
+        touch(*known);
+        return *known;
+    }
     if (ObjectRecord* const native = Fronts::recordOf(context, object)) {
         touch(*native);
+        // Neither an earlier script object of the record nor another document's record.
+        if (native->object == object && &native->document == &document) {
+            known = native;
+        }
         return *native;
     }
     if (const auto found = pageRecords.find(object); found != pageRecords.end()) {
@@ -58,6 +67,12 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
     return record;
 }
 
+void ObjectStore::forgetLately(const ObjectRecord& record) noexcept {
+    if (ObjectRecord*& known = lately(record.object); known == &record) {
+        known = nullptr;
+    }
+}
+
 JSObjectRef ObjectStore::living(const ObjectRecord& record) const {
     if (record.rooted || record.object == nullptr) {
         return record.object;
@@ -68,6 +83,7 @@ JSObjectRef ObjectStore::living(const ObjectRecord& record) const {
 JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
     if (record.kind == ObjectRecord::Kind::Native && !closed && living(record) == nullptr) {
         auto* const link = new FrontLink{&record, 0, finalizers};
+        forgetLately(record);
         record.object = fronts.make(*link);
         record.hasCachedProperties = false;
         record.links.push_back(link);
@@ -271,6 +287,7 @@ void ObjectStore::forget(ObjectRecord& record) {
 
 void ObjectStore::destruct(ObjectRecord& record) {
     const auto node = records.extract(&record);
+    forgetLately(record);
     if (record.rooted) {
         JSValueUnprotect(context, record.object);
     }

@@ -6,6 +6,7 @@
 #include "engine/Intrinsics.h"
 #include "engine/ObjectRecord.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -86,6 +87,12 @@ public:
     std::size_t size() const noexcept { return records.size(); }
 
 private:
+    // A script object's record, if it was handed out lately and is certainly still the same.
+    ObjectRecord*& lately(JSObjectRef object) noexcept {
+        return latelyHandedOut[reinterpret_cast<std::uintptr_t>(object) / 16 %
+                               latelyHandedOut.size()];
+    }
+    void forgetLately(const ObjectRecord& record) noexcept;
     void root(ObjectRecord& record, JSObjectRef object);
     void unroot(ObjectRecord& record);
     void dropWeakRef(ObjectRecord& record);
@@ -104,6 +111,9 @@ private:
     std::unordered_map<const ObjectRecord*, std::unique_ptr<ObjectRecord>> records;
     // By address, which is the record's for certain only while the record is rooted.
     std::unordered_map<JSObjectRef, ObjectRecord*> pageRecords;
+
+    // By a part of the script object's address. A record leaves with its script object.
+    std::array<ObjectRecord*, 64> latelyHandedOut = {};
 
     std::uint64_t lastSerial = 0;
     std::size_t newSinceTrace = 0;

@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <cstring>
+
 namespace text {
 
 namespace {
@@ -25,9 +27,22 @@ void append(std::string& out, char32_t point) {
     out.append(bytes, static_cast<std::size_t>(length));
 }
 
-}  // namespace
+// The text of `string` when it is all ASCII, as names are, without a NUL, and short.
+bool isShortAscii(JSStringRef string, std::array<char, 64>& out) {
+    const std::size_t length = JSStringGetLength(string);
+    if (length >= out.size() ||
+        JSStringGetUTF8CString(string, out.data(), out.size()) != length + 1) {
+        return false;
+    }
+    for (std::size_t i = 0; i < length; ++i) {
+        if (out[i] == '\0' || static_cast<unsigned char>(out[i]) >= 0x80) {
+            return false;
+        }
+    }
+    return true;
+}
 
-std::string toUtf8(JSStringRef string) {
+std::string slowUtf8(JSStringRef string) {
     const JSChar* units = JSStringGetCharactersPtr(string);
     const std::size_t length = JSStringGetLength(string);
     std::string out;
@@ -43,6 +58,14 @@ std::string toUtf8(JSStringRef string) {
         append(out, point);
     }
     return out;
+}
+
+}  // namespace
+
+std::string toUtf8(JSStringRef string) {
+    // The engine makes a copy of 16-bit units of whatever is looked at by them.
+    std::array<char, 64> ascii;
+    return isShortAscii(string, ascii) ? std::string(ascii.data()) : slowUtf8(string);
 }
 
 std::string toUtf8(JSContextRef context, JSValueRef value) {
@@ -63,6 +86,35 @@ EngineString::EngineString(const char* utf8) {
     char* valid = g_utf8_make_valid(utf8, -1);
     string = JSStringCreateWithUTF8CString(valid);
     g_free(valid);
+}
+
+StringMaker::~StringMaker() {
+    for (const Kept& kept : table) {
+        if (kept.string != nullptr) {
+            JSStringRelease(kept.string);
+        }
+    }
+}
+
+JSValueRef StringMaker::make(JSContextRef context, const char* utf8) {
+    std::size_t length = 0;
+    std::size_t hash = 0;
+    while (utf8[length] != '\0') {
+        hash = hash * 31 + static_cast<unsigned char>(utf8[length]);
+        if (++length == sizeof Kept::text) {
+            return JSValueMakeString(context, EngineString(utf8).get());
+        }
+    }
+    Kept& kept = table[hash % table.size()];
+    if (kept.string == nullptr || std::strcmp(kept.text.data(), utf8) != 0) {
+        const EngineString made(utf8);
+        if (kept.string != nullptr) {
+            JSStringRelease(kept.string);
+        }
+        std::memcpy(kept.text.data(), utf8, length + 1);
+        kept.string = JSStringRetain(made.get());
+    }
+    return JSValueMakeString(context, kept.string);
 }
 
 }  // namespace text

@@ -3,6 +3,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <array>
 #include <string>
 
 // Text between the engine (UTF-16, any code unit) and the plug-in (UTF-8, NUL-terminated). What the
@@ -28,6 +29,27 @@ public:
 
 private:
     JSStringRef string;  // owned
+};
+
+// Script strings of UTF-8 texts. Short ones are kept for the next time: what a plug-in answers
+// repeats itself, and to make an engine string takes longer than to find it. Script thread.
+class StringMaker final {
+public:
+    StringMaker() = default;
+    ~StringMaker();
+
+    StringMaker(const StringMaker&) = delete;
+    StringMaker& operator=(const StringMaker&) = delete;
+
+    JSValueRef make(JSContextRef context, const char* utf8);
+
+private:
+    struct Kept {
+        std::array<char, 32> text;  // with its NUL
+        JSStringRef string;         // owned; null: nothing is kept here
+    };
+    // By the text's hash.
+    std::array<Kept, 128> table = {};
 };
 
 }  // namespace text

@@ -8,10 +8,14 @@
 PluginArguments::PluginArguments(ObjectStore& objects,
                                  JSContextRef context,
                                  size_t argc,
-                                 const JSValueRef argv[]) {
-    values.reserve(argc);
+                                 const JSValueRef argv[])
+    : size(argc) {
+    if (argc > few.size()) {
+        many.resize(argc);
+    }
+    jsplugin_value* const values = data();
     for (size_t i = 0; i < argc; ++i) {
-        values.push_back(convert(objects, context, argv[i]));
+        values[i] = convert(objects, context, argv[i]);
     }
 }
 
@@ -32,6 +36,7 @@ PluginArguments::convert(ObjectStore& objects, JSContextRef context, JSValueRef 
         break;
     case kJSTypeString:
         converted.type = JSP_TYPE_STRING;
+        strings.reserve(size);
         converted.u.string = strings.emplace_back(text::toUtf8(context, value)).c_str();
         break;
     case kJSTypeObject: {
@@ -61,7 +66,8 @@ JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRe
         return JSValueMakeUndefined(context);
     case JSP_TYPE_STRING:
         if (value.u.string != nullptr) {
-            return JSValueMakeString(context, text::EngineString(value.u.string).get());
+            static text::StringMaker& strings = *new text::StringMaker;
+            return strings.make(context, value.u.string);
         }
         return JSValueMakeUndefined(context);
     case JSP_TYPE_NUMBER:

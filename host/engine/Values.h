@@ -5,7 +5,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
-#include <deque>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -23,14 +23,19 @@ public:
     PluginArguments(const PluginArguments&) = delete;
     PluginArguments& operator=(const PluginArguments&) = delete;
 
-    int count() const noexcept { return static_cast<int>(values.size()); }
-    jsplugin_value* data() noexcept { return values.empty() ? nullptr : values.data(); }
+    int count() const noexcept { return static_cast<int>(size); }
+    jsplugin_value* data() noexcept {
+        return size == 0 ? nullptr : size <= few.size() ? few.data() : many.data();
+    }
 
 private:
     jsplugin_value convert(ObjectStore& objects, JSContextRef context, JSValueRef value);
 
-    std::vector<jsplugin_value> values;
-    std::deque<std::string> strings;  // never moves what the values point at
+    const std::size_t size;
+    // Nearly every call has few arguments, which then take no memory of their own.
+    std::array<jsplugin_value, 4> few;
+    std::vector<jsplugin_value> many;
+    std::vector<std::string> strings;  // has room for all before the first: values point at them
 };
 
 // What the plug-in answered, as a script value; undefined for what is none. Evaluates expressions:

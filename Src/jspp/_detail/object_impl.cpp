@@ -23,8 +23,8 @@ struct object::_s_data {
     _s_data& operator=(const _s_data&) = delete;
 
     jsplugin_obj* const obj;
-    jsplugin_obj* const parent;
     const __detail::object_manager::serial entry;
+    jsplugin_obj* const document;  // may have gone; only compared
 };
 
 namespace __detail {
@@ -32,12 +32,13 @@ namespace {
 
 using record = object::_s_data;
 
-// Every handle's record, weakly, for the collection's trace. Never freed: handles go up to process
-// exit. No lock is held while the host is called or a record is dropped.
+// Every handle's record, weakly and by document, for the collection's trace. Never freed: handles
+// go up to process exit. No lock is held while the host is called or a record is dropped.
 class handle_list final {
 public:
     void add(const orvo::shared_ptr<record>& data) {
         const orvo::scoped_lock lock(mutex);
+        list& handles = documents[data->document];
         // A trace comes when memory is short, so what it needs is taken now.
         if (spare.capacity() <= handles.size()) {
             spare.reserve(2 * handles.size() + 8);
@@ -47,15 +48,32 @@ public:
 
     void remove(const record* data) noexcept {
         const orvo::scoped_lock lock(mutex);
-        handles.erase(data);
+        const auto handles = documents.find(data->document);
+        if (handles == documents.end()) {
+            return;
+        }
+        handles->second.erase(data);
+        if (handles->second.empty()) {
+            documents.erase(handles);
+        }
     }
 
-    // Calls `visit` with every living record. Never nested; script thread.
+    void remove_all(jsplugin_obj* document) noexcept {
+        const orvo::scoped_lock lock(mutex);
+        documents.erase(document);
+    }
+
+    // Calls `visit` with every living record of the document. Never nested; script thread.
     template <class Visit>
-    void for_each(const Visit& visit) noexcept {
+    void for_each(jsplugin_obj* document, const Visit& visit) noexcept {
         std::vector<orvo::shared_ptr<record>> alive;
         {
             const orvo::scoped_lock lock(mutex);
+            const auto known = documents.find(document);
+            if (known == documents.end()) {
+                return;
+            }
+            list& handles = known->second;
             alive.swap(spare);
             for (auto handle = handles.begin(); handle != handles.end();) {
                 if (orvo::shared_ptr<record> data = handle->second.lock()) {
@@ -82,15 +100,17 @@ public:
     }
 
 private:
+    using list = std::unordered_map<const record*, orvo::weak_ptr<record>>;
+
     orvo::Mutex mutex;
-    std::unordered_map<const record*, orvo::weak_ptr<record>> handles ORVO_GUARDED_BY(mutex);
+    std::unordered_map<jsplugin_obj*, list> documents ORVO_GUARDED_BY(mutex);
     std::vector<orvo::shared_ptr<record>> spare ORVO_GUARDED_BY(mutex);  // empty, with room for all
 };
 
 }  // namespace
 
 void mark_handles(jsplugin_obj* document) noexcept {
-    handle_list::instance().for_each([document](const record& data) {
+    handle_list::instance().for_each(document, [document](const record& data) {
         if (objects().find(data.obj, data.entry).document == document) {
             g_orvo_callbacks->gc_mark(data.obj);
         }
@@ -98,18 +118,14 @@ void mark_handles(jsplugin_obj* document) noexcept {
 }
 
 void forget_handles(jsplugin_obj* document) noexcept {
-    handle_list::instance().for_each([document](const record& data) {
-        if (objects().has_children(data.obj, document)) {
-            handle_list::instance().remove(&data);
-        }
-    });
+    handle_list::instance().remove_all(document);
 }
 
 }  // namespace __detail
 
 object::_s_data::_s_data(jsplugin_obj* script_object, jsplugin_obj* parent_object)
-    : obj(script_object), parent(parent_object),
-      entry(__detail::objects().add_handle(script_object, parent_object)) {}
+    : obj(script_object), entry(__detail::objects().add_handle(script_object, parent_object)),
+      document(__detail::objects().document_of(script_object)) {}
 
 object::_s_data::~_s_data() {
     __detail::handle_list::instance().remove(this);
