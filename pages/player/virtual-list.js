@@ -67,11 +67,11 @@ export class VirtualList {
             const to = moved(this.active);
             this.active = to < 0 ? this.active : to;
         }
-        this.active = Math.max(0, Math.min(this.active, last));
+        const active = this.active = Math.max(0, Math.min(this.active, last));
         this.empty();
         this.draw();
         if (focused >= 0 && last >= 0) {
-            this.focus(this.active, cell);
+            this.focus(active, cell);
             if (away >= 0) {
                 scroller.scrollTop = away; // whoever has scrolled on from the focused row stays there
             }
