@@ -1,6 +1,8 @@
 #ifndef SONOLET_HOST_ENGINE_OBJECTRECORD_H
 #define SONOLET_HOST_ENGINE_OBJECTRECORD_H
 
+#include "engine/WeakObject.h"
+
 #include "jsplugin.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -53,8 +55,8 @@ public:
     // The script object: certain to be alive only while `rooted`, when the engine protects it.
     JSObjectRef object = nullptr;
     bool rooted = false;
-    // A WeakRef on `object` (itself protected), made when the object is no longer protected.
-    JSObjectRef weakRef = nullptr;
+    // `object`, from when it is not protected for the first time.
+    WeakObject weak;
     // Links of script objects made for a native record whose finalizers are still to come.
     std::vector<FrontLink*> links;
 
