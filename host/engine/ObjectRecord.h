@@ -49,6 +49,8 @@ public:
 
     // The name under which a function was first read, for messages.
     std::string name;
+    // The engine was asked, and said so; that never changes.
+    bool isFunction = false;
     // Some answers are kept as own properties of the script object.
     bool hasCachedProperties = false;
 
