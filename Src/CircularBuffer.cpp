@@ -25,6 +25,9 @@ bool CircularBuffer::canWrite(const unsigned& length) const {
 }
 
 void CircularBuffer::write(const char* bytes, const unsigned& length) {
+    if (length == 0) {
+        return;  // where there may be no bytes to point at
+    }
     const unsigned to = writePos.load(std::memory_order_relaxed);
     const unsigned from = readPos.load(std::memory_order_acquire);
     const unsigned end = to + length;
@@ -45,6 +48,9 @@ void CircularBuffer::write(const char* bytes, const unsigned& length) {
 }
 
 void CircularBuffer::read(char* out, const unsigned& /*offset*/, const unsigned& length) {
+    if (length == 0) {
+        return;
+    }
     const unsigned from = readPos.load(std::memory_order_relaxed);
     const unsigned to = writePos.load(std::memory_order_acquire);
     const unsigned end = from + length;

@@ -97,10 +97,10 @@ class Handle final {
 public:
     Handle() noexcept = default;
 
-    // Adds a reference of its own; a null handle stays null.
-    explicit Handle(Kind* borrowed) noexcept : handle(borrowed) {
-        if (handle) {
-            HandleTraits<Kind>::addRef(handle);
+    // Adds a reference of its own; a null handle, or one that libspotify refuses, is none.
+    explicit Handle(Kind* borrowed) noexcept {
+        if (borrowed && HandleTraits<Kind>::addRef(borrowed) == SP_ERROR_OK) {
+            handle = borrowed;
         }
     }
 

@@ -7,15 +7,17 @@
 // orvo::shared_ptr; the last share to go logs out and releases the session.
 class LibWrapper final {
 public:
-    // Takes the session over.
-    explicit LibWrapper(sp_session* owned) noexcept : session(owned) {}
+    // Throws std::runtime_error("Failed to initialize libspotify").
+    explicit LibWrapper(const sp_session_config& config);
     ~LibWrapper();
 
     LibWrapper(const LibWrapper&) = delete;
     LibWrapper& operator=(const LibWrapper&) = delete;
 
+    sp_session* getSession() const noexcept { return session; }
+
 private:
-    sp_session* const session;
+    sp_session* session = nullptr;
 };
 
 #endif

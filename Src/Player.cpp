@@ -19,6 +19,8 @@ enum EventType : unsigned {
     VideoResized = 6,
 };
 
+constexpr char noBackend[] = "Could not initialize backend";
+
 // The events that are only told in the log, by type.
 const char* lineOf(unsigned type) {
     switch (type) {
@@ -70,8 +72,11 @@ Player::~Player() {
     awaitReleases();
 }
 
-Player::GrantedBackend::GrantedBackend(Player& owner, UVABackend* granted)
-    : player(owner), backend(granted) {
+Player::GrantedBackend::GrantedBackend(Player& owner)
+    : player(owner), backend(UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &owner)) {
+    if (!backend) {
+        throw std::runtime_error(noBackend);
+    }
     const orvo::scoped_lock lock(player.mutex);
     ++player.unreleased;
 }
@@ -190,12 +195,7 @@ void Player::discard(UVAEvent* event) {
 }
 
 void Player::createBackend() {
-    static constexpr char failure[] = "Could not initialize backend";
-    UVABackend* const granted = UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, this);
-    if (!granted) {
-        throw std::runtime_error(failure);
-    }
-    const BackendShare share(new GrantedBackend(*this, granted));
+    const BackendShare share(new GrantedBackend(*this));
     {
         const orvo::scoped_lock lock(mutex);
         if (!track) {
@@ -209,7 +209,7 @@ void Player::createBackend() {
     UVABackend::SourceDescription* sources[] = {&source, nullptr};
     // No URL: the data comes through the backend's requests.
     if ((*share)->setSource("", sources, 0) != 1) {
-        throw std::runtime_error(failure);
+        throw std::runtime_error(noBackend);
     }
 }
 

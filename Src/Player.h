@@ -54,7 +54,8 @@ private:
     // A backend that the factory has granted; releases it.
     class GrantedBackend final {
     public:
-        GrantedBackend(Player& owner, UVABackend* granted);
+        // Asks the factory. Throws std::runtime_error("Could not initialize backend").
+        explicit GrantedBackend(Player& owner);
         ~GrantedBackend();
         GrantedBackend(const GrantedBackend&) = delete;
         GrantedBackend& operator=(const GrantedBackend&) = delete;

@@ -22,7 +22,7 @@ Playlistcontainer::Playlistcontainer(sp_session* librarySession,
                                      const orvo::shared_ptr<LibWrapper>& libraryShare)
     : Object(librarySession, libraryShare), handle(playlistcontainer) {
     logger.trace("Playlistcontainer::Playlistcontainer", "Initializing playlistcontainer");
-    if (!playlistcontainer || !librarySession) {
+    if (!handle || !librarySession) {
         throw std::runtime_error("Invalid spotify object given when creating this object");
     }
     addMembers();

@@ -134,13 +134,9 @@ void Session::create(jspp::function_context& context) {
         options->apply(config);
 
         auto newPlayer = std::make_unique<Player>();
-        sp_session* created = nullptr;
-        if (sp_session_create(&config, &created) != SP_ERROR_OK) {
-            throw std::runtime_error("Failed to initialize libspotify");
-        }
-        const orvo::shared_ptr<LibWrapper> library(new LibWrapper(created));
+        const orvo::shared_ptr<LibWrapper> library(new LibWrapper(config));
         logger.trace("Session::create", "Initializing Spotify session: OK");
-        session = created;
+        session = library->getSession();
         Factory::getInstance().setSession(session, library);
         player = std::move(newPlayer);
         spotifyInitialized = true;

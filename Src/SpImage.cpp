@@ -33,7 +33,7 @@ SpImage::SpImage(sp_session* librarySession,
     _class(names);
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
-    if (image) {
+    if (handle) {
         sp_image_add_load_callback(image, &image_loaded, this);
     }
 }

@@ -92,6 +92,8 @@ set(CPACK_COMPONENT_PLUGIN_DESCRIPTION "music service plug-in for the browsers o
 set(CPACK_DEBIAN_HOST_PACKAGE_NAME sonolet-host)
 set(CPACK_DEBIAN_HOST_PACKAGE_DEPENDS
     "sonolet-plugin, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
+# The real library may stand in for it.
+set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS libspotify12-local)
 set(CPACK_COMPONENT_HOST_DESCRIPTION "development host for pages that use the Sonolet plug-in
  Runs page scripts and shows web pages with the plug-in on a desktop machine,
  without the device. With a player, a conformance page and examples.")

@@ -149,6 +149,7 @@ declare namespace Spotify {
         LoggedOut: () => void;
         /** Something that was loading may be there now. The attribute is `onMetaDataUpdated`. */
         MetadataUpdated: () => void;
+        /** The connection is lost, or with `SP_ERROR_OK` there again. */
         ConnectionError: (error: ErrorCode) => void;
         /** The service wants the user to read this. */
         MessageToUser: (message: string) => void;

@@ -1,7 +1,7 @@
 // @ts-check
 // Starts the player and joins its parts: the session decides whether the sign-in or the app is seen.
 
-import { openDialog } from "./dialog.js";
+import { closeDialog, openDialog } from "./dialog.js";
 import { byId, h, icon, replace } from "./dom.js";
 import { forgetImages } from "./images.js";
 import { shownName, watchMetadata } from "./library.js";
@@ -21,7 +21,7 @@ import { playingView } from "./views/playing.js";
 import { inboxView, playlistView, starredView } from "./views/playlist.js";
 import { searchView, startSearchField } from "./views/search.js";
 import { fillSidebar } from "./views/sidebar.js";
-import { showSignIn, startSignIn } from "./views/signin.js";
+import { showSignIn, showSigningIn, startSignIn } from "./views/signin.js";
 
 const views = {
     home: homeView,
@@ -70,7 +70,9 @@ function start() {
         byId("connection").hidden = connected;
     });
     try {
-        if (!startSession()) {
+        if (startSession()) {
+            showSigningIn();
+        } else {
             showSignIn("");
         }
     } catch (error) {
@@ -92,7 +94,9 @@ function openApp() {
 }
 
 function closeApp() {
+    closeDialog();
     byId("app").hidden = true;
+    document.title = "Sonolet Player";
     if (signedInScope !== null) {
         reset();
         stopRouter();

@@ -16,7 +16,8 @@ export class ServiceError extends Error {
      * @param {string} [message]
      */
     constructor(code, message) {
-        super(message || Spotify.errorMessage(code));
+        super(message || (code === Spotify.SP_ERROR.SP_ERROR_OTHER_TRANSIENT
+            ? "The music service does not answer just now." : Spotify.errorMessage(code)));
         this.code = code;
     }
 }

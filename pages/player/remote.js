@@ -4,7 +4,7 @@
 
 import { closeDialog, focusRoot } from "./dialog.js";
 import { byId } from "./dom.js";
-import { next, previous, toggle } from "./playback.js";
+import { next, now, previous, stop, toggle } from "./playback.js";
 
 const FOCUSABLE = "a[href], button, input, [tabindex]";
 /** Devices name their back key in their own ways. */
@@ -63,9 +63,16 @@ function handle(event, help) {
 function media(key) {
     switch (key) {
     case "MediaPlayPause":
-    case "MediaPlay":
-    case "MediaPause":
         toggle();
+        return true;
+    case "MediaPlay":
+    case "MediaPause": // two keys, so that neither does what the other is for
+        if ((now.status === "playing") === (key === "MediaPause")) {
+            toggle();
+        }
+        return true;
+    case "MediaStop":
+        stop();
         return true;
     case "MediaTrackNext":
         next();
@@ -145,7 +152,7 @@ function nearest(from, direction) {
         if (element === from || !(element instanceof HTMLElement) || !reachable(element, scroller)) {
             continue;
         }
-        if (element.contains(from) || from.contains(element)) {
+        if (from !== document.body && (element.contains(from) || from.contains(element))) {
             continue;
         }
         const score = distance(start, element.getBoundingClientRect(), direction);

@@ -108,7 +108,9 @@ async function show() {
             subject: subjects.get(address) }));
         restore(address);
     } catch (error) {
+        title("Not shown");
         showError(root, error);
+        restore(address);
     }
     clearTimeout(waiting);
     root.classList.remove("waiting");

@@ -43,8 +43,9 @@ export function startSession() {
             signedOut.emit("You have been signed out.");
         }
     });
-    Session.addEventListener("ConnectionError", () => {
-        if (state === "in") {
+    Session.addEventListener("ConnectionError", (error) => {
+        // The service may tell the end of the trouble in the same way.
+        if (state === "in" && error !== SP_ERROR.SP_ERROR_OK) {
             watchConnection();
         }
     });

@@ -54,7 +54,9 @@ export class VirtualList {
      * @param {(index: number) => number} [moved] where rows went; keeps the focus on its row
      */
     refresh(length, moved) {
+        const { scroller } = this.options;
         const focused = this.indexOf(document.activeElement);
+        const away = focused >= 0 && !this.isSeen(focused) ? scroller.scrollTop : -1;
         const cell = focused < 0 ? 0 : this.cells(focused).indexOf(
             /** @type {HTMLElement} */ (document.activeElement));
         if (length !== undefined) {
@@ -65,12 +67,23 @@ export class VirtualList {
             const to = moved(this.active);
             this.active = to < 0 ? this.active : to;
         }
-        this.active = Math.max(0, Math.min(this.active, last));
+        const active = this.active = Math.max(0, Math.min(this.active, last));
         this.empty();
         this.draw();
         if (focused >= 0 && last >= 0) {
-            this.focus(this.active, cell);
+            this.focus(active, cell);
+            if (away >= 0) {
+                scroller.scrollTop = away; // whoever has scrolled on from the focused row stays there
+            }
         }
+    }
+
+    /** @param {number} index of a row that exists */
+    isSeen(index) {
+        const row = /** @type {{ element: HTMLElement }} */ (this.rows.get(index));
+        const [inner, outer] = [row.element, this.options.scroller].map(
+            (element) => element.getBoundingClientRect());
+        return inner.bottom > outer.top && inner.top < outer.bottom;
     }
 
     empty() {
@@ -199,7 +212,7 @@ export class VirtualList {
         const cells = this.cells(index);
         const target = cells[Math.min(Math.max(cell, 0), cells.length - 1)];
         if (target) {
-            target.focus({ preventScroll: true });
+            (target.matches(":disabled") ? cells[0] : target).focus({ preventScroll: true });
         }
     }
 
@@ -224,7 +237,9 @@ export class VirtualList {
             return to !== index;
         }
         const side = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
-        const beside = side === undefined ? undefined : cells[cell + side];
+        const enabled = cells.filter((other) => !other.matches(":disabled"));
+        const beside = side === undefined ? undefined
+            : enabled[enabled.indexOf(cells[cell]) + side];
         if (beside) {
             beside.focus({ preventScroll: true });
         }

@@ -113,6 +113,11 @@ private:
         wakeReader();
     }
 
+    static int selectElement(GstElement* decodebin,
+                             GstPad* pad,
+                             GstCaps* caps,
+                             GstElementFactory* factory,
+                             gpointer self);
     static void padAdded(GstElement* decodebin, GstPad* pad, gpointer self);
     static void noMorePads(GstElement* decodebin, gpointer self);
     static GstBusSyncReply message(GstBus* bus, GstMessage* message, gpointer self);
@@ -178,6 +183,7 @@ void Decoder::Pipeline::build(const std::string& path) {
 
     gst_element_link(source, decodebin);
     gst_element_link_many(converter, resampler, appsink, nullptr);
+    g_signal_connect(decodebin, "autoplug-select", G_CALLBACK(selectElement), this);
     g_signal_connect(decodebin, "pad-added", G_CALLBACK(padAdded), this);
     g_signal_connect(decodebin, "no-more-pads", G_CALLBACK(noMorePads), this);
 
@@ -196,6 +202,21 @@ void Decoder::Pipeline::build(const std::string& path) {
     // A refusal has come as an error message before this returns.
     { const Handover toTheirThreads(this); }
     gst_element_set_state(bin.get(), GST_STATE_PLAYING);
+}
+
+// A file that names others, as a stream's list of addresses does, is not followed to them.
+int Decoder::Pipeline::selectElement(
+    GstElement*, GstPad*, GstCaps*, GstElementFactory* factory, gpointer) {
+    // decodebin's numbers for its two answers; no header has them.
+    constexpr int tryIt = 0;
+    constexpr int skip = 2;
+    const char* kind = gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS);
+    for (const char* outside : {"Adaptive", "Network", "Source"}) {
+        if (kind == nullptr || std::strstr(kind, outside) != nullptr) {
+            return skip;
+        }
+    }
+    return tryIt;
 }
 
 bool Decoder::Pipeline::seek(std::int64_t target) {

@@ -138,6 +138,17 @@ TEST_F(Player, ShowsTenThousandTracksWithAFewRows) {
                        "}"
                        "return [most < 40, text('[aria-rowindex=\"10001\"] .track-title')];"),
               R"([true,"Salt Wind"])");
+    // Who has scrolled away from the focused row stays there when the list changes.
+    EXPECT_EQ(evaluate("find('.track').focus({ preventScroll: true });"
+                       "window.row = document.activeElement.dataset.index;"
+                       "find('#main').scrollTop = 300000;"
+                       "return find('#main').scrollTop;"),
+              "300000");
+    playlist({"add", "Long", "Salt Wind"});
+    EXPECT_EQ(
+        evaluate("await until(() => text('.facts') === '10,002 tracks');"
+                 "return [find('#main').scrollTop, document.activeElement.dataset.index === row];"),
+        "[300000,true]");
 }
 
 TEST_F(Player, IsUsedWithTheArrowKeysAlone) {
@@ -159,6 +170,15 @@ TEST_F(Player, IsUsedWithTheArrowKeysAlone) {
                  "}"
                  "return seen.join();"),
         R"("Star,More,Star,1,sidebar,1,2,bar")");
+    // Past a button that has nothing to do, and from nowhere to something.
+    EXPECT_EQ(evaluate("location.hash = '#/playing';"
+                       "(await until(() => find('.queue .track'))).focus();"
+                       "press('ArrowRight');"
+                       "const beside = focused();"
+                       "document.activeElement.blur();"
+                       "press('ArrowDown');"
+                       "return [beside, document.activeElement !== document.body];"),
+              R"(["Remove from the queue",true])");
 }
 
 }  // namespace

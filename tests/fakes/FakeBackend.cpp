@@ -1,5 +1,7 @@
 #include "FakeBackend.h"
 
+#include "Faults.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -35,6 +37,7 @@ public:
     Guard& operator=(const Guard&) = delete;
 
 private:
+    const Outside outside;
     FakeBackend& backend;
 };
 
@@ -45,6 +48,7 @@ FakeBackend::~FakeBackend() {
 }
 
 int FakeBackend::setSource(const char* url, SourceDescription** sources, int flags) {
+    const bool refused = Faults::get().strikes(Faults::Backend);
     const Guard guard(*this, "setSource");
     const auto& reserved = sources[0]->reserved;
     if (std::any_of(std::begin(reserved), std::end(reserved), [](int word) { return word != 0; })) {
@@ -52,7 +56,7 @@ int FakeBackend::setSource(const char* url, SourceDescription** sources, int fla
     }
     log += "source(\"" + std::string(url) + "\", " + std::to_string(sources[0]->kind) +
            (sources[1] == nullptr ? ", end, " : ", more, ") + std::to_string(flags) + ") ";
-    return FakeFactory::get().sourceResult;
+    return refused ? 0 : FakeFactory::get().sourceResult;
 }
 
 void FakeBackend::play() {
@@ -82,8 +86,16 @@ void FakeBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatus
 }
 
 void FakeBackend::send(unsigned type) {
-    UVAEvent event(type);
+    VideoResizedEvent event(1, 2, 3.0);
+    event.type = type;
+    const InPlugin inside;
     client->handleEvent(&event);
+}
+
+void FakeBackend::request(unsigned offset, unsigned size) {
+    auto* const event = new FakeRequest(offset, size);
+    const InPlugin inside;
+    client->handleEvent(event);
 }
 
 void FakeBackend::start(std::function<UVAEvent*()> next) {
@@ -95,6 +107,7 @@ void FakeBackend::start(std::function<UVAEvent*()> next) {
                 return;
             }
             // Requests are the client's to free, other events the sender's.
+            const InPlugin inside;
             client->handleEvent(event->type == 1 ? event.release() : event.get());
         }
     });
@@ -139,11 +152,13 @@ int FakeFactory::held() const {
 }
 
 UVABackend* UVAFactory::requestBackend(UVABackend::UVABackendType type, UVAClient* client) {
+    const bool refused = Faults::get().strikes(Faults::Backend);
+    const Outside outside;
     FakeFactory& factory = FakeFactory::get();
     if (type != UVABackend::UVA_BACKEND_MEDIA || client == nullptr) {
         stop("requestBackend", "wrong type or no client");
     }
-    if (!factory.grants) {
+    if (refused || !factory.grants) {
         return nullptr;
     }
     factory.backends.push_back(std::make_unique<FakeBackend>(client));
@@ -154,6 +169,7 @@ UVABackend* UVAFactory::requestBackend(UVABackend::UVABackendType type, UVAClien
 }
 
 void UVAFactory::releaseBackend(UVABackend* backend) {
+    const Outside outside;
     auto& released = *static_cast<FakeBackend*>(backend);
     if (FakeFactory::get().whenReleased) {
         FakeFactory::get().whenReleased(released);

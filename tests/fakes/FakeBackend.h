@@ -52,9 +52,7 @@ public:
 
     // Events, on the caller's thread.
     void send(unsigned type);
-    void request(unsigned offset, unsigned size) {
-        client->handleEvent(new FakeRequest(offset, size));
-    }
+    void request(unsigned offset, unsigned size);
     // A thread of the backend's own that sends what `next` answers (ownership passes; a null ends
     // it) until the release.
     void start(std::function<UVAEvent*()> next);

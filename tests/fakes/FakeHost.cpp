@@ -1,5 +1,7 @@
 #include "FakeHost.h"
 
+#include "Faults.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -35,6 +37,12 @@ Value copyOf(const jsplugin_value& slot) {
         value.number = slot.u.boolean;
     }
     return value;
+}
+
+template <typename Call>
+int enterPlugin(const Call& call) {
+    const InPlugin inside;
+    return call();
 }
 
 // Borrows the strings of `value`.
@@ -92,6 +100,8 @@ FakeHost::Object& FakeHost::enter(const char* function, jsplugin_obj* object) {
 }
 
 int FakeHost::create(bool refused, jsplugin_obj* context, Object model, jsplugin_obj** result) {
+    refused = Faults::get().strikes(Faults::Host) || refused;
+    const Outside outside;
     model.document = enter("create", context).document;
     *result = refused ? nullptr : instance->make(std::move(model));
     return refused ? 0 : JSP_CREATE_OK;
@@ -113,22 +123,29 @@ jsplugin_callbacks FakeHost::makeTable() {
         return create(instance->refusesFunctions, ctx, model, made);
     };
     table.add_poll_function = [](auto* ctx, unsigned interval, auto* poll) {
+        const Outside outside;
         enter("add_poll_function", ctx);
         instance->polls.push_back({ctx, interval, poll, instance->now + interval});
         instance->lifecycle.push_back("poll " + std::to_string(interval));
         return 0;
     };
     table.add_unload_listener = [](auto* ctx, auto* unload) {
+        const Outside outside;
         enter("add_unload_listener", ctx).unloadListeners.push_back(unload);
         instance->lifecycle.emplace_back("unload listener");
         return 0;
     };
     table.call_function = [](auto* ctx, auto* thisObject, auto* function, int count,
                              auto* arguments, void* reservedA, void* reservedB) {
+        const bool refused = Faults::get().strikes(Faults::Host);
+        const Outside outside;
         enter("call_function", ctx);
         if (reservedA != nullptr || reservedB != nullptr ||
             (count == 0) != (arguments == nullptr)) {
             stop("call_function", "arguments out of contract");
+        }
+        if (refused) {
+            return 1;
         }
         Call call{ctx, thisObject, function, {}};
         for (int i = 0; i < count; ++i) {
@@ -145,6 +162,7 @@ jsplugin_callbacks FakeHost::makeTable() {
         return 0;
     };
     table.gc_mark = [](auto* object) {
+        const Outside outside;
         enter("gc_mark", object).marked = true;
         if (!instance->tracing) {
             stop("gc_mark", "called outside a trace");
@@ -208,6 +226,7 @@ jsplugin_obj* FakeHost::open() {
 
 void FakeHost::reopen(jsplugin_obj* document) {
     at(document, "reopen") = Object(Kind::Document, document);
+    const InPlugin inside;
     plugin.init(document);
 }
 
@@ -216,6 +235,7 @@ void FakeHost::unload(jsplugin_obj* document) {
                                [&](const Poll& poll) { return poll.document == document; }),
                 polls.end());
     for (jsplugin_unload* listener : std::exchange(at(document, "unload").unloadListeners, {})) {
+        const InPlugin inside;
         listener(document);
     }
 }
@@ -252,6 +272,7 @@ void FakeHost::collect(jsplugin_obj* object) {
         }
     }
     if (auto* destructor = std::exchange(doomed.destructor, nullptr)) {
+        const InPlugin inside;
         destructor(object);
     }
     objects.erase(object);
@@ -280,7 +301,10 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
         entry.second->marked = false;
     }
     tracing = true;
-    plugin.gc_trace(document);
+    {
+        const InPlugin inside;
+        plugin.gc_trace(document);
+    }
     tracing = false;
     collectIf([&](const Object& object) {
         return object.kind == Kind::Function && object.document == document && !object.marked;
@@ -291,19 +315,21 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
 
 Answer FakeHost::global(jsplugin_obj* document, const char* name) const {
     jsplugin_value slot{};
-    const int code = plugin.global_getter(document, name, &slot);
+    const int code = enterPlugin([&] { return plugin.global_getter(document, name, &slot); });
     return {code, copyOf(slot)};
 }
 
 Answer FakeHost::get(jsplugin_obj* object, const std::string& name) {
     jsplugin_value slot{};
-    const int code = at(object, "get").getter(object, name.c_str(), &slot);
+    auto* const getter = at(object, "get").getter;
+    const int code = enterPlugin([&] { return getter(object, name.c_str(), &slot); });
     return {code, copyOf(slot)};
 }
 
 Answer FakeHost::set(jsplugin_obj* object, const std::string& name, const Value& value) {
     jsplugin_value slot = slotOf(value);
-    const int code = at(object, "set").setter(object, name.c_str(), &slot);
+    auto* const setter = at(object, "set").setter;
+    const int code = enterPlugin([&] { return setter(object, name.c_str(), &slot); });
     return {code, code == JSP_PUT_EXCEPTION ? copyOf(slot) : Value()};
 }
 
@@ -324,9 +350,14 @@ Answer FakeHost::invoke(jsplugin_obj* thisObject, jsplugin_obj* function, const 
     std::vector<jsplugin_value> slots;
     std::transform(arguments.begin(), arguments.end(), std::back_inserter(slots), slotOf);
     jsplugin_value result{};
-    const int code = at(function, "invoke")
-                         .call(thisObject, function, static_cast<int>(slots.size()),
-                               slots.empty() ? nullptr : slots.data(), &result);
+    auto* const body = at(function, "invoke").call;
+    if (body == nullptr) {
+        return {-1, {}};  // no function
+    }
+    const int code = enterPlugin([&] {
+        return body(thisObject, function, static_cast<int>(slots.size()),
+                    slots.empty() ? nullptr : slots.data(), &result);
+    });
     return {code, copyOf(result)};
 }
 
@@ -355,7 +386,8 @@ void FakeHost::advance(unsigned milliseconds) {
         now = next->due;
         next->due += next->interval;
         const Poll due = *next;
-        if (due.poll(due.document) == 0 && at(due.document, "poll").unloadListeners.size() > 0) {
+        if (enterPlugin([&] { return due.poll(due.document); }) == 0 &&
+            at(due.document, "poll").unloadListeners.size() > 0) {
             stop("poll", "ended in an open document");
         }
     }

@@ -1,5 +1,7 @@
 #include "FakeLog.h"
 
+#include "Faults.h"
+
 #include "kellog.h"
 
 #include <stdarg.h>
@@ -46,6 +48,7 @@ int KlogContext::threshold() const {
 }
 
 void KlogPrintf(KlogContext*, int level, const char* file, int line, const char* format, ...) {
+    const Outside outside;
     char text[1024];
     va_list arguments;
     va_start(arguments, format);

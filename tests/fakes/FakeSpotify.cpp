@@ -1,5 +1,7 @@
 #include "FakeSpotify.h"
 
+#include "Faults.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -66,11 +68,18 @@ void FakeSpotify::called(const char* function, const Arguments&... arguments) {
     if (thread != std::thread::id() && thread != std::this_thread::get_id()) {
         stop(call.str(), "called on another thread than the session's");
     }
-    calls.push_back(call.str());
+    if (keepsCalls) {
+        calls.push_back(call.str());
+    }
 }
 
 sp_error FakeSpotify::count(const char* function, FakeHandle* handle, int change) {
+    const bool fails = Faults::get().strikes(Faults::Library);
+    const Outside outside;
     called(function, handle);
+    if (fails && change > 0) {
+        return SP_ERROR_OTHER_PERMANENT;
+    }
     handle->references += change;
     if (handle->references < 0) {
         stop(function, "released more often than referenced");
@@ -94,6 +103,10 @@ void FakeSpotify::reset() {
         stop("reset", imbalance().c_str());
     }
     links.clear();
+    samples.clear();
+    sampleText = nullptr;
+    sampleNumber = 0;
+    keepsCalls = true;
     answers.clear();
     texts.clear();
     handles.clear();
@@ -124,8 +137,10 @@ sp_session* FakeSpotify::session() const {
 }
 
 sp_link* FakeSpotify::linkTo(const char* text) {
+    const bool fails = Faults::get().strikes(Faults::Library);
+    const Outside outside;
     const auto found = links.find(text);
-    if (found == links.end()) {
+    if (fails || found == links.end()) {
         return nullptr;
     }
     found->second.label = text;
@@ -136,7 +151,10 @@ sp_link* FakeSpotify::linkTo(const char* text) {
 int FakeSpotify::deliver(const void* frames, int count) {
     const std::lock_guard<std::mutex> lock(deliveryMutex);
     const sp_audioformat format{SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, 44100, 2};
-    return callbacks().music_delivery(session(), &format, frames, count);
+    const auto* const on = &callbacks();
+    sp_session* const from = session();
+    const InPlugin inside;
+    return on->music_delivery(from, &format, frames, count);
 }
 
 std::vector<std::string> FakeSpotify::callsTo(const std::string& prefix) const {
@@ -162,19 +180,44 @@ std::size_t asIndex(const Argument& argument) {
     return 0;
 }
 
+// What may be refused: handles and texts with null, the others with their error code.
+template <typename Result>
+constexpr bool canFail = std::is_pointer_v<Result> || std::is_same_v<Result, sp_error>;
+
+template <typename Result>
+Result failure() {
+    if constexpr (std::is_same_v<Result, sp_error>) {
+        return SP_ERROR_OTHER_PERMANENT;
+    } else {
+        return Result();
+    }
+}
+
 // What the test has scripted for the function: a handle, a text, or a number of any kind.
 template <typename Result, typename... Arguments>
 Result scripted(const char* function, const Arguments&... arguments) {
+    const bool fails = canFail<Result> && Faults::get().strikes(Faults::Library);
+    const Outside outside;
     fake().called(function, arguments...);
+    if (fails) {
+        return failure<Result>();
+    }
     if constexpr (std::is_base_of_v<FakeHandle, std::remove_pointer_t<Result>>) {
         const auto& list = fake().handles[function];
         std::size_t index = 0;
         ((index = asIndex(arguments)), ...);  // the last argument's
-        return index < list.size() ? static_cast<Result>(list[index]) : nullptr;
+        if (index < list.size()) {
+            return static_cast<Result>(list[index]);
+        }
+        const auto sample = fake().samples.find(typeid(std::remove_pointer_t<Result>));
+        return sample == fake().samples.end() ? nullptr : static_cast<Result>(sample->second);
     } else if constexpr (std::is_pointer_v<Result>) {
-        return reinterpret_cast<Result>(fake().texts[function]);
+        const char* const text = fake().texts[function];
+        return reinterpret_cast<Result>(text == nullptr ? fake().sampleText : text);
     } else {
-        return static_cast<Result>(fake().answers[function]);
+        const auto answer = fake().answers.find(function);
+        const int sample = std::is_enum_v<Result> ? 0 : fake().sampleNumber;
+        return static_cast<Result>(answer == fake().answers.end() ? sample : answer->second);
     }
 }
 
@@ -192,6 +235,7 @@ Kind* created(const char* function, const Arguments&... arguments) {
 template <typename Kind, typename Callback, typename... Arguments>
 Kind* started(const char* function, Callback* complete, void* request, const Arguments&... all) {
     auto* query = created<Kind>(function, all...);
+    const Outside outside;
     if (query != nullptr) {
         query->listeners.emplace_back(complete, request);
     }
@@ -200,7 +244,12 @@ Kind* started(const char* function, Callback* complete, void* request, const Arg
 
 template <typename Kind, typename Callbacks>
 sp_error listen(const char* function, Kind* handle, Callbacks* callbacks, void* userdata) {
+    const bool fails = Faults::get().strikes(Faults::Library);
+    const Outside outside;
     fake().called(function, handle);
+    if (fails) {
+        return SP_ERROR_OTHER_PERMANENT;
+    }
     handle->listeners.emplace_back(callbacks, userdata);
     ++handle->registrations;
     return SP_ERROR_OK;
@@ -208,9 +257,13 @@ sp_error listen(const char* function, Kind* handle, Callbacks* callbacks, void* 
 
 template <typename Kind, typename Callbacks>
 sp_error ignore(const char* function, Kind* handle, Callbacks* callbacks, void* userdata) {
+    const Outside outside;
     fake().called(function, handle);
     auto& all = handle->listeners;
     const auto found = std::find(all.begin(), all.end(), std::make_pair(callbacks, userdata));
+    if (found == all.end() && Faults::get().struck) {
+        return SP_ERROR_INVALID_INDATA;  // the adding failed
+    }
     if (found == all.end()) {
         stop(function, "removes what was not added");
     }
@@ -240,7 +293,9 @@ sp_error ignore(const char* function, Kind* handle, Callbacks* callbacks, void* 
     sp_error Kind##_add_ref(Kind* a) { return fake().count(__func__, a, 1); } \
     sp_error Kind##_release(Kind* a) { return fake().count(__func__, a, -1); }
 
-const char* sp_build_id() { return fake().buildId.c_str(); }
+const char* sp_build_id() {
+    return Faults::get().strikes(Faults::Library) ? nullptr : fake().buildId.c_str();
+}
 const char* sp_error_message(sp_error error) { return scripted<const char*>(__func__, error); }
 
 sp_error sp_session_create(const sp_session_config* config, sp_session** session) {
@@ -249,10 +304,12 @@ sp_error sp_session_create(const sp_session_config* config, sp_session** session
         config->application_key_size != 0, config->user_agent, config->compress_playlists,
         config->dont_save_metadata_for_playlists, config->initially_unload_playlists,
         config->proxy, config->proxy_username, config->proxy_password, config->ca_certs_filename);
+    const Outside outside;
     *session = error == SP_ERROR_OK ? fake().addSession(config->callbacks) : nullptr;
     return error;
 }
 sp_error sp_session_release(sp_session* session) {
+    const Outside outside;
     fake().called(__func__, session);
     session->released = true;
     ++fake().sessionsReleased;
@@ -268,6 +325,7 @@ int sp_session_remembered_user(sp_session* session, char* buffer, size_t size) {
 }
 sp_error sp_session_process_events(sp_session* session, int* nextTimeout) {
     const auto result = scripted<sp_error>(__func__, session);
+    const Outside outside;
     *nextTimeout = fake().nextTimeout;
     if (fake().duringProcessEvents) {
         fake().duringProcessEvents();
@@ -445,7 +503,12 @@ sp_error sp_playlist_add_tracks(
     return scripted<sp_error>(__func__, playlist, *tracks, count, position, session);
 }
 sp_subscribers* sp_playlist_subscribers(sp_playlist* playlist) {
+    const bool fails = Faults::get().strikes(Faults::Library);
+    const Outside outside;
     fake().called(__func__, playlist);
+    if (fails) {
+        return nullptr;
+    }
     auto& names = fake().subscribers;
     auto* list = static_cast<sp_subscribers*>(calloc(1 + names.size(), sizeof(sp_subscribers)));
     for (std::string& name : names) {

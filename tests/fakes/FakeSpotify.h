@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <typeindex>
 #include <vector>
 
 // A handle as the library keeps it: `references` are the client's, and never negative.
@@ -83,6 +84,10 @@ public:
     std::map<std::string, const char*> texts;
     std::map<std::string, std::vector<FakeHandle*>> handles;
     std::vector<std::string> subscribers;
+    // Where nothing is scripted for a function: a handle of that kind, a text, 1 and true.
+    std::map<std::type_index, FakeHandle*> samples;
+    const char* sampleText = nullptr;
+    int sampleNumber = 0;
     std::string buildId = "fake build";
     int nextTimeout = 1000;
     std::function<void()> duringProcessEvents;
@@ -90,6 +95,7 @@ public:
 
     // Read by the tests.
     std::vector<std::string> calls;
+    bool keepsCalls = true;
     int sessionsCreated = 0;
     int sessionsReleased = 0;
 

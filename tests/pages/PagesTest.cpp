@@ -1,6 +1,7 @@
 #include "Command.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -386,20 +387,56 @@ TEST(Reloading, StopsTheSoundAndStartsThePageAfresh) {
     EXPECT_EQ(count(outcome.output, "not ok"), 0U);
 }
 
-TEST(Passwords, AreInNoLogLine) {
+std::string onlyLine(const std::string& text, const std::string& start) {
+    const std::size_t at = text.find(start);
+    return at == std::string::npos
+               ? ""
+               : text.substr(at + start.size(), text.find('\n', at) - at - start.size());
+}
+
+TEST(Secrets, AreInNoLogLineAndNoFileThatOthersCouldRead) {
     const Place place("log", demoMusic());
+    const mode_t before = umask(0);
+    const Outcome added = run(
+        {"/bin/sh", "-c", "echo very-secret-words | " + std::string(bin) + "sonolet-user add ann"},
+        place.variables());
+    ASSERT_EQ(added.exitCode, 0) << added.errors;
     const Outcome outcome = place.page(R"js(
         Spotify.Session.addEventListener("LogMessage", (line) => console.log(line));
         test.run(async () => {
-            await test.login("listener", "very-secret-words");
+            Spotify.SessionConfig.proxyPassword = "proxy-secret-words";
+            await test.login("listener", "wrong-secret-words");
             await test.login("nobody", "other-secret-words");
-            test.same(await test.login(), 0, "logged in");
+            const blob = test.next(Spotify.Session, "CredentialsBlobUpdated");
+            test.same(await test.login("ann", "very-secret-words", true), 0, "logged in");
+            const [text] = await blob;
+            test.same(await test.login("ann", "", false, text), 0, "with the blob");
+            const cover = Spotify.Track.create(LINKS["Fog Signal"]);
+            const image = Spotify.SpImage.create((await test.loaded(cover)).album().cover(0));
+            await test.next(image, "ImageLoaded");
+            console.log("the blob is " + text);
         });
     )js",
                                        {"--log", "trace"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_NE(outcome.errors.find("Session::handleLoggedInEvent"), std::string::npos);
-    EXPECT_EQ((outcome.output + outcome.errors).find("secret-words"), std::string::npos);
+    EXPECT_NE(outcome.output.find("Logged in as ann"), std::string::npos) << outcome.output;
+    umask(before);
+    const std::string blob = onlyLine(outcome.output, "the blob is ");
+    ASSERT_GE(blob.size(), 32U) << outcome.output;
+    EXPECT_EQ(count(outcome.output + outcome.errors, blob), 1U);
+    std::string all = outcome.output + outcome.errors + added.output + added.errors;
+    std::size_t files = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(place.state / "state")) {
+        const auto others = fs::perms::group_all | fs::perms::others_all;
+        EXPECT_EQ(entry.status().permissions() & others, fs::perms::none) << entry.path();
+        const std::string bytes = entry.is_regular_file() ? contentsOf(entry.path()) : "";
+        files += bytes.empty() ? 0 : 1;
+        EXPECT_EQ(bytes.find(blob), std::string::npos) << entry.path();
+        all += bytes;
+    }
+    EXPECT_GE(files, 3U) << "accounts, a catalogue, an image";
+    EXPECT_EQ(all.find("secret-words"), std::string::npos);
 }
 
 }  // namespace

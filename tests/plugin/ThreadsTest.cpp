@@ -3,10 +3,15 @@
 #include "PluginTest.h"
 
 #include <sched.h>
+#include <stdlib.h>
+#include <string.h>
 
 #include <array>
 #include <atomic>
-#include <map>
+#include <chrono>
+#include <iostream>
+#include <mutex>
+#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -28,17 +33,17 @@ protected:
 };
 
 // What a backend's own thread sends: requests while few are open, and every type in between.
-std::function<UVAEvent*()> everyEvent(unsigned seed, bool withRelease) {
-    return [random = std::minstd_rand(seed), withRelease]() mutable -> UVAEvent* {
-        const auto type = static_cast<unsigned>(random() % 128);
-        if (type == 0) {
-            return new UVAEvent(withRelease ? 0 : 2);
+std::function<UVAEvent*()> everyEvent(unsigned seed) {
+    return [random = std::minstd_rand(seed)]() mutable -> UVAEvent* {
+        if (random() % 5000 == 0) {
+            return new UVAEvent(0);
         }
+        const auto type = static_cast<unsigned>(1 + random() % 127);
         if (type == 6) {
             return new VideoResizedEvent(1, 2, 3.0);
         }
         if ((type == 1 || type > 26) && FakeRequest::alive < 32) {
-            return new FakeRequest(0, static_cast<unsigned>(random() % 9000));
+            return new FakeRequest(0, 4 * static_cast<unsigned>(1 + random() % 2200));
         }
         std::this_thread::yield();
         return new UVAEvent(type == 1 ? 4 : type);
@@ -89,56 +94,124 @@ TEST_F(ThreadsTest, EventsOfManyThreadsArriveOnceEachInTheirOrder) {
     EXPECT_EQ(next, (std::array<int, 3>{events, events, events}));
 }
 
-TEST_F(ThreadsTest, LoadingPlayingAndUnloadingUnderABackendAndALibraryOfTheirOwnThreads) {
+// For SONOLET_TORTURE_SECONDS, 3 by default.
+TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyThreads) {
+    const char* const text = getenv("SONOLET_TORTURE_SECONDS");
+    const auto end = std::chrono::steady_clock::now() +
+                     std::chrono::seconds(text == nullptr ? 3 : strtol(text, nullptr, 10));
+    spotify.keepsCalls = false;
     unsigned seed = 1;
-    factory.whenRequested = [&](FakeBackend& granted) { granted.start(everyEvent(++seed, true)); };
+    factory.whenRequested = [&](FakeBackend& granted) { granted.start(everyEvent(++seed)); };
+
+    // Frames and messages are numbered. The library offers a refused delivery again.
+    unsigned nextFrame = 0;
+    std::mutex delivering;
     std::atomic<bool> done{false};
-    std::atomic<int> delivered{0};
     std::thread library([&] {
-        const std::vector<unsigned char> frames(8192, 'f');
-        for (unsigned i = 1; !done; ++i) {
-            delivered += spotify.deliver(frames.data(), 2048) != 0 ? 1 : 0;
-            if (i % 50 == 0) {
+        std::minstd_rand random(7);
+        std::vector<unsigned> frames;
+        for (unsigned i = 0; !done; ++i) {
+            // Multiples of 64 bytes: none ends where the ring does.
+            frames.resize(16 * (1 + random() % 256));
+            std::iota(frames.begin(), frames.end(), nextFrame);
+            {
+                const std::lock_guard<std::mutex> lock(delivering);
+                const int count = static_cast<int>(frames.size());
+                nextFrame += static_cast<unsigned>(spotify.deliver(frames.data(), count));
+            }
+            spotify.callbacks().log_message(spotify.session(), std::to_string(i).c_str());
+            if (random() % 500 == 0) {
                 spotify.callbacks().end_of_track(spotify.session());
             }
             std::this_thread::yield();
         }
     });
+    unsigned expectedFrame = 0;
+    spotify.duringPlayerLoad = [&] {
+        const std::lock_guard<std::mutex> lock(delivering);
+        expectedFrame = nextFrame;
+    };
+    std::size_t heard = 0;  // bytes of the current track
+    unsigned long allHeard = 0;
+    const auto listen = [&] {
+        for (const FakeBackend::Write& write : factory.current().writes) {
+            ASSERT_EQ((heard + write.size) % 4, 0U);
+            for (unsigned at = 0; at < write.size; at += 4, heard += 4) {
+                if (heard >= 48) {
+                    unsigned frame = 0;
+                    memcpy(&frame, &write.bytes[at], 4);
+                    ASSERT_EQ(frame, expectedFrame++);
+                } else if (heard == 0) {
+                    ASSERT_EQ(memcmp(write.bytes.data(), "RIFF", 4), 0);
+                }
+            }
+            allHeard += write.size;
+        }
+        factory.current().writes.clear();
+    };
     const auto load = [&] {
         EXPECT_EQ(session("playerLoad", {create("Track", "track")}), returned(0));
+        heard = 0;
     };
-    const auto advance = [&] {
-        host->advance(250);
-        host->calls.clear();
-        spotify.calls.clear();
+
+    // From its listener's adding on, a page hears every message.
+    long lastMessage = -1;
+    unsigned long messages = 0;
+    const auto greet = [&] {
+        lastMessage = -1;
+        session("addEventListener",
+                {"LogMessage", host->function(page, [&](const Values& arguments) {
+                     const long message = std::stol(arguments[0].string);
+                     EXPECT_TRUE(lastMessage == -1 || message == lastMessage + 1)
+                         << message << " after " << lastMessage;
+                     lastMessage = message;
+                     ++messages;
+                 })});
     };
+    greet();
+    load();
     std::minstd_rand random(42);
-    for (int i = 0; i < 400; ++i) {
-        const unsigned what = static_cast<unsigned>(random() % 8);
-        if (what < 2) {
+    int reloads = 0;
+    for (int i = 0;
+         (std::chrono::steady_clock::now() < end || allHeard == 0 || reloads == 0) && !HasFailure();
+         ++i) {
+        const unsigned what = static_cast<unsigned>(random() % 64);
+        if (what == 0) {
             load();
-        } else if (what == 2) {
+        } else if (what == 1) {
             session("playerPlay", {i % 2 == 0});
+        } else if (what == 2) {
+            session("playerSeek", {1000});
         } else if (what == 3) {
             session("playerUnload");
-        } else if (what == 4 && i % 16 == 0) {
-            host->close(page);
+        } else if (what == 4) {
+            host->close(page);  // under full traffic
             host->reopen(page);
+            ++reloads;
+            greet();
+            load();
+        } else if (what < 12) {
+            jsplugin_obj* const passing = host->function(page);
+            session("addEventListener", {"LogMessage", passing});
+            host->set(find("Spotify.Session"), "onLogMessage", passing);
+            host->advance(100);
+            host->collectGarbage(page);
+            session("removeEventListener", {"LogMessage", passing});
         } else {
-            advance();
+            host->advance(250);
+            listen();
+            host->calls.clear();
+        }
+        if (factory.backends.size() > 8) {
+            factory.backends.erase(factory.backends.begin(), factory.backends.end() - 1);
         }
     }
-    // The last track is heard before all ends.
-    factory.whenRequested = [&](FakeBackend& granted) { granted.start(everyEvent(7, false)); };
-    load();
-    while (factory.current().writes.empty()) {
-        advance();
-    }
-    EXPECT_GT(delivered, 0);
-    host->close(page);  // under full traffic, too
+    host->close(page);
     done = true;
     library.join();
     EXPECT_EQ(factory.held(), 0);
+    std::cout << allHeard << " bytes and " << messages << " events heard, " << reloads
+              << " reloads\n";
 }
 
 TEST_F(ThreadsTest, TheRootMayGoWhileTheLibrarysThreadStillTalks) {

@@ -169,9 +169,11 @@ TEST(DamagedIndex, IsMadeAgainWhileAQueryWantsThem) {
     EXPECT_THAT(session.log, HasSubstr("and made again"));
 }
 
+constexpr std::size_t songFrames = 882000;  // 20 seconds
+
 struct Playing : testing::Test {
     Playing() {
-        music.add("a/song.wav", "TITLE=Song", 44100 * 20);
+        music.add("a/song.wav", "TITLE=Song", songFrames);
         music.write("a/list.m3u8", "song.wav\n");
     }
     // A session that has loaded the song.
@@ -205,10 +207,10 @@ TEST_F(Playing, EndsWhenItsFileVanishesOrIsCut) {
     ASSERT_EQ(play(), SP_ERROR_OK);
     fs::remove(music.path("a/song.wav"));
     ASSERT_TRUE(session->until(over)) << "whether it was open already or not";
-    EXPECT_TRUE(!session->ended || session->delivered == sweep(44100 * 20));
+    EXPECT_TRUE(!session->ended || session->delivered == sweep(songFrames));
     EXPECT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_NO_STREAM_AVAILABLE);
 
-    music.add("a/song.wav", "TITLE=Song", 44100 * 20);
+    music.add("a/song.wav", "TITLE=Song", songFrames);
     session->ended = false;
     session->events.clear();
     ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);

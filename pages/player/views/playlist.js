@@ -62,6 +62,9 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
                 : playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled))
                     .concat(kind === "Playlist" ? addButton(playlist) : []),
         }));
+        if (table.length !== tracks.length) { // the playlist has loaded
+            table.refresh(tracks.length);
+        }
         if (tracks.length === 0) {
             replace(rest, empty("list", "Nothing here yet", hint));
         } else if (!table.element.isConnected) { // to put it there again would take the focus from its row

@@ -65,10 +65,17 @@ export async function searchView({ root, scope, args, title }) {
             showResults(root, answers, query, found);
         }
     };
-    const trouble = (/** @type {unknown} */ error) => replace(root, empty("alert", "The search failed",
-        error instanceof Error ? error.message : String(error)));
+    const trouble = (/** @type {unknown} */ error) => {
+        answers.close();
+        replace(root, empty("alert", "The search failed",
+            error instanceof Error ? error.message : String(error),
+            h("button", { type: "button", class: "button primary", onclick: () => ask(wanted) },
+                "Try again")));
+    };
+    const ask = (/** @type {string} */ query) =>
+        show(query).catch((error) => query === wanted && trouble(error));
     scope.onClose(() => answers.close());
-    scope.on(typed, (query) => show(query).catch(trouble));
+    scope.on(typed, ask);
     const query = args[0] || "";
     if (document.activeElement !== field()) {
         field().value = query;

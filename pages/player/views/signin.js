@@ -31,12 +31,24 @@ export function startSignIn() {
  */
 export function showSignIn(why, hopeless = false) {
     byId("signin").hidden = false;
+    byId("signin-form").classList.remove("remembered");
     byId("signin-form").classList.toggle("hopeless", hopeless);
     wait(false);
     say(why);
     const field = nameField().value === "" ? nameField() : passwordField();
     field.focus();
     document.documentElement.dataset.ready = "true";
+}
+
+/** While the remembered user is signed in. That is mostly done before there is time to see it. */
+export function showSigningIn() {
+    setTimeout(() => {
+        if (byId("signin").hidden && byId("app").hidden) {
+            byId("signin").hidden = false;
+            byId("signin-form").classList.add("remembered");
+            wait(true);
+        }
+    }, 500);
 }
 
 /** @param {boolean} waiting */

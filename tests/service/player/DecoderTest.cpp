@@ -158,6 +158,31 @@ TEST(Decoder, SaysWhatIsWrongWithAFile) {
     }
 }
 
+// As a demuxer that fetches what a list of addresses names; whether one is installed or not.
+TEST(Decoder, FollowsNoAddressInAFile) {
+    static bool made = false;
+    gst_init(nullptr, nullptr);
+    GTypeInfo info{};
+    info.class_size = sizeof(GstElementClass);
+    info.instance_size = sizeof(GstElement);
+    info.class_init = [](gpointer element, gpointer) {
+        static GstStaticPadTemplate pad = GST_STATIC_PAD_TEMPLATE(
+            "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("application/x-hls"));
+        gst_element_class_add_static_pad_template(GST_ELEMENT_CLASS(element), &pad);
+        gst_element_class_set_static_metadata(GST_ELEMENT_CLASS(element), "fetches",
+                                              "Codec/Demuxer/Adaptive", "a test's", "a test");
+    };
+    info.instance_init = [](GTypeInstance*, gpointer) { made = true; };
+    const GType type = g_type_register_static(GST_TYPE_ELEMENT, "Fetches", &info, GTypeFlags{});
+    ASSERT_TRUE(gst_element_register(nullptr, "fetches", GST_RANK_PRIMARY + 999, type));
+    const TestFiles files;
+    Reader reader(files.write("list.mp3", "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n"
+                                          "http://127.0.0.1:9/a.ts\n"));
+    EXPECT_TRUE(reader.read().empty());
+    EXPECT_EQ(reader.last, Decoder::Status::Failed);
+    EXPECT_FALSE(made);
+}
+
 TEST(Decoder, NamesTheMissingElementAndItsPackage) {
     const TestFiles files;
     const std::string path = files.encode("a.mp3", sweep(44100), "lamemp3enc");

@@ -1,0 +1,90 @@
+#include "../fakes/FakeBackend.h"
+#include "../fakes/FakeLog.h"
+#include "../fakes/Faults.h"
+#include "Allocations.h"
+#include "Spotify.h"
+#include "Visitor.h"
+#include "jspp/_detail/object_manager.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <stdlib.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace {
+
+// What is in use, at a moment.
+struct Figures {
+    Figures()
+        : registered(jspp::__detail::objects().size()), plugin(Allocations::held()),
+          heap(mallinfo2().uordblks) {}
+
+    std::size_t registered;
+    Allocations plugin;
+    std::size_t heap;  // the test's own share included; 0 where a sanitizer allocates
+};
+
+}  // namespace
+
+// SONOLET_SOAK_DAYS of a player's life, 3 by default: a clock that is set forward by hand, polls at
+// every tick, a page that is loaded anew each hour and uses everything, a sign-out each night.
+TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
+    const char* const text = getenv("SONOLET_SOAK_DAYS");
+    const long days = text == nullptr ? 3 : strtol(text, nullptr, 10);
+    FakeLog::get().reset();
+    FakeLog::get().threshold = 5;
+    FakeLog::get().keepsLines = false;
+    FakeSpotify& spotify = FakeSpotify::get();
+    FakeFactory& factory = FakeFactory::get();
+    Samples samples;
+    spotify.keepsCalls = false;
+    {
+        FakeHost host;
+        jsplugin_obj* const page = host.open();
+        Figures onTheSecond;
+        for (long day = 1; day <= days; ++day) {
+            for (int hour = 0; hour < 24; ++hour) {
+                host.close(page);
+                host.reopen(page);
+                Visitor visitor(host, samples, page);
+                visitor.visitAll();
+                for (int minute = 0; minute < 60; minute += 5) {
+                    visitor.play();
+                    samples.raiseAll();
+                    host.advance(5 * 60000);
+                    visitor.visitArrived();
+                    host.collectGarbage(page);
+                    host.calls.clear();
+                    host.lifecycle.clear();
+                    factory.backends.erase(factory.backends.begin(),
+                                           factory.backends.end() - factory.held());
+                }
+                ASSERT_EQ(visitor.failures, std::vector<std::string>());
+                if (hour == 23) {
+                    visitor.logout();
+                }
+            }
+            host.advance(1000);
+            const Figures now;
+            std::cout << "day " << day << ": " << now.registered << " registered, "
+                      << now.plugin.blocks << " blocks of " << now.plugin.bytes << " bytes, heap "
+                      << now.heap / 1024 << " KiB\n";
+            if (day == 2) {
+                onTheSecond = now;
+            } else if (day > 2) {
+                ASSERT_EQ(now.registered, onTheSecond.registered);
+                ASSERT_EQ(now.plugin.blocks, onTheSecond.plugin.blocks);
+                ASSERT_EQ(now.plugin.bytes, onTheSecond.plugin.bytes);
+                ASSERT_LE(now.heap, onTheSecond.heap + onTheSecond.heap / 100);
+            }
+        }
+    }
+    g_spotify_instance_Spotify.reset();
+    samples.link->references = 0;  // of texts, kept on purpose
+    spotify.reset();
+    factory.reset();
+    FakeLog::get().reset();
+}
