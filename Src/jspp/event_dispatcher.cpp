@@ -30,22 +30,29 @@ void event_dispatcher<Base>::add_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
     const orvo::scoped_lock lock(this->table_mutex());
-    if (!listeners) {
-        listeners = orvo::make_shared<listener_map>();
-    }
-    listeners->emplace(name, listener);
+    subscriptions& all = made_subscriptions();
+    all.listeners.emplace(name, listener);
     // Pages come and go, and the event may never be raised.
-    if (listeners->size() >= listeners_to_clean_at) {
+    if (all.listeners.size() >= all.listeners_to_clean_at) {
         drop_dead_listeners();
-        listeners_to_clean_at = std::max<std::size_t>(16, 2 * listeners->size());
+        all.listeners_to_clean_at = std::max<std::size_t>(16, 2 * all.listeners.size());
     }
 }
 
-// REQUIRES: the mutex is held.
+template <class Base>
+typename event_dispatcher<Base>::subscriptions& event_dispatcher<Base>::made_subscriptions() {
+    if (!tables) {
+        tables = std::make_unique<subscriptions>();
+    }
+    return *tables;
+}
+
+// REQUIRES: the mutex is held, and there is a listener.
 template <class Base>
 void event_dispatcher<Base>::drop_dead_listeners() {
-    for (auto entry = listeners->begin(); entry != listeners->end();) {
-        entry = entry->second.get() ? std::next(entry) : listeners->erase(entry);
+    listener_map& listeners = tables->listeners;
+    for (auto entry = listeners.begin(); entry != listeners.end();) {
+        entry = entry->second.get() ? std::next(entry) : listeners.erase(entry);
     }
 }
 
@@ -54,13 +61,13 @@ void event_dispatcher<Base>::remove_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
     const orvo::scoped_lock lock(this->table_mutex());
-    if (!listeners) {
+    if (!tables) {
         return;
     }
-    const auto [first, last] = listeners->equal_range(name);
+    const auto [first, last] = tables->listeners.equal_range(name);
     for (auto entry = first; entry != last; ++entry) {
         if (entry->second == listener) {
-            listeners->erase(entry);
+            tables->listeners.erase(entry);
             return;
         }
     }
@@ -71,9 +78,9 @@ void event_dispatcher<Base>::get_handler(const std::string& event, result_contex
     object handler;
     if (this->has_table_mutex()) {
         const orvo::scoped_lock lock(this->table_mutex());
-        if (handlers) {
-            const auto stored = handlers->find(event);
-            if (stored != handlers->end()) {
+        if (tables) {
+            const auto stored = tables->handlers.find(event);
+            if (stored != tables->handlers.end()) {
                 handler = stored->second;
             }
         }
@@ -86,10 +93,7 @@ void event_dispatcher<Base>::set_handler(const std::string& event,
                                          const parameter_context& context) {
     object handler = context.object(0);
     const orvo::scoped_lock lock(this->table_mutex());
-    if (!handlers) {
-        handlers = orvo::make_shared<handler_map>();
-    }
-    std::swap((*handlers)[event], handler);
+    std::swap(made_subscriptions().handlers[event], handler);
 }
 
 template <class Base>
@@ -99,18 +103,18 @@ void event_dispatcher<Base>::raise(const std::string& name, const call_parameter
         return;
     }
     const orvo::scoped_lock lock(this->table_mutex());
-    if (listeners) {
-        const auto [first, last] = listeners->equal_range(name);
-        for (auto entry = first; entry != last;) {
-            const bool queued = __detail::callbacks().add(entry->second, parameters);
-            entry = queued ? std::next(entry) : listeners->erase(entry);
-        }
+    if (!tables) {
+        return;
     }
-    if (handlers) {
-        const auto handler = handlers->find(name);
-        if (handler != handlers->end()) {
-            __detail::callbacks().add(handler->second, parameters);
-        }
+    listener_map& listeners = tables->listeners;
+    const auto [first, last] = listeners.equal_range(name);
+    for (auto entry = first; entry != last;) {
+        const bool queued = __detail::callbacks().add(entry->second, parameters);
+        entry = queued ? std::next(entry) : listeners.erase(entry);
+    }
+    const auto handler = tables->handlers.find(name);
+    if (handler != tables->handlers.end()) {
+        __detail::callbacks().add(handler->second, parameters);
     }
 }
 

@@ -5,9 +5,9 @@
 #include "jspp/interface.h"
 #include "jspp/name_table.h"
 #include "jspp/object.h"
-#include "jspp/orvo/shared_ptr.h"
 
 #include <map>
+#include <memory>
 #include <string>
 
 namespace jspp {
@@ -56,10 +56,18 @@ private:
     void raise(const std::string& name, const call_parameters& parameters);
     void drop_dead_listeners();
 
-    // By event name; made with the first of each, guarded by the interface's mutex.
-    orvo::shared_ptr<listener_map> listeners;
-    orvo::shared_ptr<handler_map> handlers;
-    std::size_t listeners_to_clean_at = 16;
+    // By event name.
+    struct subscriptions {
+        listener_map listeners;
+        handler_map handlers;
+        std::size_t listeners_to_clean_at = 16;
+    };
+
+    // REQUIRES: the mutex is held.
+    subscriptions& made_subscriptions();
+
+    // Made with the first, since most objects have none; guarded by the interface's mutex.
+    std::unique_ptr<subscriptions> tables;
 };
 
 extern template class event_dispatcher<interface>;

@@ -13,7 +13,7 @@ public:
                      int count,
                      jsplugin_value* values,
                      jsplugin_value* result_slot,
-                     std::string* scratch = nullptr) noexcept
+                     __detail::text_slot* scratch = nullptr) noexcept
         : parameter_context(this_object, count, values),
           result_context(this_object, result_slot, scratch) {}
 };

@@ -174,7 +174,7 @@ void interface::adopt(jsplugin_obj* obj,
                       jsplugin_obj* document,
                       const orvo::shared_ptr<interface>& self) const {
     // From here on the object's destructor frees what follows.
-    obj->plugin_private = new private_record{self, std::string(), document, false};
+    obj->plugin_private = new private_record(self, document);
     objects().add_object(obj, owner_object, true);
     object_cache.set(document, obj);
 }
@@ -244,7 +244,7 @@ void interface::_static_destructor(jsplugin_obj* obj) noexcept {
     obj->plugin_private = nullptr;
     objects().remove_object(obj);
     if (record) {
-        record->self->object_cache.erase(record->document, obj);
+        record->self->object_cache.erase(record->document(), obj);
     }
 }
 
@@ -270,7 +270,7 @@ int interface::_static_getter(jsplugin_obj* obj,
 
 int interface::_static_setter(jsplugin_obj* obj, const char* name, jsplugin_value* value) noexcept {
     private_record& record = private_record::of(obj);
-    if (record.unloaded) {
+    if (record.unloaded()) {
         __detail::set_exception(value, &record.scratch, not_ours);
         return JSP_PUT_EXCEPTION;
     }
@@ -300,7 +300,7 @@ int interface::_static_call(jsplugin_obj* this_obj,
 int interface::_getter(jsplugin_obj* obj,
                        const char* name,
                        jsplugin_value* result,
-                       std::string& scratch) {
+                       __detail::text_slot& scratch) {
     name_table::readable copy;
     const name_table::readable* const found = find(name, copy);
     result_context context(obj, result, &scratch);
@@ -351,7 +351,7 @@ int interface::_function_call(const script_function& function,
                               int argc,
                               jsplugin_value* argv,
                               jsplugin_value* result,
-                              std::string& scratch) {
+                              __detail::text_slot& scratch) {
     const bool is_as_read = function.names && function.names == shared && !own_in_use();
     const function_member member = is_as_read ? *function.member : find_function(function.name);
     if (!member) {

@@ -119,14 +119,17 @@ private:
     static void _static_call_destructor(jsplugin_obj* function_obj) noexcept;
     static void _static_gc(jsplugin_obj* obj) noexcept;
 
-    int _getter(jsplugin_obj* obj, const char* name, jsplugin_value* result, std::string& scratch);
+    int _getter(jsplugin_obj* obj,
+                const char* name,
+                jsplugin_value* result,
+                __detail::text_slot& scratch);
     int _setter(jsplugin_obj* obj, const char* name, jsplugin_value* value);
     int _function_call(const script_function& function,
                        jsplugin_obj* this_obj,
                        int argc,
                        jsplugin_value* argv,
                        jsplugin_value* result,
-                       std::string& scratch);
+                       __detail::text_slot& scratch);
 
     // The part is made on first use.
     own_part& own() const;

@@ -7,8 +7,8 @@ namespace jspp {
 namespace {
 
 // For an owner without a scratch string, a document for example.
-std::string& thread_scratch() {
-    thread_local std::string scratch;
+__detail::text_slot& thread_scratch() {
+    thread_local __detail::text_slot scratch;
     return scratch;
 }
 
@@ -21,10 +21,10 @@ void result_context::set_type(jsplugin_type type) noexcept {
 }
 
 void result_context::set_text(jsplugin_type type, const std::string& string) {
-    std::string& kept = text ? *text : thread_scratch();
-    kept = string;
+    __detail::text_slot& slot = text ? *text : thread_scratch();
+    const char* const kept = slot.keep(string);
     set_type(type);
-    result->u.string = kept.c_str();
+    result->u.string = kept;
 }
 
 void result_context::return_number(double number) noexcept {
@@ -84,16 +84,14 @@ void result_context::return_interface(const orvo::shared_ptr<interface>& native,
 }
 
 void __detail::set_exception(jsplugin_value* slot,
-                             std::string* scratch,
+                             text_slot* scratch,
                              const char* message) noexcept {
     if (!slot) {
         return;
     }
     slot->type = JSP_TYPE_STRING;
     try {
-        std::string& kept = scratch ? *scratch : thread_scratch();
-        kept = message;
-        slot->u.string = kept.c_str();
+        slot->u.string = (scratch ? *scratch : thread_scratch()).keep(message);
     } catch (...) {
         slot->u.string = "std::bad_alloc";
     }

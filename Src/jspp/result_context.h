@@ -6,9 +6,32 @@
 
 #include "jsplugin.h"
 
+#include <memory>
 #include <string>
 
 namespace jspp {
+
+namespace __detail {
+
+// The last text that went to the host through an object; made with the first, since most objects
+// answer none.
+class text_slot final {
+public:
+    // The copy, valid until the next.
+    const char* keep(const std::string& text) {
+        if (kept) {
+            *kept = text;
+        } else {
+            kept = std::make_unique<std::string>(text);
+        }
+        return kept->c_str();
+    }
+
+private:
+    std::unique_ptr<std::string> kept;
+};
+
+}  // namespace __detail
 
 class interface;
 
@@ -22,7 +45,7 @@ public:
     // `scratch` keeps the text of a string result; without one a per-thread buffer does.
     result_context(jsplugin_obj* owner_object,
                    jsplugin_value* result_slot,
-                   std::string* scratch = nullptr) noexcept
+                   __detail::text_slot* scratch = nullptr) noexcept
         : owner(owner_object), result(result_slot), text(scratch) {}
 
     void return_number(double number) noexcept;
@@ -65,19 +88,19 @@ private:
     jsplugin_value* const result;
     bool returned = false;
     bool may_cache = false;
-    std::string* const text;
+    __detail::text_slot* const text;
 };
 
 namespace __detail {
 
 // Stores an exception's text for the host; never fails. `scratch` as for result_context.
-void set_exception(jsplugin_value* slot, std::string* scratch, const char* message) noexcept;
+void set_exception(jsplugin_value* slot, text_slot* scratch, const char* message) noexcept;
 
 // Runs the body of a callback from the host. An exception becomes its text in `slot`, and the
 // answer `exception_code`.
 template <class Body>
 int guarded(jsplugin_value* slot,
-            std::string* scratch,
+            text_slot* scratch,
             int exception_code,
             const Body& body) noexcept {
     try {

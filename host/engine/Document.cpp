@@ -171,8 +171,14 @@ bool Document::callFunction(ObjectRecord* thisRecord,
                             int argc,
                             jsplugin_value* argv) {
     const JSObjectRef function = store->scriptObject(callee);
-    if (function == nullptr || !JSObjectIsFunction(context, function)) {
+    if (function == nullptr) {
         return false;
+    }
+    if (!callee.isFunction) {
+        if (!JSObjectIsFunction(context, function)) {
+            return false;
+        }
+        callee.isFunction = true;
     }
     const JSObjectRef thisObject =
         thisRecord != nullptr ? store->scriptObject(*thisRecord) : nullptr;

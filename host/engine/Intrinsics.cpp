@@ -14,8 +14,6 @@ const char* const script = R"js((function () {
     const ProxyConstructor = Proxy;
     return {
         __proto__: null,
-        weakRef: WeakRef,
-        deref: WeakRef.prototype.deref,
         holders: new WeakMap(),
         set: WeakMap.prototype.set,
         value: (object, name, value, enumerable) => define(object, name,
@@ -48,8 +46,6 @@ JSObjectRef evaluate(JSGlobalContextRef context) {
 
 Intrinsics::Intrinsics(JSGlobalContextRef scriptContext)
     : context(scriptContext), table(evaluate(scriptContext)) {
-    weakRefConstructor = member("weakRef");
-    weakRefDeref = member("deref");
     holders = member("holders");
     holdersSet = member("set");
     defineValue = member("value");
@@ -74,20 +70,6 @@ JSObjectRef Intrinsics::member(const char* name) const {
         throw std::runtime_error(std::string("the script engine has no ") + name);
     }
     return JSValueToObject(context, value, nullptr);
-}
-
-JSObjectRef Intrinsics::makeWeakRef(JSObjectRef target) const {
-    JSValueRef exception = nullptr;
-    const JSValueRef argument = target;
-    return JSObjectCallAsConstructor(context, weakRefConstructor, 1, &argument, &exception);
-}
-
-JSObjectRef Intrinsics::deref(JSObjectRef weakRef) const {
-    const JSValueRef target =
-        JSObjectCallAsFunction(context, weakRefDeref, weakRef, 0, nullptr, nullptr);
-    return target != nullptr && JSValueIsObject(context, target)
-               ? const_cast<JSObjectRef>(target)  // a JSObjectRef is a JSValueRef to an object
-               : nullptr;
 }
 
 void Intrinsics::hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const {

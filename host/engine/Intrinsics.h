@@ -17,12 +17,6 @@ public:
     Intrinsics(const Intrinsics&) = delete;
     Intrinsics& operator=(const Intrinsics&) = delete;
 
-    // A WeakRef on `target`, or null when memory is short.
-    JSObjectRef makeWeakRef(JSObjectRef target) const;
-
-    // The target, or null when it has died. Never touches a dead cell.
-    JSObjectRef deref(JSObjectRef weakRef) const;
-
     // `holder` keeps `held` alive from now on, and nothing that it held before.
     void hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const;
 
@@ -54,8 +48,6 @@ private:
 
     JSGlobalContextRef context;
     JSObjectRef table;  // keeps all the others alive
-    JSObjectRef weakRefConstructor;
-    JSObjectRef weakRefDeref;
     JSObjectRef holders;
     JSObjectRef holdersSet;
     JSObjectRef defineValue;

@@ -1,6 +1,8 @@
 #ifndef SONOLET_HOST_ENGINE_OBJECTRECORD_H
 #define SONOLET_HOST_ENGINE_OBJECTRECORD_H
 
+#include "engine/WeakObject.h"
+
 #include "jsplugin.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -47,14 +49,16 @@ public:
 
     // The name under which a function was first read, for messages.
     std::string name;
+    // The engine was asked, and said so; that never changes.
+    bool isFunction = false;
     // Some answers are kept as own properties of the script object.
     bool hasCachedProperties = false;
 
     // The script object: certain to be alive only while `rooted`, when the engine protects it.
     JSObjectRef object = nullptr;
     bool rooted = false;
-    // A WeakRef on `object` (itself protected), made when the object is no longer protected.
-    JSObjectRef weakRef = nullptr;
+    // `object`, from when it is not protected for the first time.
+    WeakObject weak;
     // Links of script objects made for a native record whose finalizers are still to come.
     std::vector<FrontLink*> links;
 

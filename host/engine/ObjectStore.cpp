@@ -77,7 +77,7 @@ JSObjectRef ObjectStore::living(const ObjectRecord& record) const {
     if (record.rooted || record.object == nullptr) {
         return record.object;
     }
-    return record.weakRef != nullptr ? intrinsics.deref(record.weakRef) : record.object;
+    return record.weak ? record.weak.get() : record.object;
 }
 
 JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
@@ -87,8 +87,10 @@ JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
         record.object = fronts.make(*link);
         record.hasCachedProperties = false;
         record.links.push_back(link);
-        dropWeakRef(record);
-        root(record, record.object);
+        // Script is about to hold it, so it needs no protection.
+        record.weak.set(context, record.object);
+        record.handedAt = ++lastSerial;
+        return record.object;
     }
     touch(record);
     return record.rooted ? record.object : nullptr;
@@ -148,22 +150,11 @@ void ObjectStore::unroot(ObjectRecord& record) {
     if (!record.rooted) {
         return;
     }
-    if (record.weakRef == nullptr) {
-        record.weakRef = intrinsics.makeWeakRef(record.object);
-        if (record.weakRef == nullptr) {
-            return;  // out of memory: it stays until the next trace
-        }
-        JSValueProtect(context, record.weakRef);
+    if (!record.weak) {
+        record.weak.set(context, record.object);
     }
     JSValueUnprotect(context, record.object);
     record.rooted = false;
-}
-
-void ObjectStore::dropWeakRef(ObjectRecord& record) {
-    if (record.weakRef != nullptr) {
-        JSValueUnprotect(context, record.weakRef);
-        record.weakRef = nullptr;
-    }
 }
 
 void ObjectStore::mark(ObjectRecord& record) noexcept {
@@ -281,7 +272,6 @@ void ObjectStore::forget(ObjectRecord& record) {
     if (record.rooted) {
         JSValueUnprotect(context, record.object);
     }
-    dropWeakRef(record);
     records.erase(&record);
 }
 
@@ -291,7 +281,6 @@ void ObjectStore::destruct(ObjectRecord& record) {
     if (record.rooted) {
         JSValueUnprotect(context, record.object);
     }
-    dropWeakRef(record);
     for (FrontLink* const link : record.links) {
         link->record = nullptr;
     }

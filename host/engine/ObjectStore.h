@@ -95,7 +95,6 @@ private:
     void forgetLately(const ObjectRecord& record) noexcept;
     void root(ObjectRecord& record, JSObjectRef object);
     void unroot(ObjectRecord& record);
-    void dropWeakRef(ObjectRecord& record);
     void attach(ObjectRecord& holder);
     void forget(ObjectRecord& pageRecord);
     void destruct(ObjectRecord& nativeRecord);

@@ -24,23 +24,23 @@ const object_manager::entry* object_manager::entry_of(jsplugin_obj* obj) const n
     return known == entries.end() ? nullptr : &known->second;
 }
 
-void object_manager::link(entry& added, jsplugin_obj* document) {
-    entry*& newest = newest_of[document];
-    added.document = document;
-    added.newer = nullptr;
-    added.older = newest;
+void object_manager::link(node& added, jsplugin_obj* document) {
+    node*& newest = newest_of[document];
+    added.second.document = document;
+    added.second.newer = nullptr;
+    added.second.older = newest;
     if (newest) {
-        newest->newer = &added;
+        newest->second.newer = &added;
     }
     newest = &added;
 }
 
-void object_manager::unlink(entry& leaving) noexcept {
+void object_manager::unlink(const entry& leaving) noexcept {
     if (leaving.older) {
-        leaving.older->newer = leaving.newer;
+        leaving.older->second.newer = leaving.newer;
     }
     if (leaving.newer) {
-        leaving.newer->older = leaving.older;
+        leaving.newer->second.older = leaving.older;
     } else if (leaving.older) {
         newest_of.find(leaving.document)->second = leaving.older;
     } else {
@@ -56,17 +56,16 @@ object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_objec
     entry& kept = place->second;
     if (added) {
         try {
-            link(kept, document);
+            link(*place, document);
         } catch (...) {
             entries.erase(place);
             throw;
         }
-        kept.object = obj;
         kept.id = ++last_id;
     } else if (kept.document != document) {
         newest_of.try_emplace(document);  // before anything changes: it may throw
         unlink(kept);
-        link(kept, document);
+        link(*place, document);
     }
     kept.is_object = is_object;
     if (!is_object) {
@@ -75,10 +74,10 @@ object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_objec
     return kept;
 }
 
-void object_manager::erase(entry& leaving) noexcept {
-    jsplugin_obj* const obj = leaving.object;
+void object_manager::erase(const node& leaving) noexcept {
+    jsplugin_obj* const obj = leaving.first;
     forget_last_object(obj);
-    unlink(leaving);
+    unlink(leaving.second);
     entries.erase(obj);
 }
 
@@ -97,7 +96,7 @@ void object_manager::remove_object(jsplugin_obj* obj) {
     const orvo::scoped_lock lock(mutex);
     const auto known = entries.find(obj);
     if (known != entries.end()) {
-        erase(known->second);
+        erase(*known);
     }
 }
 
@@ -107,14 +106,14 @@ void object_manager::remove_parent(jsplugin_obj* document) {
     if (newest == newest_of.end()) {
         return;
     }
-    const entry* child = newest->second;
+    const node* child = newest->second;
     newest_of.erase(newest);
     while (child) {
-        jsplugin_obj* const obj = child->object;
-        if (child->is_object && obj->plugin_private) {
-            private_record::of(obj).unloaded = true;
+        jsplugin_obj* const obj = child->first;
+        if (child->second.is_object && obj->plugin_private) {
+            private_record::of(obj).unload();
         }
-        child = child->older;
+        child = child->second.older;
         forget_last_object(obj);
         entries.erase(obj);
     }
@@ -138,7 +137,7 @@ void object_manager::remove_handle(jsplugin_obj* obj, serial id) noexcept {
         return;
     }
     if (--known->second.handles == 0 && known->second.added_by_handle) {
-        erase(known->second);
+        erase(*known);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
+#include <utility>
 
 namespace jspp::__detail {
 
@@ -67,11 +68,12 @@ public:
 
 private:
     // Entries of one document hang in a list, newest first.
+    struct entry;
+    using node = std::pair<jsplugin_obj* const, entry>;  // of the table: object and entry
     struct entry {
-        jsplugin_obj* object = nullptr;
         jsplugin_obj* document = nullptr;
-        entry* newer = nullptr;
-        entry* older = nullptr;
+        node* newer = nullptr;
+        node* older = nullptr;
         serial id = 0;
         int handles = 0;
         bool is_object = false;
@@ -79,15 +81,15 @@ private:
     };
 
     entry& add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_REQUIRES(mutex);
-    void link(entry& added, jsplugin_obj* document) ORVO_REQUIRES(mutex);
-    void unlink(entry& leaving) noexcept ORVO_REQUIRES(mutex);
-    void erase(entry& leaving) noexcept ORVO_REQUIRES(mutex);
+    void link(node& added, jsplugin_obj* document) ORVO_REQUIRES(mutex);
+    void unlink(const entry& leaving) noexcept ORVO_REQUIRES(mutex);
+    void erase(const node& leaving) noexcept ORVO_REQUIRES(mutex);
     const entry* entry_of(jsplugin_obj* obj) const noexcept ORVO_REQUIRES(mutex);
     void forget_last_object(const jsplugin_obj* obj) noexcept;
 
     mutable orvo::Mutex mutex;
     std::unordered_map<jsplugin_obj*, entry> entries ORVO_GUARDED_BY(mutex);
-    std::unordered_map<jsplugin_obj*, entry*> newest_of ORVO_GUARDED_BY(mutex);  // by document
+    std::unordered_map<jsplugin_obj*, node*> newest_of ORVO_GUARDED_BY(mutex);  // by document
     serial last_id ORVO_GUARDED_BY(mutex) = 0;
 
     // The plain object that is_object() found last: script calls one object's members in a row.

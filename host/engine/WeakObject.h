@@ -1,0 +1,49 @@
+#ifndef SONOLET_HOST_ENGINE_WEAKOBJECT_H
+#define SONOLET_HOST_ENGINE_WEAKOBJECT_H
+
+#include <JavaScriptCore/JavaScript.h>
+
+// Exported by the engine but in none of its public headers.
+// NOLINTBEGIN(readability-identifier-naming): the engine's names
+extern "C" {
+using JSWeakRef = struct OpaqueJSWeak*;
+JSWeakRef JSWeakCreate(JSContextGroupRef group, JSObjectRef object);
+JSObjectRef JSWeakGetObject(JSWeakRef weak);
+void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
+}
+// NOLINTEND(readability-identifier-naming)
+
+// A script object that may die meanwhile; the collector empties it before any finalizer has run.
+// Script thread.
+class WeakObject final {
+public:
+    WeakObject() = default;
+    ~WeakObject() { reset(); }
+
+    WeakObject(const WeakObject&) = delete;
+    WeakObject& operator=(const WeakObject&) = delete;
+
+    // In place of an earlier one. The context outlives this.
+    void set(JSContextRef context, JSObjectRef object) {
+        reset();
+        group = JSContextGetGroup(context);
+        weak = JSWeakCreate(group, object);
+    }
+    void reset() noexcept {
+        if (weak != nullptr) {
+            JSWeakRelease(group, weak);
+            weak = nullptr;
+        }
+    }
+
+    explicit operator bool() const noexcept { return weak != nullptr; }
+
+    // Null when the object has died.
+    JSObjectRef get() const noexcept { return JSWeakGetObject(weak); }
+
+private:
+    JSContextGroupRef group = nullptr;
+    JSWeakRef weak = nullptr;  // owned
+};
+
+#endif
