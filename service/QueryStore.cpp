@@ -8,8 +8,6 @@ namespace sonolet::service {
 QueryStore::Attachment::Attachment(Database& database, const std::string& accountsFile) {
     migrateCatalogue(database);
     addRelevance(database);
-    // Common words fill many pages of the index.
-    database.execute("PRAGMA cache_size = -16000");
     Statement(database, "ATTACH ?1 AS accounts").execute(accountsFile);
     // Who liked what, and how much.
     database.execute("CREATE TEMP VIEW favours(track, account_id, score) AS"
