@@ -2,13 +2,6 @@
 import { LINK } from "./lib/link.js";
 
 const { Session, SessionConfig, Sonolet, Track } = Spotify;
-const state = { loaded: false, position: 0, tokenLost: false };
-window.state = state;
-const until = (condition) => new Promise((resolve) => {
-    const look = () => (condition() ? resolve(true) : setTimeout(look, 20));
-    look();
-});
-window.until = until;
 
 function play() {
     if (!state.loaded && Session.playerLoad(Track.create(LINK)) === 0) {
