@@ -11,13 +11,24 @@ namespace {
 constexpr int done = 0;
 constexpr int refused = -1;
 
+// The document that the plug-in calls; null when `ctx` is none of its objects.
+Document* called(const jsplugin_obj* ctx) {
+    const ObjectRecord* const object = ObjectRecord::find(ctx);
+    if (object == nullptr) {
+        return nullptr;
+    }
+    Document& document = object->document;
+    document.calledByPlugin();  // `object` may be gone after it
+    return &document;
+}
+
 int create(jsplugin_obj* ctx, const NativeCallbacks& callbacks, jsplugin_obj** result) noexcept {
-    ObjectRecord* const owner = ObjectRecord::find(ctx);
-    if (owner == nullptr || result == nullptr) {
+    Document* const document = called(ctx);
+    if (document == nullptr || result == nullptr) {
         return refused;
     }
     try {
-        *result = owner->document.objects().create(callbacks);
+        *result = document->objects().create(callbacks);
         return *result != nullptr ? static_cast<int>(JSP_CREATE_OK) : refused;
     } catch (const std::bad_alloc&) {
         return refused;
@@ -45,9 +56,9 @@ int createObject(jsplugin_obj* ctx,
 }
 
 int addPollFunction(jsplugin_obj* ctx, unsigned interval, jsplugin_poll* poll) noexcept {
-    ObjectRecord* const owner = ObjectRecord::find(ctx);
-    return owner != nullptr && poll != nullptr && owner->document.addPoll(interval, poll) ? done
-                                                                                          : refused;
+    Document* const document = called(ctx);
+    return document != nullptr && poll != nullptr && document->addPoll(interval, poll) ? done
+                                                                                       : refused;
 }
 
 int callFunction(jsplugin_obj* ctx,
@@ -57,19 +68,18 @@ int callFunction(jsplugin_obj* ctx,
                  jsplugin_value* argv,
                  void*,
                  void*) noexcept {
-    ObjectRecord* const owner = ObjectRecord::find(ctx);
+    Document* const document = called(ctx);
     ObjectRecord* const callee = ObjectRecord::find(function);
-    if (owner == nullptr || callee == nullptr || (argc > 0 && argv == nullptr)) {
+    if (document == nullptr || callee == nullptr || (argc > 0 && argv == nullptr)) {
         return refused;
     }
-    return owner->document.callFunction(ObjectRecord::find(thisObject), *callee, argc, argv)
-               ? done
-               : refused;
+    return document->callFunction(ObjectRecord::find(thisObject), *callee, argc, argv) ? done
+                                                                                       : refused;
 }
 
 int addUnloadListener(jsplugin_obj* ctx, jsplugin_unload* unload) noexcept {
-    ObjectRecord* const owner = ObjectRecord::find(ctx);
-    return owner != nullptr && unload != nullptr && owner->document.addUnloadListener(unload)
+    Document* const document = called(ctx);
+    return document != nullptr && unload != nullptr && document->addUnloadListener(unload)
                ? done
                : refused;
 }

@@ -7,6 +7,10 @@
 #include <array>
 #include <utility>
 
+// Exported by the engine but in none of its public headers; null with an engine that has it not.
+// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
+extern "C" __attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
+
 namespace {
 
 constexpr Scheduler::Delay housekeepingInterval{2000};
@@ -54,8 +58,11 @@ private:
 }  // namespace
 
 Document::PluginCall::PluginCall(Document& calledIn) : document(calledIn) {
-    if (document.depth == 0 && document.store->rootedSinceTrace() >
-                                   std::max(housekeepingThreshold, document.store->size() / 2)) {
+    if (document.stressed) {
+        document.collect();
+    } else if (document.depth == 0 &&
+               document.store->rootedSinceTrace() >
+                   std::max(housekeepingThreshold, document.store->size() / 2)) {
         document.letGo();
     }
     if (document.depth++ == 0) {
@@ -131,6 +138,10 @@ void Document::closeNow() {
 }
 
 void Document::letGo() {
+    // A plug-in's trace or destructor may come back here.
+    if (std::exchange(lettingGo, true)) {
+        return;
+    }
     const bool outermost = depth == 0;
     const std::uint64_t keepAfter = outermost ? store->serial() : serialAtEntry;
     ++depth;
@@ -139,6 +150,25 @@ void Document::letGo() {
         store->sweep();
     }
     --depth;
+    lettingGo = false;
+}
+
+void Document::collect() {
+    if (lettingGo) {
+        return;
+    }
+    letGo();
+    if (JSSynchronousGarbageCollectForDebugging != nullptr) {
+        JSSynchronousGarbageCollectForDebugging(context);
+    } else {
+        JSGarbageCollect(context);
+    }
+}
+
+void Document::calledByPlugin() {
+    if (stressed) {
+        collect();
+    }
 }
 
 bool Document::addPoll(unsigned intervalMs, jsplugin_poll* poll) {

@@ -47,14 +47,23 @@ public:
     void close();
 
     // Lets go of what the plug-in no longer holds, so that the next collection can take it. It
-    // happens by itself now and then; before a forced collection it must be called.
+    // happens by itself now and then.
     void letGo();
+
+    // Lets go, and has the engine collect before it returns.
+    void collect();
+
+    // From here on, collects before every call of the plug-in and at the start of every call that
+    // it makes: what it holds without marking it is then gone when it next uses it. Slow.
+    void stressCollector() noexcept { stressed = true; }
 
     ObjectStore& objects() noexcept { return *store; }
     const Intrinsics& intrinsics() const noexcept { return engine; }
     const struct jsplugin_capabilities& plugin() const noexcept { return capabilities; }
 
-    // The callback table's part. Each answers whether it was done.
+    // The callback table's part: a call of the plug-in has come in, before anything is done.
+    void calledByPlugin();
+    // Each answers whether it was done.
     bool addPoll(unsigned intervalMs, jsplugin_poll* poll);
     bool addUnloadListener(jsplugin_unload* listener);
     bool
@@ -101,6 +110,8 @@ private:
     std::set<unsigned> polls;  // the scheduler's ids
     unsigned housekeeping = 0;
 
+    bool stressed = false;
+    bool lettingGo = false;
     unsigned depth = 0;               // of plug-in calls on the stack
     std::uint64_t serialAtEntry = 0;  // the store's, when the outermost began
 };

@@ -4,7 +4,8 @@
 
 Options Options::parse(int argc, char* const argv[]) {
     Options options;
-    for (const Argument& argument : splitArguments(argc, argv, {"--help", "-h", "--expose-gc"})) {
+    for (const Argument& argument :
+         splitArguments(argc, argv, {"--help", "-h", "--expose-gc", "--stress-gc"})) {
         const std::string& option = argument.option;
         if (option.empty()) {
             if (!options.page.empty()) {
@@ -17,6 +18,8 @@ Options Options::parse(int argc, char* const argv[]) {
             return options;
         } else if (option == "--expose-gc") {
             options.exposeGc = true;
+        } else if (option == "--stress-gc") {
+            options.stressGc = true;
         } else if (option == "--for") {
             options.seconds = positiveNumber(argument);
         } else if (option == "--speed") {
@@ -49,6 +52,8 @@ Runs a page script with the plug-in's globals, until the page calls close().
   --log LEVEL      write log lines from this level: trace, error, none or a
                    number (default: error)
   --expose-gc      give the page gc(), which collects garbage at once
+  --stress-gc      collect garbage in every call of the plug-in and every call
+                   that it makes: slow, and finds what it forgets to keep
   --help           show this text
 
 Exit codes: 0 the page was closed; 1 an exception was not caught; 2 an option,

@@ -12,6 +12,7 @@ struct Options : DeviceOptions {
     std::string page;
     std::optional<double> seconds;  // page time after which the page is closed
     bool exposeGc = false;
+    bool stressGc = false;
 
     // Throws std::invalid_argument with the line that the user is to see.
     static Options parse(int argc, char* const argv[]);

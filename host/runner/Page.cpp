@@ -4,15 +4,10 @@
 #include "engine/Text.h"
 #include "runner/Console.h"
 
-// Exported by the engine but in none of its public headers; null with an engine that has them not.
-// NOLINTBEGIN(readability-identifier-naming): the engine's names
-extern "C" {
-__attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
-__attribute__((weak)) void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef context,
-                                                                        JSObjectRef function,
-                                                                        JSValueRef* exception);
-}
-// NOLINTEND(readability-identifier-naming)
+// Exported by the engine but in none of its public headers; null with an engine that has it not.
+// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
+extern "C" __attribute__((weak)) void JSGlobalContextSetUnhandledRejectionCallback(
+    JSGlobalContextRef context, JSObjectRef function, JSValueRef* exception);
 
 Page::Context::Context() : ref(JSGlobalContextCreateInGroup(nullptr, nullptr)) {}
 
@@ -20,12 +15,18 @@ Page::Context::~Context() {
     JSGlobalContextRelease(ref);
 }
 
-Page::Page(const PluginLibrary& plugin, Scheduler& scheduler, PageOwner& pageOwner, bool exposeGc)
+Page::Page(const PluginLibrary& plugin,
+           Scheduler& scheduler,
+           PageOwner& pageOwner,
+           const Options& options)
     : owner(pageOwner) {
     document = std::make_unique<Document>(context.ref, plugin, scheduler, pageOwner);
     timers = std::make_unique<Timers>(context.ref, scheduler, pageOwner);
     console::install(context.ref);
-    installWindow(exposeGc);
+    installWindow(options.exposeGc);
+    if (options.stressGc) {
+        document->stressCollector();
+    }
     reportRejections();
     document->open({"file", "", 0});
 }
@@ -50,12 +51,7 @@ void Page::installWindow(bool exposeGc) {
     });
     if (exposeGc) {
         function::define(context.ref, global, "gc", [this](JSContextRef ctx, size_t, auto) {
-            document->letGo();
-            if (JSSynchronousGarbageCollectForDebugging != nullptr) {
-                JSSynchronousGarbageCollectForDebugging(ctx);
-            } else {
-                JSGarbageCollect(ctx);
-            }
+            document->collect();
             return JSValueMakeUndefined(ctx);
         });
     }

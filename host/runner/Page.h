@@ -5,6 +5,7 @@
 #include "engine/ErrorReporter.h"
 #include "engine/PluginLibrary.h"
 #include "engine/Scheduler.h"
+#include "runner/Options.h"
 #include "runner/Timers.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -23,7 +24,10 @@ public:
 // have run and every object of the plug-in is destructed when the destructor returns.
 class Page final {
 public:
-    Page(const PluginLibrary& plugin, Scheduler& scheduler, PageOwner& pageOwner, bool exposeGc);
+    Page(const PluginLibrary& plugin,
+         Scheduler& scheduler,
+         PageOwner& pageOwner,
+         const Options& options);
     ~Page();
 
     Page(const Page&) = delete;

@@ -83,7 +83,7 @@ int Runner::run() {
     do {
         next = Next::Wait;
         page.reset();
-        page = std::make_unique<Page>(plugin, scheduler, *this, options.exposeGc);
+        page = std::make_unique<Page>(plugin, scheduler, *this, options);
         page->run(script, options.page);
         if (next == Next::Wait) {
             g_main_loop_run(loop);

@@ -101,7 +101,7 @@ TEST(RunnerTest, AWrongCommandLineIsOneClearLineAndHelpNamesEveryOption) {
     const std::string help = runHost({"--help"}).output;
     for (const char* const option :
          {"--music DIR", "--audio", "wav:FILE", "--for SECONDS", "--help", "--plugin FILE",
-          "--speed N", "--log LEVEL", "--expose-gc"}) {
+          "--speed N", "--log LEVEL", "--expose-gc", "--stress-gc"}) {
         EXPECT_THAT(help, HasSubstr(option));
     }
 }
@@ -223,6 +223,10 @@ TEST(RunnerTest, TheOptionsReachThePluginAndThePage) {
         {"--expose-gc"});
     EXPECT_EQ(collected.output, "done\n");
     EXPECT_THAT(line(collected.errors), HasSubstr("created 102 destructed 102"));
+    const char* const many = "(() => { for (let i = 0; i < 100; ++i) Probe.make(); })();"
+                             "console.log(Probe.live < 50); close()";
+    EXPECT_EQ(runPage(many).output, "false\n");
+    EXPECT_EQ(runPage(many, {"--stress-gc"}).output, "true\n");
 }
 
 }  // namespace
