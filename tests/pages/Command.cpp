@@ -70,7 +70,7 @@ Outcome run(const std::vector<std::string>& command,
         }
         redirect(STDOUT_FILENO, output);
         redirect(STDERR_FILENO, errors);
-        execv(arguments[0], arguments.data());
+        execvp(arguments[0], arguments.data());
         _exit(127);
     }
     int status = 0;

@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <random>
 #include <sstream>
 
@@ -25,11 +26,32 @@ const std::map<std::string, std::string> sanitizers = {
     {"LSAN_OPTIONS", "print_suppressions=0:suppressions=" PAGES_DIR "/leaks.supp"},
 };
 
+// The words of a variable that says how the pages are run.
+std::vector<std::string> wordsOf(const char* variable) {
+    const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread
+    std::istringstream text(value != nullptr ? value : "");
+    return {std::istream_iterator<std::string>(text), {}};
+}
+
+// What runs a page: SONOLET_PAGES_UNDER is a program to run the host under, SONOLET_PAGES_OPTIONS
+// are more options of the host, which win.
+std::vector<std::string> hostCommand(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = wordsOf("SONOLET_PAGES_UNDER");
+    command.push_back(std::string(bin) + "sonolet-host");
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const std::vector<std::string> options = wordsOf("SONOLET_PAGES_OPTIONS");
+    command.insert(command.end(), options.begin(), options.end());
+    return command;
+}
+
 // One folder of music, and the state of a service that has never seen it.
 class Place {
 public:
     Place(const std::string& name, const std::string& music) : musicFolder(music) {
         state = fs::path(WORK_DIR) / name;
+        for (const std::string& option : wordsOf("SONOLET_PAGES_OPTIONS")) {
+            state += option;  // runs with other options may go on beside this one
+        }
         fs::remove_all(state);
         fs::create_directories(state);
         environment = sanitizers;
@@ -65,20 +87,10 @@ public:
     Outcome page(const std::string& script, const std::vector<std::string>& options = {}) const {
         const std::string file = (state / "page.js").string();
         writeTo(file, links() + contentsOf(PAGES_DIR "/harness.js") + script);
-        std::vector<std::string> command{std::string(bin) + "sonolet-host",
-                                         file,
-                                         "--speed",
-                                         "20",
-                                         "--expose-gc",
-                                         "--for",
-                                         "600",
-                                         "--music",
-                                         musicFolder};
-        if (std::find(options.begin(), options.end(), "--audio") == options.end()) {
-            command.insert(command.end(), {"--audio", "null"});
-        }
-        command.insert(command.end(), options.begin(), options.end());
-        return run(command, environment);
+        std::vector<std::string> arguments{file,  "--speed", "20",        "--expose-gc", "--for",
+                                           "600", "--music", musicFolder, "--audio",     "null"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return run(hostCommand(arguments), environment);
     }
 
     const std::map<std::string, std::string>& variables() const { return environment; }
@@ -163,8 +175,8 @@ TEST(Conformance, OfThisHostAndLibraryIsWhole) {
     const Outcome made =
         run({std::string(bin) + "sonolet-playlist", "new", "A list"}, place.variables());
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    const Outcome outcome = run({std::string(bin) + "sonolet-host", conformancePage, "--speed",
-                                 "10", "--for", "600", "--audio", "null", "--log", "none"},
+    const Outcome outcome = run(hostCommand({conformancePage, "--speed", "10", "--for", "600",
+                                             "--audio", "null", "--log", "none"}),
                                 place.variables());
     expectPassed(outcome, 600);
     // What is skipped are events that no page can raise, and one call that no page can take back.
@@ -218,10 +230,10 @@ class ExamplePage : public testing::TestWithParam<const char*> {};
 TEST_P(ExamplePage, PlaysItsTrackToTheEnd) {
     const Place place(std::string("example-") + GetParam(), demoMusic());
     const std::string file = (place.state / "out.wav").string();
-    const Outcome outcome = run({std::string(bin) + "sonolet-host",
-                                 std::string(PAGES_DIR "/../../pages/") + GetParam() + ".js",
-                                 "--speed", "20", "--for", "600", "--audio", "wav:" + file},
-                                place.variables());
+    const Outcome outcome =
+        run(hostCommand({std::string(PAGES_DIR "/../../pages/") + GetParam() + ".js", "--speed",
+                         "20", "--for", "600", "--audio", "wav:" + file}),
+            place.variables());
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
     EXPECT_GT(samplesOf(contentsOf(file)).size(), 44100U * 4 * 8) << outcome.output;
@@ -242,7 +254,7 @@ TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
         change() { "$list" "$@" >/dev/null; }
         change new Rock --folder
         change new Inside --in Rock
-        coproc page { exec "$1sonolet-host" "$2" --audio null --for 100; }
+        coproc page { exec "${@:2}"; }
         expect() {
             while IFS= read -r line <&"${page[0]}"; do
                 [[ $line == PlaylistMetadataUpdated* ]] || echo "$line"
@@ -260,9 +272,12 @@ TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
         change remove Mix 0; expect "$done"
         change describe Mix "all of it"; expect "$done"
         change remove Mix; expect 'PlaylistRemoved(playlist "Mix", 3)'
-        kill "$page_PID"
+        page=$page_PID; kill "$page"; wait "$page"
     )sh";
-    const Outcome outcome = run({"/bin/bash", "-c", shell, "bash", bin, file}, place.variables());
+    std::vector<std::string> command{"/bin/bash", "-c", shell, "bash", bin};
+    const std::vector<std::string> host = hostCommand({file, "--audio", "null", "--for", "100"});
+    command.insert(command.end(), host.begin(), host.end());
+    const Outcome outcome = run(command, place.variables());
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_EQ(outcome.errors, "====== SONOLET LOADED ======\n");
     std::string expected = R"(playlists of listener:
