@@ -3,11 +3,31 @@
 #include "Album.h"
 #include "Artist.h"
 #include "Library.h"
+#include "Shelf.h"
 #include "Track.h"
+
+#include <string>
 
 namespace sonolet::service {
 
-Link::~Link() = default;
+namespace {
+
+// Never freed: links outlive sessions.
+Shelf<std::string, sp_link>& shelf() {
+    static Shelf<std::string, sp_link>& links = *new Shelf<std::string, sp_link>;
+    return links;
+}
+
+}  // namespace
+
+Ref<sp_link> Link::to(LinkTarget target) {
+    const std::string key = target.text + '#' + std::to_string(target.offsetMs);
+    return shelf().get(key, [&] { return new sp_link(std::move(target), key); });
+}
+
+Link::~Link() {
+    shelf().forget(key, this);
+}
 
 bool Link::turnTo(const std::shared_ptr<Library>& library, sp_linktype type) {
     if (target.type != type || library == nullptr) {

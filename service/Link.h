@@ -7,6 +7,7 @@
 #include "libspotify/api.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace sonolet::service {
@@ -16,7 +17,13 @@ class Library;
 // A link and, once asked for, the handle it leads to, which lives as long as the link.
 class Link : public Handle {
 public:
-    explicit Link(LinkTarget linkTarget) : target(std::move(linkTarget)) {}
+    // The same target has the same link while anyone holds it: a program that never releases its
+    // links holds one of each.
+    static Ref<sp_link> to(LinkTarget target);
+
+    // For to() alone.
+    Link(LinkTarget linkTarget, std::string shelfKey)
+        : target(std::move(linkTarget)), key(std::move(shelfKey)) {}
     ~Link() override;
 
     const LinkTarget& where() const { return target; }
@@ -31,6 +38,7 @@ private:
     bool turnTo(const std::shared_ptr<Library>& library, sp_linktype type);
 
     const LinkTarget target;
+    const std::string key;
     std::shared_ptr<Library> resolvedIn;
     Ref<sp_track> trackHandle;
     Ref<sp_album> albumHandle;

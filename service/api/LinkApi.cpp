@@ -8,14 +8,14 @@ using namespace sonolet::service;
 sp_link* sp_link_create_from_string(const char* link) {
     return ask<sp_link*>(link, nullptr, [&](const char&) -> sp_link* {
         std::optional<LinkTarget> target = LinkTarget::parse(link);
-        return target ? new sp_link(std::move(*target)) : nullptr;
+        return target ? Link::to(std::move(*target)).detach() : nullptr;
     });
 }
 
 // NOLINTNEXTLINE(readability-identifier-naming): as declared
 sp_link* sp_link_create_from_track(sp_track* track, int offset_ms) {
     return ask<sp_link*>(track, nullptr, [&](Track& from) {
-        return new sp_link(LinkTarget::track(from.id(), offset_ms));
+        return Link::to(LinkTarget::track(from.id(), offset_ms)).detach();
     });
 }
 

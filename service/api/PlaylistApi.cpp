@@ -63,9 +63,9 @@ sp_link* sp_link_create_from_playlist(sp_playlist* playlist) {
             return nullptr;
         }
         const ListRow& row = from.row();
-        return new sp_link(row.kind == ListKind::starred
-                               ? LinkTarget::starred(row.owner)
-                               : LinkTarget::playlist(row.owner, row.link));
+        return Link::to(row.kind == ListKind::starred ? LinkTarget::starred(row.owner)
+                                                      : LinkTarget::playlist(row.owner, row.link))
+            .detach();
     });
 }
 

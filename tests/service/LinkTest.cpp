@@ -81,6 +81,9 @@ TEST(LinkTest, TheSameTagsGiveTheSameLinkEverywhereAndItLoadsWhenAScanFindsIt) {
     ASSERT_TRUE(session.untilHeard("metadata", told + 1));
     EXPECT_EQ(sp_track_error(track.get()), SP_ERROR_OK);
 
+    const auto link = linkOf(text);
+    EXPECT_EQ(linkOf(text), link) << "one link, for those who never release theirs";
+    EXPECT_EQ(textOf(linkOf(text + "#0:30").get()), text + "#0:30");
     sp_link* made = sp_link_create_from_track(track.get(), 61999);
     EXPECT_EQ(textOf(made), text + "#1:01");
     sp_link_release(made);
