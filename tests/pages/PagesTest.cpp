@@ -87,8 +87,8 @@ public:
     Outcome page(const std::string& script, const std::vector<std::string>& options = {}) const {
         const std::string file = (state / "page.js").string();
         writeTo(file, links() + contentsOf(PAGES_DIR "/harness.js") + script);
-        std::vector<std::string> arguments{file,  "--speed", "20",        "--expose-gc", "--for",
-                                           "600", "--music", musicFolder, "--audio",     "null"};
+        std::vector<std::string> arguments{file,   "--speed", "20",        "--expose-gc", "--for",
+                                           "1800", "--music", musicFolder, "--audio",     "null"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return run(hostCommand(arguments), environment);
     }
@@ -155,7 +155,7 @@ TEST(Faults, ReachThePageAtTheirTimes) {
     const Place place("faults", demoMusic());
     const std::string links = place.links();
     const std::size_t at = links.find("spotify:track:", links.find("\"Salt Wind\""));
-    const std::string spec = "login=bad-password@0s-20s,slow=3s@0s-30s,unavailable=" +
+    const std::string spec = "login=bad-password@0s-40s,slow=3s@0s-50s,unavailable=" +
                              links.substr(at, links.find('"', at) - at) +
                              "@0s-150s,offline@100s-160s,token@200s,stream-error@220s,"
                              "message=Closed at 6 p.m.%2C sorry@240s";
