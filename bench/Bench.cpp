@@ -21,7 +21,8 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script load plugin sound base64 memory size growth search (all, if none is named)\n";
+    "groups: script load plugin sound base64 memory size growth search playing (all, if none is "
+    "named)\n";
 
 // Wrong use.
 struct Misuse : std::runtime_error {
@@ -36,8 +37,8 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 9> allGroups = {"script", "load", "plugin", "sound", "base64",
-                                              "memory", "size", "growth", "search"};
+const std::array<std::string, 10> allGroups = {"script", "load", "plugin", "sound",  "base64",
+                                               "memory", "size", "growth", "search", "playing"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -119,7 +120,7 @@ struct Row {
         }
         peer = number(figure.peerValue) + (figure.unit.empty() ? "" : ' ' + figure.unit);
         against = figure.peer;
-        ratio = number(figure.ratio());
+        ratio = figure.peerValue > 0 ? number(figure.ratio()) : "";
         goal =
             (figure.goal == Figure::Goal::AtMost ? "at most " : "at least ") + number(figure.bound);
         holds = figure.holds() ? "holds" : "does not hold";
@@ -189,8 +190,8 @@ void run(const Options& options) {
         std::cerr << "measuring: " << group << '\n';
         if (group == "script" || group == "load") {
             add(figuresOf(program("sonolet-bench-script") + ' ' + group));
-        } else if (group == "search") {
-            add(figuresOf(program("sonolet-bench-search")));
+        } else if (group == "search" || group == "playing") {
+            add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));
             if (!options.device.empty()) {
