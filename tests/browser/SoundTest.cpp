@@ -17,21 +17,6 @@ Frames soundOf(Frames frames) {
     return frames;
 }
 
-constexpr char page[] = R"html(<!DOCTYPE html>
-<script>
-const { Session, SessionConfig, Sonolet, Track } = Spotify;
-let playing = false;
-const play = () => {
-    const track = Track.create("spotify:track:3Bv2coKkW2f26EGHu2IofY");
-    playing = playing || (Session.playerLoad(track) === 0 && Session.playerPlay(true) === 0);
-};
-Session.onLoggedIn = Session.onMetaDataUpdated = play;
-Sonolet.onTrackComplete = () => console.log("complete");
-Session.create(SessionConfig);
-Session.login("listener", "listener", false, "");
-</script>
-)html";
-
 }  // namespace
 
 // What a sound server hears of a browser is what a file gets, frame for frame.
@@ -41,12 +26,11 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
                                 "--audio", "wav:" + place.file("source.wav")},
                                {});
     ASSERT_EQ(played.exitCode, 0) << played.errors;
-    writeTo(place.file("page.html"), page);
     const Frames source =
         soundOf(SoundServer::framesOf(contentsOf(place.file("source.wav")).substr(44)));
     SoundServer server(place.file(""));
     server.record();
-    Process player({BIN_DIR "/sonolet-browser", place.file("page.html"), "--audio", "auto"});
+    Process player({BIN_DIR "/sonolet-browser", PAGES_DIR "/player.html", "--audio", "auto"});
     player.awaitLine("complete");
     player.signal(SIGTERM);
     player.wait();
