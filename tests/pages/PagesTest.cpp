@@ -175,7 +175,7 @@ TEST(Conformance, OfThisHostAndLibraryIsWhole) {
     const Outcome made =
         run({std::string(bin) + "sonolet-playlist", "new", "A list"}, place.variables());
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    const Outcome outcome = run(hostCommand({conformancePage, "--speed", "10", "--for", "600",
+    const Outcome outcome = run(hostCommand({conformancePage, "--speed", "5", "--for", "500",
                                              "--audio", "null", "--log", "none"}),
                                 place.variables());
     expectPassed(outcome, 600);
