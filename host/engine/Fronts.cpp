@@ -15,7 +15,7 @@ namespace {
 
 // What hangs on a script object outside of the engine's heap, about: without knowing of it the
 // engine would let many thousand dead objects lie before it collects.
-constexpr size_t nativeMemoryCost = 4096;
+constexpr size_t nativeMemoryCost = 1024;
 
 // Records by the address of their front. Another object may come to lie there, so an entry counts
 // only while the front lives.
