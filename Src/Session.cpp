@@ -133,11 +133,13 @@ void Session::create(jspp::function_context& context) {
         config.callbacks = &libraryCallbacks();
         options->apply(config);
 
+        // Nothing is kept before all that may fail is made.
+        Factory& factory = Factory::getInstance();
         auto newPlayer = std::make_unique<Player>();
         const orvo::shared_ptr<LibWrapper> library(new LibWrapper(config));
         logger.trace("Session::create", "Initializing Spotify session: OK");
         session = library->getSession();
-        Factory::getInstance().setSession(session, library);
+        factory.setSession(session, library);
         player = std::move(newPlayer);
         spotifyInitialized = true;
     }

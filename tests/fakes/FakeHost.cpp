@@ -123,15 +123,24 @@ jsplugin_callbacks FakeHost::makeTable() {
         return create(instance->refusesFunctions, ctx, model, made);
     };
     table.add_poll_function = [](auto* ctx, unsigned interval, auto* poll) {
+        const bool refused = Faults::get().strikes(Faults::Host);
         const Outside outside;
         enter("add_poll_function", ctx);
+        if (refused) {
+            return 1;
+        }
         instance->polls.push_back({ctx, interval, poll, instance->now + interval});
         instance->lifecycle.push_back("poll " + std::to_string(interval));
         return 0;
     };
     table.add_unload_listener = [](auto* ctx, auto* unload) {
+        const bool refused = Faults::get().strikes(Faults::Host);
         const Outside outside;
-        enter("add_unload_listener", ctx).unloadListeners.push_back(unload);
+        Object& document = enter("add_unload_listener", ctx);
+        if (refused) {
+            return 1;
+        }
+        document.unloadListeners.push_back(unload);
         instance->lifecycle.emplace_back("unload listener");
         return 0;
     };

@@ -42,6 +42,15 @@ void complete(Kind* query, bool once) {
     }
 }
 
+// Makes the class's table if the plug-in could not, which is no point of the plug-in's.
+jspp::name_table namesOf(const jspp::interface& native) {
+    const bool counting = std::exchange(Faults::get().counting, false);
+    const InPlugin inside;
+    jspp::name_table names = native.names();
+    Faults::get().counting = counting;
+    return names;
+}
+
 }  // namespace
 
 void Samples::raiseAll() {
@@ -192,11 +201,12 @@ void Visitor::visit(jsplugin_obj* object, bool isConstructor) {
     if (!seen.insert(kind).second) {
         return;
     }
-    // The names are always the same, and making the table takes a while.
+    checked("0", false, host.get(object, "0"));  // for which the class makes its table
+    // The names are always the same, and looking at them takes a while.
     static std::map<std::pair<std::string, bool>, std::vector<Name>> tables;
     std::vector<Name>& names = tables[kind];
     if (names.empty()) {
-        const jspp::name_table table = native.names();
+        const jspp::name_table table = namesOf(native);
         for (const auto& [name, readable] : table.all()) {
             const auto* const function = std::get_if<jspp::name_table::function>(&readable);
             names.push_back({name, function == nullptr ? "" : function->signature,
@@ -211,7 +221,6 @@ void Visitor::visit(jsplugin_obj* object, bool isConstructor) {
     for (const Name& name : names) {
         visitName(object, name);
     }
-    checked("0", false, host.get(object, "0"));
     link = before;
 }
 
