@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -110,51 +111,39 @@ std::string number(double value) {
     return text.data();
 }
 
-// What stands in the table's columns, but for the first.
-struct Row {
-    explicit Row(const Figure& figure)
-        : value(number(figure.value) + (figure.unit.empty() ? "" : ' ' + figure.unit)) {
-        if (figure.goal == Figure::Goal::None) {
-            return;
-        }
-        peer = number(figure.peerValue) + (figure.unit.empty() ? "" : ' ' + figure.unit);
-        against = figure.peer;
-        ratio = number(figure.ratio());
-        goal =
-            (figure.goal == Figure::Goal::AtMost ? "at most " : "at least ") + number(figure.bound);
-        holds = figure.holds() ? "holds" : "does not hold";
-    }
-    std::string value;
-    std::string against;
-    std::string peer;
-    std::string ratio;
-    std::string goal;
-    std::string holds;
-};
+using Row = std::array<std::string, 7>;
 
-void printTable(const std::vector<Figure>& figures) {
-    std::printf("%s, %u threads; %s\n\n", processor().c_str(), std::thread::hardware_concurrency(),
-                SONOLET_BUILD_KIND);
-    std::printf("%-62s %12s  %-34s %12s %6s  %-13s\n", "figure", "measured", "against", "", "ratio",
-                "goal");
-    for (const Figure& figure : figures) {
-        const Row row(figure);
-        std::printf("%-62s %12s  %-34s %12s %6s  %-13s %s\n", figure.what.c_str(),
-                    row.value.c_str(), row.against.c_str(), row.peer.c_str(), row.ratio.c_str(),
-                    row.goal.c_str(), row.holds.c_str());
+// "%s" and what is between the columns of a table.
+constexpr std::array<const char*, 7> columns = {"%-62s", " %12s",   "  %-34s", " %12s",
+                                                " %6s",  "  %-13s", " %s"};
+
+Row rowOf(const Figure& figure) {
+    const std::string unit = figure.unit.empty() ? "" : ' ' + figure.unit;
+    if (figure.goal == Figure::Goal::None) {
+        return {figure.what, number(figure.value) + unit};
     }
+    return {figure.what,
+            number(figure.value) + unit,
+            figure.peer,
+            number(figure.peerValue) + unit,
+            number(figure.ratio()),
+            (figure.goal == Figure::Goal::AtMost ? "at most " : "at least ") + number(figure.bound),
+            figure.holds() ? "holds" : "does not hold"};
 }
 
-void printMarkdown(const std::vector<Figure>& figures) {
+void printTable(const std::vector<Figure>& figures, bool isMarkdown) {
+    std::vector<Row> rows = {{"figure", "measured", "against", "", "ratio", "goal"}};
+    std::transform(figures.begin(), figures.end(), std::back_inserter(rows), rowOf);
     std::printf("%s, %u threads; %s\n\n", processor().c_str(), std::thread::hardware_concurrency(),
                 SONOLET_BUILD_KIND);
-    std::printf(
-        "| figure | measured | against | | ratio | goal | |\n|---|---|---|---|---|---|---|\n");
-    for (const Figure& figure : figures) {
-        const Row row(figure);
-        std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", figure.what.c_str(),
-                    row.value.c_str(), row.against.c_str(), row.peer.c_str(), row.ratio.c_str(),
-                    row.goal.c_str(), row.holds.c_str());
+    for (const Row& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            std::printf(isMarkdown ? "| %s " : columns[i], row[i].c_str());
+        }
+        std::puts(isMarkdown ? "|" : "");
+        if (isMarkdown && &row == &rows.front()) {
+            std::puts("|---|---|---|---|---|---|---|");
+        }
     }
 }
 
@@ -206,10 +195,11 @@ void run(const Options& options) {
             add(figuresOf(program("sonolet-bench-plugin") + ' ' + group));
         }
     }
-    const auto print = options.form == Form::Json       ? printJson
-                       : options.form == Form::Markdown ? printMarkdown
-                                                        : printTable;
-    print(figures);
+    if (options.form == Form::Json) {
+        printJson(figures);
+    } else {
+        printTable(figures, options.form == Form::Markdown);
+    }
 }
 
 }  // namespace

@@ -45,8 +45,10 @@ Figure atLeast(std::string what,
                std::string peer,
                double peerValue,
                double bound) {
-    return {std::move(what),       value, std::move(unit), std::move(peer), peerValue,
-            Figure::Goal::AtLeast, bound};
+    Figure figure =
+        atMost(std::move(what), value, std::move(unit), std::move(peer), peerValue, bound);
+    figure.goal = Figure::Goal::AtLeast;
+    return figure;
 }
 
 Figure within(std::string what, double value, std::string unit, double limit) {

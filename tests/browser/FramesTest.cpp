@@ -1,51 +1,38 @@
 #include "Place.h"
-#include "Site.h"
 #include "WebDriver.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// A frame tells its name and what it sees of the plug-in.
-constexpr const char* frame = "<script>parent.postMessage(`${name} ${typeof Probe}`, '*')</script>";
-
-// Makes frames and hears what they tell.
-constexpr const char* mainPage = R"html(<!DOCTYPE html>
-<script>
-    const FRAME = "<script>parent.postMessage(`${name} ${typeof Probe}`, '*')<\/script>";
-    const told = [];
-    addEventListener('message', (event) => told.push(event.data));
-    const add = (name, attributes) => {
-        const element = document.createElement('iframe');
-        Object.assign(element, { name, ...attributes });
-        document.body.append(element);
-        return element;
-    };
-    const until = (condition) => new Promise((resolve) => {
-        const look = () => (condition() ? resolve(true) : setTimeout(look, 5));
-        look();
-    });
-</script>
-<body>
-)html";
-
 class Frames : public testing::Test {
 protected:
-    Frames() { page.open(site.address("127.0.0.1", "/")); }
+    Frames() {
+        // "Serving HTTP on 127.0.0.1 port 43210 (http://127.0.0.1:43210/) ..."
+        const std::string line = server.awaitLine(" port ");
+        port = std::to_string(std::stoi(line.substr(line.find(" port ") + 6)));
+        page.open(address("127.0.0.1", "/frames.html"));
+    }
+    // 127.0.0.1 and localhost are two origins.
+    std::string address(const std::string& host, const std::string& path) const {
+        return "http://" + host + ':' + port + path;
+    }
 
     Place place{testing::UnitTest::GetInstance()->current_test_info()->name()};
-    Site site{{{"/", mainPage}, {"/frame", frame}}};
+    Process server{{"/usr/bin/python3", "-u", "-m", "http.server", "0", "--bind", "127.0.0.1",
+                    "--directory", PAGES_DIR}};
+    std::string port;
     WebDriver page{{"--plugin", PROBE, "--audio", "null"}};
 };
 
 TEST_F(Frames, OfTheSameOriginAloneSeeThePlugin) {
-    const std::string foreign = site.address("localhost", "/frame");
-    EXPECT_EQ(page.evaluate("add('own', { src: '/frame' });"
+    const std::string foreign = address("localhost", "/frame.html");
+    EXPECT_EQ(page.evaluate("add('own', { src: '/frame.html' });"
                             "add('inner', { srcdoc: FRAME });"
                             "add('foreign', { src: '" +
                             foreign +
                             "' });"
-                            "add('sandboxed', { src: '/frame', sandbox: 'allow-scripts' });"
+                            "add('sandboxed', { src: '/frame.html', sandbox: 'allow-scripts' });"
                             "add('data', { src: 'data:text/html,' + FRAME });"
                             "await until(() => told.length === 5);"
                             "return told.sort();"),
@@ -57,13 +44,13 @@ TEST_F(Frames, OfTheSameOriginAloneSeeThePlugin) {
                             "frame.src = '" +
                             foreign +
                             "'; await until(() => told.length === 1);"
-                            "frame.src = '/frame'; await until(() => told.length === 2);"
+                            "frame.src = '/frame.html'; await until(() => told.length === 2);"
                             "return told;"),
               R"(["own undefined","own object"])");
     page.open(foreign);
     EXPECT_EQ(page.evaluate("return typeof Probe"), R"("object")");
     // The plug-in itself does not admit this one.
-    page.open(site.address("refused.localhost", "/frame"));
+    page.open(address("refused.localhost", "/frame.html"));
     EXPECT_EQ(page.evaluate("return [location.hostname, typeof Probe]"),
               R"(["refused.localhost","undefined"])");
 }
@@ -71,7 +58,7 @@ TEST_F(Frames, OfTheSameOriginAloneSeeThePlugin) {
 TEST_F(Frames, AreDocumentsThatEndWithTheFrameAndWithThePage) {
     // One function of the plug-in is alive when all frames have gone: the page's own.
     EXPECT_EQ(page.evaluate("const { inits } = Probe; Probe.echo; const { live } = Probe;"
-                            "const own = add('own', { src: '/frame' });"
+                            "const own = add('own', { src: '/frame.html' });"
                             "await until(() => told.length === 1);"
                             "const other = own.contentWindow.Probe;"
                             "const differs = other !== Probe; other.make();"
@@ -83,7 +70,7 @@ TEST_F(Frames, AreDocumentsThatEndWithTheFrameAndWithThePage) {
     EXPECT_EQ(page.evaluate("const { inits, live } = Probe; told.length = 0;"
                             "const blank = add('blank', {});"
                             "blank.contentWindow.Probe.make();"
-                            "blank.src = '/frame'; await until(() => told.length === 1);"
+                            "blank.src = '/frame.html'; await until(() => told.length === 1);"
                             "blank.contentWindow.Probe.make();"
                             "blank.remove();"
                             "return [Probe.inits - inits, Probe.live - live];"),
@@ -91,7 +78,7 @@ TEST_F(Frames, AreDocumentsThatEndWithTheFrameAndWithThePage) {
     const std::string live = page.evaluate("return Probe.live");
     for (int i = 0; i < 20; ++i) {
         page.reload();
-        page.evaluate("Probe.make(); add('own', { src: '/frame' });"
+        page.evaluate("Probe.make(); add('own', { src: '/frame.html' });"
                       "await until(() => told.length === 1);");
     }
     page.reload();

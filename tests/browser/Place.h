@@ -3,19 +3,37 @@
 
 #include "Process.h"
 
-#include <memory>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 
 // A display, the demo library and a fresh state for the programs of one test, in the environment.
 class Place final {
 public:
-    explicit Place(const std::string& name);
+    explicit Place(const std::string& name) : folder(WORK_DIR "/" + name) {
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directories(folder);
+        const std::string demo = WORK_DIR "/demo";
+        if (const Outcome made = run({BIN_DIR "/sonolet-demo", demo}, {}); made.exitCode != 0) {
+            throw std::runtime_error(made.errors);
+        }
+        // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet
+        setenv("DISPLAY", (":" + display.awaitLine("")).c_str(), 1);
+        setenv("SONOLET_STATE", file("state").c_str(), 1);
+        setenv("SONOLET_MUSIC", demo.c_str(), 1);
+        unsetenv("WAYLAND_DISPLAY");
+        // NOLINTEND(concurrency-mt-unsafe)
+    }
 
     std::string file(const std::string& name) const { return folder + "/" + name; }
 
 private:
     const std::string folder;
-    std::unique_ptr<Process> display;
+    // Its standard error tells of displays that others have.
+    Process display{
+        {"/bin/sh", "-c",
+         "exec Xvfb -displayfd 1 -noreset -screen 0 1920x1200x24 -nolisten tcp 2>/dev/null"}};
 };
 
 #endif

@@ -50,21 +50,6 @@ private:
     Process server;
 };
 
-constexpr char page[] = R"html(<!DOCTYPE html>
-<script>
-const { Session, SessionConfig, Sonolet, Track } = Spotify;
-let playing = false;
-const play = () => {
-    const track = Track.create("spotify:track:3Bv2coKkW2f26EGHu2IofY");
-    playing = playing || (Session.playerLoad(track) === 0 && Session.playerPlay(true) === 0);
-};
-Session.onLoggedIn = Session.onMetaDataUpdated = play;
-Sonolet.onTrackComplete = () => console.log("complete");
-Session.create(SessionConfig);
-Session.login("listener", "listener", false, "");
-</script>
-)html";
-
 }  // namespace
 
 // What a sound server hears of a browser is what a file gets, frame for frame.
@@ -74,7 +59,6 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
                                 "--audio", "wav:" + place.file("source.wav")},
                                {});
     ASSERT_EQ(played.exitCode, 0) << played.errors;
-    writeTo(place.file("page.html"), page);
     {
         const SoundServer server(place);
         Process recorder({"/bin/sh", "-c",
@@ -82,7 +66,7 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
                           " --channels=2 --latency-msec=100 --verbose '" +
                               place.file("heard.pcm") + "'"});
         recorder.awaitLine("Stream successfully created");
-        Process player({BIN_DIR "/sonolet-browser", place.file("page.html"), "--audio", "auto"});
+        Process player({BIN_DIR "/sonolet-browser", PAGES_DIR "/player.html", "--audio", "auto"});
         player.awaitLine("complete");
         player.signal(SIGTERM);
         player.wait();

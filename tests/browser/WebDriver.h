@@ -3,11 +3,10 @@
 
 #include "Process.h"
 
-#include <jsc/jsc.h>
-#include <libsoup/soup.h>
-
-#include <memory>
+#include <chrono>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 // A browser of its own and the WebKitWebDriver that controls it.
@@ -16,31 +15,83 @@
 class WebDriver final {
 public:
     // With these options beside --automation.
-    explicit WebDriver(const std::vector<std::string>& options);
-    ~WebDriver();
+    explicit WebDriver(const std::vector<std::string>& options) {
+        std::string arguments = "\"--automation\"";
+        for (const std::string& option : options) {
+            arguments += ',' + quoted(option);
+        }
+        const std::string answer =
+            call("POST", "",
+                 R"({"capabilities":{"alwaysMatch":{"webkitgtk:browserOptions":{"binary":)"
+                 "\"" BIN_DIR R"(/sonolet-browser","args":[)" +
+                     arguments + "]}}}}");
+        const std::string key = R"("sessionId":")";
+        const std::size_t id = answer.find(key) + key.size();
+        session += '/' + answer.substr(id, answer.find('"', id) - id);
+    }
+    ~WebDriver() { ask("DELETE", "", ""); }
 
     WebDriver(const WebDriver&) = delete;
     WebDriver& operator=(const WebDriver&) = delete;
 
-    void open(const std::string& address);
-    void reload();
-    void click(const std::string& selector);
+    void open(const std::string& address) {
+        call("POST", "/url", "{\"url\":" + quoted(address) + "}");
+    }
+    void reload() { call("POST", "/refresh", "{}"); }
 
     // Runs the body of an async function in the page; what it returns, as JSON.
-    std::string evaluate(const std::string& body);
+    std::string evaluate(const std::string& body) {
+        const std::string script = "const done = arguments[0]; (async () => {" + body +
+                                   "})().then(done, (error) => done(`threw ${error}`));";
+        return call("POST", "/execute/async", "{\"script\":" + quoted(script) + ",\"args\":[]}");
+    }
 
     // The web processes of its browser.
-    std::vector<int> webProcesses() const;
+    std::vector<int> webProcesses() const {
+        const std::vector<int> browsers = childrenOf(driver.id(), "sonolet-browser");
+        return browsers.empty() ? browsers : childrenOf(browsers[0], "WebKitWebProcess");
+    }
 
 private:
-    std::string call(const char* method, const std::string& path, const std::string& body);
-    JSCValue* request(const char* method, const std::string& path, const std::string& body);
-    std::string quoted(const std::string& text);
+    Outcome ask(const std::string& method, const std::string& path, const std::string& body) const {
+        return run({"/usr/bin/curl", "--silent", "--show-error", "--fail-with-body", "--noproxy",
+                    "*", "--request", method, "--header", "Content-Type: application/json",
+                    "--data-binary", body, session + path},
+                   {});
+    }
+    // The value that the driver answers, as JSON.
+    std::string call(const std::string& method, const std::string& path, const std::string& body) {
+        Outcome answer = ask(method, path, body);
+        // Nothing tells when the driver listens but that it answers.
+        for (int tries = 0; answer.exitCode == connectionRefused && tries < 1000; ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            answer = ask(method, path, body);
+        }
+        const std::string before = "{\"value\":";
+        if (answer.exitCode != 0 || answer.output.compare(0, before.size(), before) != 0) {
+            throw std::runtime_error(path + ": " + answer.output + answer.errors);
+        }
+        return answer.output.substr(before.size(), answer.output.rfind('}') - before.size());
+    }
+    static std::string quoted(const std::string& text) {
+        std::string json = "\"";
+        for (const char c : text) {
+            json += c == '\n'               ? "\\n"
+                    : c == '"' || c == '\\' ? std::string{'\\', c}
+                                            : std::string{c};
+        }
+        return json + '"';
+    }
 
-    SoupSession* http;
-    JSCContext* json;
-    std::unique_ptr<Process> driver;
-    std::string base;
+    static constexpr int connectionRefused = 7;  // curl's
+    // One that was free a moment ago: the driver cannot choose one itself.
+    const std::string port = run({"/usr/bin/python3", "-c",
+                                  "import socket; s = socket.create_server(('127.0.0.1', 0));"
+                                  "print(s.getsockname()[1], end='')"},
+                                 {})
+                                 .output;
+    const Process driver{{"/usr/bin/WebKitWebDriver", "--port=" + port}};
+    std::string session = "http://127.0.0.1:" + port + "/session";
 };
 
 #endif

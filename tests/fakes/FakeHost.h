@@ -94,7 +94,6 @@ public:
     // Traces the document and collects its page functions that the plug-in does not mark.
     void collectGarbage(jsplugin_obj* document);
     bool alive(jsplugin_obj* object) const { return objects.count(object) != 0; }
-    std::size_t objectCount() const { return objects.size(); }
 
     // Script. `call` reads the function once per object and keeps it, as cacheable values are.
     Answer global(jsplugin_obj* document, const char* name) const;

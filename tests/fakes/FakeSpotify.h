@@ -89,7 +89,6 @@ public:
     const char* sampleText = nullptr;
     int sampleNumber = 0;
     std::string buildId = "fake build";
-    int nextTimeout = 1000;
     std::function<void()> duringProcessEvents;
     std::function<void()> duringPlayerLoad;  // the library has switched to the new track
 

@@ -2,7 +2,6 @@
 #define SONOLET_TESTS_FAKES_FAULTS_H
 
 #include <array>
-#include <numeric>
 #include <utility>
 
 // Where the plug-in ends and what lies around it begins, for tests that let the one fail the other.

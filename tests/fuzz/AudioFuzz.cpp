@@ -4,7 +4,6 @@
 #include "CircularBuffer.h"
 #include "Input.h"
 
-#include <cstring>
 #include <deque>
 #include <vector>
 

@@ -26,7 +26,10 @@ public:
 
     bool empty() const { return next >= rest.size(); }
     unsigned byte() { return empty() ? 0 : static_cast<unsigned char>(rest[next++]); }
-    unsigned below(unsigned limit) { return (byte() << 8 | byte()) % limit; }
+    unsigned below(unsigned limit) {
+        const unsigned high = byte();
+        return (high << 8 | byte()) % limit;
+    }
     // Up to `limit` bytes, without NULs.
     std::string text(unsigned limit) {
         std::string taken;

@@ -1,6 +1,6 @@
 // Playlist files: read or refused, and no entry leads out of the folder of music.
 
-#include "Folder.h"
+#include "../fakes/Folder.h"
 #include "Input.h"
 #include "PlaylistFile.h"
 

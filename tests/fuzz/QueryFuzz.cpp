@@ -1,8 +1,8 @@
 // Queries: every text is one, and none is too much for the index.
 
+#include "../fakes/Folder.h"
 #include "Accounts.h"
 #include "CatalogueWriter.h"
-#include "Folder.h"
 #include "Input.h"
 #include "QueryStore.h"
 
@@ -11,7 +11,7 @@ namespace {
 using namespace sonolet::service;
 
 struct Music {
-    Music() : accounts(folder.file("accounts.db")), writer(folder.file("catalogue.db")) {
+    Music() : accounts(folder.path("accounts.db")), writer(folder.path("catalogue.db")) {
         ScanBatch batch;
         for (const char* title :
              {"Blue Moon", "Year 1990", "AND OR NOT", "Caf\xc3\xa9 \"del\" Mar"}) {
@@ -25,7 +25,7 @@ struct Music {
             batch.files.push_back(file);
         }
         writer.apply(batch);
-        store.emplace(folder.file("catalogue.db"), folder.file("accounts.db"));
+        store.emplace(folder.path("catalogue.db"), folder.path("accounts.db"));
     }
 
     const Folder folder;

@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <optional>
 
 namespace {
 
@@ -66,54 +65,45 @@ private:
     }
 
     Value value() {
-        static const double numbers[] = {0,
-                                         1,
-                                         -1,
-                                         0.5,
-                                         1e300,
-                                         -1e9,
-                                         3e9,
-                                         20,
-                                         std::numeric_limits<double>::infinity(),
-                                         std::numeric_limits<double>::quiet_NaN()};
+        using limits = std::numeric_limits<double>;
+        constexpr double infinity = limits::infinity();
+        constexpr double nan = limits::quiet_NaN();
+        static const double numbers[] = {0, 1, -1, 0.5, 1e300, -1e9, 3e9, 20, infinity, nan};
         static const char* const texts[] = {"spotify:track",    "spotify:album", "spotify:artist",
                                             "spotify:playlist", "TrackProgress", "LogMessage",
                                             "MetadataUpdated",  "ImageLoaded",   "TracksAddedEvent",
                                             "AAAA====",         "PlaylistAdded", "LoggedIn"};
-        switch (input.byte() % 12) {
-        case 0:
+        switch ("-0nnbttsooff"[input.byte() % 12]) {
+        case '-':
             return {};
-        case 1:
+        case '0':
             return Value::null();
-        case 2:
-        case 3:
+        case 'n':
             return numbers[input.byte() % 10];
-        case 4:
+        case 'b':
             return input.byte() % 2 == 0;
-        case 5:
-        case 6:
+        case 't':
             return texts[input.byte() % 12];
-        case 7:
+        case 's':
             return input.text(100);
-        case 8:
-        case 9:
+        case 'o':
             return object();
-        default: {
-            jsplugin_obj* const on = page();
-            jsplugin_obj* const function =
-                host.function(on, [this](const FakeHost::Values& values) {
-                    for (const Value& argument : values) {
-                        keep(argument);
-                    }
-                    if (++depth <= 3) {
-                        step();
-                    }
-                    --depth;
-                });
-            held.push_back(function);
-            return function;
+        default:
+            return function();
         }
-        }
+    }
+    // One of the page's that goes on inside.
+    jsplugin_obj* function() {
+        held.push_back(host.function(page(), [this](const FakeHost::Values& values) {
+            for (const Value& argument : values) {
+                keep(argument);
+            }
+            if (++depth <= 3) {
+                step();
+            }
+            --depth;
+        }));
+        return held.back();
     }
     FakeHost::Values values() {
         FakeHost::Values all(input.byte() % 12 % 11);
@@ -142,57 +132,41 @@ private:
 
     void step() {
         jsplugin_obj* const target = object();
-        switch (input.byte() % 16) {
-        case 0:
-        case 1:
-        case 2:
-            if (objects().is_object(target)) {
+        const bool isNative = objects().is_object(target);
+        switch ("gggssccccciaevrl"[input.byte() % 16]) {
+        case 'g':
+            if (isNative) {
                 keep(host.get(target, nameOf(target)).value);
             }
             break;
-        case 3:
-        case 4:
-            if (objects().is_object(target)) {
+        case 's':
+            if (isNative) {
                 host.set(target, nameOf(target), value());
             }
             break;
-        case 5:
-        case 6:
-        case 7:
-        case 8:
-        case 9:
-            if (objects().is_object(target)) {
+        case 'c':
+            if (isNative) {
                 const std::string name = nameOf(target);
                 keep(host.call(target, name, values()).value);
             }
             break;
-        case 10: {
-            // A function of another object, or of nothing.
-            jsplugin_obj* const other = object();
-            if (objects().is_object(target)) {
-                const Answer read = host.get(target, nameOf(target));
-                if (read.code == JSP_GET_VALUE_CACHE && read.value.object != nullptr &&
-                    !objects().is_object(read.value.object)) {
-                    host.invoke(input.byte() % 4 == 0 ? nullptr : other, read.value.object,
-                                values());
-                }
-            }
+        case 'i':
+            invoke(target, object());
             break;
-        }
-        case 11:
+        case 'e':
+            samples.raiseAll();
+            break;
+        case 'v':
+            sound();
+            break;
+        case 'r':
+            host.refusesObjects = input.byte() % 8 == 0;
+            host.refusesFunctions = input.byte() % 8 == 0;
+            break;
+        case 'a':
             if (depth == 0) {
                 host.advance(100 * (input.byte() % 4));
             }
-            break;
-        case 12:
-            samples.raiseAll();
-            break;
-        case 13:
-            sound();
-            break;
-        case 14:
-            host.refusesObjects = input.byte() % 8 == 0;
-            host.refusesFunctions = input.byte() % 8 == 0;
             break;
         default:
             if (depth == 0) {
@@ -200,6 +174,18 @@ private:
             }
         }
         host.calls.clear();
+    }
+
+    // A function on another object, or on nothing.
+    void invoke(jsplugin_obj* owner, jsplugin_obj* other) {
+        if (objects().is_object(owner)) {
+            const Answer read = host.get(owner, nameOf(owner));
+            if (read.code == JSP_GET_VALUE_CACHE && read.value.object != nullptr &&
+                !objects().is_object(read.value.object)) {
+                jsplugin_obj* const self = input.byte() % 4 == 0 ? nullptr : other;
+                host.invoke(self, read.value.object, values());
+            }
+        }
     }
 
     void sound() {

@@ -1,6 +1,6 @@
 // Music files of every format with anything in them: read or refused.
 
-#include "Folder.h"
+#include "../fakes/Folder.h"
 #include "Input.h"
 #include "Tags.h"
 

@@ -2,7 +2,6 @@
 
 #include "kellog.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>

@@ -1,4 +1,7 @@
-#include "HostProcess.h"
+// The host's executable, with the probe as plug-in.
+
+#include "../fakes/Folder.h"
+#include "Command.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +16,35 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
+
+Outcome runHost(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), HOST_EXECUTABLE);
+    return run(arguments, {});
+}
+
+// Runs a page script as `shell` says, with the command in its arguments; messages name it
+// "page.js".
+Outcome runPage(const std::string& script,
+                const std::vector<std::string>& options = {},
+                const std::string& shell = "exec \"$@\"") {
+    const Folder folder;
+    folder.write("page.js", script);
+    std::vector<std::string> command{"/bin/sh", "-c",
+                                     "cd \"$0\" && set -- " HOST_EXECUTABLE " --plugin " HOST_PROBE
+                                     " --audio null page.js \"$@\" && " +
+                                         shell,
+                                     folder.path("")};
+    command.insert(command.end(), options.begin(), options.end());
+    return run(command, {{"PROBE_REPORT", "1"}});
+}
+
+// Sends `signal` when the page first writes, and again if it writes after that.
+Outcome runPageUntilSignal(const std::string& script, int signal) {
+    return runPage(
+        script, {},
+        "mkfifo out && { \"$@\" >out & } && exec 3<out && while read -r line <&3; do kill -" +
+            std::to_string(signal) + " $! 2>/dev/null; done; wait $!");
+}
 
 std::string line(const std::string& text) {
     return text.substr(0, text.find('\n'));
@@ -217,12 +249,6 @@ TEST(RunnerTest, TheOptionsReachThePluginAndThePage) {
                   .output,
               "/usr function true\n");
     EXPECT_EQ(runPage("console.log(typeof gc); close()").output, "undefined\n");
-    const Outcome collected = runPage(
-        "(() => { for (let i = 0; i < 100; ++i) new WeakRef(Probe.make()); })();"
-        "setTimeout(() => { gc(); setTimeout(() => { gc(); console.log('done'); close(); }); });",
-        {"--expose-gc"});
-    EXPECT_EQ(collected.output, "done\n");
-    EXPECT_THAT(line(collected.errors), HasSubstr("created 102 destructed 102"));
 }
 
 }  // namespace

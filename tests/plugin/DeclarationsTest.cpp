@@ -1,4 +1,5 @@
 // pages/spotify.d.ts and docs/script-interface.md against what the classes register.
+#include "../fault/Visitor.h"
 #include "../pages/Command.h"
 #include "PluginTest.h"
 #include "jspp/_detail/private_record.h"
@@ -34,6 +35,7 @@ Names namesOf(const jspp::interface& object) {
 }
 
 constexpr char compare[] = R"ts(
+declare function check<Outcome>(expected: Outcome): void;
 type Kind<V> = null extends V ? "attribute"
     : V extends (...values: never[]) => unknown ? "function"
     : number extends V ? "attribute" : string extends V ? "attribute"
@@ -54,11 +56,7 @@ class DeclarationsTest : public PluginTest {
 protected:
     DeclarationsTest() {
         createSession();
-        for (const char* const name : {"Session", "SessionConfig", "Sonolet"}) {
-            add(name, find(std::string("Spotify.") + name));
-        }
-        add("Root", find("Spotify"));
-        addEnumerations();
+        addRoot();
         addWrappers();
         addArrays();
     }
@@ -67,65 +65,41 @@ protected:
         ASSERT_NE(object, nullptr) << declaration;
         names[declaration] = namesOf(*jspp::__detail::private_record::of(object).self);
     }
-    void addEnumerations() {
-        for (const auto& [attribute, declaration] :
-             {std::pair("SP_SIGNUP_PAGE", "SignupPages"),
-              {"SP_SIGNUP_FEATURE", "SignupFeatures"},
-              {"SP_SIGNUP_ACTION", "SignupActions"},
-              {"SP_ERROR", "ErrorCodes"},
-              {"SP_PLAYLIST_TYPE", "PlaylistTypes"},
-              {"SP_TRACK_AVAILABILITY", "TrackAvailabilities"},
-              {"SP_ARTISTBROWSE_TYPE", "ArtistbrowseTypes"},
-              {"SP_ALBUMTYPE", "AlbumTypes"},
-              {"SP_IMAGE_FORMAT", "ImageFormats"},
-              {"SP_RELATION_TYPE", "RelationTypes"},
-              {"SP_TOPLIST_TYPE", "ToplistTypes"},
-              {"SP_TOPLIST_REGION", "ToplistRegions"},
-              {"SP_SEARCH_TYPE", "SearchTypes"},
-              {"SP_PLUGIN_ERROR", "PluginErrors"}}) {
-            add(declaration, find(std::string("Spotify.") + attribute));
+    // The root and every object that an attribute of it answers.
+    void addRoot() {
+        add("Root", find("Spotify"));
+        for (const std::string& name : names["Root"].all) {
+            const Answer read = host->get(find("Spotify"), name);
+            if (jspp::__detail::objects().is_object(read.value.object)) {
+                add("Root[\"" + name + "\"]", read.value.object);
+            }
         }
     }
     void addWrappers() {
-        spotify.add<sp_track>("Track");
-        spotify.add<sp_album>("Album");
-        spotify.add<sp_artist>("Artist");
-        spotify.add<sp_link>("Playlist");
-        spotify.handles = {
-            {"sp_session_user", {spotify.add<sp_user>("User")}},
-            {"sp_session_playlistcontainer",
-             {spotify.add<sp_playlistcontainer>("Playlistcontainer")}},
-            {"sp_playlist_create", {playlist}},
-            {"sp_image_create", {spotify.add<sp_image>("SpImage")}},
-            {"sp_search_create", {spotify.add<sp_search>("Search")}},
-            {"sp_albumbrowse_create", {spotify.add<sp_albumbrowse>("Albumbrowse")}},
-            {"sp_artistbrowse_create", {spotify.add<sp_artistbrowse>("Artistbrowse")}},
-            {"sp_toplistbrowse_create", {spotify.add<sp_toplistbrowse>("Toplistbrowse")}}};
         add("User", session("user").value.object);
         add("Playlistcontainer", session("Playlistcontainer").value.object);
-        jsplugin_obj* const album = create("Album", "Album");
-        jsplugin_obj* const artist = create("Artist", "Artist");
-        for (const auto& [kind, values] : {std::pair("Track", Values{"Track"}),
-                                           {"Album", {"Album"}},
-                                           {"Artist", {"Artist"}},
-                                           {"Playlist", {"Playlist"}},
+        jsplugin_obj* const album = create("Album", "spotify:album");
+        jsplugin_obj* const artist = create("Artist", "spotify:artist");
+        for (const auto& [kind, values] : {std::pair("Track", Values{"spotify:track"}),
+                                           {"Album", {"spotify:album"}},
+                                           {"Artist", {"spotify:artist"}},
+                                           {"Playlist", {"spotify:playlist"}},
                                            {"SpImage", {imageText}},
                                            {"Search", {"", 0, 0, 0, 0, 0, 0, 0, 0, 0, listener}},
                                            {"Albumbrowse", {album, listener}},
                                            {"Artistbrowse", {artist, 0, listener}},
                                            {"Toplistbrowse", {0, 0, "", listener}}}) {
-            add(std::string(kind) + "Constructor", find(std::string("Spotify.") + kind));
             add(kind, call(std::string("Spotify.") + kind, "create", values).value.object);
         }
     }
     void addArrays() {
-        jsplugin_obj* const list = create("Playlist", "Playlist");
+        jsplugin_obj* const list = create("Playlist", "spotify:playlist");
         add("StringArray", host->call(list, "subscribers").value.object);
         host->call(list, "addEventListener", {"TracksAddedEvent", listener});
         host->call(list, "addEventListener", {"TracksRemoved", listener});
-        const auto [callbacks, owner] = playlist->listeners.back();
-        callbacks->tracks_added(playlist, nullptr, 0, 0, owner);
-        callbacks->tracks_removed(playlist, nullptr, 0, owner);
+        const auto [callbacks, owner] = samples.playlist->listeners.back();
+        callbacks->tracks_added(samples.playlist, nullptr, 0, 0, owner);
+        callbacks->tracks_removed(samples.playlist, nullptr, 0, owner);
         tick();
         ASSERT_EQ(host->calls.size(), 2U);
         add("TrackArray", host->calls[0].arguments[1].object);
@@ -138,7 +112,7 @@ protected:
     }
 
     std::map<std::string, Names> names;
-    sp_playlist* const playlist = spotify.add<sp_playlist>("playlist");
+    Samples samples;
     jsplugin_obj* const listener = host->function(page);
 };
 
@@ -148,8 +122,8 @@ TEST_F(DeclarationsTest, AreWhatTheClassesRegister) {
     std::ostringstream source;
     source << compare;
     for (const auto& [declaration, found] : names) {
-        source << "const " << declaration << ": Compare<Shape<Spotify." << declaration << ">, { "
-               << found.shape << " }> = \"the same\";\n";
+        source << "check<Compare<Shape<Spotify." << declaration << ">, { " << found.shape
+               << " }>>(\"the same\");\n";
     }
     writeTo(WORK_DIR "/registered.ts", source.str());
     writeTo(WORK_DIR "/tsconfig.json",

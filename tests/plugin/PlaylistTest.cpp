@@ -72,33 +72,15 @@ TEST_F(PlaylistTest, SettersPassTheirArgumentsAndAnswerNothing) {
         EXPECT_EQ(spotify.calls.back(), expected);
     }
     spotify.calls.clear();
-    expectFailures({{playlist, "setAutolinkTracks", {}, "Not enough arguments"},
-                    {playlist, "setInRam", {"true"}, "Not a boolean"},
-                    {playlist, "trackSetSeen", {"0"}, "Not a number"},
-                    {playlist, "trackSetSeen", {0}, "Not enough arguments"},
-                    {playlist, "trackSetSeen", {0, 1}, "Not a boolean"},
-                    {playlist, "addTracks", {}, "Not enough arguments"},
-                    {playlist, "addTracks", {1, 0}, "Not an interface"},
-                    {playlist, "addTracks", {listener, 0}, "Not a jspp interface"},
-                    {playlist,
-                     "addTracks",
-                     {playlist, 0},
-                     "Parameter is not of the requested interface type."},
-                    {playlist, "addTracks", {trackObject}, "Not enough arguments"},
-                    {playlist, "addTracks", {trackObject, "0"}, "Not a number"},
-                    {playlist, "addTracks", {find("Spotify.Track"), 0}, notRetrieved},
-                    {find("Spotify.Playlist"), "create", {}, "Not enough arguments"},
-                    {find("Spotify.Playlist"), "create", {5}, "Not a string"}});
+    EXPECT_EQ(host->call(playlist, "addTracks", {find("Spotify.Track"), 0}), failed(notRetrieved));
     EXPECT_EQ(spotify.calls, Strings());
-    expectFailures({{find("Spotify.Playlist"), "create", {"unknown"}, notRetrieved}});
     spotify.handles.clear();
-    expectFailures({{find("Spotify.Playlist"), "create", {"playlist"}, notRetrieved}});
+    EXPECT_EQ(call("Spotify.Playlist", "create", {"playlist"}), failed(notRetrieved));
 }
 
 TEST_F(PlaylistTest, LinksImagesAndSubscribersAreTexts) {
-    expectFailures({{playlist, "uri", {}, notRetrieved},
-                    {playlist, "placeholderUri", {0}, notRetrieved},
-                    {playlist, "placeholderUri", {}, "Not enough arguments"}});
+    EXPECT_EQ(host->call(playlist, "uri"), failed(notRetrieved));
+    EXPECT_EQ(host->call(playlist, "placeholderUri", {0}), failed(notRetrieved));
     spotify.handles["sp_link_create_from_playlist"] = {link};
     spotify.handles["sp_link_create_from_track"] = {link};
     spotify.handles["sp_playlist_track"] = {track};
@@ -130,20 +112,20 @@ TEST_F(PlaylistTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
     sp_track* tracks[] = {track, nullptr};
     // clang-format off
     const std::vector<Event> events = {
-        {"SubscribersChanged", "onSubscribersChanged", [&] { callbacks.subscribers_changed(handle, data); }, {playlist}},
-        {"PlaylistRenamed", "onPlaylistRenamed", [&] { callbacks.playlist_renamed(handle, data); }, {playlist}},
-        {"PlaylistUpdateInProgress", "onPlaylistUpdateInProgress", [&] { callbacks.playlist_update_in_progress(handle, true, data); }, {playlist, true}},
-        {"TracksMoved", "onTracksMoved", [&] { callbacks.tracks_moved(handle, positions, 2, 7, data); }, {playlist, {}, 7}},
-        {"DescriptionChanged", "onDescriptionChanged", [&] { callbacks.description_changed(handle, nullptr, data); }, {playlist, ""}},
-        {"TrackCreatedChanged", "onTrackCreatedChanged", [&] { callbacks.track_created_changed(handle, 3, user, 1000, data); }, {playlist, 3, {}, 1000}},
-        {"TracksRemoved", "onTracksRemoved", [&] { callbacks.tracks_removed(handle, positions, 2, data); }, {playlist, {}}},
-        {"PlaylistStateChanged", "onPlaylistStateChanged", [&] { callbacks.playlist_state_changed(handle, data); }, {playlist}},
-        {"TrackSeenChanged", "onTrackSeenChanged", [&] { callbacks.track_seen_changed(handle, 5, true, data); }, {playlist, 5, true}},
-        {"TracksAddedEvent", "onTracksAdded", [&] { callbacks.tracks_added(handle, tracks, 2, 6, data); }, {playlist, {}, 6}},
-        {"PlaylistMetadataUpdated", "onPlaylistMetadataUpdated", [&] { callbacks.playlist_metadata_updated(handle, data); }, {playlist}},
-        {"ImageChanged", "onImageChanged", [&] { callbacks.image_changed(handle, reinterpret_cast<const byte*>(imageId.data()), data); }, {playlist, imageText}},
-        {"ImageChanged", "onImageChanged", [&] { callbacks.image_changed(handle, nullptr, data); }, {playlist, ""}},
-        {"TrackMessageChanged", "onTrackMessageChanged", [&] { callbacks.track_message_changed(handle, 8, "text", data); }, {playlist, 8, "text"}}};
+        {"SubscribersChanged", [&] { callbacks.subscribers_changed(handle, data); }, {playlist}},
+        {"PlaylistRenamed", [&] { callbacks.playlist_renamed(handle, data); }, {playlist}},
+        {"PlaylistUpdateInProgress", [&] { callbacks.playlist_update_in_progress(handle, true, data); }, {playlist, true}},
+        {"TracksMoved", [&] { callbacks.tracks_moved(handle, positions, 2, 7, data); }, {playlist, {}, 7}},
+        {"DescriptionChanged", [&] { callbacks.description_changed(handle, nullptr, data); }, {playlist, ""}},
+        {"TrackCreatedChanged", [&] { callbacks.track_created_changed(handle, 3, user, 1000, data); }, {playlist, 3, {}, 1000}},
+        {"TracksRemoved", [&] { callbacks.tracks_removed(handle, positions, 2, data); }, {playlist, {}}},
+        {"PlaylistStateChanged", [&] { callbacks.playlist_state_changed(handle, data); }, {playlist}},
+        {"TrackSeenChanged", [&] { callbacks.track_seen_changed(handle, 5, true, data); }, {playlist, 5, true}},
+        {"TracksAddedEvent", [&] { callbacks.tracks_added(handle, tracks, 2, 6, data); }, {playlist, {}, 6}, true, "onTracksAdded"},
+        {"PlaylistMetadataUpdated", [&] { callbacks.playlist_metadata_updated(handle, data); }, {playlist}},
+        {"ImageChanged", [&] { callbacks.image_changed(handle, reinterpret_cast<const byte*>(imageId.data()), data); }, {playlist, imageText}},
+        {"ImageChanged", [&] { callbacks.image_changed(handle, nullptr, data); }, {playlist, ""}},
+        {"TrackMessageChanged", [&] { callbacks.track_message_changed(handle, 8, "text", data); }, {playlist, 8, "text"}}};
     // clang-format on
     for (const Event& event : events) {
         expectEvent(playlist, event);
@@ -163,12 +145,8 @@ TEST_F(PlaylistTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
             EXPECT_EQ(host->call(array, "item", {0.9}), returned(added));
             host->call(added, "disc");
             EXPECT_EQ(spotify.calls.back(), "sp_track_disc(track)");
-            EXPECT_EQ(host->get(array, "-1"), raised("Out of bounds array access"));
-            EXPECT_EQ(host->get(array, "x"), raised("bad_lexical_cast"));
             EXPECT_EQ(host->set(array, "0", 1).code, JSP_PUT_READ_ONLY);
-            expectFailures({{array, "item", {2}, "Out of bounds array access"},
-                            {array, "item", {}, "Not enough arguments"},
-                            {host->get(array, "1").value.object, "disc", {}, notRetrieved}});
+            EXPECT_EQ(host->call(host->get(array, "1").value.object, "disc"), failed(notRetrieved));
         }
     }
     EXPECT_EQ(log.count(2, "Playlist::handleImageChangedEventid = NULL"), 1);
@@ -209,15 +187,9 @@ TEST_F(ContainerTest, AnswersWhatTheLibraryDoesAlsoAfterLogout) {
 }
 
 TEST_F(ContainerTest, APlaylistIsAddedByALinkThatIsReleasedAfterwards) {
-    expectFailures({{container, "addPlaylist", {}, "Not enough arguments"},
-                    {container, "addPlaylist", {"list"}, "Not an interface"},
-                    {container, "addPlaylist", {listener}, "Not a jspp interface"},
-                    {container,
-                     "addPlaylist",
-                     {container},
-                     "Parameter is not of the requested interface type."},
-                    {container, "addPlaylist", {find("Spotify.Playlist")}, notRetrieved},
-                    {container, "addPlaylist", {playlist}, notRetrieved}});
+    for (jsplugin_obj* withoutLink : {find("Spotify.Playlist"), playlist}) {
+        EXPECT_EQ(host->call(container, "addPlaylist", {withoutLink}), failed(notRetrieved));
+    }
     spotify.handles["sp_link_create_from_playlist"] = {link};
     EXPECT_EQ(host->call(container, "addPlaylist", {playlist}), nothing());
     EXPECT_EQ(spotify.callsTo("sp_playlistcontainer_add_playlist").size(), 1U);
@@ -229,23 +201,13 @@ TEST_F(ContainerTest, EveryCallbackRaisesItsEventForAsLongAsTheWrapperLives) {
     const sp_playlistcontainer_callbacks callbacks = *on;
     void* const data = wrapper;
     sp_playlistcontainer* from = containerHandle;
-    const std::vector<Event> events = {{"PlaylistAdded",
-                                        "onPlaylistAdded",
-                                        [&] { callbacks.playlist_added(from, handle, 1, data); },
-                                        {container, {}, 1}},
-                                       {"PlaylistRemoved",
-                                        "onPlaylistRemoved",
-                                        [&] { callbacks.playlist_removed(from, handle, 2, data); },
-                                        {container, {}, 2}},
-                                       {"PlaylistMoved",
-                                        "onPlaylistMoved",
-                                        [&] { callbacks.playlist_moved(from, handle, 3, 4, data); },
-                                        {container, {}, 3, 4},
-                                        false},
-                                       {"ContainerLoaded",
-                                        "onContainerLoaded",
-                                        [&] { callbacks.container_loaded(from, data); },
-                                        {container}}};
+    // clang-format off
+    const std::vector<Event> events = {
+        {"PlaylistAdded", [&] { callbacks.playlist_added(from, handle, 1, data); }, {container, {}, 1}},
+        {"PlaylistRemoved", [&] { callbacks.playlist_removed(from, handle, 2, data); }, {container, {}, 2}},
+        {"PlaylistMoved", [&] { callbacks.playlist_moved(from, handle, 3, 4, data); }, {container, {}, 3, 4}, false},
+        {"ContainerLoaded", [&] { callbacks.container_loaded(from, data); }, {container}}};
+    // clang-format on
     for (const Event& event : events) {
         EXPECT_EQ(host->get(container, event.attribute), valued(Value::null()));
         expectEvent(container, event);
@@ -280,10 +242,6 @@ TEST_F(ContainerTest, TheSessionHandsOutItsListsAndKeepsNoReferenceOfTheirCreati
         const Answer first = session(name, {"who"});
         EXPECT_NE(session(name, {"who"}), first);
         EXPECT_EQ(result->references, before + 2);
-    }
-    for (const char* name : {"starredForUserCreate", "publishedContainerForUserCreate"}) {
-        EXPECT_EQ(session(name), failed("Not enough arguments"));
-        EXPECT_EQ(session(name, {5}), failed("Not a string"));
     }
     spotify.handles.clear();
     EXPECT_EQ(session("Playlistcontainer"), failed(notRetrieved));

@@ -75,18 +75,6 @@ protected:
         EXPECT_EQ(made.code, JSP_CALL_VALUE) << made;
         return made.value.object;
     }
-    struct Failure {
-        jsplugin_obj* object;
-        std::string function;
-        Values values;
-        const char* message;
-    };
-    void expectFailures(const std::vector<Failure>& failures) {
-        for (const auto& [object, function, values, message] : failures) {
-            EXPECT_EQ(host->call(object, function, values), failed(message)) << function;
-        }
-    }
-
     // A member that reads, and the library's call that it makes.
     struct Member {
         jsplugin_obj* object;
@@ -149,21 +137,13 @@ protected:
                 EXPECT_EQ(read(member), isText ? returned("") : failed(notRetrieved));
             }
             EXPECT_EQ(spotify.calls.back(), member.call);
-            expectArgumentCheck(member);
         }
     }
-    void expectArgumentCheck(const Member& member) {
-        if (member.indexed) {
-            expectFailures({{member.object, member.name, {}, "Not enough arguments"},
-                            {member.object, member.name, {"1"}, "Not a number"}});
-        }
-    }
-    // Without a handle, arguments are looked at all the same and the library is not called.
+    // Without a handle the library is not called.
     void expectCleared(const std::vector<Member>& members) {
         spotify.calls.clear();
         for (const Member& member : members) {
             EXPECT_EQ(read(member), failed(notRetrieved)) << member.call;
-            expectArgumentCheck(member);
         }
         EXPECT_EQ(spotify.calls, Strings());
     }
@@ -172,10 +152,10 @@ protected:
     // undefined argument stands for any object; what came stays in host->calls.
     struct Event {
         std::string name;
-        std::string attribute;
         std::function<void()> raise;
         Values arguments;
         bool settable = true;
+        std::string attribute = "on" + name;
     };
     void expectEvent(jsplugin_obj* object, const Event& event) {
         SCOPED_TRACE(event.name);

@@ -75,35 +75,17 @@ protected:
 
 }  // namespace
 
-TEST_F(QueryTest, ArgumentsAreCheckedInOrderAndNothingIsStartedOrKeptWhenAQueryFails) {
+TEST_F(QueryTest, NothingIsStartedOrKeptWhenAQueryFails) {
     for (const Query& query : queries) {
-        SCOPED_TRACE(query.kind);
-        jsplugin_obj* constructor = find(std::string("Spotify.") + query.kind);
         spotify.calls.clear();
-        for (std::size_t i = 0; i < query.arguments.size(); ++i) {
-            Values values(query.arguments.begin(), query.arguments.begin() + static_cast<long>(i));
-            EXPECT_EQ(host->call(constructor, "create", values), failed("Not enough arguments"));
-            const int type = query.arguments[i].type;
-            values.push_back(Value::null());
-            EXPECT_EQ(host->call(constructor, "create", values),
-                      failed(type == JSP_TYPE_NUMBER          ? "Not a number"
-                             : type == JSP_TYPE_STRING        ? "Not a string"
-                             : type == JSP_TYPE_NATIVE_OBJECT ? "Not an interface"
-                                                              : "Not an object"));
-        }
-        EXPECT_EQ(spotify.calls, Strings());
-        EXPECT_EQ(host->call(constructor, "create", query.arguments), failed(notRetrieved));
+        EXPECT_EQ(call(std::string("Spotify.") + query.kind, "create", query.arguments),
+                  failed(notRetrieved));
         EXPECT_EQ(spotify.calls, Strings{query.call});
     }
     host->collectGarbage(page);
     EXPECT_FALSE(host->alive(listener)) << "a query that was not started keeps its function";
-    jsplugin_obj* other = host->function(page);
-    expectFailures(
-        {{find("Spotify.Albumbrowse"),
-          "create",
-          {queries[2].arguments[0], other},
-          "Parameter is not of the requested interface type."},
-         {find("Spotify.Albumbrowse"), "create", {find("Spotify.Album"), other}, notRetrieved}});
+    EXPECT_EQ(call("Spotify.Albumbrowse", "create", {find("Spotify.Album"), host->function(page)}),
+              failed(notRetrieved));
 }
 
 TEST_F(QueryTest, TheFunctionIsCalledOnceWithAnotherWrapperAlsoWhenThePageKeepsNothingElse) {
@@ -153,9 +135,6 @@ TEST_F(QueryTest, WhatIsPendingEndsWithItsDocumentOrItsSession) {
     renewRoot();
     page = host->open();
     EXPECT_EQ(
-        call("Spotify.Search", "create", {"", 0, 0, 0, 0, 0, 0, 0, 0, 0, host->function(page)}),
-        failed("Spotify not initialized correctly"));
-    EXPECT_EQ(
         call("Spotify.Artistbrowse", "create", {find("Spotify.Artist"), 0, host->function(page)}),
         failed("Spotify was not initialized correctly"));
 }
@@ -193,15 +172,13 @@ TEST_F(ImageTest, IsMadeFromExactlyOneIdAndRaisesItsEventWhileItLives) {
     EXPECT_EQ(spotify.callsTo("sp_image_create"), (Strings{asked, asked, padded}));
     EXPECT_EQ(handle->references, 3) << "one of each wrapper";
     spotify.handles.clear();
-    expectFailures({{find("Spotify.SpImage"), "create", {}, "Not enough arguments"},
-                    {find("Spotify.SpImage"), "create", {5}, "Not a string"},
-                    {find("Spotify.SpImage"), "create", {imageText}, notRetrieved}});
+    EXPECT_EQ(call("Spotify.SpImage", "create", {imageText}), failed(notRetrieved));
     const auto raise = [&] {
         for (const auto& [callback, wrapper] : handle->listeners) {
             callback(handle, wrapper);
         }
     };
-    expectEvent(image, {"ImageLoaded", "onImageLoaded", raise, {image}});
+    expectEvent(image, {"ImageLoaded", raise, {image}});
     host->collect(image);
     EXPECT_EQ(handle->listeners.size(), 2U);
     EXPECT_EQ(spotify.calls.back(), "sp_image_release(image)");

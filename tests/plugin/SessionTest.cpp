@@ -34,14 +34,10 @@ protected:
 TEST_F(SessionTest, CreatePassesTheOptionsOnFailsCleanlyAndMakesOneSession) {
     const auto& config = find("Spotify.SessionConfig");
     for (const char* name : {"userAgent", "proxy", "proxyUsername", "proxyPassword"}) {
-        EXPECT_EQ(host->set(config, name, std::string("my ") + name), stored());
-        EXPECT_EQ(host->set(config, name, 5), refused("Not a string"));
-        EXPECT_EQ(host->get(config, name), valued(std::string("my ") + name));
+        host->set(config, name, std::string("my ") + name);
     }
     for (const char* name : {"compressPlaylists", "initiallyUnloadPlaylists"}) {
-        EXPECT_EQ(host->set(config, name, true), stored());
-        EXPECT_EQ(host->set(config, name, 0), refused("Not a boolean"));
-        EXPECT_EQ(host->get(config, name), valued(true));
+        host->set(config, name, true);
     }
     spotify.answers["sp_session_create"] = SP_ERROR_BAD_APPLICATION_KEY;
     EXPECT_EQ(session("create", {config}), failed("Failed to initialize libspotify"));
@@ -66,9 +62,7 @@ TEST_F(SessionTest, AccountFunctionsAnswerWhatTheLibraryDoes) {
     EXPECT_EQ(session("login", {"me", "secret", true, ""}), returned(0));
     spotify.answers["sp_session_login"] = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
     EXPECT_EQ(session("login", {"me", "", false, "blob"}), returned(6));
-    EXPECT_EQ(session("login", {"me", "s", true, 5}), failed("Not a string"));
     EXPECT_EQ(session("setCacheSize", {100.7}), nothing());
-    EXPECT_EQ(session("setCacheSize", {"1"}), failed("Not a number"));
     spotify.answers["sp_session_signup_perform_action"] = 9;
     EXPECT_EQ(session("signupPerformAction", {8}), returned(9));
     EXPECT_EQ(spotify.calls, (Strings{"sp_session_login(session, me, secret, true, null)",
@@ -111,22 +105,22 @@ TEST_F(SessionTest, EveryCallbackRaisesItsEventWithItsArgumentsForListenersAndIt
     const sp_session_callbacks& on = spotify.callbacks();
     // clang-format off
     const std::vector<Event> events = {
-        {"LoggedIn", "onLoggedIn", [&] { on.logged_in(from, SP_ERROR_USER_BANNED); }, {7}},
-        {"LoggedOut", "onLoggedOut", [&] { on.logged_out(from); }, {}},
-        {"MetadataUpdated", "onMetaDataUpdated", [&] { on.metadata_updated(from); }, {}},
-        {"ConnectionError", "onConnectionError", [&] { on.connection_error(from, SP_ERROR_OK); }, {0}},
-        {"MessageToUser", "onMessageToUser", [&] { on.message_to_user(from, "text"); }, {"text"}},
-        {"PlayTokenLost", "onPlayTokenLost", [&] { on.play_token_lost(from); }, {}},
-        {"LogMessage", "onLogMessage", [&] { on.log_message(from, nullptr); }, {""}},
-        {"EndOfTrack", "onEndOfTrack", [&] { on.end_of_track(from); }, {}},
-        {"StreamingError", "onStreamingError", [&] { on.streaming_error(from, SP_ERROR_TIMEOUT); }, {29}},
-        {"UserinfoUpdated", "onUserinfoUpdated", [&] { on.userinfo_updated(from); }, {}},
-        {"OfflineStatusUpdated", "onOfflineStatusUpdated", [&] { on.offline_status_updated(from); }, {}, false},
-        {"OfflineError", "onOfflineError", [&] { on.offline_error(from, SP_ERROR_OFFLINE_EXPIRED); }, {33}, false},
-        {"CredentialsBlobUpdated", "onCredentialsBlobUpdated", [&] { on.credentials_blob_updated(from, "b"); }, {"b"}},
-        {"ShowSignupPage", "onShowSignupPage", [&] { on.show_signup_page(from, SP_SIGNUP_PAGE_DONE, true, 5, "who"); }, {6, true, 5, "who"}, false},
-        {"ShowSignupErrorPage", "onShowSignupErrorPage", [&] { on.show_signup_error_page(from, SP_SIGNUP_PAGE_NONE, SP_ERROR_TIMEOUT); }, {0, 29}, false},
-        {"ShowTrialWelcome", "onShowTrialWelcome", [&] { on.show_trial_welcome(from); }, {}}};
+        {"LoggedIn", [&] { on.logged_in(from, SP_ERROR_USER_BANNED); }, {7}},
+        {"LoggedOut", [&] { on.logged_out(from); }, {}},
+        {"MetadataUpdated", [&] { on.metadata_updated(from); }, {}, true, "onMetaDataUpdated"},
+        {"ConnectionError", [&] { on.connection_error(from, SP_ERROR_OK); }, {0}},
+        {"MessageToUser", [&] { on.message_to_user(from, "text"); }, {"text"}},
+        {"PlayTokenLost", [&] { on.play_token_lost(from); }, {}},
+        {"LogMessage", [&] { on.log_message(from, nullptr); }, {""}},
+        {"EndOfTrack", [&] { on.end_of_track(from); }, {}},
+        {"StreamingError", [&] { on.streaming_error(from, SP_ERROR_TIMEOUT); }, {29}},
+        {"UserinfoUpdated", [&] { on.userinfo_updated(from); }, {}},
+        {"OfflineStatusUpdated", [&] { on.offline_status_updated(from); }, {}, false},
+        {"OfflineError", [&] { on.offline_error(from, SP_ERROR_OFFLINE_EXPIRED); }, {33}, false},
+        {"CredentialsBlobUpdated", [&] { on.credentials_blob_updated(from, "b"); }, {"b"}},
+        {"ShowSignupPage", [&] { on.show_signup_page(from, SP_SIGNUP_PAGE_DONE, true, 5, "who"); }, {6, true, 5, "who"}, false},
+        {"ShowSignupErrorPage", [&] { on.show_signup_error_page(from, SP_SIGNUP_PAGE_NONE, SP_ERROR_TIMEOUT); }, {0, 29}, false},
+        {"ShowTrialWelcome", [&] { on.show_trial_welcome(from); }, {}}};
     // clang-format on
     for (const Event& event : events) {
         expectEvent(find("Spotify.Session"), event);

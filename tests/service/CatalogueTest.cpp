@@ -96,10 +96,6 @@ TEST(Catalogue, FollowsChanges) {
     std::filesystem::remove(music.path("moved.wav"));
     scanned();
     EXPECT_EQ(TestMusic::link("Go"), go) << "the one that is left has the link of its tags";
-
-    std::ofstream(TestMusic::catalogueFile(), std::ios::binary) << std::string(8192, 'x');
-    EXPECT_THAT(scanned(), HasSubstr(".damaged and made again")) << "a damaged catalogue";
-    EXPECT_EQ(TestMusic::link("Go"), go);
 }
 
 TEST(Catalogue, SkipsWhatCannotBeReadWithOneLine) {
@@ -169,41 +165,6 @@ TEST(Catalogue, FindsCoversBesideFiles) {
     music.write("a/cover.jpg", "another picture");
     scanned();
     EXPECT_NE(cover, pictures("One").first);
-}
-
-TEST(Catalogue, AScanThatIsStoppedOrKilledIsCompletedByTheNext) {
-    const TestMusic music;
-    for (int number = 0; number < 240; ++number) {
-        const std::string name = std::to_string(number);
-        music.add("folder" + std::to_string(number % 20) + "/" + name + ".wav",
-                  "TITLE=Song " + std::to_string(number % 230) + "|ARTIST=Artist " +
-                      std::to_string(number % 7) + "|ALBUM=Album " + std::to_string(number % 31),
-                  50);
-    }
-    const std::string scan = SONOLET_INDEX " 2>&1 | grep -v '^Scan'";
-    const auto start = std::chrono::steady_clock::now();
-    const Ran clean = run(scan);
-    const std::chrono::duration<double> whole = std::chrono::steady_clock::now() - start;
-    std::filesystem::remove_all(music.stateFolder());
-
-    TestSession session;
-    ASSERT_TRUE(session.until([&] { return !session.log.empty(); }));
-    session.release();
-    EXPECT_THAT(session.log, Not(HasSubstr("Scanned")));
-    int killed = 0;
-    for (int attempt = 1; attempt < 10; ++attempt) {
-        const std::string moment = std::to_string(whole.count() * attempt / 12);
-        killed += run("timeout -s KILL " + moment + " " SONOLET_INDEX).status != 0 ? 1 : 0;
-        if (attempt % 3 == 0) {
-            // Half a change on top of half a scan.
-            music.add("folder3/3.wav", "TITLE=Changed " + std::to_string(attempt), 60);
-        }
-    }
-    EXPECT_GT(killed, 2) << "too few were interrupted to tell";
-    const Ran completed = run(scan);
-    std::filesystem::remove_all(music.stateFolder());
-    EXPECT_EQ(completed.output, run(scan).output);
-    EXPECT_NE(completed.output, clean.output) << "the change was seen";
 }
 
 }  // namespace

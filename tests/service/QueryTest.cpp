@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <tuple>
 
 namespace sonolet::test {
 namespace {
@@ -189,6 +190,10 @@ TEST_F(QueryTest, ListsWhatUsersAndCountriesPlay) {
     }
     EXPECT_THAT(toplist(SP_TOPLIST_TYPE_TRACKS, SP_TOPLIST_REGION_EVERYWHERE),
                 ElementsAre("Guest", "Late", "Early", "Debut"));
+    for (const auto& [title, least, most] : {std::tuple("Late", 100, 100), {"Early", 1, 99}}) {
+        const int popularity = sp_track_popularity(trackOf(TestMusic::link(title)).get());
+        EXPECT_TRUE(popularity >= least && popularity <= most) << title << popularity;
+    }
     EXPECT_THAT(toplist(SP_TOPLIST_TYPE_ALBUMS, SP_TOPLIST_REGION_EVERYWHERE),
                 ElementsAre("Best", "Bobs", "Start"));
     EXPECT_THAT(toplist(SP_TOPLIST_TYPE_ARTISTS, SP_TOPLIST_REGION_EVERYWHERE), ElementsAre("Ann"));

@@ -4,9 +4,6 @@
 #include "TestSession.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-
-#include <iterator>
 
 namespace sonolet::test {
 namespace {
@@ -125,28 +122,6 @@ TEST_F(SessionTest, CallbacksMayPumpLogOutAndRelease) {
     ASSERT_EQ(session.login("listener", "listener"), SP_ERROR_OK);
     EXPECT_FALSE(session.until([] { return false; })) << "a released session has no events";
     EXPECT_EQ(session.events.back(), "logged_in") << "nothing follows a release";
-}
-
-TEST_F(SessionTest, KeepsSecretsOutOfFilesAndLines) {
-    const std::string password = "correct-horse-battery";
-    ASSERT_EQ(run("echo " + password + " | " SONOLET_USER " add Secretive").status, 0);
-    TestSession session;
-    ASSERT_EQ(session.login("secretive", password.c_str(), true), SP_ERROR_OK);
-    const std::string blob = session.blob;
-    EXPECT_NE(session.login("secretive", (password + "x").c_str()), SP_ERROR_OK);
-
-    std::string kept = session.log;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(music.stateFolder())) {
-        struct stat status {};
-        ASSERT_EQ(stat(entry.path().c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & (S_IRWXG | S_IRWXO), 0U) << entry.path();
-        std::ifstream stream(entry.path(), std::ios::binary);
-        kept +=
-            entry.is_regular_file() ? std::string(std::istreambuf_iterator<char>(stream), {}) : "";
-    }
-    EXPECT_EQ(kept.find(password), std::string::npos);
-    EXPECT_EQ(kept.find(blob), std::string::npos);
-    EXPECT_NE(kept.find("$y$"), std::string::npos) << "only its hash";
 }
 
 }  // namespace

@@ -10,8 +10,11 @@
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <tpropertymap.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <sstream>
 
@@ -101,6 +104,32 @@ inline Ran run(const std::string& commandLine) {
     const int status = pclose(pipe);
     ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return ran;
+}
+
+// Runs `action` for ever in another process and kills that once it has confirmed `count` times;
+// how often it had confirmed by then. One more may be done and not confirmed.
+inline std::size_t killDuring(std::size_t count, const std::function<void()>& action) {
+    int confirmed[2];
+    if (pipe(confirmed) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    const pid_t worker = fork();
+    if (worker == 0) {
+        do {
+            action();
+        } while (write(confirmed[1], "x", 1) == 1);
+        _exit(1);
+    }
+    close(confirmed[1]);
+    std::size_t heard = 0;
+    for (char byte = 0; read(confirmed[0], &byte, 1) == 1;) {
+        if (++heard == count) {
+            kill(worker, SIGKILL);
+        }
+    }
+    waitpid(worker, nullptr, 0);
+    close(confirmed[0]);
+    return heard;
 }
 
 }  // namespace sonolet::test

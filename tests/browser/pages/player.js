@@ -14,8 +14,9 @@ document.getElementById("pause").addEventListener("click", () => {
 });
 addEventListener("unload", () => console.log("unload:", Sonolet.version().length > 0));
 Session.onLoggedIn = Session.onMetaDataUpdated = play;
-Session.addEventListener("PlayTokenLost", () => { state.tokenLost = true; });
 Sonolet.addEventListener("TrackProgress", (position) => { state.position = position; });
+
+Sonolet.onTrackComplete = () => console.log("complete");
 
 Session.create(SessionConfig);
 play();

@@ -13,7 +13,6 @@
 #include <csignal>
 #include <future>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace {

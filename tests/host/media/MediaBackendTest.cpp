@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <string>
 #include <utility>
 #include <vector>
 

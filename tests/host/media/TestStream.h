@@ -1,12 +1,12 @@
 #ifndef SONOLET_TESTS_HOST_MEDIA_TESTSTREAM_H
 #define SONOLET_TESTS_HOST_MEDIA_TESTSTREAM_H
 
+#include "../../fakes/Folder.h"
+
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -81,18 +81,11 @@ inline WavContent readWav(const std::string& path) {
     return content;
 }
 
-// Has a place for a WAV file of its own and cleans it up.
-class MediaTest : public testing::Test {
-protected:
-    void TearDown() override {
-        std::remove(wavPath.c_str());
-        std::remove(besidePath.c_str());
-    }
-
-    const std::string base = testing::TempDir() + "sonolet-media-" + std::to_string(getpid());
-    const std::string wavPath = base + ".wav";
+struct MediaTest : testing::Test {
+    const Folder folder;
+    const std::string wavPath = folder.path("out.wav");
     // Where a second stream goes that plays at the same time.
-    const std::string besidePath = base + "-2.wav";
+    const std::string besidePath = folder.path("out-2.wav");
 };
 
 #endif

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <iterator>
 #include <map>
@@ -61,9 +60,7 @@ TEST_F(DemoLibraryTest, TouchesNoOtherFolderAndIsMadeOnceAndMended) {
         << "no work is left beside it";
 }
 
-// A link is a digest of tags, so a changed tag would leave pages and README pointing nowhere. They
-// give each link with its title in quotes behind it.
-TEST_F(DemoLibraryTest, HoldsTheRepertoireAndTheTracksThatPagesLinkTo) {
+TEST_F(DemoLibraryTest, HoldsTheRepertoire) {
     ASSERT_TRUE(makeDemoLibrary(library));
     Catalogue catalogue(files.path("catalogue"));
     std::promise<void> finished;
@@ -103,26 +100,6 @@ TEST_F(DemoLibraryTest, HoldsTheRepertoireAndTheTracksThatPagesLinkTo) {
     }
     EXPECT_EQ(scanned, written);
     EXPECT_EQ(tunes.size(), 12U);
-
-    std::vector<fs::path> texts{PROJECT_FOLDER "/README.md"};
-    texts.insert(texts.end(), fs::directory_iterator(PROJECT_FOLDER "/pages"), {});
-    std::size_t found = 0;
-    for (const fs::path& path : texts) {
-        std::ifstream text(path);
-        for (std::string line; std::getline(text, line);) {
-            const std::size_t at = line.find("spotify:track:");
-            const std::size_t title = line.find("// \"", at);
-            if (at != std::string::npos && title != std::string::npos) {
-                const auto id = Id::fromText(line.substr(at + 14, Id::textLength));
-                const auto track = catalogue.track(id.value_or(Id()));
-                ASSERT_TRUE(track) << path << ": " << line;
-                EXPECT_EQ(line.compare(title + 4, track->title.size() + 1, track->title + '"'), 0)
-                    << line;
-                ++found;
-            }
-        }
-    }
-    EXPECT_GE(found, 3U);
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
 #ifndef SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 #define SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 
+#include "../../fakes/Folder.h"
+
 #include <gst/gst.h>
-#include <stdlib.h>
 
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -38,26 +37,9 @@ inline Samples numbered(std::int16_t file, std::size_t frames) {
     return samples;
 }
 
-// A folder of files that goes away with it. What makes a file answers its path.
-class TestFiles final {
+class TestFiles final : public Folder {
 public:
-    TestFiles() : folder(std::filesystem::temp_directory_path() / "sonolet-test-XXXXXX") {
-        gst_init(nullptr, nullptr);
-        if (mkdtemp(folder.data()) == nullptr) {
-            throw std::runtime_error("no folder for test files");
-        }
-    }
-    ~TestFiles() { std::filesystem::remove_all(folder); }
-    TestFiles(const TestFiles&) = delete;
-    TestFiles& operator=(const TestFiles&) = delete;
-
-    std::string path(const std::string& name) const { return folder + '/' + name; }
-
-    std::string write(const std::string& name, const std::string& bytes) const {
-        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
+    TestFiles() { gst_init(nullptr, nullptr); }
 
     std::string writeWav(const std::string& name,
                          const Samples& samples,
@@ -92,9 +74,6 @@ public:
         gst_object_unref(pipeline);
         return done ? path(name) : throw std::runtime_error("cannot encode: " + line);
     }
-
-private:
-    std::string folder;
 };
 
 }  // namespace sonolet::test
