@@ -17,7 +17,7 @@ void BenchBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatu
     delete event;
 }
 
-void BenchBackend::request(unsigned size) {
+void BenchBackend::request(unsigned size) const {
     client->handleEvent(new NeedDataEvent(0, size));
 }
 

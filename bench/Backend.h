@@ -15,7 +15,7 @@ public:
     void writeData(NeedDataEvent* event, unsigned size, WriteDataStatus status) override;
 
     // Asks for bytes of the stream. REQUIRES: the plug-in plays.
-    void request(unsigned size);
+    void request(unsigned size) const;
 
     UVAClient* client = nullptr;
     double seconds = 0;

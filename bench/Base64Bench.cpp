@@ -20,7 +20,7 @@ void benchBase64() {
         data[i] = static_cast<unsigned char>(i * 2654435761U >> 13);
     }
     std::string text;
-    std::vector<unsigned char> theirs(size * 2);
+    std::vector<unsigned char> theirs(std::size_t{size} * 2);
     const Compared encoding = compare(
         21, bytes, threadSeconds,
         [&] {

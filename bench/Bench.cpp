@@ -22,7 +22,8 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script load plugin sound base64 memory size growth search (all, if none is named)\n";
+    "groups: script load plugin sound base64 memory size growth search playing (all, if none is "
+    "named)\n";
 
 // Wrong use.
 struct Misuse : std::runtime_error {
@@ -37,8 +38,8 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 9> allGroups = {"script", "load", "plugin", "sound", "base64",
-                                              "memory", "size", "growth", "search"};
+const std::array<std::string, 10> allGroups = {"script", "load", "plugin", "sound",  "base64",
+                                               "memory", "size", "growth", "search", "playing"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -178,8 +179,8 @@ void run(const Options& options) {
         std::cerr << "measuring: " << group << '\n';
         if (group == "script" || group == "load") {
             add(figuresOf(program("sonolet-bench-script") + ' ' + group));
-        } else if (group == "search") {
-            add(figuresOf(program("sonolet-bench-search")));
+        } else if (group == "search" || group == "playing") {
+            add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));
             if (!options.device.empty()) {

@@ -128,6 +128,7 @@ double
 measure(int rounds, double count, ClockFunction clock, const std::function<void()>& subject) {
     subject();
     std::vector<double> samples;
+    samples.reserve(static_cast<std::size_t>(rounds));
     for (int i = 0; i < rounds; ++i) {
         samples.push_back(timed(clock, subject));
     }

@@ -21,9 +21,11 @@ struct Figure {
     Goal goal = Goal::None;
     double bound = 0;  // of the ratio
 
+    // 0 beside a limit of 0.
     double ratio() const { return peerValue > 0 ? value / peerValue : 0; }
     bool holds() const {
-        return goal == Goal::None || (goal == Goal::AtMost ? ratio() <= bound : ratio() >= bound);
+        return goal == Goal::None ||
+               (goal == Goal::AtMost ? value <= bound * peerValue : value >= bound * peerValue);
     }
 };
 

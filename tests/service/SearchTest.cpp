@@ -97,6 +97,10 @@ TEST_F(SearchTest, UnderstandsFiltersPhrasesAndYears) {
          {"Red", "AC/DC", "Moon Shot", 1999},
          {"Artist", "Cyd", "Years", 2000},
          {"100%", "O'Neil & Sons", "(Cut)"}});
+    std::string many;
+    while (many.size() < 10000) {
+        many += "blue moon ";
+    }
     const std::pair<std::string, std::set<std::string>> table[] = {
         {"Album: blue", {"Moon Blue"}},
         {"track:red", {"Red"}},
@@ -123,6 +127,8 @@ TEST_F(SearchTest, UnderstandsFiltersPhrasesAndYears) {
         {"100%", {"100%"}},
         {"\"ac\"red*", {"Red"}},
         {"^o'neil 🎵", {"100%"}},
+        {many, {"Blue Moon", "Moon Blue"}},
+        {std::string(10000, 'x') + '"' + '\xff', {}},
     };
     for (const auto& [query, expected] : table) {
         const auto found = titles(query);

@@ -26,6 +26,7 @@ public:
 
     // Key of the interface's cache; may have gone, and is only compared.
     jsplugin_obj* document() const noexcept {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the mark shares its word
         return reinterpret_cast<jsplugin_obj*>(place & ~gone);
     }
 

@@ -1,0 +1,50 @@
+#include "SoundServer.h"
+
+#include "Command.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr char form[] = "format=s16le rate=44100 channels=2";
+
+}  // namespace
+
+// Without the priority that a machine may give its own, so that it behaves alike everywhere.
+SoundServer::SoundServer(const std::string& itsFolder) : folder(itsFolder) {
+    const std::string socket = folder + "/pulse";
+    server = std::make_unique<Process>(std::vector<std::string>{
+        "pulseaudio", "--daemonize=no", "-n", "--exit-idle-time=-1", "--disable-shm=yes",
+        "--use-pid-file=no", "--high-priority=no", "--realtime=no", "--log-level=info",
+        "--log-target=stderr", std::string("--load=module-null-sink sink_name=nowhere ") + form,
+        "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket});
+    // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet
+    setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
+    setenv("PULSE_RUNTIME_PATH", (folder + "/pulse-runtime").c_str(), 1);
+    // NOLINTEND(concurrency-mt-unsafe)
+    server->awaitLine("Daemon startup complete");
+}
+
+// Only when it is verbose does it tell that it has begun, and then it tells the time for ever.
+void SoundServer::record() {
+    recorder = std::make_unique<Process>(std::vector<std::string>{
+        "/bin/bash", "-c",
+        "exec parec --device=nowhere.monitor --format=s16le --rate=44100 --channels=2"
+        " --latency-msec=100 --verbose '" +
+            folder + "/heard.pcm' 2> >(grep -m 1 'Stream successfully created'; cat >/dev/null)"});
+    recorder->awaitLine("Stream successfully created");
+}
+
+SoundServer::Frames SoundServer::heard() {
+    recorder->signal(SIGINT);
+    recorder->wait();
+    return framesOf(contentsOf(folder + "/heard.pcm"));
+}
+
+SoundServer::Frames SoundServer::framesOf(const std::string& pcm) {
+    Frames frames(pcm.size() / sizeof(std::uint32_t));
+    std::memcpy(frames.data(), pcm.data(), frames.size() * sizeof(std::uint32_t));
+    return frames;
+}
