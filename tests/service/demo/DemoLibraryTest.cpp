@@ -49,8 +49,8 @@ TEST_F(DemoLibraryTest, TouchesNoOtherFolderIsMadeOnceIsMendedAndHoldsTheReperto
     EXPECT_FALSE(makeDemoLibrary(library.string() + "/"));
     EXPECT_EQ(filesIn(library), made);
 
-    const DemoAlbum& album = repertoire().front();
-    const fs::path first = library / album.folder() / album.fileName(album.tracks.front());
+    const DemoAlbum& opener = repertoire().front();
+    const fs::path first = library / opener.folder() / opener.fileName(opener.tracks.front());
     ASSERT_TRUE(fs::remove(first));
     files.write("demo/mine.txt", "kept");
     EXPECT_TRUE(makeDemoLibrary(library));
