@@ -5,7 +5,6 @@
 #include "jspp/object.h"
 #include "jspp/orvo/mutex.h"
 
-#include <deque>
 #include <map>
 #include <utility>
 #include <vector>
@@ -18,7 +17,7 @@ namespace jspp::__detail {
 // drop the last reference to a native object.
 class callback_manager final {
 public:
-    using pending = std::deque<std::pair<object, call_parameters>>;
+    using pending = std::vector<std::pair<object, call_parameters>>;
 
     callback_manager() = default;
     callback_manager(const callback_manager&) = delete;
