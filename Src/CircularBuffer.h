@@ -33,9 +33,10 @@ public:
 private:
     const std::unique_ptr<char[]> data;
 
-    // Each is stored (release) by its own side and loaded (acquire) by the other.
-    std::atomic<unsigned> readPos{0};
-    std::atomic<unsigned> writePos{0};
+    // Each is stored (release) by its own side and loaded (acquire) by the other, and has a cache
+    // line to itself: a store would slow down the other side's loads of its own.
+    alignas(64) std::atomic<unsigned> readPos{0};
+    alignas(64) std::atomic<unsigned> writePos{0};
 };
 
 #endif

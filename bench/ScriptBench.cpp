@@ -8,6 +8,7 @@
 #include "engine/ErrorReporter.h"
 #include "engine/Scheduler.h"
 #include "engine/Text.h"
+#include "engine/WeakObject.h"
 #include "library/Library.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -15,6 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <deque>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -199,6 +201,28 @@ track(JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef[]
     return JSObjectMake(context, trackClass, new Wrapped{benchHandle<sp_track>()});
 }
 
+// What the engine alone takes for an object as the host's are: behind a prototype of its own, which
+// catches reads, and held weakly.
+std::deque<WeakObject> held;
+JSValueRef
+caught(JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef[], JSValueRef*) {
+    static const JSClassRef catcherClass = [] {
+        JSClassDefinition definition = kJSClassDefinitionEmpty;
+        definition.className = "Catcher";
+        definition.attributes = kJSClassAttributeNoAutomaticPrototype;
+        definition.getProperty = [](JSContextRef, JSObjectRef, JSStringRef, JSValueRef*) {
+            return static_cast<JSValueRef>(nullptr);
+        };
+        definition.finalize = [](JSObjectRef) {};
+        return JSClassCreate(&definition);
+    }();
+    const JSObjectRef front = JSObjectMake(context, nullptr, nullptr);
+    const JSObjectRef catcher = JSObjectMake(context, catcherClass, nullptr);
+    JSObjectSetPrototype(context, front, catcher);
+    held.emplace_back().set(context, front);
+    return front;
+}
+
 // The simplest queue from any thread to script.
 class Queue final {
 public:
@@ -306,11 +330,17 @@ void wrappers(Page& page) {
             page.document->letGo();
             JSSynchronousGarbageCollectForDebugging(page.context);
             page.document->letGo();
+            peer::held.clear();
         };
     };
     const Compared time = compare(9, count, processSeconds, collected(ours), collected(theirs));
     report(atMost("Track wrapper made, exposed and dropped", time.subject, "ns",
                   "JSObjectMake with finalizer", time.peer, 2));
+    const Compared engine =
+        compare(9, count, processSeconds, collected(page.loop("", "last = caught();", count)),
+                collected(theirs));
+    report(plain("of it the engine: an object with a prototype of its own, held weakly",
+                 engine.subject, "ns"));
 }
 
 void script() {
@@ -319,8 +349,11 @@ void script() {
     const SecondThread second;
     page.define("peer", peer::object(page.context));
     page.define("peerList", peer::withProperty(page.context));
-    page.define("peerTrack", JSObjectMakeFunctionWithCallback(
-                                 page.context, text::EngineString("track").get(), peer::track));
+    for (const auto& [name, function] :
+         {std::pair("peerTrack", peer::track), std::pair("caught", peer::caught)}) {
+        page.define(name, JSObjectMakeFunctionWithCallback(
+                              page.context, text::EngineString(name).get(), function));
+    }
     page.evaluate("session = Spotify.Session.create(Spotify.SessionConfig);"
                   "track = Spotify.Track.create('spotify:track:1');"
                   "playlist = Spotify.Playlist.create('spotify:playlist:1');"

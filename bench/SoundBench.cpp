@@ -30,14 +30,13 @@ constexpr unsigned requested = 4096;
 using Bytes = std::array<char, delivery>;
 
 // Rings behind one shape: each takes a delivery whole or not at all, and gives a request likewise.
+// Before the first there is the stream's header, as in play; it also keeps our ring, which never
+// gives its last byte, from running dry.
+constexpr std::array<char, 48> header{};
 
 class Ours final {
 public:
-    Ours() {
-        // The stream's header, as in play: the ring never gives its last byte.
-        const std::array<char, 48> header{};
-        ring->write(header.data(), header.size());
-    }
+    Ours() { ring->write(header.data(), header.size()); }
     bool put(const char* bytes) {
         if (!ring->canWrite(delivery)) {
             return false;
@@ -59,6 +58,7 @@ private:
 
 class Jack final {
 public:
+    Jack() { jack_ringbuffer_write(ring.get(), header.data(), header.size()); }
     bool put(const char* bytes) {
         return jack_ringbuffer_write_space(ring.get()) >= delivery &&
                jack_ringbuffer_write(ring.get(), bytes, delivery) == delivery;
@@ -76,6 +76,7 @@ private:
 
 class Boost final {
 public:
+    Boost() { ring.push(header.data(), header.size()); }
     bool put(const char* bytes) {
         return ring.write_available() >= delivery && ring.push(bytes, delivery) == delivery;
     }

@@ -215,7 +215,7 @@ bool Document::callFunction(ObjectRecord* thisRecord,
     JSValueRef exception = nullptr;
     ScriptArguments arguments(context, argc > 0 ? static_cast<std::size_t>(argc) : 0);
     for (int i = 0; i < argc && exception == nullptr; ++i) {
-        arguments.add(toScript(context, argv[i], &exception));
+        arguments.add(toScript(*this, context, argv[i], &exception));
     }
     if (exception == nullptr) {
         JSObjectCallAsFunction(context, function, thisObject, arguments.size(), arguments.data(),
@@ -238,7 +238,7 @@ JSValueRef Document::readProperty(ObjectRecord& record, JSStringRef name, JSValu
     const int answer = record.callbacks.getter(&record, utf8.c_str(), &result);
     switch (answer) {
     case JSP_GET_NO_VALUE:
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     case JSP_GET_VALUE:
     case JSP_GET_VALUE_CACHE: {
         const JSValueRef value = store->namedValue(result, utf8, exception);
@@ -299,11 +299,11 @@ JSValueRef Document::callNative(ObjectRecord& function,
             " is not a function");
         return nullptr;
     case JSP_CALL_VALUE:
-        return toScript(context, result, exception);
+        return toScript(*this, context, result, exception);
     case JSP_CALL_EXCEPTION:
         *exception = engine.makeError(messageOf(result));
         return nullptr;
     default:
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     }
 }

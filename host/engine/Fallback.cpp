@@ -1,17 +1,44 @@
 #include "engine/Fallback.h"
 
+#include "engine/Document.h"
+#include "engine/Fronts.h"
 #include "engine/Text.h"
 
-Fallback::Fallback(JSGlobalContextRef scriptContext,
+namespace {
+
+// Whether the plug-in took the write. `name` is a string or a symbol.
+bool writeTo(JSContextRef context,
+             JSValueRef target,
+             JSValueRef name,
+             JSValueRef value,
+             JSValueRef* exception) {
+    ObjectRecord* const record = JSValueIsObject(context, target)
+                                     ? Fronts::recordOf(JSValueToObject(context, target, nullptr))
+                                     : nullptr;
+    if (record == nullptr || record->callbacks.setter == nullptr ||
+        !JSValueIsString(context, name)) {
+        return false;
+    }
+    const text::EngineString text(context, name);
+    return !Fallback::isPrototypeName(text.get()) &&
+           record->document.writeProperty(*record, text.get(), value, exception);
+}
+
+}  // namespace
+
+Fallback::Fallback(Document& owner,
+                   JSGlobalContextRef scriptContext,
                    const Intrinsics& engineFunctions,
                    JSObjectRef base)
-    : context(scriptContext), intrinsics(engineFunctions), get(makeTrap(&Fallback::getTrap)),
-      has(makeTrap(&Fallback::hasTrap)), proxy(intrinsics.makeFallback(base, get, has)) {
+    : document(owner), context(scriptContext), intrinsics(engineFunctions),
+      get(makeTrap(&Fallback::getTrap)), set(makeTrap(&Fallback::setTrap)),
+      has(makeTrap(&Fallback::hasTrap)), write(makeTrap(&Fallback::writeKept)),
+      proxy(intrinsics.makeFallback(base, get, set, has)) {
     JSValueProtect(context, proxy);
 }
 
 Fallback::~Fallback() {
-    for (const JSObjectRef trap : {get, has}) {
+    for (const JSObjectRef trap : {get, set, has, write}) {
         JSObjectSetPrivate(trap, nullptr);
         JSValueUnprotect(context, trap);
     }
@@ -28,6 +55,12 @@ JSObjectRef Fallback::makeTrap(JSObjectCallAsFunctionCallback trap) {
     JSClassRelease(trapClass);
     JSValueProtect(context, function);
     return function;
+}
+
+bool Fallback::isPrototypeName(JSStringRef name) noexcept {
+    constexpr char prototype[] = "__proto__";
+    return JSStringGetLength(name) == sizeof prototype - 1 &&
+           JSStringIsEqualToUTF8CString(name, prototype);
 }
 
 void Fallback::leave(const std::string& name, const std::string& text) {
@@ -55,6 +88,40 @@ JSValueRef Fallback::getTrap(JSContextRef context,
         }
     }
     return self->intrinsics.reflectGet(argc, argv, exception);
+}
+
+// Of a name that nothing before it in the chain has: arguments are target, name, value, receiver.
+JSValueRef Fallback::setTrap(JSContextRef context,
+                             JSObjectRef function,
+                             JSObjectRef,
+                             size_t argc,
+                             const JSValueRef argv[],
+                             JSValueRef* exception) noexcept {
+    auto* const self = static_cast<Fallback*>(JSObjectGetPrivate(function));
+    if (self == nullptr || argc < 4) {
+        return JSValueMakeBoolean(context, true);
+    }
+    if (writeTo(context, argv[3], argv[1], argv[2], exception)) {
+        return JSValueMakeBoolean(context, true);
+    }
+    return self->intrinsics.reflectSet(argc, argv, exception);
+}
+
+// Of a name whose value the front keeps: arguments are the object written to, name, value.
+JSValueRef Fallback::writeKept(JSContextRef context,
+                               JSObjectRef function,
+                               JSObjectRef,
+                               size_t argc,
+                               const JSValueRef argv[],
+                               JSValueRef* exception) noexcept {
+    auto* const self = static_cast<Fallback*>(JSObjectGetPrivate(function));
+    if (self != nullptr && argc == 3 && !writeTo(context, argv[0], argv[1], argv[2], exception) &&
+        JSValueIsObject(context, argv[0])) {
+        const text::EngineString name(context, argv[1]);
+        self->intrinsics.define(JSValueToObject(context, argv[0], nullptr), name.get(), argv[2],
+                                true);
+    }
+    return JSValueMakeUndefined(context);
 }
 
 JSValueRef Fallback::hasTrap(JSContextRef context,

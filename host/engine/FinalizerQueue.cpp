@@ -7,7 +7,7 @@ void FinalizerQueue::add(FrontLink* link) noexcept {
     const std::shared_ptr<FinalizerQueue> queue = link->queue;
     const std::lock_guard<std::mutex> lock(queue->mutex);
     if (queue->closed) {
-        drop(link);
+        delete link;
         return;
     }
     queue->finalized.push_back(link);
@@ -22,13 +22,7 @@ void FinalizerQueue::close() {
     const std::lock_guard<std::mutex> lock(mutex);
     closed = true;
     for (FrontLink* link : finalized) {
-        drop(link);
-    }
-    finalized.clear();
-}
-
-void FinalizerQueue::drop(FrontLink* link) noexcept {
-    if (--link->cells == 0) {
         delete link;
     }
+    finalized.clear();
 }

@@ -8,12 +8,10 @@
 class FinalizerQueue;
 class ObjectRecord;
 
-// The private data of the cells that make up one script object of a native record. It is freed when
-// the finalizer of the last cell has run; a newer script object of the record has a link of its
-// own.
+// The private data of a catcher. It is freed when the catcher's finalizer has run; a newer script
+// object of the record has a catcher and a link of its own.
 struct FrontLink {
     ObjectRecord* record;  // null once the record is gone
-    unsigned cells;        // whose finalizers are still to come
     std::shared_ptr<FinalizerQueue> queue;
 };
 
@@ -23,19 +21,17 @@ struct FrontLink {
 // Threads: add() may be called on any, the rest on the script thread.
 class FinalizerQueue final {
 public:
-    // One cell of `link` is gone.
+    // The catcher of `link` is gone.
     static void add(FrontLink* link) noexcept;
 
     std::vector<FrontLink*> take();
 
-    // From here on nobody takes: links are freed as their last cell goes.
+    // From here on nobody takes: links are freed as their catchers go.
     void close();
 
 private:
-    static void drop(FrontLink* link) noexcept;
-
     std::mutex mutex;
-    std::vector<FrontLink*> finalized;  // one entry a cell; protected by mutex
+    std::vector<FrontLink*> finalized;  // protected by mutex
     bool closed = false;                // protected by mutex
 };
 

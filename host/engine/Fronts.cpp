@@ -3,6 +3,10 @@
 #include "engine/Document.h"
 #include "engine/Text.h"
 
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+
 // Exported by the engine but in none of its public headers; null with an engine that has it not.
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
 extern "C" __attribute__((weak)) void JSReportExtraMemoryCost(JSContextRef context, size_t size);
@@ -11,39 +15,61 @@ namespace {
 
 // What hangs on a script object outside of the engine's heap, about: without knowing of it the
 // engine would let many thousand dead objects lie before it collects.
-constexpr size_t nativeMemoryCost = 4096;
+constexpr size_t nativeMemoryCost = 1024;
 
-ObjectRecord* recordIn(JSObjectRef cell) noexcept {
-    auto* const link = static_cast<FrontLink*>(JSObjectGetPrivate(cell));
-    return link != nullptr ? link->record : nullptr;
-}
+// Records by the address of their front. Another object may come to lie there, so an entry counts
+// only while the front lives.
+class Table final {
+public:
+    void add(ObjectRecord& record) {
+        records.insert_or_assign(record.object, &record);
+        lately(record.object) = &record;
+    }
+    void remove(const ObjectRecord& record) noexcept {
+        if (ObjectRecord*& known = lately(record.object); known == &record) {
+            known = nullptr;
+        }
+        const auto found = records.find(record.object);
+        if (found != records.end() && found->second == &record) {
+            records.erase(found);
+        }
+    }
+    ObjectRecord* find(JSObjectRef object) noexcept {
+        ObjectRecord*& known = lately(object);
+        if (known == nullptr || known->object != object) {
+            const auto found = records.find(object);
+            if (found == records.end()) {
+                return nullptr;
+            }
+            known = found->second;
+        }
+        return known->living() == object ? known : nullptr;
+    }
 
-// The accessor of Object.prototype answers it; no plug-in may.
-bool isPrototypeName(JSStringRef name) {
-    constexpr char prototype[] = "__proto__";
-    return JSStringGetLength(name) == sizeof prototype - 1 &&
-           JSStringIsEqualToUTF8CString(name, prototype);
+private:
+    ObjectRecord*& lately(JSObjectRef object) noexcept {
+        return cache[reinterpret_cast<std::uintptr_t>(object) / 16 % cache.size()];
+    }
+
+    std::unordered_map<JSObjectRef, ObjectRecord*> records;
+    std::array<ObjectRecord*, 64> cache = {};  // by a part of the address; all are in `records`
+};
+
+// Never freed: documents go up to process exit.
+Table& table() {
+    static Table& fronts = *new Table;
+    return fronts;
 }
 
 JSValueRef
-catchRead(JSContextRef, JSObjectRef cell, JSStringRef name, JSValueRef* exception) noexcept {
-    ObjectRecord* const record = recordIn(cell);
-    if (record == nullptr || isPrototypeName(name)) {
+catchRead(JSContextRef, JSObjectRef catcher, JSStringRef name, JSValueRef* exception) noexcept {
+    const auto* const link = static_cast<const FrontLink*>(JSObjectGetPrivate(catcher));
+    ObjectRecord* const record = link != nullptr ? link->record : nullptr;
+    if (record == nullptr || record->callbacks.getter == nullptr ||
+        Fallback::isPrototypeName(name)) {
         return nullptr;
     }
     return record->document.readProperty(*record, name, exception);
-}
-
-bool catchWrite(JSContextRef,
-                JSObjectRef cell,
-                JSStringRef name,
-                JSValueRef value,
-                JSValueRef* exception) noexcept {
-    ObjectRecord* const record = recordIn(cell);
-    if (record == nullptr || record->callbacks.setter == nullptr || isPrototypeName(name)) {
-        return false;
-    }
-    return record->document.writeProperty(*record, name, value, exception);
 }
 
 JSValueRef callFunction(JSContextRef context,
@@ -52,48 +78,24 @@ JSValueRef callFunction(JSContextRef context,
                         size_t argc,
                         const JSValueRef argv[],
                         JSValueRef* exception) noexcept {
-    ObjectRecord* const record = recordIn(function);
+    ObjectRecord* const record = table().find(function);
     if (record == nullptr) {
         return JSValueMakeUndefined(context);
     }
     return record->document.callNative(*record, thisObject, argc, argv, exception);
 }
 
-void finalize(JSObjectRef cell) noexcept {
-    FinalizerQueue::add(static_cast<FrontLink*>(JSObjectGetPrivate(cell)));
+void finalize(JSObjectRef catcher) noexcept {
+    FinalizerQueue::add(static_cast<FrontLink*>(JSObjectGetPrivate(catcher)));
 }
 
-JSClassDefinition definition(const char* name) {
-    JSClassDefinition made = kJSClassDefinitionEmpty;
-    made.className = name;
-    made.attributes = kJSClassAttributeNoAutomaticPrototype;
-    made.finalize = finalize;
-    return made;
-}
-
-// The three classes are the process's, and are never released.
-JSClassRef objectClass() {
-    static const JSClassRef made = [] {
-        JSClassDefinition front = definition("NativeObject");
-        front.setProperty = catchWrite;
-        return JSClassCreate(&front);
-    }();
-    return made;
-}
-
-JSClassRef functionClass() {
-    static const JSClassRef made = [] {
-        JSClassDefinition front = definition("Function");
-        front.setProperty = catchWrite;
-        front.callAsFunction = callFunction;
-        return JSClassCreate(&front);
-    }();
-    return made;
-}
-
+// The process's, and never released.
 JSClassRef catcherClass() {
     static const JSClassRef made = [] {
-        JSClassDefinition catcher = definition("NativeObjectPrototype");
+        JSClassDefinition catcher = kJSClassDefinitionEmpty;
+        catcher.className = "NativeObject";
+        catcher.attributes = kJSClassAttributeNoAutomaticPrototype;
+        catcher.finalize = finalize;
         catcher.getProperty = catchRead;
         return JSClassCreate(&catcher);
     }();
@@ -102,38 +104,40 @@ JSClassRef catcherClass() {
 
 }  // namespace
 
-Fronts::Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
-    : context(scriptContext), intrinsics(engineFunctions),
-      objectFallback(context, intrinsics, intrinsics.objectPrototype()),
-      functionFallback(context, intrinsics, intrinsics.functionPrototype()) {}
+Fronts::Fronts(Document& owner, JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
+    : context(scriptContext),
+      objectFallback(owner, context, engineFunctions, engineFunctions.objectPrototype()),
+      functionFallback(owner, context, engineFunctions, engineFunctions.functionPrototype()) {}
 
-JSObjectRef Fronts::make(FrontLink& link) const {
-    const NativeCallbacks& callbacks = link.record->callbacks;
+JSObjectRef Fronts::make(ObjectRecord& record, const std::shared_ptr<FinalizerQueue>& queue) const {
+    const NativeCallbacks& callbacks = record.callbacks;
     const bool isFunction = callbacks.call != nullptr;
+    // Until it is returned the front lives by being on the stack.
     const JSObjectRef front =
-        JSObjectMake(context, isFunction ? functionClass() : objectClass(), &link);
-    link.cells = 1;
+        isFunction ? JSObjectMakeFunctionWithCallback(
+                         context, text::EngineString(record.name).get(), callFunction)
+                   : JSObjectMake(context, nullptr, nullptr);
     if (JSReportExtraMemoryCost != nullptr) {
         JSReportExtraMemoryCost(context, nativeMemoryCost);
     }
-    if (callbacks.getter == nullptr) {
-        JSObjectSetPrototype(context, front,
-                             isFunction ? intrinsics.functionPrototype()
-                                        : intrinsics.objectPrototype());
-        return front;
+    if (!isFunction || callbacks.getter != nullptr || callbacks.setter != nullptr) {
+        auto* const link = new FrontLink{&record, queue};
+        record.links.push_back(link);
+        const JSObjectRef catcher = JSObjectMake(context, catcherClass(), link);
+        JSObjectSetPrototype(context, catcher,
+                             isFunction ? functionFallback.object() : objectFallback.object());
+        JSObjectSetPrototype(context, front, catcher);
     }
-    const JSObjectRef catcher = JSObjectMake(context, catcherClass(), &link);
-    link.cells = 2;
-    JSObjectSetPrototype(context, catcher,
-                         isFunction ? functionFallback.object() : objectFallback.object());
-    JSObjectSetPrototype(context, front, catcher);
+    record.object = front;
+    record.weak.set(context, front);
+    table().add(record);
     return front;
 }
 
-ObjectRecord* Fronts::recordOf(JSContextRef context, JSObjectRef object) noexcept {
-    if (!JSValueIsObjectOfClass(context, object, objectClass()) &&
-        !JSValueIsObjectOfClass(context, object, functionClass())) {
-        return nullptr;
-    }
-    return recordIn(object);
+void Fronts::forget(const ObjectRecord& record) noexcept {
+    table().remove(record);
+}
+
+ObjectRecord* Fronts::recordOf(JSObjectRef object) noexcept {
+    return table().find(object);
 }

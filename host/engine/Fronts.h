@@ -8,24 +8,32 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <memory>
+
 // The script objects of native records ("fronts") and how an access to one becomes a call of the
 // plug-in.
 //
-// The engine asks an object whose class has a getProperty callback on every read, even of an own
-// property, so the front's class has none: what may be cached becomes an own property of the front,
-// which the engine reads by itself. Behind the front stands the catcher, a prototype of its own
-// with the callback, which sees the reads of every other name; behind that the document's Fallback.
+// A front is a plain object, or a plain function, because those are what the engine is fast with.
+// What may be cached becomes an own property of it, an accessor whose setter goes to the plug-in.
+// Behind the front stands the catcher, a prototype of its own with a callback that sees the reads
+// of every other name; behind that the document's Fallback, which sees the writes. A function
+// without getter and setter has neither.
 //
-// Writes come to the front itself, before its own properties, so that none is lost in a cached one.
+// Threads: the script thread. One table for the process tells whose a front is: frames hand
+// objects to each other.
 class Fronts final {
 public:
-    Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
+    Fronts(Document& owner, JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
 
-    // A new front, which owns `link` through its finalizers.
-    JSObjectRef make(FrontLink& link) const;
+    // A new front, which is the record's from here on. What its collection leaves goes to the
+    // queue.
+    JSObjectRef make(ObjectRecord& record, const std::shared_ptr<FinalizerQueue>& queue) const;
 
-    // The record behind a front; null for any other object, or when the record is gone.
-    static ObjectRecord* recordOf(JSContextRef context, JSObjectRef object) noexcept;
+    // The record is no longer its object's.
+    static void forget(const ObjectRecord& record) noexcept;
+
+    // The record behind a front that lives; null for any other object, or when the record is gone.
+    static ObjectRecord* recordOf(JSObjectRef object) noexcept;
 
     // Where the catcher leaves an exception.
     Fallback& fallbackFor(const ObjectRecord& record) noexcept {
@@ -34,7 +42,6 @@ public:
 
 private:
     JSGlobalContextRef context;
-    const Intrinsics& intrinsics;
     Fallback objectFallback;
     Fallback functionFallback;
 };

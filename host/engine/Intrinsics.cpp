@@ -18,12 +18,18 @@ const char* const script = R"js((function () {
         set: WeakMap.prototype.set,
         value: (object, name, value, enumerable) => define(object, name,
             { __proto__: null, value, writable: true, enumerable, configurable: true }),
+        kept: (object, name, value, write) => define(object, name,
+            { __proto__: null, get: () => value, set(written) { write(this, name, written); },
+              enumerable: false, configurable: true }),
         accessor: (object, name, get, set) => define(object, name,
             { __proto__: null, get, set, enumerable: true, configurable: true }),
         typeError: TypeError,
-        fallback: (base, get, has) =>
-            new ProxyConstructor(create(base), { __proto__: null, get, has }),
+        fallback: (base, get, set, has) => new ProxyConstructor(
+            create(base, base === Object.prototype
+                ? { [Symbol.toStringTag]: { __proto__: null, value: 'NativeObject' } } : undefined),
+            { __proto__: null, get, set, has }),
         get: Reflect.get,
+        setProperty: Reflect.set,
         has: Reflect.has,
         objects: Object.prototype,
         functions: Function.prototype,
@@ -45,21 +51,33 @@ JSObjectRef evaluate(JSGlobalContextRef context) {
 }  // namespace
 
 Intrinsics::Intrinsics(JSGlobalContextRef scriptContext)
-    : context(scriptContext), table(evaluate(scriptContext)) {
+    : context(scriptContext),
+      table(evaluate(scriptContext)), constants{JSValueMakeUndefined(context),
+                                                JSValueMakeNull(context),
+                                                JSValueMakeBoolean(context, false),
+                                                JSValueMakeBoolean(context, true)} {
     holders = member("holders");
     holdersSet = member("set");
     defineValue = member("value");
+    keep = member("kept");
     definePair = member("accessor");
     typeError = member("typeError");
     fallback = member("fallback");
     get = member("get");
+    setProperty = member("setProperty");
     has = member("has");
     objects = member("objects");
     functions = member("functions");
     JSValueProtect(context, table);
+    for (const JSValueRef constant : constants) {
+        JSValueProtect(context, constant);
+    }
 }
 
 Intrinsics::~Intrinsics() {
+    for (const JSValueRef constant : constants) {
+        JSValueUnprotect(context, constant);
+    }
     JSValueUnprotect(context, table);
 }
 
@@ -89,6 +107,17 @@ bool Intrinsics::define(JSObjectRef object,
     return exception == nullptr;
 }
 
+bool Intrinsics::defineKept(JSObjectRef object,
+                            JSStringRef name,
+                            JSValueRef value,
+                            JSObjectRef writer) const {
+    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), value,
+                                                 writer};
+    JSValueRef exception = nullptr;
+    JSObjectCallAsFunction(context, keep, nullptr, 4, arguments.data(), &exception);
+    return exception == nullptr;
+}
+
 void Intrinsics::defineAccessor(JSObjectRef object,
                                 JSStringRef name,
                                 JSObjectRef getter,
@@ -110,17 +139,24 @@ JSValueRef Intrinsics::makeTypeError(const std::string& message) const {
     return JSObjectCallAsConstructor(context, typeError, 1, &argument, nullptr);
 }
 
-JSObjectRef
-Intrinsics::makeFallback(JSObjectRef base, JSObjectRef getTrap, JSObjectRef hasTrap) const {
-    const std::array<JSValueRef, 3> arguments = {base, getTrap, hasTrap};
+JSObjectRef Intrinsics::makeFallback(JSObjectRef base,
+                                     JSObjectRef getTrap,
+                                     JSObjectRef setTrap,
+                                     JSObjectRef hasTrap) const {
+    const std::array<JSValueRef, 4> arguments = {base, getTrap, setTrap, hasTrap};
     return JSValueToObject(
-        context, JSObjectCallAsFunction(context, fallback, nullptr, 3, arguments.data(), nullptr),
+        context, JSObjectCallAsFunction(context, fallback, nullptr, 4, arguments.data(), nullptr),
         nullptr);
 }
 
 JSValueRef
 Intrinsics::reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
     return JSObjectCallAsFunction(context, get, nullptr, argc, argv, exception);
+}
+
+JSValueRef
+Intrinsics::reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
+    return JSObjectCallAsFunction(context, setProperty, nullptr, argc, argv, exception);
 }
 
 JSValueRef

@@ -3,6 +3,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,11 @@ public:
     // Defines a writable, configurable own property of `object`. Answers whether it could be.
     bool define(JSObjectRef object, JSStringRef name, JSValueRef value, bool enumerable) const;
 
+    // Defines a hidden own property of `object` that reads as `value`; a write calls `writer` with
+    // the object written to, the name and the value. Answers whether it could be.
+    bool
+    defineKept(JSObjectRef object, JSStringRef name, JSValueRef value, JSObjectRef writer) const;
+
     // Defines an own accessor property of `object`.
     void defineAccessor(JSObjectRef object,
                         JSStringRef name,
@@ -32,13 +38,22 @@ public:
     JSValueRef makeError(const std::string& message) const;
     JSValueRef makeTypeError(const std::string& message) const;
 
-    // An object that ends a prototype chain in `base`, and asks `getTrap` and `hasTrap`, as a
-    // Proxy would, for what the objects before it do not have.
-    JSObjectRef makeFallback(JSObjectRef base, JSObjectRef getTrap, JSObjectRef hasTrap) const;
+    // An object that ends a prototype chain in `base`, and asks the traps, as a Proxy would, for
+    // what the objects before it do not have.
+    JSObjectRef makeFallback(JSObjectRef base,
+                             JSObjectRef getTrap,
+                             JSObjectRef setTrap,
+                             JSObjectRef hasTrap) const;
 
-    // Reflect.get and Reflect.has.
+    // Reflect.get, Reflect.set and Reflect.has.
     JSValueRef reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
+    JSValueRef reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
     JSValueRef reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
+
+    // Values that are always the same; to have the engine make one takes its lock.
+    JSValueRef undefined() const noexcept { return constants[0]; }
+    JSValueRef null() const noexcept { return constants[1]; }
+    JSValueRef boolean(bool value) const noexcept { return constants[value ? 3 : 2]; }
 
     JSObjectRef objectPrototype() const noexcept { return objects; }
     JSObjectRef functionPrototype() const noexcept { return functions; }
@@ -51,13 +66,16 @@ private:
     JSObjectRef holders;
     JSObjectRef holdersSet;
     JSObjectRef defineValue;
+    JSObjectRef keep;
     JSObjectRef definePair;
     JSObjectRef typeError;
     JSObjectRef fallback;
     JSObjectRef get;
+    JSObjectRef setProperty;
     JSObjectRef has;
     JSObjectRef objects;
     JSObjectRef functions;
+    const std::array<JSValueRef, 4> constants;  // undefined, null, false, true; protected
 };
 
 #endif

@@ -1,5 +1,7 @@
 #include "engine/ObjectRecord.h"
 
+#include <array>
+#include <cstdint>
 #include <unordered_set>
 
 namespace {
@@ -8,6 +10,12 @@ namespace {
 std::unordered_set<const jsplugin_obj*>& known() {
     static std::unordered_set<const jsplugin_obj*> records;
     return records;
+}
+
+// One of those found lately, by a part of its address: a plug-in names few of them in turn.
+const jsplugin_obj*& lately(const jsplugin_obj* object) noexcept {
+    static std::array<const jsplugin_obj*, 64> found = {};
+    return found[reinterpret_cast<std::uintptr_t>(object) / sizeof(ObjectRecord) % found.size()];
 }
 
 }  // namespace
@@ -19,11 +27,20 @@ ObjectRecord::ObjectRecord(Document& owner, Kind recordKind, const NativeCallbac
 
 ObjectRecord::~ObjectRecord() {
     known().erase(this);
+    if (lately(this) == this) {
+        lately(this) = nullptr;
+    }
 }
 
 ObjectRecord* ObjectRecord::find(const jsplugin_obj* object) noexcept {
-    if (object == nullptr || known().count(object) == 0) {
+    if (object == nullptr) {
         return nullptr;
+    }
+    if (const jsplugin_obj*& found = lately(object); found != object) {
+        if (known().count(object) == 0) {
+            return nullptr;
+        }
+        found = object;
     }
     return static_cast<ObjectRecord*>(const_cast<jsplugin_obj*>(object));
 }

@@ -54,12 +54,15 @@ public:
     // Some answers are kept as own properties of the script object.
     bool hasCachedProperties = false;
 
+    // The script object if it is alive; made by no means.
+    JSObjectRef living() const noexcept { return rooted || !weak ? object : weak.get(); }
+
     // The script object: certain to be alive only while `rooted`, when the engine protects it.
     JSObjectRef object = nullptr;
     bool rooted = false;
     // `object`, from when it is not protected for the first time.
     WeakObject weak;
-    // Links of script objects made for a native record whose finalizers are still to come.
+    // Links of script objects made for a native record whose catchers are still to be finalized.
     std::vector<FrontLink*> links;
 
     // When it last went to the plug-in, or was made by it.

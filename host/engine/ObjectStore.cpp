@@ -10,7 +10,7 @@ ObjectStore::ObjectStore(Document& owner,
                          const Intrinsics& engineFunctions,
                          jsplugin_gc_trace* traceOfDocument)
     : document(owner), context(scriptContext), intrinsics(engineFunctions),
-      fronts(scriptContext, engineFunctions), documentTrace(traceOfDocument),
+      fronts(owner, scriptContext, engineFunctions), documentTrace(traceOfDocument),
       globalRecord(std::make_unique<ObjectRecord>(owner, ObjectRecord::Kind::Global)) {
     globalRecord->object = JSContextGetGlobalObject(context);
     globalRecord->rooted = true;
@@ -36,21 +36,12 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
     if (object == globalRecord->object) {
         return *globalRecord;
     }
-    ObjectRecord*& known = lately(object);
-    if (known != nullptr && known->rooted && known->object == object) {
-        touch(*known);
-        return *known;
-    }
-    if (ObjectRecord* const native = Fronts::recordOf(context, object)) {
+    if (ObjectRecord* const native = Fronts::recordOf(object)) {
         touch(*native);
-        // Neither an earlier script object of the record nor another document's record.
-        if (native->object == object && &native->document == &document) {
-            known = native;
-        }
         return *native;
     }
     if (const auto found = pageRecords.find(object); found != pageRecords.end()) {
-        if (living(*found->second) == object) {
+        if (found->second->living() == object) {
             touch(*found->second);
             return *found->second;
         }
@@ -67,30 +58,13 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
     return record;
 }
 
-void ObjectStore::forgetLately(const ObjectRecord& record) noexcept {
-    if (ObjectRecord*& known = lately(record.object); known == &record) {
-        known = nullptr;
-    }
-}
-
-JSObjectRef ObjectStore::living(const ObjectRecord& record) const {
-    if (record.rooted || record.object == nullptr) {
-        return record.object;
-    }
-    return record.weak ? record.weak.get() : record.object;
-}
-
 JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
-    if (record.kind == ObjectRecord::Kind::Native && !closed && living(record) == nullptr) {
-        auto* const link = new FrontLink{&record, 0, finalizers};
-        forgetLately(record);
-        record.object = fronts.make(*link);
+    if (record.kind == ObjectRecord::Kind::Native && !closed && record.living() == nullptr) {
+        Fronts::forget(record);
         record.hasCachedProperties = false;
-        record.links.push_back(link);
-        // Script is about to hold it, so it needs no protection.
-        record.weak.set(context, record.object);
         record.handedAt = ++lastSerial;
-        return record.object;
+        // Script is about to hold it, so it needs no protection.
+        return fronts.make(record, finalizers);
     }
     touch(record);
     return record.rooted ? record.object : nullptr;
@@ -105,14 +79,15 @@ JSValueRef ObjectStore::namedValue(const jsplugin_value& value,
             record->name = name;
         }
     }
-    return toScript(context, value, exception);
+    return toScript(document, context, value, exception);
 }
 
 void ObjectStore::cache(ObjectRecord& record, JSStringRef name, JSValueRef value) {
-    const JSObjectRef front = living(record);
+    const JSObjectRef front = record.living();
     // Not enumerable, like the names that are not kept: what a page reads changes no enumeration.
     // A front that the page has frozen takes no property; it is asked for again.
-    if (front != nullptr && intrinsics.define(front, name, value, false)) {
+    if (front != nullptr &&
+        intrinsics.defineKept(front, name, value, fronts.fallbackFor(record).writer())) {
         record.hasCachedProperties = true;
     }
 }
@@ -121,7 +96,7 @@ void ObjectStore::uncache(ObjectRecord& record, JSStringRef name) {
     if (!record.hasCachedProperties) {
         return;
     }
-    if (const JSObjectRef front = living(record)) {
+    if (const JSObjectRef front = record.living()) {
         JSObjectDeleteProperty(context, front, name, nullptr);
     }
 }
@@ -131,7 +106,7 @@ void ObjectStore::touch(ObjectRecord& record) {
         return;
     }
     if (!record.rooted) {
-        if (const JSObjectRef object = living(record)) {
+        if (const JSObjectRef object = record.living()) {
             root(record, object);
         }
     }
@@ -195,13 +170,14 @@ void ObjectStore::trace(std::uint64_t keepAfter, bool outermost) {
     std::vector<ObjectRecord*> released;
     for (const auto& [address, record] : records) {
         if (record->rootTrace == lastTrace || record->handedAt > keepAfter) {
-            if (const JSObjectRef object = living(*record)) {
+            if (const JSObjectRef object = record->living()) {
                 root(*record, object);
             }
             continue;
         }
         const bool isPage = record->kind == ObjectRecord::Kind::Page;
-        if (record->heldTrace != lastTrace && (isPage || (outermost && record->links.empty()))) {
+        if (record->heldTrace != lastTrace &&
+            (isPage || (outermost && record->links.empty() && record->living() == nullptr))) {
             released.push_back(record.get());
         } else {
             unroot(*record);
@@ -222,7 +198,7 @@ void ObjectStore::attach(ObjectRecord& holder) {
     if (marked.empty() && !holder.holdsOthers) {
         return;
     }
-    const JSObjectRef front = living(holder);
+    const JSObjectRef front = holder.living();
     if (front == nullptr) {
         // Nothing of the engine's can keep them until it has a script object again or is
         // destructed.
@@ -234,7 +210,7 @@ void ObjectStore::attach(ObjectRecord& holder) {
     std::vector<JSValueRef> objects;
     for (ObjectRecord* const record : marked) {
         record->heldTrace = lastTrace;
-        if (const JSObjectRef object = living(*record)) {
+        if (const JSObjectRef object = record->living()) {
             // The engine does not see the list: protected until the trace is done.
             root(*record, object);
             objects.push_back(object);
@@ -247,13 +223,10 @@ void ObjectStore::attach(ObjectRecord& holder) {
 void ObjectStore::sweep() {
     std::vector<ObjectRecord*> released;
     for (FrontLink* const link : finalizers->take()) {
-        if (--link->cells > 0) {
-            continue;
-        }
         if (ObjectRecord* const record = link->record) {
             record->links.erase(std::find(record->links.begin(), record->links.end(), link));
             const bool held = record->rootTrace == lastTrace || record->heldTrace == lastTrace;
-            if (record->links.empty() && !record->rooted && !held) {
+            if (record->links.empty() && record->living() == nullptr && !held) {
                 released.push_back(record);
             }
         }
@@ -277,7 +250,7 @@ void ObjectStore::forget(ObjectRecord& record) {
 
 void ObjectStore::destruct(ObjectRecord& record) {
     const auto node = records.extract(&record);
-    forgetLately(record);
+    Fronts::forget(record);
     if (record.rooted) {
         JSValueUnprotect(context, record.object);
     }

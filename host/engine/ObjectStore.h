@@ -6,7 +6,6 @@
 #include "engine/Intrinsics.h"
 #include "engine/ObjectRecord.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -47,9 +46,6 @@ public:
     // The record's script object, on its way to script; null for a page object that has died.
     JSObjectRef scriptObject(ObjectRecord& record);
 
-    // The record's script object if it is alive; made by no means.
-    JSObjectRef living(const ObjectRecord& record) const;
-
     // The record goes to the plug-in, which may keep it.
     void touch(ObjectRecord& record);
 
@@ -60,7 +56,7 @@ public:
     JSValueRef
     namedValue(const jsplugin_value& value, const std::string& name, JSValueRef* exception);
 
-    // Reads of `name` need not come to the plug-in again, until uncache().
+    // Reads of `name` need not come to the plug-in again, until uncache(). Writes do.
     void cache(ObjectRecord& record, JSStringRef name, JSValueRef value);
     void uncache(ObjectRecord& record, JSStringRef name);
 
@@ -87,12 +83,6 @@ public:
     std::size_t size() const noexcept { return records.size(); }
 
 private:
-    // A script object's record, if it was handed out lately and is certainly still the same.
-    ObjectRecord*& lately(JSObjectRef object) noexcept {
-        return latelyHandedOut[reinterpret_cast<std::uintptr_t>(object) / 16 %
-                               latelyHandedOut.size()];
-    }
-    void forgetLately(const ObjectRecord& record) noexcept;
     void root(ObjectRecord& record, JSObjectRef object);
     void unroot(ObjectRecord& record);
     void attach(ObjectRecord& holder);
@@ -110,9 +100,6 @@ private:
     std::unordered_map<const ObjectRecord*, std::unique_ptr<ObjectRecord>> records;
     // By address, which is the record's for certain only while the record is rooted.
     std::unordered_map<JSObjectRef, ObjectRecord*> pageRecords;
-
-    // By a part of the script object's address. A record leaves with its script object.
-    std::array<ObjectRecord*, 64> latelyHandedOut = {};
 
     std::uint64_t lastSerial = 0;
     std::size_t newSinceTrace = 0;

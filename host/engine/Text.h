@@ -15,11 +15,14 @@ std::string toUtf8(JSStringRef string);
 // The text of `value`; empty when the conversion throws.
 std::string toUtf8(JSContextRef context, JSValueRef value);
 
-// Owns an engine string made of UTF-8 text.
+// Owns an engine string.
 class EngineString final {
 public:
     explicit EngineString(const char* utf8);
     explicit EngineString(const std::string& utf8) : EngineString(utf8.c_str()) {}
+    // REQUIRES: `value` is a string.
+    EngineString(JSContextRef context, JSValueRef value)
+        : string(JSValueToStringCopy(context, value, nullptr)) {}
     ~EngineString() { JSStringRelease(string); }
 
     EngineString(const EngineString&) = delete;

@@ -54,7 +54,11 @@ PluginArguments::convert(ObjectStore& objects, JSContextRef context, JSValueRef 
     return converted;
 }
 
-JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRef* exception) {
+JSValueRef toScript(Document& document,
+                    JSContextRef context,
+                    const jsplugin_value& value,
+                    JSValueRef* exception) {
+    const Intrinsics& engine = document.intrinsics();
     switch (value.type) {
     case JSP_TYPE_NATIVE_OBJECT:
     case JSP_TYPE_OBJECT:
@@ -63,20 +67,20 @@ JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRe
                 return object;
             }
         }
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     case JSP_TYPE_STRING:
         if (value.u.string != nullptr) {
             static text::StringMaker& strings = *new text::StringMaker;
             return strings.make(context, value.u.string);
         }
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     case JSP_TYPE_NUMBER:
         // A NaN of another pattern would be no number to the engine.
         return JSValueMakeNumber(context, std::isnan(value.u.number) ? NAN : value.u.number);
     case JSP_TYPE_BOOLEAN:
-        return JSValueMakeBoolean(context, value.u.boolean != 0);
+        return engine.boolean(value.u.boolean != 0);
     case JSP_TYPE_NULL:
-        return JSValueMakeNull(context);
+        return engine.null();
     case JSP_TYPE_EXPRESSION:
         if (value.u.string != nullptr) {
             const text::EngineString source(value.u.string);
@@ -84,9 +88,9 @@ JSValueRef toScript(JSContextRef context, const jsplugin_value& value, JSValueRe
                 JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, exception);
             return *exception == nullptr ? result : nullptr;
         }
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     default:
-        return JSValueMakeUndefined(context);
+        return engine.undefined();
     }
 }
 

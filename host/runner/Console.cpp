@@ -54,6 +54,8 @@ const char* const script = R"js((function (out, err) {
             }
             return `[${parts.join(', ')}]`;
         }
+        // What a native object keeps stands behind accessors of the host.
+        const native = tag === '[object NativeObject]';
         for (const key of getOwnPropertyNames(value)) {
             const property = getOwnPropertyDescriptor(value, key);
             if (property === undefined || (!property.enumerable && tag === '[object Object]')) {
@@ -63,8 +65,8 @@ const char* const script = R"js((function (out, err) {
                 parts.push('...');
                 break;
             }
-            parts.push(`${key}: ${'value' in property
-                ? inspect(property.value, depth + 1, inner) : '[Getter]'}`);
+            parts.push(`${key}: ${'value' in property || native
+                ? inspect(value[key], depth + 1, inner) : '[Getter]'}`);
         }
         const name = tag.slice(8, -1);
         const prefix = name === 'Object' ? '' : `${name} `;

@@ -4,6 +4,8 @@
 #include "jspp/call_parameters.h"
 #include "jspp/object.h"
 
+#include <atomic>
+#include <cstdint>
 #include <unordered_map>
 #include <vector>
 
@@ -25,6 +27,10 @@ struct object::_s_data {
     jsplugin_obj* const obj;
     const __detail::object_manager::serial entry;
     jsplugin_obj* const document;  // may have gone; only compared
+
+    // What the registry's changes() were when it last told that this is a function of `document`;
+    // 0: it did not. While there are no more, it need not be asked.
+    std::atomic<std::uint64_t> seen{0};
 };
 
 namespace __detail {
@@ -145,8 +151,18 @@ object& object::operator=(object&&) noexcept = default;
 object::~object() = default;
 
 __detail::object_manager::found object::find() const noexcept {
-    return data ? __detail::objects().find(data->obj, data->entry)
-                : __detail::object_manager::found();
+    if (!data) {
+        return {};
+    }
+    const std::uint64_t changes = __detail::objects().changes();
+    if (data->seen.load(std::memory_order_relaxed) == changes) {
+        return {data->document, false};
+    }
+    const __detail::object_manager::found found = __detail::objects().find(data->obj, data->entry);
+    if (found.document == data->document && !found.is_object) {
+        data->seen.store(changes, std::memory_order_relaxed);
+    }
+    return found;
 }
 
 jsplugin_obj* object::get() const noexcept {

@@ -66,6 +66,10 @@ object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_objec
         newest_of.try_emplace(document);  // before anything changes: it may throw
         unlink(kept);
         link(*place, document);
+        note_change(kept);
+    }
+    if (kept.is_object != is_object) {
+        note_change(kept);
     }
     kept.is_object = is_object;
     if (!is_object) {
@@ -77,6 +81,7 @@ object_manager::add_entry(jsplugin_obj* obj, jsplugin_obj* parent, bool is_objec
 void object_manager::erase(const node& leaving) noexcept {
     jsplugin_obj* const obj = leaving.first;
     forget_last_object(obj);
+    note_change(leaving.second);
     unlink(leaving.second);
     entries.erase(obj);
 }
@@ -113,6 +118,7 @@ void object_manager::remove_parent(jsplugin_obj* document) {
         if (child->second.is_object && obj->plugin_private) {
             private_record::of(obj).unload();
         }
+        note_change(child->second);
         child = child->second.older;
         forget_last_object(obj);
         entries.erase(obj);

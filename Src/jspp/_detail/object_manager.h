@@ -63,6 +63,12 @@ public:
     };
     found find(jsplugin_obj* obj, serial id) const noexcept ORVO_EXCLUDES(mutex);
 
+    // Grows whenever something changes that a find() of a handle's could have told. Read before a
+    // find(), it tells later whether that answer still holds.
+    std::uint64_t changes() const noexcept {
+        return handle_changes.load(std::memory_order_acquire);
+    }
+
     // Entries at this moment.
     std::size_t size() const noexcept ORVO_EXCLUDES(mutex);
 
@@ -91,6 +97,13 @@ private:
     std::unordered_map<jsplugin_obj*, entry> entries ORVO_GUARDED_BY(mutex);
     std::unordered_map<jsplugin_obj*, node*> newest_of ORVO_GUARDED_BY(mutex);  // by document
     serial last_id ORVO_GUARDED_BY(mutex) = 0;
+
+    void note_change(const entry& changed) noexcept ORVO_REQUIRES(mutex) {
+        if (changed.handles > 0) {
+            handle_changes.fetch_add(1, std::memory_order_release);
+        }
+    }
+    std::atomic<std::uint64_t> handle_changes{1};  // written under the mutex
 
     // The plain object that is_object() found last: script calls one object's members in a row.
     // Plain objects come and go on the script thread alone.
