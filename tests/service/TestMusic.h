@@ -58,9 +58,9 @@ public:
         service::Catalogue catalogue(catalogueFile());
         std::multimap<std::string, std::string> tracks;
         for (const service::Id& id : catalogue.tracks()) {
-            const auto track = catalogue.track(id);
-            tracks.emplace(track->title + " by " + catalogue.artist(track->artists.at(0))->name +
-                               " on " + catalogue.album(track->album)->name,
+            const auto track = catalogue.track(id).value();
+            tracks.emplace(track.title + " by " + catalogue.artist(track.artists.at(0))->name +
+                               " on " + catalogue.album(track.album)->name,
                            "spotify:track:" + id.text());
         }
         return tracks;
