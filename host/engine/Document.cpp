@@ -51,7 +51,7 @@ private:
     JSContextRef context;
     std::size_t capacity = 0;
     std::size_t count = 0;
-    std::array<JSValueRef, 16> few = {};
+    std::array<JSValueRef, 16> few;  // the first `count` of them
     std::vector<JSValueRef> many;
 };
 

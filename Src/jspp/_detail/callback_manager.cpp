@@ -15,13 +15,12 @@ namespace {
 }  // namespace
 
 bool callback_manager::add(const object& function, const call_parameters& parameters) {
-    // Copied before the lock is taken; a vector that grows moves its calls.
-    std::pair<object, call_parameters> call(function, parameters);
     const orvo::scoped_lock lock(mutex);
     // Asked under the lock: a document that unloads takes its calls out after its functions went.
     jsplugin_obj* const document = function.document();
     if (document) {
-        calls[document].push_back(std::move(call));
+        // A vector that grows moves its calls, so nothing is dropped here.
+        calls[document].emplace_back(function, parameters);
     }
     return document != nullptr;
 }
