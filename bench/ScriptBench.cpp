@@ -350,7 +350,7 @@ void script() {
     page.define("peer", peer::object(page.context));
     page.define("peerList", peer::withProperty(page.context));
     for (const auto& [name, function] :
-         {std::pair("peerTrack", peer::track), std::pair("caught", peer::caught)}) {
+         {std::pair("peerTrack", &peer::track), std::pair("caught", &peer::caught)}) {
         page.define(name, JSObjectMakeFunctionWithCallback(
                               page.context, text::EngineString(name).get(), function));
     }

@@ -71,7 +71,7 @@ public:
 private:
     // It has sizes of powers of two; the next smaller one is kinder to the cache.
     std::unique_ptr<jack_ringbuffer_t, decltype(&jack_ringbuffer_free)> ring{
-        jack_ringbuffer_create(512 * 1024), &jack_ringbuffer_free};
+        jack_ringbuffer_create(std::size_t{512} * 1024), &jack_ringbuffer_free};
 };
 
 class Boost final {
@@ -197,12 +197,12 @@ void playing() {
     const sp_audioformat format{SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, 44100, 2};
     std::vector<double> samples;
     const unsigned long before = backend.received;
-    double delivered = 0;
-    double asked = 0;
+    unsigned long delivered = 0;
+    unsigned long asked = 0;
     for (int second = 0; second < seconds; ++second) {
         const double start = threadSeconds();
         for (int tick = 1; tick <= 20; ++tick) {  // of 50 ms
-            const double due = (second + tick / 20.0) * bytesASecond;
+            const unsigned long due = (second * 20UL + tick) * bytesASecond / 20;
             for (; delivered < due; delivered += delivery) {
                 library->music_delivery(benchHandle<sp_session>(), &format, frames.data(),
                                         delivery / 4);
