@@ -4,19 +4,26 @@
 #include "engine/Fronts.h"
 #include "engine/Text.h"
 
+#include <utility>
+
 namespace {
 
 // Whether the plug-in took the write. `name` is a string or a symbol.
 bool writeTo(JSContextRef context,
+             const Intrinsics& engine,
              JSValueRef target,
              JSValueRef name,
              JSValueRef value,
              JSValueRef* exception) {
-    ObjectRecord* const record = JSValueIsObject(context, target)
-                                     ? Fronts::recordOf(JSValueToObject(context, target, nullptr))
-                                     : nullptr;
-    if (record == nullptr || record->callbacks.setter == nullptr ||
-        !JSValueIsString(context, name)) {
+    if (!JSValueIsObject(context, target) || !JSValueIsString(context, name)) {
+        return false;
+    }
+    ObjectRecord* record = Fronts::recordOf(JSValueToObject(context, target, nullptr));
+    if (record == nullptr) {
+        // A Proxy of the page's before a front says that its prototype is the front's.
+        record = Fronts::recordBehind(context, engine.prototypeOf(target));
+    }
+    if (record == nullptr || record->callbacks.setter == nullptr) {
         return false;
     }
     const text::EngineString text(context, name);
@@ -26,14 +33,12 @@ bool writeTo(JSContextRef context,
 
 }  // namespace
 
-Fallback::Fallback(Document& owner,
-                   JSGlobalContextRef scriptContext,
+Fallback::Fallback(JSGlobalContextRef scriptContext,
                    const Intrinsics& engineFunctions,
                    JSObjectRef base)
-    : document(owner), context(scriptContext), intrinsics(engineFunctions),
-      get(makeTrap(&Fallback::getTrap)), set(makeTrap(&Fallback::setTrap)),
-      has(makeTrap(&Fallback::hasTrap)), write(makeTrap(&Fallback::writeKept)),
-      proxy(intrinsics.makeFallback(base, get, set, has)) {
+    : context(scriptContext), intrinsics(engineFunctions), get(makeTrap(&Fallback::getTrap)),
+      set(makeTrap(&Fallback::setTrap)), has(makeTrap(&Fallback::hasTrap)),
+      write(makeTrap(&Fallback::writeKept)), proxy(intrinsics.makeFallback(base, get, set, has)) {
     JSValueProtect(context, proxy);
 }
 
@@ -69,6 +74,12 @@ void Fallback::leave(const std::string& name, const std::string& text) {
     pending = true;
 }
 
+// Whether this access of `name` is what something was left for. What was is gone after it.
+bool Fallback::takePending(JSValueRef name) {
+    return std::exchange(pending, false) && JSValueIsString(context, name) &&
+           text::toUtf8(context, name) == pendingName;
+}
+
 JSValueRef Fallback::getTrap(JSContextRef context,
                              JSObjectRef function,
                              JSObjectRef,
@@ -79,13 +90,9 @@ JSValueRef Fallback::getTrap(JSContextRef context,
     if (self == nullptr || argc < 2) {
         return JSValueMakeUndefined(context);
     }
-    if (self->pending) {
-        self->pending = false;
-        if (JSValueIsString(context, argv[1]) &&
-            text::toUtf8(context, argv[1]) == self->pendingName) {
-            *exception = self->intrinsics.makeError(self->message);
-            return nullptr;
-        }
+    if (self->takePending(argv[1])) {
+        *exception = self->intrinsics.makeError(self->message);
+        return nullptr;
     }
     return self->intrinsics.reflectGet(argc, argv, exception);
 }
@@ -101,7 +108,7 @@ JSValueRef Fallback::setTrap(JSContextRef context,
     if (self == nullptr || argc < 4) {
         return JSValueMakeBoolean(context, true);
     }
-    if (writeTo(context, argv[3], argv[1], argv[2], exception)) {
+    if (writeTo(context, self->intrinsics, argv[3], argv[1], argv[2], exception)) {
         return JSValueMakeBoolean(context, true);
     }
     return self->intrinsics.reflectSet(argc, argv, exception);
@@ -115,7 +122,8 @@ JSValueRef Fallback::writeKept(JSContextRef context,
                                const JSValueRef argv[],
                                JSValueRef* exception) noexcept {
     auto* const self = static_cast<Fallback*>(JSObjectGetPrivate(function));
-    if (self != nullptr && argc == 3 && !writeTo(context, argv[0], argv[1], argv[2], exception) &&
+    if (self != nullptr && argc == 3 &&
+        !writeTo(context, self->intrinsics, argv[0], argv[1], argv[2], exception) &&
         JSValueIsObject(context, argv[0])) {
         const text::EngineString name(context, argv[1]);
         self->intrinsics.define(JSValueToObject(context, argv[0], nullptr), name.get(), argv[2],
@@ -134,8 +142,7 @@ JSValueRef Fallback::hasTrap(JSContextRef context,
     if (self == nullptr || argc < 2) {
         return JSValueMakeBoolean(context, false);
     }
-    if (self->pending) {
-        self->pending = false;
+    if (self->takePending(argv[1])) {
         return JSValueMakeBoolean(context, false);
     }
     return self->intrinsics.reflectHas(argc, argv, exception);

@@ -7,8 +7,6 @@
 
 #include <string>
 
-class Document;
-
 // The end of the prototype chain of fronts: a Proxy before Object.prototype or Function.prototype,
 // one for all fronts of a document. It sees the writes of every name that a front does not have.
 //
@@ -17,10 +15,7 @@ class Document;
 // The engine then comes here, where the two can be told apart: the read throws, `in` says no.
 class Fallback final {
 public:
-    Fallback(Document& owner,
-             JSGlobalContextRef scriptContext,
-             const Intrinsics& engineFunctions,
-             JSObjectRef base);
+    Fallback(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions, JSObjectRef base);
     ~Fallback();
 
     Fallback(const Fallback&) = delete;
@@ -65,9 +60,9 @@ private:
                               size_t argc,
                               const JSValueRef argv[],
                               JSValueRef* exception) noexcept;
+    bool takePending(JSValueRef name);
     JSObjectRef makeTrap(JSObjectCallAsFunctionCallback trap);
 
-    Document& document;
     JSGlobalContextRef context;
     const Intrinsics& intrinsics;
     // The traps' private data is this object; it is taken from them when it goes.

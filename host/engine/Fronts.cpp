@@ -61,9 +61,13 @@ Table& table() {
     return fronts;
 }
 
+FrontLink* linkOf(JSObjectRef catcher) noexcept {
+    return static_cast<FrontLink*>(JSObjectGetPrivate(catcher));
+}
+
 JSValueRef
 catchRead(JSContextRef, JSObjectRef catcher, JSStringRef name, JSValueRef* exception) noexcept {
-    const auto* const link = static_cast<const FrontLink*>(JSObjectGetPrivate(catcher));
+    const FrontLink* const link = linkOf(catcher);
     ObjectRecord* const record = link != nullptr ? link->record : nullptr;
     if (record == nullptr || record->callbacks.getter == nullptr ||
         Fallback::isPrototypeName(name)) {
@@ -86,7 +90,7 @@ JSValueRef callFunction(JSContextRef context,
 }
 
 void finalize(JSObjectRef catcher) noexcept {
-    FinalizerQueue::add(static_cast<FrontLink*>(JSObjectGetPrivate(catcher)));
+    FinalizerQueue::add(linkOf(catcher));
 }
 
 // The process's, and never released.
@@ -104,10 +108,10 @@ JSClassRef catcherClass() {
 
 }  // namespace
 
-Fronts::Fronts(Document& owner, JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
+Fronts::Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
     : context(scriptContext),
-      objectFallback(owner, context, engineFunctions, engineFunctions.objectPrototype()),
-      functionFallback(owner, context, engineFunctions, engineFunctions.functionPrototype()) {}
+      objectFallback(context, engineFunctions, engineFunctions.objectPrototype()),
+      functionFallback(context, engineFunctions, engineFunctions.functionPrototype()) {}
 
 JSObjectRef Fronts::make(ObjectRecord& record, const std::shared_ptr<FinalizerQueue>& queue) const {
     const NativeCallbacks& callbacks = record.callbacks;
@@ -136,6 +140,14 @@ JSObjectRef Fronts::make(ObjectRecord& record, const std::shared_ptr<FinalizerQu
 
 void Fronts::forget(const ObjectRecord& record) noexcept {
     table().remove(record);
+}
+
+ObjectRecord* Fronts::recordBehind(JSContextRef context, JSValueRef prototype) noexcept {
+    if (!JSValueIsObjectOfClass(context, prototype, catcherClass())) {
+        return nullptr;
+    }
+    const FrontLink* const link = linkOf(JSValueToObject(context, prototype, nullptr));
+    return link != nullptr ? link->record : nullptr;
 }
 
 ObjectRecord* Fronts::recordOf(JSObjectRef object) noexcept {

@@ -23,7 +23,7 @@
 // objects to each other.
 class Fronts final {
 public:
-    Fronts(Document& owner, JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
+    Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
 
     // A new front, which is the record's from here on. What its collection leaves goes to the
     // queue.
@@ -34,6 +34,9 @@ public:
 
     // The record behind a front that lives; null for any other object, or when the record is gone.
     static ObjectRecord* recordOf(JSObjectRef object) noexcept;
+
+    // The record whose front has `prototype` as its catcher; null for any other value.
+    static ObjectRecord* recordBehind(JSContextRef context, JSValueRef prototype) noexcept;
 
     // Where the catcher leaves an exception.
     Fallback& fallbackFor(const ObjectRecord& record) noexcept {

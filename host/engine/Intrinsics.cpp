@@ -19,18 +19,21 @@ const char* const script = R"js((function () {
         value: (object, name, value, enumerable) => define(object, name,
             { __proto__: null, value, writable: true, enumerable, configurable: true }),
         kept: (object, name, value, write) => define(object, name,
-            { __proto__: null, get: () => value, set(written) { write(this, name, written); },
+            { __proto__: null, get: () => value, set(written) { write(object, name, written); },
               enumerable: false, configurable: true }),
         accessor: (object, name, get, set) => define(object, name,
             { __proto__: null, get, set, enumerable: true, configurable: true }),
         typeError: TypeError,
         fallback: (base, get, set, has) => new ProxyConstructor(
             create(base, base === Object.prototype
-                ? { [Symbol.toStringTag]: { __proto__: null, value: 'NativeObject' } } : undefined),
+                ? { [Symbol.toStringTag]: { __proto__: null, value: 'NativeObject',
+                                            configurable: true } }
+                : undefined),
             { __proto__: null, get, set, has }),
         get: Reflect.get,
         setProperty: Reflect.set,
         has: Reflect.has,
+        prototypeOf: Reflect.getPrototypeOf,
         objects: Object.prototype,
         functions: Function.prototype,
     };
@@ -66,6 +69,7 @@ Intrinsics::Intrinsics(JSGlobalContextRef scriptContext)
     get = member("get");
     setProperty = member("setProperty");
     has = member("has");
+    getPrototypeOf = member("prototypeOf");
     objects = member("objects");
     functions = member("functions");
     JSValueProtect(context, table);
@@ -162,4 +166,10 @@ Intrinsics::reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* excepti
 JSValueRef
 Intrinsics::reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
     return JSObjectCallAsFunction(context, has, nullptr, argc, argv, exception);
+}
+
+JSValueRef Intrinsics::prototypeOf(JSValueRef object) const {
+    const JSValueRef prototype =
+        JSObjectCallAsFunction(context, getPrototypeOf, nullptr, 1, &object, nullptr);
+    return prototype != nullptr ? prototype : null();
 }

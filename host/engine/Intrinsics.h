@@ -25,7 +25,7 @@ public:
     bool define(JSObjectRef object, JSStringRef name, JSValueRef value, bool enumerable) const;
 
     // Defines a hidden own property of `object` that reads as `value`; a write calls `writer` with
-    // the object written to, the name and the value. Answers whether it could be.
+    // the object, the name and the value. Answers whether it could be.
     bool
     defineKept(JSObjectRef object, JSStringRef name, JSValueRef value, JSObjectRef writer) const;
 
@@ -50,6 +50,9 @@ public:
     JSValueRef reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
     JSValueRef reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
 
+    // Reflect.getPrototypeOf, which asks a Proxy; null where a trap of the page's throws.
+    JSValueRef prototypeOf(JSValueRef object) const;
+
     // Values that are always the same; to have the engine make one takes its lock.
     JSValueRef undefined() const noexcept { return constants[0]; }
     JSValueRef null() const noexcept { return constants[1]; }
@@ -73,6 +76,7 @@ private:
     JSObjectRef get;
     JSObjectRef setProperty;
     JSObjectRef has;
+    JSObjectRef getPrototypeOf;
     JSObjectRef objects;
     JSObjectRef functions;
     const std::array<JSValueRef, 4> constants;  // undefined, null, false, true; protected

@@ -1,5 +1,6 @@
 #include "engine/ObjectStore.h"
 
+#include "engine/Document.h"
 #include "engine/Values.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@ ObjectStore::ObjectStore(Document& owner,
                          const Intrinsics& engineFunctions,
                          jsplugin_gc_trace* traceOfDocument)
     : document(owner), context(scriptContext), intrinsics(engineFunctions),
-      fronts(owner, scriptContext, engineFunctions), documentTrace(traceOfDocument),
+      fronts(scriptContext, engineFunctions), documentTrace(traceOfDocument),
       globalRecord(std::make_unique<ObjectRecord>(owner, ObjectRecord::Kind::Global)) {
     globalRecord->object = JSContextGetGlobalObject(context);
     globalRecord->rooted = true;
@@ -37,7 +38,7 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
         return *globalRecord;
     }
     if (ObjectRecord* const native = Fronts::recordOf(object)) {
-        touch(*native);
+        native->document.objects().touch(*native);  // maybe a frame's
         return *native;
     }
     if (const auto found = pageRecords.find(object); found != pageRecords.end()) {

@@ -102,6 +102,7 @@ TEST_F(DocumentTest, ValuesCrossBothWaysAndNoTextBreaks) {
         {"['unknown', 'failing', 'then', '0', Symbol.iterator].some((name) => name in Probe)",
          "false"},
         // What was found absent by `in` is thrown by a read, and the other way round.
+        {"Object.getPrototypeOf(Probe).hasOwnProperty('failing') + ('toString' in Probe)", "1"},
         {"'failing' in Probe; Probe.unknown; Probe.failing",
          "throws Error: failing cannot be read"},
     });
@@ -122,6 +123,10 @@ TEST_F(DocumentTest, ObjectsStandWhatPagesDoToThem) {
         {"new Probe.echo()", "throws TypeError: function is not a constructor (evaluating 'new "
                              "Probe.echo()')"},
         {"const child = Object.create(Probe); child.constant", "42"},
+        {"child.own = 1; [child.own, Probe.own]", "1,"},
+        {"new Proxy(Probe, {}).constant = 7",
+         "throws Error: Cannot set \"constant\": it is read-only"},
+        {"new Proxy(Probe, {}).text = 7", "throws Error: text takes a string"},
         {"({ ...Probe }).constant", "undefined"},
         {"const frozen = Object.freeze(Probe.make()); frozen.text + frozen.constant", "first42"},
         {"const bare = Object.setPrototypeOf(Probe.make(), null); bare.text", "undefined"},

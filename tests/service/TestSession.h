@@ -108,10 +108,10 @@ public:
     }
     // What a search for a page of everything has found.
     std::shared_ptr<sp_search> found(const char* query, int offset = 0, int count = 20) {
-        const std::shared_ptr<sp_search> search(
-            sp_search_create(session, query, offset, count, offset, count, offset, count, offset,
-                             count, SP_SEARCH_STANDARD, nullptr, nullptr),
-            sp_search_release);
+        std::shared_ptr<sp_search> search(sp_search_create(session, query, offset, count, offset,
+                                                           count, offset, count, offset, count,
+                                                           SP_SEARCH_STANDARD, nullptr, nullptr),
+                                          sp_search_release);
         EXPECT_TRUE(until([&] { return sp_search_is_loaded(search.get()); }));
         return search;
     }
