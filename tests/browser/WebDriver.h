@@ -3,10 +3,8 @@
 
 #include "Process.h"
 
-#include <chrono>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 // A browser of its own and the WebKitWebDriver that controls it.
@@ -62,9 +60,8 @@ private:
     // The value that the driver answers, as JSON.
     std::string call(const std::string& method, const std::string& path, const std::string& body) {
         Outcome answer = ask(method, path, body);
-        // Nothing tells when the driver listens but that it answers.
-        for (int tries = 0; answer.exitCode == connectionRefused && tries < 1000; ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        // Nothing tells when the driver listens but that it answers. To ask takes some milliseconds.
+        for (int tries = 0; answer.exitCode == connectionRefused && tries < 2000; ++tries) {
             answer = ask(method, path, body);
         }
         const std::string before = "{\"value\":";
