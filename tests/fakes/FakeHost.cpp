@@ -309,10 +309,17 @@ void FakeHost::collectGarbage(jsplugin_obj* document) {
     for (auto& entry : objects) {
         entry.second->marked = false;
     }
+    // A function may have been handed to an object of another document.
+    std::vector<jsplugin_obj*> documents;
+    for (const auto& entry : objects) {
+        if (entry.second->kind == Kind::Document) {
+            documents.push_back(entry.second.get());
+        }
+    }
     tracing = true;
-    {
+    for (jsplugin_obj* const traced : documents) {
         const InPlugin inside;
-        plugin.gc_trace(document);
+        plugin.gc_trace(traced);
     }
     tracing = false;
     collectIf([&](const Object& object) {

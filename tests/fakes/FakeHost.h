@@ -91,7 +91,8 @@ public:
     void collect(jsplugin_obj* object);
     // A page's function dies, and a later one of the document lives at the same address.
     void recycle(jsplugin_obj* function, jsplugin_obj* document);
-    // Traces the document and collects its page functions that the plug-in does not mark.
+    // Traces all documents and collects the page functions of this one that the plug-in does not
+    // mark.
     void collectGarbage(jsplugin_obj* document);
     bool alive(jsplugin_obj* object) const { return objects.count(object) != 0; }
 
