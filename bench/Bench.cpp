@@ -105,10 +105,10 @@ std::string processor() {
     return "unknown processor";
 }
 
-std::string number(double value) {
+std::string number(double value, int moreDigits = 0) {
     std::array<char, 32> text{};
     const int digits = value >= 100 ? 0 : value >= 10 ? 1 : 2;
-    snprintf(text.data(), text.size(), "%.*f", digits, value);
+    snprintf(text.data(), text.size(), "%.*f", digits + moreDigits, value);
     return text.data();
 }
 
@@ -127,7 +127,7 @@ Row rowOf(const Figure& figure) {
             number(figure.value) + unit,
             figure.peer,
             number(figure.peerValue) + unit,
-            number(figure.ratio()),
+            number(figure.ratio(), 1),
             (figure.goal == Figure::Goal::AtMost ? "at most " : "at least ") + number(figure.bound),
             figure.holds() ? "holds" : "does not hold"};
 }
