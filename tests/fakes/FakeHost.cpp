@@ -251,8 +251,9 @@ void FakeHost::unload(jsplugin_obj* document) {
 
 void FakeHost::close(jsplugin_obj* document) {
     unload(document);
+    trace();
     collectIf([&](const Object& object) {
-        return object.document == document && object.kind != Kind::Document;
+        return object.document == document && object.kind != Kind::Document && !object.marked;
     });
 }
 
@@ -305,23 +306,25 @@ void FakeHost::recycle(jsplugin_obj* function, jsplugin_obj* document) {
     at(function, "recycle") = Object(Kind::Function, document);
 }
 
-void FakeHost::collectGarbage(jsplugin_obj* document) {
+// A function may have been handed to an object of another document, which outlives its own.
+void FakeHost::trace() {
+    std::vector<jsplugin_obj*> documents;
     for (auto& entry : objects) {
         entry.second->marked = false;
-    }
-    // A function may have been handed to an object of another document.
-    std::vector<jsplugin_obj*> documents;
-    for (const auto& entry : objects) {
         if (entry.second->kind == Kind::Document) {
             documents.push_back(entry.second.get());
         }
     }
     tracing = true;
-    for (jsplugin_obj* const traced : documents) {
+    for (jsplugin_obj* const document : documents) {
         const InPlugin inside;
-        plugin.gc_trace(traced);
+        plugin.gc_trace(document);
     }
     tracing = false;
+}
+
+void FakeHost::collectGarbage(jsplugin_obj* document) {
+    trace();
     collectIf([&](const Object& object) {
         return object.kind == Kind::Function && object.document == document && !object.marked;
     });

@@ -81,7 +81,7 @@ public:
     jsplugin_obj* open();
     void reopen(jsplugin_obj* document);
     void unload(jsplugin_obj* document);  // runs the unload listeners, ends the polls
-    void close(jsplugin_obj* document);   // and collects every object but the document itself
+    void close(jsplugin_obj* document);   // and collects what no other document keeps
 
     // The page's functions, with a body or none, and another plug-in's objects.
     jsplugin_obj* function(jsplugin_obj* document,
@@ -150,6 +150,7 @@ private:
     static Object& enter(const char* function, jsplugin_obj* object);
     Object& at(const jsplugin_obj* object, const char* who) const;
     jsplugin_obj* make(Object model);
+    void trace();  // marks in all documents what the plug-in keeps
     void collectIf(const std::function<bool(const Object&)>& isDoomed);
 
     std::map<const jsplugin_obj*, std::unique_ptr<Object>> objects;
