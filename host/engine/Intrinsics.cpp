@@ -100,35 +100,37 @@ void Intrinsics::hold(JSObjectRef holder, const std::vector<JSValueRef>& held) c
     JSObjectCallAsFunction(context, holdersSet, holders, 2, arguments.data(), nullptr);
 }
 
+bool Intrinsics::defineBy(JSObjectRef definer,
+                          JSObjectRef object,
+                          JSStringRef name,
+                          JSValueRef first,
+                          JSValueRef second) const {
+    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), first,
+                                                 second};
+    JSValueRef exception = nullptr;
+    JSObjectCallAsFunction(context, definer, nullptr, 4, arguments.data(), &exception);
+    return exception == nullptr;
+}
+
 bool Intrinsics::define(JSObjectRef object,
                         JSStringRef name,
                         JSValueRef value,
                         bool enumerable) const {
-    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), value,
-                                                 JSValueMakeBoolean(context, enumerable)};
-    JSValueRef exception = nullptr;
-    JSObjectCallAsFunction(context, defineValue, nullptr, 4, arguments.data(), &exception);
-    return exception == nullptr;
+    return defineBy(defineValue, object, name, value, boolean(enumerable));
 }
 
 bool Intrinsics::defineKept(JSObjectRef object,
                             JSStringRef name,
                             JSValueRef value,
                             JSObjectRef writer) const {
-    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), value,
-                                                 writer};
-    JSValueRef exception = nullptr;
-    JSObjectCallAsFunction(context, keep, nullptr, 4, arguments.data(), &exception);
-    return exception == nullptr;
+    return defineBy(keep, object, name, value, writer);
 }
 
 void Intrinsics::defineAccessor(JSObjectRef object,
                                 JSStringRef name,
                                 JSObjectRef getter,
                                 JSObjectRef setter) const {
-    const std::array<JSValueRef, 4> arguments = {object, JSValueMakeString(context, name), getter,
-                                                 setter};
-    JSObjectCallAsFunction(context, definePair, nullptr, 4, arguments.data(), nullptr);
+    defineBy(definePair, object, name, getter, setter);
 }
 
 JSValueRef Intrinsics::makeError(const std::string& message) const {

@@ -63,6 +63,12 @@ public:
 
 private:
     JSObjectRef member(const char* name) const;
+    // Calls one of the functions of the table that define a property; answers whether it could be.
+    bool defineBy(JSObjectRef definer,
+                  JSObjectRef object,
+                  JSStringRef name,
+                  JSValueRef first,
+                  JSValueRef second) const;
 
     JSGlobalContextRef context;
     JSObjectRef table;  // keeps all the others alive
