@@ -6,6 +6,7 @@
 #include "Groups.h"
 #include "engine/Document.h"
 #include "engine/ErrorReporter.h"
+#include "engine/PluginLibrary.h"
 #include "engine/Scheduler.h"
 #include "engine/Text.h"
 #include "engine/WeakObject.h"
@@ -64,7 +65,7 @@ class Page final : public ErrorReporter {
 public:
     explicit Page(const PluginLibrary& plugin)
         : context(JSGlobalContextCreateInGroup(nullptr, nullptr)),
-          document(std::make_unique<Document>(context, plugin, scheduler, *this)) {
+          document(std::make_unique<Document>(context, plugin.capabilities(), scheduler, *this)) {
         document->open({"file", "", 0});
     }
     ~Page() override {

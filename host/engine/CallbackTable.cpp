@@ -17,9 +17,11 @@ Document* called(const jsplugin_obj* ctx) {
     if (object == nullptr) {
         return nullptr;
     }
-    Document& document = object->document;
-    document.calledByPlugin();  // `object` may be gone after it
-    return &document;
+    Document* const document = Document::of(object->store);
+    if (document != nullptr) {
+        document->calledByPlugin();  // `object` may be gone after it
+    }
+    return document;
 }
 
 int create(jsplugin_obj* ctx, const NativeCallbacks& callbacks, jsplugin_obj** result) noexcept {
@@ -86,7 +88,7 @@ int addUnloadListener(jsplugin_obj* ctx, jsplugin_unload* unload) noexcept {
 
 void mark(jsplugin_obj* object) noexcept {
     if (ObjectRecord* const record = ObjectRecord::find(object)) {
-        record->document.objects().mark(*record);
+        record->store.mark(*record);
     }
 }
 

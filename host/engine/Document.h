@@ -5,12 +5,14 @@
 #include "engine/GlobalNames.h"
 #include "engine/Intrinsics.h"
 #include "engine/ObjectStore.h"
-#include "engine/PluginLibrary.h"
+#include "engine/PluginAccess.h"
+#include "engine/PluginCalls.h"
 #include "engine/Scheduler.h"
+
+#include "jsplugin.h"
 
 #include <JavaScriptCore/JavaScript.h>
 
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -30,13 +32,16 @@ public:
     };
 
     Document(JSGlobalContextRef scriptContext,
-             const PluginLibrary& plugin,
+             const struct jsplugin_capabilities& capabilities,
              Scheduler& pageScheduler,
              ErrorReporter& errorReporter);
     ~Document();
 
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
+
+    // The living document whose objects these are.
+    static Document* of(const ObjectStore& objects) noexcept;
 
     // Starts the plug-in in this document. Answers false when it refuses the page, which then sees
     // none of its globals.
@@ -48,72 +53,43 @@ public:
 
     // Lets go of what the plug-in no longer holds, so that the next collection can take it. It
     // happens by itself now and then.
-    void letGo();
+    void letGo() { calls.letGo(); }
 
     // Lets go, and has the engine collect before it returns.
-    void collect();
+    void collect() { calls.collect(); }
 
     // From here on, collects before every call of the plug-in and at the start of every call that
     // it makes: what it holds without marking it is then gone when it next uses it. Slow.
-    void stressCollector() noexcept { stressed = true; }
+    void stressCollector() noexcept { calls.stressCollector(); }
 
-    ObjectStore& objects() noexcept { return *store; }
-    const Intrinsics& intrinsics() const noexcept { return engine; }
-    const struct jsplugin_capabilities& plugin() const noexcept { return capabilities; }
+    ObjectStore& objects() noexcept { return store; }
 
     // The callback table's part: a call of the plug-in has come in, before anything is done.
-    void calledByPlugin();
+    void calledByPlugin() { calls.calledByPlugin(); }
     // Each answers whether it was done.
     bool addPoll(unsigned intervalMs, jsplugin_poll* poll);
     bool addUnloadListener(jsplugin_unload* listener);
     bool
     callFunction(ObjectRecord* thisRecord, ObjectRecord& callee, int argc, jsplugin_value* argv);
 
-    // The fronts' part: an access of script to a native object.
-    JSValueRef readProperty(ObjectRecord& record, JSStringRef name, JSValueRef* exception);
-    bool
-    writeProperty(ObjectRecord& record, JSStringRef name, JSValueRef value, JSValueRef* exception);
-    JSValueRef callNative(ObjectRecord& function,
-                          JSObjectRef thisObject,
-                          size_t argc,
-                          const JSValueRef argv[],
-                          JSValueRef* exception);
-
-    // Stands while the plug-in runs. The outermost is where objects may be let go first: no frame
-    // of the plug-in is on the stack that could hold one.
-    class PluginCall final {
-    public:
-        explicit PluginCall(Document& calledIn);
-        ~PluginCall();
-        PluginCall(const PluginCall&) = delete;
-        PluginCall& operator=(const PluginCall&) = delete;
-
-    private:
-        Document& document;
-    };
-
 private:
     void closeNow();
 
     JSGlobalContextRef context;
-    const struct jsplugin_capabilities& capabilities;
+    const struct jsplugin_capabilities& plugin;
     Scheduler& scheduler;
     ErrorReporter& reporter;
     Intrinsics engine;
-    std::unique_ptr<ObjectStore> store;
+    ObjectStore store;
+    PluginCalls calls;
+    PluginAccess access;
     GlobalNames globals;
 
     bool opened = false;
     bool closed = false;
-    bool closePending = false;
     std::vector<jsplugin_unload*> unloadListeners;
     std::set<unsigned> polls;  // the scheduler's ids
     unsigned housekeeping = 0;
-
-    bool stressed = false;
-    bool lettingGo = false;
-    unsigned depth = 0;               // of plug-in calls on the stack
-    std::uint64_t serialAtEntry = 0;  // the store's, when the outermost began
 };
 
 #endif

@@ -1,7 +1,7 @@
 #include "engine/Fallback.h"
 
-#include "engine/Document.h"
 #include "engine/Fronts.h"
+#include "engine/ObjectAccess.h"
 #include "engine/Text.h"
 
 #include <utility>
@@ -28,7 +28,7 @@ bool writeTo(JSContextRef context,
     }
     const text::EngineString text(context, name);
     return !Fallback::isPrototypeName(text.get()) &&
-           record->document.writeProperty(*record, text.get(), value, exception);
+           record->access.write(*record, text.get(), value, exception);
 }
 
 }  // namespace

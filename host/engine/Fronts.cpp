@@ -1,6 +1,6 @@
 #include "engine/Fronts.h"
 
-#include "engine/Document.h"
+#include "engine/ObjectAccess.h"
 #include "engine/Text.h"
 
 #include <array>
@@ -73,7 +73,7 @@ catchRead(JSContextRef, JSObjectRef catcher, JSStringRef name, JSValueRef* excep
         Fallback::isPrototypeName(name)) {
         return nullptr;
     }
-    return record->document.readProperty(*record, name, exception);
+    return record->access.read(*record, name, exception);
 }
 
 JSValueRef callFunction(JSContextRef context,
@@ -86,7 +86,7 @@ JSValueRef callFunction(JSContextRef context,
     if (record == nullptr) {
         return JSValueMakeUndefined(context);
     }
-    return record->document.callNative(*record, thisObject, argc, argv, exception);
+    return record->access.call(*record, thisObject, argc, argv, exception);
 }
 
 void finalize(JSObjectRef catcher) noexcept {

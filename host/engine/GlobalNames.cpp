@@ -1,25 +1,31 @@
 #include "engine/GlobalNames.h"
 
-#include "engine/Document.h"
+#include "engine/Intrinsics.h"
+#include "engine/ObjectStore.h"
+#include "engine/PluginCalls.h"
 #include "engine/Text.h"
 #include "engine/Values.h"
 
-GlobalNames::GlobalNames(Document& owner, JSGlobalContextRef scriptContext)
-    : document(owner), context(scriptContext) {}
+GlobalNames::GlobalNames(JSGlobalContextRef scriptContext,
+                         const struct jsplugin_capabilities& capabilities,
+                         const Intrinsics& engineFunctions,
+                         ObjectStore& objects,
+                         PluginCalls& pluginCalls)
+    : context(scriptContext), plugin(capabilities), engine(engineFunctions), store(objects),
+      calls(pluginCalls) {}
 
 GlobalNames::~GlobalNames() {
     remove();
 }
 
 void GlobalNames::install() {
-    char** offered = document.plugin().global_names;
+    char** offered = plugin.global_names;
     for (; offered != nullptr && *offered != nullptr; ++offered) {
         Name& name = *names.emplace_back(std::make_unique<Name>(Name{*this, *offered}));
         name.getter = makeAccessor(&GlobalNames::get, name);
         name.setter = makeAccessor(&GlobalNames::set, name);
-        document.intrinsics().defineAccessor(JSContextGetGlobalObject(context),
-                                             text::EngineString(name.text).get(), name.getter,
-                                             name.setter);
+        engine.defineAccessor(JSContextGetGlobalObject(context),
+                              text::EngineString(name.text).get(), name.getter, name.setter);
     }
 }
 
@@ -46,25 +52,23 @@ JSObjectRef GlobalNames::makeAccessor(JSObjectCallAsFunctionCallback callback, N
 }
 
 JSValueRef GlobalNames::read(const Name& name, JSValueRef* exception) {
-    const struct jsplugin_capabilities& plugin = document.plugin();
     if (plugin.global_getter == nullptr) {
         return JSValueMakeUndefined(context);
     }
-    const Document::PluginCall call(document);
+    const PluginCalls::Call call(calls);
     jsplugin_value result = {};
-    const int answer =
-        plugin.global_getter(&document.objects().global(), name.text.c_str(), &result);
+    const int answer = plugin.global_getter(&store.global(), name.text.c_str(), &result);
     switch (answer) {
     case JSP_GET_VALUE:
     case JSP_GET_VALUE_CACHE: {
-        const JSValueRef value = document.objects().namedValue(result, name.text, exception);
+        const JSValueRef value = store.namedValue(result, name.text, exception);
         if (value != nullptr && answer == JSP_GET_VALUE_CACHE) {
             replace(name, value);
         }
         return value;
     }
     case JSP_GET_EXCEPTION:
-        *exception = document.intrinsics().makeError(messageOf(result));
+        *exception = engine.makeError(messageOf(result));
         return nullptr;
     default:
         return JSValueMakeUndefined(context);
@@ -72,21 +76,18 @@ JSValueRef GlobalNames::read(const Name& name, JSValueRef* exception) {
 }
 
 void GlobalNames::write(const Name& name, JSValueRef value, JSValueRef* exception) {
-    const struct jsplugin_capabilities& plugin = document.plugin();
     if (plugin.global_setter == nullptr) {
         replace(name, value);
         return;
     }
-    const Document::PluginCall call(document);
-    PluginArguments argument(document.objects(), context, 1, &value);
-    switch (
-        plugin.global_setter(&document.objects().global(), name.text.c_str(), argument.data())) {
+    const PluginCalls::Call call(calls);
+    PluginArguments argument(store, context, 1, &value);
+    switch (plugin.global_setter(&store.global(), name.text.c_str(), argument.data())) {
     case JSP_PUT_READ_ONLY:
-        *exception =
-            document.intrinsics().makeError("Cannot set \"" + name.text + "\": it is read-only");
+        *exception = engine.makeError("Cannot set \"" + name.text + "\": it is read-only");
         break;
     case JSP_PUT_EXCEPTION:
-        *exception = document.intrinsics().makeError(messageOf(*argument.data()));
+        *exception = engine.makeError(messageOf(*argument.data()));
         break;
     case JSP_GET_NO_PROPERTY:
         replace(name, value);
@@ -97,8 +98,8 @@ void GlobalNames::write(const Name& name, JSValueRef value, JSValueRef* exceptio
 }
 
 void GlobalNames::replace(const Name& name, JSValueRef value) {
-    document.intrinsics().define(JSContextGetGlobalObject(context),
-                                 text::EngineString(name.text).get(), value, true);
+    engine.define(JSContextGetGlobalObject(context), text::EngineString(name.text).get(), value,
+                  true);
 }
 
 JSValueRef GlobalNames::get(JSContextRef context,

@@ -1,19 +1,27 @@
 #ifndef SONOLET_HOST_ENGINE_GLOBALNAMES_H
 #define SONOLET_HOST_ENGINE_GLOBALNAMES_H
 
+#include "jsplugin.h"
+
 #include <JavaScriptCore/JavaScript.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-class Document;
+class Intrinsics;
+class ObjectStore;
+class PluginCalls;
 
 // The plug-in's names on the document's global object. Each is an accessor until the plug-in gives
 // a value that may be kept, or the page assigns one of its own: then it is a plain property.
 class GlobalNames final {
 public:
-    GlobalNames(Document& owner, JSGlobalContextRef scriptContext);
+    GlobalNames(JSGlobalContextRef scriptContext,
+                const struct jsplugin_capabilities& capabilities,
+                const Intrinsics& engineFunctions,
+                ObjectStore& objects,
+                PluginCalls& pluginCalls);
     ~GlobalNames();
 
     GlobalNames(const GlobalNames&) = delete;
@@ -50,8 +58,11 @@ private:
                           const JSValueRef argv[],
                           JSValueRef* exception) noexcept;
 
-    Document& document;
     JSGlobalContextRef context;
+    const struct jsplugin_capabilities& plugin;
+    const Intrinsics& engine;
+    ObjectStore& store;
+    PluginCalls& calls;
     std::vector<std::unique_ptr<Name>> names;
 };
 

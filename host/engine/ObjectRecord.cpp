@@ -20,8 +20,12 @@ const jsplugin_obj*& lately(const jsplugin_obj* object) noexcept {
 
 }  // namespace
 
-ObjectRecord::ObjectRecord(Document& owner, Kind recordKind, const NativeCallbacks& nativeCallbacks)
-    : jsplugin_obj{nullptr}, document(owner), kind(recordKind), callbacks(nativeCallbacks) {
+ObjectRecord::ObjectRecord(ObjectStore& owner,
+                           ObjectAccess& objectAccess,
+                           Kind recordKind,
+                           const NativeCallbacks& nativeCallbacks)
+    : jsplugin_obj{nullptr}, store(owner), access(objectAccess), kind(recordKind),
+      callbacks(nativeCallbacks) {
     known().insert(this);
 }
 

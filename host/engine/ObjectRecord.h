@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-class Document;
+class ObjectAccess;
+class ObjectStore;
 struct FrontLink;
 
 // What a plug-in gives with an object that it makes. Any of them may be null.
@@ -25,7 +26,7 @@ struct NativeCallbacks {
 
 // One script object as the plug-in sees it. The plug-in holds its address, so it never moves.
 //
-// Owned by the ObjectStore of its document, which alone changes the fields below the kind.
+// Owned by its store, which alone changes the fields below the kind.
 class ObjectRecord final : public jsplugin_obj {
 public:
     enum class Kind {
@@ -34,7 +35,10 @@ public:
         Native,  // made by the plug-in
     };
 
-    ObjectRecord(Document& owner, Kind recordKind, const NativeCallbacks& nativeCallbacks = {});
+    ObjectRecord(ObjectStore& owner,
+                 ObjectAccess& objectAccess,
+                 Kind recordKind,
+                 const NativeCallbacks& nativeCallbacks = {});
     ~ObjectRecord();
 
     ObjectRecord(const ObjectRecord&) = delete;
@@ -43,7 +47,8 @@ public:
     // The record at that address, or null when there is none any more.
     static ObjectRecord* find(const jsplugin_obj* object) noexcept;
 
-    Document& document;
+    ObjectStore& store;
+    ObjectAccess& access;
     const Kind kind;
     const NativeCallbacks callbacks;
 

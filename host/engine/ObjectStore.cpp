@@ -1,18 +1,18 @@
 #include "engine/ObjectStore.h"
 
-#include "engine/Document.h"
-#include "engine/Values.h"
+#include "engine/Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
-ObjectStore::ObjectStore(Document& owner,
-                         JSGlobalContextRef scriptContext,
+ObjectStore::ObjectStore(JSGlobalContextRef scriptContext,
                          const Intrinsics& engineFunctions,
+                         ObjectAccess& objectAccess,
                          jsplugin_gc_trace* traceOfDocument)
-    : document(owner), context(scriptContext), intrinsics(engineFunctions),
+    : context(scriptContext), intrinsics(engineFunctions), access(objectAccess),
       fronts(scriptContext, engineFunctions), documentTrace(traceOfDocument),
-      globalRecord(std::make_unique<ObjectRecord>(owner, ObjectRecord::Kind::Global)) {
+      globalRecord(std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Global)) {
     globalRecord->object = JSContextGetGlobalObject(context);
     globalRecord->rooted = true;
 }
@@ -25,7 +25,8 @@ ObjectRecord* ObjectStore::create(const NativeCallbacks& callbacks) {
     if (closed) {
         return nullptr;
     }
-    auto record = std::make_unique<ObjectRecord>(document, ObjectRecord::Kind::Native, callbacks);
+    auto record =
+        std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Native, callbacks);
     ObjectRecord* const created = record.get();
     created->handedAt = ++lastSerial;
     ++newSinceTrace;
@@ -38,7 +39,7 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
         return *globalRecord;
     }
     if (ObjectRecord* const native = Fronts::recordOf(object)) {
-        native->document.objects().touch(*native);  // maybe a frame's
+        native->store.touch(*native);  // maybe a frame's
         return *native;
     }
     if (const auto found = pageRecords.find(object); found != pageRecords.end()) {
@@ -50,7 +51,7 @@ ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
         found->second->object = nullptr;
         pageRecords.erase(found);
     }
-    auto made = std::make_unique<ObjectRecord>(document, ObjectRecord::Kind::Page);
+    auto made = std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Page);
     ObjectRecord& record = *made;
     record.object = object;
     records.emplace(&record, std::move(made));
@@ -71,6 +72,44 @@ JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
     return record.rooted ? record.object : nullptr;
 }
 
+JSValueRef ObjectStore::toScript(JSContextRef callContext,
+                                 const jsplugin_value& value,
+                                 JSValueRef* exception) {
+    switch (value.type) {
+    case JSP_TYPE_NATIVE_OBJECT:
+    case JSP_TYPE_OBJECT:
+        if (ObjectRecord* const record = ObjectRecord::find(value.u.object)) {
+            if (const JSObjectRef object = record->store.scriptObject(*record)) {
+                return object;
+            }
+        }
+        return intrinsics.undefined();
+    case JSP_TYPE_STRING:
+        if (value.u.string != nullptr) {
+            static text::StringMaker& strings = *new text::StringMaker;
+            return strings.make(callContext, value.u.string);
+        }
+        return intrinsics.undefined();
+    case JSP_TYPE_NUMBER:
+        // A NaN of another pattern would be no number to the intrinsics.
+        return JSValueMakeNumber(callContext, std::isnan(value.u.number) ? NAN : value.u.number);
+    case JSP_TYPE_BOOLEAN:
+        return intrinsics.boolean(value.u.boolean != 0);
+    case JSP_TYPE_NULL:
+        return intrinsics.null();
+    case JSP_TYPE_EXPRESSION:
+        if (value.u.string != nullptr) {
+            const text::EngineString source(value.u.string);
+            const JSValueRef result =
+                JSEvaluateScript(callContext, source.get(), nullptr, nullptr, 1, exception);
+            return *exception == nullptr ? result : nullptr;
+        }
+        return intrinsics.undefined();
+    default:
+        return intrinsics.undefined();
+    }
+}
+
 JSValueRef ObjectStore::namedValue(const jsplugin_value& value,
                                    const std::string& name,
                                    JSValueRef* exception) {
@@ -80,7 +119,7 @@ JSValueRef ObjectStore::namedValue(const jsplugin_value& value,
             record->name = name;
         }
     }
-    return toScript(document, context, value, exception);
+    return toScript(context, value, exception);
 }
 
 void ObjectStore::cache(ObjectRecord& record, JSStringRef name, JSValueRef value) {
@@ -134,7 +173,7 @@ void ObjectStore::unroot(ObjectRecord& record) {
 }
 
 void ObjectStore::mark(ObjectRecord& record) noexcept {
-    if (&record.document != &document || !tracing) {
+    if (&record.store != this || !tracing) {
         return;
     }
     if (markingForDocument) {

@@ -26,9 +26,10 @@
 // themselves.
 class ObjectStore final {
 public:
-    ObjectStore(Document& owner,
-                JSGlobalContextRef scriptContext,
+    // `objectAccess` is where accesses of script to the objects go; it may be made later.
+    ObjectStore(JSGlobalContextRef scriptContext,
                 const Intrinsics& engineFunctions,
+                ObjectAccess& objectAccess,
                 jsplugin_gc_trace* traceOfDocument);
     ~ObjectStore();
 
@@ -51,6 +52,11 @@ public:
 
     // From inside a trace of the plug-in; elsewhere it does nothing.
     void mark(ObjectRecord& record) noexcept;
+
+    // What the plug-in answered, as a script value; undefined for what is none. Evaluates
+    // expressions: `exception` is set when one throws, and then the result is null.
+    JSValueRef
+    toScript(JSContextRef callContext, const jsplugin_value& value, JSValueRef* exception);
 
     // What the plug-in answered for the property `name`; a function keeps its first name.
     JSValueRef
@@ -89,9 +95,9 @@ private:
     void forget(ObjectRecord& pageRecord);
     void destruct(ObjectRecord& nativeRecord);
 
-    Document& document;
     JSGlobalContextRef context;
     const Intrinsics& intrinsics;
+    ObjectAccess& access;
     Fronts fronts;
     jsplugin_gc_trace* const documentTrace;
     std::shared_ptr<FinalizerQueue> finalizers = std::make_shared<FinalizerQueue>();

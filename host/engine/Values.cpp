@@ -1,9 +1,7 @@
 #include "engine/Values.h"
 
-#include "engine/Document.h"
+#include "engine/ObjectStore.h"
 #include "engine/Text.h"
-
-#include <cmath>
 
 PluginArguments::PluginArguments(ObjectStore& objects,
                                  JSContextRef context,
@@ -52,46 +50,6 @@ PluginArguments::convert(ObjectStore& objects, JSContextRef context, JSValueRef 
         break;
     }
     return converted;
-}
-
-JSValueRef toScript(Document& document,
-                    JSContextRef context,
-                    const jsplugin_value& value,
-                    JSValueRef* exception) {
-    const Intrinsics& engine = document.intrinsics();
-    switch (value.type) {
-    case JSP_TYPE_NATIVE_OBJECT:
-    case JSP_TYPE_OBJECT:
-        if (ObjectRecord* const record = ObjectRecord::find(value.u.object)) {
-            if (const JSObjectRef object = record->document.objects().scriptObject(*record)) {
-                return object;
-            }
-        }
-        return engine.undefined();
-    case JSP_TYPE_STRING:
-        if (value.u.string != nullptr) {
-            static text::StringMaker& strings = *new text::StringMaker;
-            return strings.make(context, value.u.string);
-        }
-        return engine.undefined();
-    case JSP_TYPE_NUMBER:
-        // A NaN of another pattern would be no number to the engine.
-        return JSValueMakeNumber(context, std::isnan(value.u.number) ? NAN : value.u.number);
-    case JSP_TYPE_BOOLEAN:
-        return engine.boolean(value.u.boolean != 0);
-    case JSP_TYPE_NULL:
-        return engine.null();
-    case JSP_TYPE_EXPRESSION:
-        if (value.u.string != nullptr) {
-            const text::EngineString source(value.u.string);
-            const JSValueRef result =
-                JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, exception);
-            return *exception == nullptr ? result : nullptr;
-        }
-        return engine.undefined();
-    default:
-        return engine.undefined();
-    }
 }
 
 std::string messageOf(const jsplugin_value& value) {

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-class Document;
 class ObjectStore;
 
 // Script values as the plug-in gets them; valid as long as this object, or until the plug-in
@@ -38,13 +37,6 @@ private:
     std::vector<jsplugin_value> many;
     std::vector<std::string> strings;  // has room for all before the first: values point at them
 };
-
-// What the plug-in answered, as a script value; undefined for what is none. Evaluates expressions:
-// `exception` is set when one throws, and then the result is null.
-JSValueRef toScript(Document& document,
-                    JSContextRef context,
-                    const jsplugin_value& value,
-                    JSValueRef* exception);
 
 // The text of an exception answer.
 std::string messageOf(const jsplugin_value& value);

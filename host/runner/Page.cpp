@@ -20,7 +20,7 @@ Page::Page(const PluginLibrary& plugin,
            PageOwner& pageOwner,
            const Options& options)
     : owner(pageOwner) {
-    document = std::make_unique<Document>(context.ref, plugin, scheduler, pageOwner);
+    document = std::make_unique<Document>(context.ref, plugin.capabilities(), scheduler, pageOwner);
     timers = std::make_unique<Timers>(context.ref, scheduler, pageOwner);
     console::install(context.ref);
     installWindow(options.exposeGc);

@@ -22,7 +22,7 @@ const PluginLibrary& plugin() {
 }  // namespace
 
 DocumentHarness::DocumentHarness() : context(JSGlobalContextCreateInGroup(nullptr, nullptr)) {
-    document = std::make_unique<Document>(context, plugin(), scheduler, *this);
+    document = std::make_unique<Document>(context, plugin().capabilities(), scheduler, *this);
     atStart = probe();
 }
 

@@ -49,7 +49,7 @@ FrameDocument::FrameDocument(JSGlobalContextRef frameContext,
                              Scheduler& scheduler,
                              std::function<void()> unloaded)
     : context(frameContext), onUnload(std::make_shared<std::function<void()>>(std::move(unloaded))),
-      document(frameContext, plugin, scheduler, *this) {
+      document(frameContext, plugin.capabilities(), scheduler, *this) {
     const JSValueRef listener =
         function::make(context.ref, "unloaded", [called = onUnload](JSContextRef ctx, auto...) {
             if (const auto once = std::exchange(*called, nullptr)) {

@@ -1,0 +1,36 @@
+#ifndef SONOLET_HOST_ENGINE_PLUGINACCESS_H
+#define SONOLET_HOST_ENGINE_PLUGINACCESS_H
+
+#include "engine/ObjectAccess.h"
+
+class Intrinsics;
+class ObjectStore;
+class PluginCalls;
+
+// Accesses of script as calls of the plug-in: converts what goes in and out, and turns each answer
+// into what script sees.
+class PluginAccess final : public ObjectAccess {
+public:
+    PluginAccess(JSGlobalContextRef scriptContext,
+                 const Intrinsics& engineFunctions,
+                 ObjectStore& objects,
+                 PluginCalls& pluginCalls)
+        : context(scriptContext), engine(engineFunctions), store(objects), calls(pluginCalls) {}
+
+    JSValueRef read(ObjectRecord& record, JSStringRef name, JSValueRef* exception) override;
+    bool
+    write(ObjectRecord& record, JSStringRef name, JSValueRef value, JSValueRef* exception) override;
+    JSValueRef call(ObjectRecord& function,
+                    JSObjectRef thisObject,
+                    size_t argc,
+                    const JSValueRef argv[],
+                    JSValueRef* exception) override;
+
+private:
+    JSGlobalContextRef context;
+    const Intrinsics& engine;
+    ObjectStore& store;
+    PluginCalls& calls;
+};
+
+#endif
