@@ -1,14 +1,13 @@
 #include "Pipeline.h"
 
 #include "AudioOptions.h"
-#include "LogLine.h"
+#include "SoundDevice.h"
 
 #include <gst/app/gstappsrc.h>
 #include <gst/audio/audio.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -24,7 +23,6 @@ namespace {
 constexpr const char* corePackage = "libgstreamer1.0-0";
 constexpr const char* basePackage = "gstreamer1.0-plugins-base";
 constexpr const char* goodPackage = "gstreamer1.0-plugins-good";
-constexpr gint64 deviceBuffer = 1000000;  // microseconds
 
 // GStreamer's locks order what one thread hands it and another one gets. A thread sanitizer sees
 // nothing of them, GLib's locks being its own; this counter shows it the order.
@@ -58,27 +56,6 @@ std::string formatName(const WavFormat& format) {
     return (format.isFloat ? "F" : "S") + std::to_string(format.bits) + "LE";
 }
 
-// The real sink within an automatic one.
-GstElement* deviceWithin(GstElement* sink) {
-    GST_OBJECT_LOCK(sink);
-    GList* const children = GST_BIN_CHILDREN(sink);
-    GstElement* const device = children != nullptr ? GST_ELEMENT(children->data) : nullptr;
-    GST_OBJECT_UNLOCK(sink);
-    return device;
-}
-
-bool isSilentFallback(GstElement* device) {
-    const GstElementFactory* const factory = gst_element_get_factory(device);
-    return factory != nullptr && std::strcmp(GST_OBJECT_NAME(factory), "fakesink") == 0;
-}
-
-// A busy machine may come late by that much before there is a gap.
-void setBuffer(GstElement* device, gint64 microseconds) {
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(device), "buffer-time") != nullptr) {
-        g_object_set(device, "buffer-time", microseconds, nullptr);
-    }
-}
-
 void releaseBlock(gpointer block) {
     delete[] static_cast<unsigned char*>(block);
 }
@@ -102,8 +79,9 @@ Pipeline::Pipeline(Listener& owner, const AudioOptions& options)
         if (file) {
             addWavFilter();
         }
-        GstElement* device = options.sink == AudioOptions::Sink::Auto ? deviceSink() : nullptr;
-        if (device != nullptr) {
+        GstElement* device = options.sink == AudioOptions::Sink::Auto ? openSoundDevice() : nullptr;
+        onDevice = device != nullptr;
+        if (onDevice) {
             pace = 1.0;
             gst_bin_add(GST_BIN(pipeline), device);
             chain.push_back(device);
@@ -180,30 +158,6 @@ GstElement* Pipeline::add(const char* factory, const char* package) {
     return element;
 }
 
-// The sink of the machine's sound device (floating), or null when there is none that works.
-GstElement* Pipeline::deviceSink() {
-    GstElement* sink = gst_element_factory_make("autoaudiosink", nullptr);
-    if (sink == nullptr) {
-        throw std::runtime_error(std::string("element autoaudiosink is missing (package ") +
-                                 goodPackage + ")");
-    }
-    // Samples that come late are played late, all of them: there is no picture to keep up with.
-    g_object_set(sink, "sync", FALSE, nullptr);
-    const bool works = gst_element_set_state(sink, GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
-    GstElement* const device = works ? deviceWithin(sink) : nullptr;
-    if (device != nullptr && !isSilentFallback(device)) {
-        setBuffer(device, deviceBuffer);
-        return sink;
-    }
-    gst_element_set_state(sink, GST_STATE_NULL);
-    gst_object_unref(gst_object_ref_sink(sink));
-    static std::once_flag once;
-    std::call_once(once, [] {
-        logLine("no sound device works here, playing without sound (wav:FILE keeps the sound)");
-    });
-    return nullptr;
-}
-
 // The formats that the file can take: once it has samples, theirs.
 void Pipeline::addWavFilter() {
     std::string description = "audio/x-raw,layout=interleaved,format=";
@@ -275,6 +229,9 @@ void Pipeline::pushHeader() {
             const WavFormat::Header exact = format->header(0xFFFFFFFF);
             std::copy(exact.begin(), exact.end(), header.begin());
         }
+    }
+    if (onDevice) {
+        gst_pipeline_set_latency(GST_PIPELINE(pipeline), soundDeviceLead());
     }
     auto block = std::make_unique<unsigned char[]>(header.size());
     std::copy(header.begin(), header.end(), block.get());

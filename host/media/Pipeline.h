@@ -65,7 +65,6 @@ private:
     struct BusLink;
 
     GstElement* add(const char* factory, const char* package);
-    GstElement* deviceSink();
     void addWavFilter();
     void link();
     void pushBytes(unsigned char* block, std::size_t begin, std::size_t end);
@@ -80,6 +79,7 @@ private:
     // Constant after construction.
     Listener& listener;
     double pace;
+    bool onDevice = false;
     WavFile::Claim file;             // null unless the sound goes to a file
     GstElement* pipeline = nullptr;  // (owned)
     GstElement* source = nullptr;    // the pipeline's

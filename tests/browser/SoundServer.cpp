@@ -27,19 +27,21 @@ SoundServer::SoundServer(const std::string& itsFolder) : folder(itsFolder) {
     server->awaitLine("Daemon startup complete");
 }
 
-// Only when it is verbose does it tell that it has begun, and then it tells the time for ever.
+// It has begun when the first bytes are there: the server, as long as it had no client, was seconds
+// ahead with its silence.
 void SoundServer::record() {
+    const std::string file = "'" + folder + "/heard.pcm'";
     recorder = std::make_unique<Process>(std::vector<std::string>{
         "/bin/bash", "-c",
         "exec parec --device=nowhere.monitor --format=s16le --rate=44100 --channels=2"
-        " --latency-msec=100 --verbose '" +
-            folder + "/heard.pcm' 2> >(grep -m 1 'Stream successfully created'; cat >/dev/null)"});
-    recorder->awaitLine("Stream successfully created");
+        " --latency-msec=100 > >(head -c 4096 > " +
+            file + "; echo recording; cat >> " + file + "; echo recorded)"});
+    recorder->awaitLine("recording");
 }
 
 SoundServer::Frames SoundServer::heard() {
     recorder->signal(SIGINT);
-    recorder->wait();
+    recorder->awaitLine("recorded");
     return framesOf(contentsOf(folder + "/heard.pcm"));
 }
 

@@ -19,9 +19,7 @@ public:
     explicit SoundServer(const std::string& folder);
 
     void record();
-    // What was heard since, silence included. A monitor hears of a new stream once it has given
-    // away what it had of the silence before, and what it holds at the end is lost: some tenths of
-    // a second each.
+    // What was heard since, silence included.
     Frames heard();
 
     static Frames framesOf(const std::string& pcm);
