@@ -18,8 +18,10 @@ Page::Context::~Context() {
 Page::Page(const PluginLibrary& plugin,
            Scheduler& scheduler,
            PageOwner& pageOwner,
+           Overtime& pageOvertime,
            const Options& options)
-    : owner(pageOwner) {
+    : owner(pageOwner), overtime(pageOvertime) {
+    pageOvertime.watch(JSContextGetGroup(context.ref));
     document = std::make_unique<Document>(context.ref, plugin.capabilities(), scheduler, pageOwner);
     timers = std::make_unique<Timers>(context.ref, scheduler, pageOwner);
     console::install(context.ref);
@@ -33,6 +35,10 @@ Page::Page(const PluginLibrary& plugin,
 
 Page::~Page() {
     timers->clearAll();
+    if (overtime.hasStoppedScript()) {
+        // What was stopped between two calls still stops the next one: it may be this.
+        JSEvaluateScript(context.ref, text::EngineString("").get(), nullptr, nullptr, 1, nullptr);
+    }
     document->close();
 }
 

@@ -6,6 +6,7 @@
 #include "engine/PluginLibrary.h"
 #include "engine/Scheduler.h"
 #include "runner/Options.h"
+#include "runner/Overtime.h"
 #include "runner/Timers.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -27,6 +28,7 @@ public:
     Page(const PluginLibrary& plugin,
          Scheduler& scheduler,
          PageOwner& pageOwner,
+         Overtime& overtime,
          const Options& options);
     ~Page();
 
@@ -50,6 +52,7 @@ private:
     void reportRejections();
 
     PageOwner& owner;
+    const Overtime& overtime;
     Context context;
     std::unique_ptr<Document> document;
     std::unique_ptr<Timers> timers;

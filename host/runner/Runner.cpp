@@ -23,6 +23,29 @@ std::string readPage(const std::string& file) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// What a person can still read of one text.
+constexpr std::size_t mostCharacters = 10000;
+
+std::string readableText(JSContextRef context, JSValueRef value) {
+    const JSStringRef whole = JSValueToStringCopy(context, value, nullptr);
+    if (whole == nullptr) {
+        return {};
+    }
+    const std::size_t length = JSStringGetLength(whole);
+    std::string readable;
+    if (length <= mostCharacters) {
+        readable = text::toUtf8(whole);
+    } else {
+        const JSStringRef begin =
+            JSStringCreateWithCharacters(JSStringGetCharactersPtr(whole), mostCharacters);
+        readable = text::toUtf8(begin) + "... (the first " + std::to_string(mostCharacters) +
+                   " of " + std::to_string(length) + " characters)";
+        JSStringRelease(begin);
+    }
+    JSStringRelease(whole);
+    return readable;
+}
+
 std::string propertyText(JSContextRef context, JSObjectRef object, const char* name) {
     JSValueRef exception = nullptr;
     const JSValueRef value =
@@ -30,12 +53,19 @@ std::string propertyText(JSContextRef context, JSObjectRef object, const char* n
     if (exception != nullptr || value == nullptr || JSValueIsUndefined(context, value)) {
         return {};
     }
-    return text::toUtf8(context, value);
+    return readableText(context, value);
+}
+
+bool isAboutModules(const std::string& message) {
+    const auto has = [&](const char* words) { return message.find(words) != std::string::npos; };
+    return has("Could not import the module") ||
+           (message.rfind("SyntaxError", 0) == 0 &&
+            (has("import call") || has("import.meta") || has("keyword 'export'")));
 }
 
 // "page.js:3:7: uncaught TypeError: text" and the stack, a line a frame.
 std::string describe(JSContextRef context, JSValueRef exception) {
-    std::string message = text::toUtf8(context, exception);
+    std::string message = readableText(context, exception);
     if (message.empty()) {
         message = "an exception without a text";
     }
@@ -52,6 +82,9 @@ std::string describe(JSContextRef context, JSValueRef exception) {
                (column.empty() ? "" : ':' + column) + ": ";
     }
     text += "uncaught " + message + '\n';
+    if (isAboutModules(message)) {
+        text += "    (a page of sonolet-host is a classic script, which has no modules)\n";
+    }
     const std::string stack = propertyText(context, object, "stack");
     for (std::size_t begin = 0; begin < stack.size();) {
         const std::size_t end = std::min(stack.find('\n', begin), stack.size());
@@ -65,8 +98,8 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 
 Runner::Runner(const Options& givenOptions)
     : options(givenOptions), script(readPage(options.page)), plugin(options.plugin),
-      scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)),
-      signals([this] { closePage(); }) {}
+      scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)), overtime(options.page),
+      signals([this] { closePage(); }, &Overtime::begin) {}
 
 Runner::~Runner() {
     page.reset();
@@ -79,19 +112,21 @@ int Runner::run() {
             closePage();
             return false;
         });
+        Overtime::beginAfter(*options.seconds / options.speed());
     }
-    do {
+    while (next != Next::Close) {
         next = Next::Wait;
-        page.reset();
-        page = std::make_unique<Page>(plugin, scheduler, *this, options);
+        page = std::make_unique<Page>(plugin, scheduler, *this, overtime, options);
         page->run(script, options.page);
         if (next == Next::Wait) {
             g_main_loop_run(loop);
         }
-    } while (next == Next::Reload);
-    // Exceptions of the unload listeners still count.
-    page.reset();
-    return exitCode;
+        // Exceptions of the unload listeners still count.
+        page.reset();
+        // A page that reloads itself at once leaves no other time to --for and to signals.
+        g_main_context_iteration(nullptr, FALSE);
+    }
+    return overtime.hasStoppedScript() ? 1 : exitCode;
 }
 
 void Runner::reload() {
@@ -112,8 +147,11 @@ void Runner::stopWaiting(Next wanted) {
 }
 
 void Runner::uncaught(JSContextRef context, JSValueRef exception) noexcept {
-    const std::string text = describe(context, exception);
-    std::fwrite(text.data(), 1, text.size(), stderr);
-    exitCode = 1;
+    // What a script was stopped by is no exception of its own.
+    if (!overtime.hasStoppedScript()) {
+        const std::string text = describe(context, exception);
+        std::fwrite(text.data(), 1, text.size(), stderr);
+        exitCode = 1;
+    }
     closePage();
 }

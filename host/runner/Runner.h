@@ -4,6 +4,7 @@
 #include "engine/GlibScheduler.h"
 #include "engine/PluginLibrary.h"
 #include "runner/Options.h"
+#include "runner/Overtime.h"
 #include "runner/Page.h"
 #include "runner/Signals.h"
 
@@ -33,7 +34,6 @@ public:
 private:
     enum class Next { Wait, Reload, Close };
 
-    void load();
     void stopWaiting(Next wanted);
 
     const Options& options;
@@ -41,6 +41,7 @@ private:
     const PluginLibrary plugin;
     GlibScheduler scheduler;
     GMainLoop* loop;  // owned
+    Overtime overtime;
     Signals signals;
     std::unique_ptr<Page> page;
     Next next = Next::Wait;

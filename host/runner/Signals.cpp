@@ -14,22 +14,25 @@
 namespace {
 
 std::atomic<int> eventOfHandlers{-1};
+void (*calledByHandlers)() noexcept = nullptr;
 
 void handle(int) {
     const int saved = errno;
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(eventOfHandlers, &one, sizeof one);
+    calledByHandlers();
     errno = saved;
 }
 
 }  // namespace
 
-Signals::Signals(std::function<void()> signalCallback)
+Signals::Signals(std::function<void()> signalCallback, void (*handler)() noexcept)
     : callback(std::move(signalCallback)), event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (event < 0) {
         throw std::runtime_error("no file descriptor left for signals");
     }
     eventOfHandlers = event;
+    calledByHandlers = handler;
     source = g_unix_fd_add(
         event, G_IO_IN,
         [](gint fd, GIOCondition, gpointer self) -> gboolean {

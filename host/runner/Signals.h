@@ -11,8 +11,9 @@
 // One at a time in a process.
 class Signals final {
 public:
-    // Throws std::runtime_error when the system has no file descriptor left.
-    explicit Signals(std::function<void()> signalCallback);
+    // `handler` is called at once, inside the signal's handler. Throws std::runtime_error when the
+    // system has no file descriptor left.
+    Signals(std::function<void()> signalCallback, void (*handler)() noexcept);
     ~Signals();
 
     Signals(const Signals&) = delete;

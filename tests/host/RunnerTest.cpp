@@ -13,6 +13,7 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -38,12 +39,19 @@ Outcome runPage(const std::string& script,
     return run(command, {{"PROBE_REPORT", "1"}});
 }
 
-// Sends `signal` when the page first writes, and again if it writes after that.
-Outcome runPageUntilSignal(const std::string& script, int signal) {
+// Sends `signal` when the page first writes, and again whenever it writes after that.
+Outcome runPageUntilSignals(const std::string& script, int signal) {
     return runPage(
         script, {},
         "mkfifo out && { \"$@\" >out & } && exec 3<out && while read -r line <&3; do kill -" +
             std::to_string(signal) + " $! 2>/dev/null; done; wait $!");
+}
+
+// Sends it once.
+Outcome runPageUntilSignal(const std::string& script, int signal) {
+    return runPage(script, {},
+                   "mkfifo out && { \"$@\" >out & } && exec 3<out && read -r line <&3 && kill -" +
+                       std::to_string(signal) + " $! && cat <&3; wait $!");
 }
 
 std::string line(const std::string& text) {
@@ -90,6 +98,9 @@ TEST(RunnerTest, AnUncaughtExceptionSaysWhereAndEndsThePage) {
         {"Promise.reject(new Error('refused'))", "page.js:1:25: uncaught Error: refused"},
         {"let a = 1;\nlet let = 2;", "page.js:2: uncaught SyntaxError: "},
         {"throw 'a text'", "uncaught a text"},
+        {"import { a } from './a.js'",
+         "page.js:1: uncaught SyntaxError: Unexpected token '{'. import call expects one or two "
+         "arguments.\n    (a page of sonolet-host is a classic script, which has no modules)\n"},
         {"throw { toString() { throw 1 } }", "uncaught an exception without a text"},
         {"Probe.throwing()", "page.js:1:15: uncaught Error: thrown by the plug-in"},
     };
@@ -102,6 +113,10 @@ TEST(RunnerTest, AnUncaughtExceptionSaysWhereAndEndsThePage) {
     const Outcome stack = runPage("function inner() { throw new Error('deep') }\n"
                                   "function outer() { inner() }\nouter()");
     EXPECT_THAT(stack.errors, HasSubstr("    at inner@page.js:1:35\n    at outer@page.js:2:25\n"));
+    const std::string begin = "page.js:1:16: uncaught Error: ";
+    EXPECT_THAT(runPage("throw new Error('x'.repeat(1e8))").errors,
+                StartsWith(begin + std::string(10000 - 7, 'x') +
+                           "... (the first 10000 of 100000007 characters)\n    at "));
 }
 
 TEST(RunnerTest, AWrongCommandLineIsOneClearLineAndHelpNamesEveryOption) {
@@ -193,8 +208,36 @@ TEST(RunnerTest, ASignalUnloadsThePageInOrder) {
         EXPECT_EQ(line(result.errors), "probe: inits 1 unloads 1 created 3 destructed 3 polls 0");
     }
     // A script without end is no obstacle to a second one.
-    EXPECT_EQ(runPageUntilSignal("for (;;) { console.log('busy'); }", SIGINT).exitCode,
+    EXPECT_EQ(runPageUntilSignals("for (;;) { console.log('busy'); }", SIGINT).exitCode,
               128 + SIGINT);
+}
+
+TEST(RunnerTest, NoScriptKeepsAPageFromEnding) {
+    const char* const reloading = "console.log('on'); location.reload()";
+    const char* const stopped = "sonolet-host: page.js: a script went on a second too long";
+    const char* const lost = "sonolet-host: page.js: the page does not come to an end";
+    const struct {
+        Outcome outcome;
+        int exitCode;
+        const char* errors;
+    } cases[] = {
+        {runPage(reloading, {"--for", "0.1"}), 0, "probe: "},
+        {runPageUntilSignal(reloading, SIGINT), 0, "probe: "},
+        {runPage("try { for (;;); } finally { console.log('never'); }", {"--for", "0.1"}), 1,
+         stopped},
+        {runPageUntilSignal("console.log('on'); Promise.resolve().then(() => { for (;;); })",
+                            SIGTERM),
+         1, stopped},
+        {runPageUntilSignal("console.log('on'); (async () => { for (;;) await 0; })()", SIGINT), 1,
+         lost},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(each.exitCode, each.outcome.exitCode) << each.outcome.errors;
+        EXPECT_THAT(each.outcome.errors, StartsWith(each.errors));
+        EXPECT_THAT(each.outcome.output, Not(HasSubstr("never")));
+        // As any page that ends, but for the last.
+        EXPECT_EQ(each.outcome.errors.find("probe: ") != std::string::npos, each.errors != lost);
+    }
 }
 
 TEST(RunnerTest, TheEngineCollectsByItselfBeforeDeadObjectsPileUp) {
