@@ -58,7 +58,7 @@ if(SONOLET_BUILD_HOST)
 endif()
 
 sonolet_install_library(spotify12 service lib "$ORIGIN")
-foreach(tool IN ITEMS sonolet-demo sonolet-index sonolet-playlist sonolet-user)
+foreach(tool IN ITEMS sonolet-demo sonolet-fault sonolet-index sonolet-playlist sonolet-user)
     sonolet_install_program(${tool} service)
 endforeach()
 

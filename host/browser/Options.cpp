@@ -52,7 +52,8 @@ double notNegative(const Argument& argument) {
 Options Options::parse(int argc, char* const argv[]) {
     Options options;
     std::string page;
-    for (const Argument& argument : splitArguments(argc, argv, {"--help", "-h", "--automation"})) {
+    for (const Argument& argument :
+         splitArguments(argc, argv, {"--help", "-h", "--version", "--automation"})) {
         const std::string& option = argument.option;
         if (option.empty()) {
             if (!page.empty()) {
@@ -62,6 +63,9 @@ Options Options::parse(int argc, char* const argv[]) {
             page = argument.value;
         } else if (option == "--help" || option == "-h") {
             options.help = true;
+            return options;
+        } else if (option == "--version") {
+            options.version = true;
             return options;
         } else if (option == "--automation") {
             options.automation = true;
@@ -91,7 +95,7 @@ Options Options::parse(int argc, char* const argv[]) {
 }
 
 std::string Options::helpText() {
-    return R"(Usage: sonolet-browser [options] PAGE.html|URL
+    return R"(usage: sonolet-browser [options] PAGE.html|URL
 
 Shows a web page with the plug-in's globals in a window, until that is closed.
 
@@ -111,6 +115,7 @@ Shows a web page with the plug-in's globals in a window, until that is closed.
   --after SECONDS    take the screenshot that much later
   --automation       let WebKitWebDriver control the browser
   --help             show this text
+  --version          print the version
 
 Keys: F5 or Ctrl+R reloads, Alt+Left and Alt+Right go back and forward, F12 opens
 the inspector, Ctrl+W closes the window. The signal SIGUSR2 reloads too.

@@ -8,6 +8,7 @@
 // What the browser's command line asks for.
 struct Options : DeviceOptions {
     bool help = false;
+    bool version = false;
     std::string uri;  // of the page
     int width = 1280;
     int height = 720;

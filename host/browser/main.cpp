@@ -1,5 +1,6 @@
 #include "browser/Browser.h"
 #include "browser/Options.h"
+#include "options/Limits.h"
 
 #include <gtk/gtk.h>
 
@@ -14,6 +15,11 @@ int main(int argc, char* argv[]) {
             std::fputs(Options::helpText().c_str(), stdout);
             return 0;
         }
+        if (options.version) {
+            std::puts("sonolet-browser " SONOLET_VERSION);
+            return 0;
+        }
+        checkLimits();
         options.setEnvironment();
         if (!gtk_init_check(nullptr, nullptr)) {
             throw std::runtime_error("no display: neither DISPLAY nor WAYLAND_DISPLAY leads to one "

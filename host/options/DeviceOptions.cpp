@@ -2,6 +2,8 @@
 
 #include "log/LogThreshold.h"
 
+#include <glib.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -40,6 +42,25 @@ void setSink(AudioOptions& audio, const std::string& text) {
     }
 }
 
+// The service alone knows what faults there are: its program is asked. Without it, which may be so
+// beside a service of another make, the text goes on as it is.
+void checkFault(const std::string& fault) {
+    const std::string program =
+        (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "sonolet-fault").string();
+    const char* const command[] = {program.c_str(), "--", fault.c_str(), nullptr};
+    g_autofree char* answer = nullptr;
+    int status = 0;
+    if (g_spawn_sync(nullptr, const_cast<char**>(command), nullptr, G_SPAWN_STDOUT_TO_DEV_NULL,
+                     nullptr, nullptr, nullptr, &answer, &status, nullptr) == FALSE ||
+        g_spawn_check_wait_status(status, nullptr) != FALSE) {
+        return;
+    }
+    std::string why = g_strchomp(answer);
+    const std::string name = "sonolet-fault: ";
+    throw std::invalid_argument("--fault: " +
+                                why.erase(0, why.rfind(name, 0) == 0 ? name.size() : 0));
+}
+
 }  // namespace
 
 bool DeviceOptions::set(const std::string& option, const std::string& value) {
@@ -52,6 +73,7 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
         if (value.empty()) {
             throw std::invalid_argument("--fault takes what is to happen, as offline@5s-12s");
         }
+        checkFault(value);
         fault = value;
     } else if (option == "--audio") {
         setSink(audio, value);

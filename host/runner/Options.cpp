@@ -5,7 +5,7 @@
 Options Options::parse(int argc, char* const argv[]) {
     Options options;
     for (const Argument& argument :
-         splitArguments(argc, argv, {"--help", "-h", "--expose-gc", "--stress-gc"})) {
+         splitArguments(argc, argv, {"--help", "-h", "--version", "--expose-gc", "--stress-gc"})) {
         const std::string& option = argument.option;
         if (option.empty()) {
             if (!options.page.empty()) {
@@ -15,6 +15,9 @@ Options Options::parse(int argc, char* const argv[]) {
             options.page = argument.value;
         } else if (option == "--help" || option == "-h") {
             options.help = true;
+            return options;
+        } else if (option == "--version") {
+            options.version = true;
             return options;
         } else if (option == "--expose-gc") {
             options.exposeGc = true;
@@ -35,7 +38,7 @@ Options Options::parse(int argc, char* const argv[]) {
 }
 
 std::string Options::helpText() {
-    return R"(Usage: sonolet-host [options] PAGE.js
+    return R"(usage: sonolet-host [options] PAGE.js
 
 Runs a page script with the plug-in's globals, until the page calls close().
 
@@ -55,6 +58,7 @@ Runs a page script with the plug-in's globals, until the page calls close().
   --stress-gc      collect garbage in every call of the plug-in and every call
                    that it makes: slow, and finds what it forgets to keep
   --help           show this text
+  --version        print the version
 
 Exit codes: 0 the page was closed; 1 an exception was not caught; 2 an option,
 the page's file or the plug-in is wrong.

@@ -9,6 +9,7 @@
 // What the command line asks for.
 struct Options : DeviceOptions {
     bool help = false;
+    bool version = false;
     std::string page;
     std::optional<double> seconds;  // page time after which the page is closed
     bool exposeGc = false;

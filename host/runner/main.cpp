@@ -1,5 +1,6 @@
 #include "log/LogThreshold.h"
 #include "media/AudioOptions.h"
+#include "options/Limits.h"
 #include "runner/Options.h"
 #include "runner/Runner.h"
 
@@ -13,6 +14,11 @@ int main(int argc, char* argv[]) {
             std::fputs(Options::helpText().c_str(), stdout);
             return 0;
         }
+        if (options.version) {
+            std::puts("sonolet-host " SONOLET_VERSION);
+            return 0;
+        }
+        checkLimits();
         options.setEnvironment();
         if (options.logLevel) {
             KlogSetThreshold(*options.logLevel);

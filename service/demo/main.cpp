@@ -1,19 +1,27 @@
 #include "demo/DemoLibrary.h"
+#include "tools/About.h"
 
-#include <cstring>
 #include <exception>
 #include <iostream>
 
+namespace {
+
+constexpr char usage[] =
+    "usage: sonolet-demo DIR\n"
+    "       sonolet-demo --version\n"
+    "\n"
+    "Makes the demo library in DIR: twelve short tunes by three invented artists\n"
+    "on four albums, as FLAC and Ogg Vorbis. One that stands is left alone.\n";
+
+}  // namespace
+
 // Makes the demo library: twelve short tunes with tags and covers.
 int main(int argc, char** argv) {
-    if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
-        std::cout << "usage: sonolet-demo DIR\n"
-                     "Makes the demo library in DIR: twelve short tunes by three invented artists\n"
-                     "on four albums, as FLAC and Ogg Vorbis. One that stands is left alone.\n";
+    if (sonolet::service::tellsAbout("sonolet-demo", usage, argc, argv)) {
         return 0;
     }
     if (argc != 2 || argv[1][0] == '-' || argv[1][0] == '\0') {
-        std::cerr << "usage: sonolet-demo DIR\n";
+        std::cerr << usage;
         return 2;
     }
     try {

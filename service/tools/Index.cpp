@@ -6,6 +6,7 @@
 #include "QueryStore.h"
 #include "Scanner.h"
 #include "StatePaths.h"
+#include "tools/About.h"
 
 #include <climits>
 #include <future>
@@ -18,8 +19,9 @@ namespace {
 using namespace sonolet::service;
 
 constexpr char usage[] =
-    "Usage: sonolet-index                  print every track\n"
+    "usage: sonolet-index                  print every track\n"
     "       sonolet-index --search QUERY   print the tracks that a search finds, best first\n"
+    "       sonolet-index --version\n"
     "\n"
     "Scans the folder of music before. A line is link, artist, album, title, file.\n"
     "A query is words, \"phrases\" and artist:, album:, title:, year:1990, year:1990-1999.\n"
@@ -56,11 +58,12 @@ void search(Catalogue& catalogue, const StatePaths& paths, const std::string& qu
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::string option = argc > 1 ? argv[1] : "";
-    if (argc > 1 && (option != "--search" || argc != 3)) {
-        const bool help = option == "--help";
-        (help ? std::cout : std::cerr) << usage;
-        return help ? 0 : 2;
+    if (tellsAbout("sonolet-index", usage, argc, argv)) {
+        return 0;
+    }
+    if (argc > 1 && (std::string(argv[1]) != "--search" || argc != 3)) {
+        std::cerr << usage;
+        return 2;
     }
     try {
         const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);

@@ -6,6 +6,7 @@
 #include "ListStore.h"
 #include "Password.h"
 #include "StatePaths.h"
+#include "tools/About.h"
 
 #include <algorithm>
 #include <charconv>
@@ -27,7 +28,8 @@ constexpr int failure = 1;
 constexpr int misuse = 2;
 
 constexpr char usage[] =
-    "Usage: sonolet-playlist [--user NAME] COMMAND ...\n"
+    "usage: sonolet-playlist [--user NAME] COMMAND ...\n"
+    "       sonolet-playlist --version\n"
     "\n"
     "  list                      print the user's playlists and folders\n"
     "  show LIST                 print a playlist's tracks\n"
@@ -596,11 +598,10 @@ void Program::exportList(const Arguments& given) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h")) {
-        std::cout << usage;
+    if (tellsAbout("sonolet-playlist", usage, argc, argv)) {
         return 0;
     }
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
     try {
         Program(StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation)).run(arguments);
         return 0;

@@ -2,6 +2,7 @@
 
 #include "Accounts.h"
 #include "StatePaths.h"
+#include "tools/About.h"
 
 #include <termios.h>
 #include <unistd.h>
@@ -20,11 +21,12 @@ constexpr int failure = 1;
 constexpr int misuse = 2;
 
 constexpr char usage[] =
-    "Usage: sonolet-user add NAME            make an account\n"
+    "usage: sonolet-user add NAME            make an account\n"
     "       sonolet-user country NAME CODE   say where a user is: two letters, as SE\n"
     "       sonolet-user list                print the names of all accounts\n"
     "       sonolet-user passwd NAME         change a password; forgets stored logins\n"
     "       sonolet-user remove NAME         remove an account and all that it kept\n"
+    "       sonolet-user --version\n"
     "\n"
     "The password is asked for on a terminal, and otherwise read as one line of standard input.\n"
     "SONOLET_STATE names the folder that the accounts are kept in.\n";
@@ -88,10 +90,6 @@ int answer(bool found, const std::string& name) {
 
 int run(const std::vector<std::string>& arguments) {
     const std::string command = arguments.empty() ? "" : arguments[0];
-    if (command == "--help" || command == "-h") {
-        std::cout << usage;
-        return 0;
-    }
     const bool takesName = command == "add" || command == "passwd" || command == "remove";
     const bool takesCountry = command == "country";
     const std::size_t wanted = takesCountry ? 3 : takesName ? 2 : 1;
@@ -129,6 +127,9 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (tellsAbout("sonolet-user", usage, argc, argv)) {
+        return 0;
+    }
     try {
         return run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const std::exception& error) {

@@ -148,8 +148,24 @@ TEST(RunnerTest, AWrongCommandLineIsOneClearLineAndHelpNamesEveryOption) {
     const std::string help = runHost({"--help"}).output;
     for (const char* const option :
          {"--music DIR", "--audio", "wav:FILE", "--for SECONDS", "--help", "--plugin FILE",
-          "--speed N", "--log LEVEL", "--expose-gc", "--stress-gc"}) {
+          "--speed N", "--log LEVEL", "--expose-gc", "--stress-gc", "--version"}) {
         EXPECT_THAT(help, HasSubstr(option));
+    }
+    EXPECT_EQ(runHost({"--version"}).output, "sonolet-host 1.0\n");
+}
+
+TEST(RunnerTest, TooLittleForAnEngineIsOneLine) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"ulimit -n 6", "sonolet-host: only "},
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they take terabytes
+        {"ulimit -v 3000000", "sonolet-host: the script engine takes 6144 MiB of address space"},
+#endif
+    };
+    for (const auto& [limit, expected] : cases) {
+        const Outcome result = runPage("close()", {}, limit + std::string(" && exec \"$@\""));
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.errors, StartsWith(expected));
+        EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
     }
 }
 

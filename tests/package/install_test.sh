@@ -63,6 +63,8 @@ fi
 # What --help lists, the manual has.
 for program in "$root"/usr/bin/*; do
     name=$(basename "$program")
+    check "the version of $name" grep -qx "$name 1.0" <<<"$("${clean[@]}" "$name" --version)"
+    check "the usage of $name" grep -q "^usage: $name " <<<"$("${clean[@]}" "$name" --help)"
     manual=$(man -l "$root/usr/share/man/man1/$name.1"* | col -b) || fail "$name has no manual"
     for option in $("${clean[@]}" "$name" --help | grep -oE -- '--[a-z-]+' | sort -u); do
         check "the manual of $name has $option" grep -qF -- "$option" <<<"$manual"

@@ -50,7 +50,7 @@ TEST(UserCommand, MakesListsAndRemovesAccounts) {
           {"add ''", "x\\n", 1, "1 to 64 bytes"},
           {"remove nobody", "", 1, "there is no user nobody"},
           {"passwd nobody", "x\\n", 1, "there is no user nobody"},
-          {"shout", "", 2, "Usage:"}}) {
+          {"shout", "", 2, "usage:"}}) {
         const Ran ran = user(arguments, input);
         EXPECT_EQ(ran.status, status) << arguments;
         EXPECT_THAT(ran.output, testing::HasSubstr(text)) << arguments;

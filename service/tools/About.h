@@ -1,0 +1,25 @@
+#ifndef SONOLET_SERVICE_TOOLS_ABOUT_H
+#define SONOLET_SERVICE_TOOLS_ABOUT_H
+
+#include <iostream>
+#include <string>
+
+namespace sonolet::service {
+
+// Answers --help, -h and --version, which every program takes as its first argument; false when it
+// is none of them.
+inline bool tellsAbout(const std::string& program, const char* usage, int argc, char** argv) {
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (first == "--version") {
+        std::cout << program << " " SONOLET_VERSION "\n";
+    } else if (first == "--help" || first == "-h") {
+        std::cout << usage;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace sonolet::service
+
+#endif
