@@ -2,9 +2,11 @@
 
 #include <glib.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 namespace {
 
@@ -43,6 +45,21 @@ void setSize(Options& options, const std::string& text) {
     }
 }
 
+// Fails now where the file could not be written at the end; leaves no file behind.
+void checkWritable(const std::string& file) {
+    std::error_code error;
+    const bool isThere = fs::exists(file, error);
+    std::FILE* const opened = std::fopen(file.c_str(), "ab");
+    if (opened == nullptr) {
+        throw std::invalid_argument("--screenshot: " + file + ": " +
+                                    std::generic_category().message(errno));
+    }
+    std::fclose(opened);
+    if (!isThere) {
+        fs::remove(file, error);
+    }
+}
+
 double notNegative(const Argument& argument) {
     return argument.value == "0" ? 0 : positiveNumber(argument);
 }
@@ -73,6 +90,7 @@ Options Options::parse(int argc, char* const argv[]) {
             if (argument.value.empty()) {
                 throw std::invalid_argument("--screenshot takes a PNG file");
             }
+            checkWritable(argument.value);
             options.screenshot = argument.value;
         } else if (option == "--after") {
             options.after = notNegative(argument);

@@ -10,9 +10,9 @@
 // What the browser and its web processes say to each other.
 namespace protocol {
 
-// The web process to the browser, each with a string that tells more.
-constexpr const char* failed = "failed";      // it cannot work
-constexpr const char* uncaught = "uncaught";  // a page had an exception that nobody caught
+// The web process to the browser, each with a string.
+constexpr const char* failed = "failed";      // it cannot work; why
+constexpr const char* uncaught = "uncaught";  // a page had an exception; empty: WebKit tells it
 
 // The browser to each web process, as it starts. Music and log level are in the environment.
 struct DeviceSettings {

@@ -8,6 +8,9 @@ namespace {
 // How long a page that is closed may take to unload.
 constexpr guint unloadSeconds = 3;
 
+constexpr const char* emptyPage = "about:blank";
+constexpr const char* windowKey = "sonolet-window";  // at a view: its Window
+
 constexpr const char* crashPage = R"(<!DOCTYPE html>
 <title>Page crashed</title>
 <style>
@@ -24,6 +27,7 @@ Window::Window(WindowOwner& windowOwner, WebKitWebView* view, int width, int hei
     gtk_window_set_default_size(window, width, height);
     gtk_window_set_title(window, "Sonolet");
     gtk_container_add(GTK_CONTAINER(window), GTK_WIDGET(webView));
+    g_object_set_data(G_OBJECT(webView), windowKey, this);
     connect();
 }
 
@@ -32,6 +36,7 @@ Window::~Window() {
         g_source_remove(closeSource);
     }
     g_signal_handlers_disconnect_by_data(webView, this);
+    g_object_set_data(G_OBJECT(webView), windowKey, nullptr);
     gtk_widget_destroy(GTK_WIDGET(window));
 }
 
@@ -46,6 +51,11 @@ void Window::connect() {
         webView, "load-failed",
         +[](WebKitWebView*, WebKitLoadEvent, char* uri, GError* error, Window* self) -> gboolean {
             return self->loadFailed(uri, error) ? TRUE : FALSE;
+        });
+    on(
+        webView, "resource-load-started",
+        +[](WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest*, Window* self) {
+            self->resourceStarted(resource);
         });
     on(
         webView, "web-process-terminated",
@@ -116,7 +126,7 @@ void Window::close() {
     }
     closing = true;
     gtk_widget_hide(GTK_WIDGET(window));
-    webkit_web_view_load_uri(webView, "about:blank");
+    webkit_web_view_load_uri(webView, emptyPage);
     closeSource = g_timeout_add_seconds(
         unloadSeconds,
         [](gpointer self) -> gboolean {
@@ -140,11 +150,20 @@ gboolean Window::unloaded() {
 }
 
 void Window::loadChanged(WebKitLoadEvent event) {
+    const char* const uri = webkit_web_view_get_uri(webView);
+    if (event == WEBKIT_LOAD_STARTED) {
+        asked = uri != nullptr ? uri : emptyPage;
+        told.clear();
+    }
     if (closing) {
-        const char* const uri = webkit_web_view_get_uri(webView);
-        if (event == WEBKIT_LOAD_COMMITTED && g_strcmp0(uri, "about:blank") == 0) {
+        if (event == WEBKIT_LOAD_COMMITTED && g_strcmp0(uri, emptyPage) == 0) {
             closeSoon();
         }
+    } else if (event == WEBKIT_LOAD_COMMITTED && asked != emptyPage &&
+               g_strcmp0(uri, emptyPage) == 0) {
+        // What WebKit does with an address that it blocks, a port of another service's for one.
+        tellFailure(asked.c_str(), "could not be loaded: WebKit blocks this address");
+        owner.pageFailed(*this);
     } else if (event == WEBKIT_LOAD_FINISHED && std::exchange(tellingCrash, false)) {
         if (std::exchange(reloadWanted, false)) {
             reload();
@@ -161,9 +180,47 @@ bool Window::loadFailed(const char* uri, const GError* error) {
                         WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)) {
         return false;
     }
-    std::fprintf(stderr, "sonolet-browser: %s: %s\n", uri, error->message);
+    tellFailure(uri, error->message);
     owner.pageFailed(*this);
     return false;  // WebKit shows a page that tells it
+}
+
+// Scripts, styles, pictures, frames: WebKit itself is silent about them.
+void Window::resourceStarted(WebKitWebResource* resource) {
+    if (resource == webkit_web_view_get_main_resource(webView)) {
+        return;
+    }
+    // A resource may outlive the window. What the page goes away from is cancelled, and so is what
+    // a server has refused.
+    auto* const failed = +[](WebKitWebResource* self, const GError* error, WebKitWebView* view) {
+        if (!g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) {
+            tellOnce(view, self, error->message);
+        }
+    };
+    auto* const finished = +[](WebKitWebResource* self, WebKitWebView* view) {
+        WebKitURIResponse* const response = webkit_web_resource_get_response(self);
+        const guint status =
+            response != nullptr ? webkit_uri_response_get_status_code(response) : 0;
+        if (status >= 400) {
+            tellOnce(view, self, "the server answers " + std::to_string(status));
+        }
+    };
+    constexpr auto plain = static_cast<GConnectFlags>(0);
+    g_signal_connect_object(resource, "failed", G_CALLBACK(failed), webView, plain);
+    g_signal_connect_object(resource, "finished", G_CALLBACK(finished), webView, plain);
+}
+
+// WebKit tries some twice: it looks for them ahead of the page's parser.
+void Window::tellOnce(WebKitWebView* view, WebKitWebResource* resource, const std::string& why) {
+    auto* const self = static_cast<Window*>(g_object_get_data(G_OBJECT(view), windowKey));
+    const char* const uri = webkit_web_resource_get_uri(resource);
+    if (self != nullptr && self->told.insert(uri).second) {
+        tellFailure(uri, why);
+    }
+}
+
+void Window::tellFailure(const char* uri, const std::string& why) {
+    std::fprintf(stderr, "sonolet-browser: %s: %s\n", uri, why.c_str());
 }
 
 void Window::processTerminated(WebKitWebProcessTerminationReason reason) {

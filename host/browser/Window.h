@@ -4,6 +4,7 @@
 #include <gtk/gtk.h>
 #include <webkit2/webkit2.h>
 
+#include <set>
 #include <string>
 
 class Window;
@@ -43,6 +44,10 @@ private:
     void connect();
     void loadChanged(WebKitLoadEvent event);
     bool loadFailed(const char* uri, const GError* error);
+    void resourceStarted(WebKitWebResource* resource);
+    // Both write a line about what could not be loaded, the first once for each page and address.
+    static void tellOnce(WebKitWebView* view, WebKitWebResource* resource, const std::string& why);
+    static void tellFailure(const char* uri, const std::string& why);
     void processTerminated(WebKitWebProcessTerminationReason reason);
     bool keyPressed(const GdkEventKey& key);
     void closeSoon();
@@ -51,6 +56,8 @@ private:
     WindowOwner& owner;
     GtkWindow* const window;       // destroyed by this
     WebKitWebView* const webView;  // the window's
+    std::string asked;             // the address of the load under way
+    std::set<std::string> told;    // addresses that it could not load
     // After the page's process died, until the page that tells of it has loaded: a load that is
     // asked for meanwhile would be lost.
     bool tellingCrash = false;

@@ -66,10 +66,15 @@ TEST(Browser, TellsWhatIsWrong) {
         {with(good, "--size", "10x"), 2, "--size takes WIDTHxHEIGHT"},
         {with(good, "--plugin", place.file("none.so")), 2, "none.so: cannot open shared object"},
         {with(good, "--audio", "wav:" + place.file("none/out.wav")), 2, "none/out.wav: No such"},
-        {with(good, "--screenshot", place.file("none/page.png")), 1, "cannot write"},
+        {with(good, "--screenshot", place.file("none/page.png")), 2,
+         "none/page.png: No such file or directory"},
+        {with(good, "--fault", "slow=x"), 2, "fault \"x\" at character 6: a time is a number"},
         {{browser, "http://127.0.0.1:65534/", "--screenshot", place.file("page.png")},
          1,
          "refused"},
+        {{browser, "http://127.0.0.1:1/", "--screenshot", place.file("page.png")},
+         1,
+         "http://127.0.0.1:1/: could not be loaded"},
     };
     for (const auto& each : cases) {
         const Outcome outcome = run(each.command, {});
@@ -79,6 +84,21 @@ TEST(Browser, TellsWhatIsWrong) {
     for (const std::string exception : {"null.member", "Promise.reject(new Error('late'))"}) {
         const Outcome outcome = run(screenshotOf("<script>" + exception + "</script>"), {});
         EXPECT_EQ(outcome.exitCode, 1) << exception << outcome.errors;
+    }
+    const std::vector<std::string> parts = {"x.js", "x.mjs", "x.css", "x.png", "x.html"};
+    const Outcome lacking =
+        run(screenshotOf("<link rel=stylesheet href=x.css><script src=x.js></script>"
+                         "<script type=module>import './x.mjs'</script>"
+                         "<img src=x.png><iframe src=x.html></iframe>"),
+            {});
+    EXPECT_EQ(lacking.exitCode, 0) << lacking.errors;
+    for (const std::string& part : parts) {
+        const std::string line = "sonolet-browser: file://" + place.file(part) + ": ";
+        const std::size_t at = lacking.errors.find(line);
+        ASSERT_NE(at, std::string::npos) << part << lacking.errors;
+        EXPECT_THAT(lacking.errors.substr(at, lacking.errors.find('\n', at) - at),
+                    HasSubstr("No such file or directory"));
+        EXPECT_EQ(lacking.errors.find(line, at + 1), std::string::npos) << part;
     }
     const Outcome noDisplay = run(good, {{"DISPLAY", ""}});
     EXPECT_EQ(noDisplay.exitCode, 2);

@@ -40,7 +40,7 @@ void send(WebKitWebExtension* extension, const char* name, const char* text) {
 void messageSent(WebKitWebPage*, WebKitConsoleMessage* message, WebKitWebExtension* extension) {
     if (webkit_console_message_get_source(message) == WEBKIT_CONSOLE_MESSAGE_SOURCE_JAVASCRIPT &&
         webkit_console_message_get_level(message) == WEBKIT_CONSOLE_MESSAGE_LEVEL_ERROR) {
-        send(extension, protocol::uncaught, webkit_console_message_get_text(message));
+        send(extension, protocol::uncaught, "");
     }
 }
 
