@@ -20,7 +20,8 @@ public:
         }
         const std::string answer =
             call("POST", "",
-                 R"({"capabilities":{"alwaysMatch":{"webkitgtk:browserOptions":{"binary":)"
+                 R"({"capabilities":{"alwaysMatch":{"timeouts":{"script":200000},)"
+                 R"("webkitgtk:browserOptions":{"binary":)"
                  "\"" BIN_DIR R"(/sonolet-browser","args":[)" +
                      arguments + "]}}}}");
         const std::string key = R"("sessionId":")";
@@ -60,7 +61,7 @@ private:
     // The value that the driver answers, as JSON.
     std::string call(const std::string& method, const std::string& path, const std::string& body) {
         Outcome answer = ask(method, path, body);
-        // Nothing tells when the driver listens but that it answers. To ask takes some milliseconds.
+        // Nothing but an answer tells that the driver listens. To ask takes some milliseconds.
         for (int tries = 0; answer.exitCode == connectionRefused && tries < 2000; ++tries) {
             answer = ask(method, path, body);
         }
