@@ -18,10 +18,11 @@
 //
 // Further arguments are ignored. Numbers that stand for whole ones are truncated toward zero.
 //
-// Objects. Every call that answers an object of the music service makes a new wrapper, so compare
-// links or ids and not objects. `Session.logout` empties all wrappers but containers: from then on
-// each member that asks the service throws "Failed to retrieve object from Spotify"; playlists and
-// images lose their members, but for the two listener functions.
+// Objects. Every call that answers an object of the music service makes a new wrapper, so
+// compare the `uri` of playlists, the `id` of images, the `canonicalName` of users, and of others the
+// link they were created from. `Session.logout` empties all wrappers but containers: from then on each
+// member that asks the service throws "Failed to retrieve object from Spotify"; playlists and images
+// lose their members, but for the two listener functions.
 //
 // Events. Listeners and handlers run later, from the page's event loop: never inside the call that
 // caused the event. The handler of an "on" attribute runs after the listeners. It can be replaced
@@ -321,9 +322,9 @@ declare namespace Spotify {
         duration(): number;
         /** From 0 to 100. */
         popularity(): number;
-        /** From 1; of the disc. */
+        /** On the disc, from 1; 0 when the file does not tell it. */
         index(): number;
-        /** From 1. */
+        /** Of the disc, from 1. */
         disc(): number;
         numArtists(): number;
         /** @throws "Not enough arguments", "Not a number", "Failed to retrieve object from Spotify" */
