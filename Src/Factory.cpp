@@ -12,6 +12,9 @@
 #include "Track.h"
 #include "User.h"
 
+#include <algorithm>
+#include <utility>
+
 Factory& Factory::getInstance() {
     static Factory& instance = *new Factory;
     return instance;
@@ -23,10 +26,17 @@ void Factory::setSession(sp_session* librarySession,
     library = libraryShare;
 }
 
-template <class Wrapper, class Kind>
-orvo::shared_ptr<Wrapper> Factory::create(Kind* handle, Made<Wrapper>& made) {
-    orvo::shared_ptr<Wrapper> wrapper(new Wrapper(session, handle, library));
-    made.push_back(wrapper);
+template <class Wrapper, class... Arguments>
+orvo::shared_ptr<Wrapper> Factory::create(Made<Wrapper>& made, const Arguments&... arguments) {
+    orvo::shared_ptr<Wrapper> wrapper(new Wrapper(session, arguments...));
+    auto& wrappers = made.wrappers;
+    if (wrappers.size() >= made.cleanAt) {
+        wrappers.erase(std::remove_if(wrappers.begin(), wrappers.end(),
+                                      [](const auto& weak) { return weak.expired(); }),
+                       wrappers.end());
+        made.cleanAt = std::max<std::size_t>(16, 2 * wrappers.size());
+    }
+    wrappers.push_back(wrapper);
     return wrapper;
 }
 
@@ -34,9 +44,8 @@ template <class Wrapper>
 void Factory::clear(Made<Wrapper>& made) {
     // The list is empty before the first handle goes: nothing that follows from that finds it half
     // cleared.
-    Made<Wrapper> leaving;
-    leaving.swap(made);
-    for (const auto& weak : leaving) {
+    const Made<Wrapper> leaving = std::exchange(made, {});
+    for (const auto& weak : leaving.wrappers) {
         if (const orvo::shared_ptr<Wrapper> wrapper = weak.lock()) {
             wrapper->clear();
         }
@@ -49,45 +58,43 @@ orvo::shared_ptr<Playlist> Factory::createPlaylist(sp_playlist* handle) {
 
 orvo::shared_ptr<Playlist>
 Factory::createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container, sp_playlist* handle) {
-    orvo::shared_ptr<Playlist> wrapper(new Playlist(session, handle, library, container));
-    playlists.push_back(wrapper);
-    return wrapper;
+    return create(playlists, handle, library, container);
 }
 
 orvo::shared_ptr<Album> Factory::createAlbum(sp_album* handle) {
-    return create(handle, albums);
+    return create(albums, handle, library);
 }
 
 orvo::shared_ptr<Artist> Factory::createArtist(sp_artist* handle) {
-    return create(handle, artists);
+    return create(artists, handle, library);
 }
 
 orvo::shared_ptr<Track> Factory::createTrack(sp_track* handle) {
-    return create(handle, tracks);
+    return create(tracks, handle, library);
 }
 
 orvo::shared_ptr<User> Factory::createUser(sp_user* handle) {
-    return create(handle, users);
+    return create(users, handle, library);
 }
 
 orvo::shared_ptr<Albumbrowse> Factory::createAlbumbrowse(sp_albumbrowse* handle) {
-    return create(handle, albumbrowses);
+    return create(albumbrowses, handle, library);
 }
 
 orvo::shared_ptr<Artistbrowse> Factory::createArtistbrowse(sp_artistbrowse* handle) {
-    return create(handle, artistbrowses);
+    return create(artistbrowses, handle, library);
 }
 
 orvo::shared_ptr<Search> Factory::createSearch(sp_search* handle) {
-    return create(handle, searches);
+    return create(searches, handle, library);
 }
 
 orvo::shared_ptr<Toplistbrowse> Factory::createToplistbrowse(sp_toplistbrowse* handle) {
-    return create(handle, toplistbrowses);
+    return create(toplistbrowses, handle, library);
 }
 
 orvo::shared_ptr<SpImage> Factory::createSpImage(sp_image* handle) {
-    return create(handle, images);
+    return create(images, handle, library);
 }
 
 orvo::shared_ptr<Playlistcontainer> Factory::createPlaylistcontainer(sp_playlistcontainer* handle) {

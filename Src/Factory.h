@@ -6,7 +6,8 @@
 
 #include "libspotify/api.h"
 
-#include <list>
+#include <cstddef>
+#include <vector>
 
 class Album;
 class Albumbrowse;
@@ -62,20 +63,24 @@ public:
     void clearSpImages();
 
 private:
+    // The wrappers of one kind, in order of making. The dead among them go whenever the list has
+    // doubled since they last went.
     template <class Wrapper>
-    using Made = std::list<orvo::weak_ptr<Wrapper>>;
+    struct Made {
+        std::vector<orvo::weak_ptr<Wrapper>> wrappers;
+        std::size_t cleanAt = 16;
+    };
 
     Factory() = default;
 
-    template <class Wrapper, class Kind>
-    orvo::shared_ptr<Wrapper> create(Kind* handle, Made<Wrapper>& made);
+    template <class Wrapper, class... Arguments>
+    orvo::shared_ptr<Wrapper> create(Made<Wrapper>& made, const Arguments&... arguments);
     template <class Wrapper>
     static void clear(Made<Wrapper>& made);
 
     sp_session* session = nullptr;
     orvo::shared_ptr<LibWrapper> library;
 
-    // In order of making; the dead stay until the next logout.
     Made<Playlist> playlists;
     Made<Album> albums;
     Made<Artist> artists;

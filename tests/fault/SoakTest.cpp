@@ -30,8 +30,14 @@ struct Figures {
 }  // namespace
 
 // SONOLET_SOAK_DAYS of a player's life, 3 by default: a clock that is set forward by hand, polls at
-// every tick, a page that is loaded anew each hour and uses everything, a sign-out each night.
-TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
+// every tick, a page that is loaded anew each hour and uses everything, a sign-out each night or
+// none at all.
+class Soak : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Nightly, Soak, testing::Bool(), [](const auto& signsOut) {
+    return std::string(signsOut.param ? "SignOut" : "NoSignOut");
+});
+
+TEST_P(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
     const char* const text = getenv("SONOLET_SOAK_DAYS");
     const long days = text == nullptr ? 3 : strtol(text, nullptr, 10);
     FakeLog::get().reset();
@@ -51,10 +57,10 @@ TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
                 host.reopen(page);
                 Visitor visitor(host, samples, page);
                 visitor.visitAll();
-                for (int minute = 0; minute < 60; minute += 5) {
+                for (int minute = 0; minute < 60; minute += 15) {
                     visitor.play();
                     samples.raiseAll();
-                    host.advance(5 * 60000);
+                    host.advance(15 * 60000);
                     visitor.visitArrived();
                     host.collectGarbage(page);
                     host.calls.clear();
@@ -63,7 +69,7 @@ TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
                                            factory.backends.end() - factory.held());
                 }
                 ASSERT_EQ(visitor.failures, std::vector<std::string>());
-                if (hour == 23) {
+                if (hour == 23 && GetParam()) {
                     visitor.logout();
                 }
             }
@@ -76,8 +82,10 @@ TEST(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
                 onTheSecond = now;
             } else if (day > 2) {
                 ASSERT_EQ(now.registered, onTheSecond.registered);
-                ASSERT_EQ(now.plugin.blocks, onTheSecond.plugin.blocks);
-                ASSERT_EQ(now.plugin.bytes, onTheSecond.plugin.bytes);
+                // Until a sign-out the factory remembers some wrappers that have died.
+                const std::size_t dead = GetParam() ? 0 : 100;
+                ASSERT_LE(now.plugin.blocks, onTheSecond.plugin.blocks + dead);
+                ASSERT_LE(now.plugin.bytes, onTheSecond.plugin.bytes + dead * sizeof(void*));
                 ASSERT_LE(now.heap, onTheSecond.heap + onTheSecond.heap / 100);
             }
         }
