@@ -72,8 +72,27 @@ Player::~Player() {
     awaitReleases();
 }
 
-Player::GrantedBackend::GrantedBackend(Player& owner)
-    : player(owner), backend(UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &owner)) {
+class Player::HostCall final {
+public:
+    HostCall() noexcept { ++depth; }
+    ~HostCall() { --depth; }
+    HostCall(const HostCall&) = delete;
+    HostCall& operator=(const HostCall&) = delete;
+
+    static bool isUnderWay() noexcept { return depth != 0; }
+
+private:
+    static thread_local int depth;
+};
+thread_local int Player::HostCall::depth = 0;
+
+void Player::requireFree() {
+    if (HostCall::isUnderWay()) {
+        throw std::runtime_error(noBackend);
+    }
+}
+
+Player::GrantedBackend::GrantedBackend(Player& owner) : player(owner), backend(request(owner)) {
     if (!backend) {
         throw std::runtime_error(noBackend);
     }
@@ -81,14 +100,25 @@ Player::GrantedBackend::GrantedBackend(Player& owner)
     ++player.unreleased;
 }
 
+UVABackend* Player::GrantedBackend::request(Player& owner) {
+    const HostCall call;
+    return UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &owner);
+}
+
 Player::GrantedBackend::~GrantedBackend() {
-    UVAFactory::releaseBackend(backend);
+    {
+        const HostCall call;
+        UVAFactory::releaseBackend(backend);
+    }
     const orvo::scoped_lock lock(player.mutex);
     --player.unreleased;
     player.released.notify_all();
 }
 
 void Player::awaitReleases() {
+    if (HostCall::isUnderWay()) {
+        return;  // the process exits in there, and nobody returns
+    }
     const orvo::scoped_lock lock(mutex);
     while (unreleased != 0) {
         released.wait(mutex);
@@ -149,6 +179,7 @@ UVABackend* Player::getDRMBackend(const char* /*system*/) {
 // ---- Track, queue and backend ----
 
 void Player::playTrack(AudioTrack* newTrack) {
+    requireFree();
     releaseTrack();
     // A late event of the old backend must not meet the new queue.
     awaitReleases();
@@ -207,6 +238,7 @@ void Player::createBackend() {
     UVABackend::SourceDescription source{};
     source.kind = 2;
     UVABackend::SourceDescription* sources[] = {&source, nullptr};
+    const HostCall call;
     // No URL: the data comes through the backend's requests.
     if ((*share)->setSource("", sources, 0) != 1) {
         throw std::runtime_error(noBackend);
@@ -224,12 +256,14 @@ void Player::startPlaying() {
 
 void Player::resume() {
     if (const BackendShare inUse = backendInUse()) {
+        const HostCall call;
         (*inUse)->play();
     }
 }
 
 void Player::pause() {
     if (const BackendShare inUse = backendInUse()) {
+        const HostCall call;
         (*inUse)->pause(0);
     }
 }
@@ -237,6 +271,7 @@ void Player::pause() {
 double Player::getPosition() {
     double position = 0.0;
     if (const BackendShare inUse = backendInUse()) {
+        const HostCall call;
         (*inUse)->getPosition(position);
     }
     return position;
@@ -291,6 +326,7 @@ void Player::handleNeedDataEvent(UVABackend& to,
         delivered = wanted;
     }
     event->size = delivered;
+    const HostCall call;
     to.writeData(event, delivered, status);
 }
 

@@ -17,9 +17,10 @@ namespace TellusClientNamespace {
 // releaseTrack() on both. The lock guards the fields alone and is never held while the backend or
 // its factory is called. Whoever calls the backend holds a share of it meanwhile, so that it is
 // released by the last one out, and never under a call. A backend may send events until its release
-// has returned, wherever that runs: the next track and the player's end wait for it. Ownership:
-// tracks belong to the session; the queue and the backend to the player, for as long as one track
-// is attached.
+// has returned, wherever that runs: the next track and the player's end wait for it. A host may run
+// script inside its backend and factory; what loads a track there is refused, for the wait would be
+// for its own caller. Ownership: tracks belong to the session; the queue and the backend to the
+// player, for as long as one track is attached.
 class Player final : public UVAClient {
 public:
     Player() = default;
@@ -33,7 +34,11 @@ public:
     // Null: no DRM backend is used.
     UVABackend* getDRMBackend(const char* system) override;
 
-    // Replaces the track by this one and starts its backend. Throws
+    // Throws std::runtime_error("Could not initialize backend") when this thread is inside a call
+    // that a player makes to a backend or its factory. The track under such a call must stay.
+    static void requireFree();
+
+    // Replaces the track by this one and starts its backend. Throws what requireFree() throws, and
     // std::runtime_error("Could not initialize backend"); the track stays attached then.
     void playTrack(AudioTrack* newTrack) ORVO_EXCLUDES(mutex);
 
@@ -51,6 +56,9 @@ public:
 private:
     using QueueShare = orvo::shared_ptr<EventQueue>;
 
+    // This thread is inside a call to a backend or its factory.
+    class HostCall;
+
     // A backend that the factory has granted; releases it.
     class GrantedBackend final {
     public:
@@ -64,6 +72,8 @@ private:
         UVABackend* operator->() const { return backend; }
 
     private:
+        static UVABackend* request(Player& owner);
+
         Player& player;
         UVABackend* const backend;
     };

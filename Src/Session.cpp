@@ -283,6 +283,7 @@ void Session::playerLoad(jspp::function_context& context) {
     requireInitialized();
     logger.trace("Session::playerLoad");
     sp_track* const track = context.interface_of<Track>(0)->getHandle();
+    Player::requireFree();
     setReceiver(nullptr);
     const sp_error error = sp_session_player_load(session, track);
     std::unique_ptr<AudioTrack> replaced = TrackFactory::getInstance().createTrack(track);

@@ -153,8 +153,9 @@ private:
     sp_session* session = nullptr;  // owned by the LibWrapper that create() makes
     bool spotifyInitialized = false;
     int nextTimeout = 0;  // milliseconds; what libspotify asks for, and the fixed poll ignores
-    std::unique_ptr<TellusClientNamespace::Player> player;
+    // The player lets the track go before the track does.
     std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack;
+    std::unique_ptr<TellusClientNamespace::Player> player;
 
     // The current track, for the library's thread. Null while a track is being replaced: what the
     // library delivers then is refused, and comes again.

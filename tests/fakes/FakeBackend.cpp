@@ -83,6 +83,9 @@ void FakeBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatus
     writes.push_back(
         {request->offset, request->asked, size, status, {request->data, request->data + size}});
     delete[] request->data;
+    if (FakeFactory::get().whenWritten) {
+        FakeFactory::get().whenWritten(*this);
+    }
 }
 
 void FakeBackend::send(unsigned type) {
@@ -135,7 +138,7 @@ void FakeFactory::reset() {
     backends.clear();
     grants = true;
     sourceResult = 1;
-    whenRequested = whenReleased = nullptr;
+    whenRequested = whenReleased = whenWritten = nullptr;
 }
 
 FakeBackend& FakeFactory::current() const {

@@ -86,6 +86,7 @@ struct FakeFactory {
     int sourceResult = 1;
     std::function<void(FakeBackend&)> whenRequested;  // runs inside requestBackend
     std::function<void(FakeBackend&)> whenReleased;   // runs inside releaseBackend
+    std::function<void(FakeBackend&)> whenWritten;    // runs inside writeData
     std::vector<std::unique_ptr<FakeBackend>> backends;
 };
 

@@ -179,6 +179,29 @@ TEST_F(PlaybackTest, LoadReplacesTheTrackAndItsBackendWhateverTheLibraryAnswers)
     EXPECT_EQ(spotify.calls, Strings());
 }
 
+TEST_F(PlaybackTest, ALoadFromInsideTheBackendOrItsFactoryIsRefusedAndChangesNothing) {
+    int refusals = 0;
+    const auto nest = [&](FakeBackend&) {
+        spotify.calls.clear();
+        EXPECT_EQ(session("playerLoad", {track}), failed("Could not initialize backend"));
+        EXPECT_EQ(spotify.calls, Strings());
+        ++refusals;
+    };
+    factory.whenRequested = factory.whenReleased = factory.whenWritten = nest;
+    load();
+    EXPECT_EQ(refusals, 1);
+    EXPECT_EQ(deliver(100), 100);
+    load().request(0, 40);
+    EXPECT_EQ(refusals, 3);
+    EXPECT_EQ(deliver(100), 100);
+    host->advance(250);
+    EXPECT_EQ(refusals, 4);
+    EXPECT_EQ(factory.current().writes.size(), 1U);
+    host->close(page);
+    EXPECT_EQ(refusals, 5);
+    factory.whenRequested = factory.whenReleased = factory.whenWritten = nullptr;
+}
+
 TEST_F(PlaybackTest, ASoundThatComesWhileTheTrackIsBeingLoadedIsRefusedOrKept) {
     load();
     int taken = -1;
