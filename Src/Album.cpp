@@ -30,7 +30,7 @@ Album::Album(sp_session* librarySession,
         {"year", &Album::year, ""},
         {"isAvailable", &Album::isAvailable, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
     logger.trace("Album::Album");
 }

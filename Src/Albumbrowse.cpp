@@ -37,7 +37,7 @@ Albumbrowse::Albumbrowse(sp_session* librarySession,
         {"error", &Albumbrowse::error, ""},
         {"release", &Albumbrowse::release, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

@@ -17,7 +17,7 @@ Artist::Artist(sp_session* librarySession,
         {"isLoaded", &Artist::isLoaded, ""},
         {"portrait", &Artist::portrait, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

@@ -36,7 +36,7 @@ Artistbrowse::Artistbrowse(sp_session* librarySession,
         {"tophitTrack", &Artistbrowse::tophitTrack, "n"},
         {"release", &Artistbrowse::release, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

@@ -43,7 +43,10 @@ orvo::shared_ptr<jspp::number_array> arrayOf(const int* positions, int count) {
 
 }  // namespace
 
-std::vector<PlaylistInstanceEntry> Playlist::_instances;
+std::vector<PlaylistInstanceEntry>& Playlist::_instances() {
+    static auto& instances = *new std::vector<PlaylistInstanceEntry>;
+    return instances;
+}
 
 Playlist::Playlist() {
     _function("create", &Playlist::create, "s");
@@ -99,13 +102,14 @@ void Playlist::init() {
         JSPP_EVENT_ROW(Playlist, ImageChanged),
         JSPP_EVENT_ROW(Playlist, TrackMessageChanged),
     };
-    static const jspp::name_table names(listener_functions(), members, events);
+    static const jspp::name_table& names =
+        *new jspp::name_table(listener_functions(), members, events);
     _class(names);
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
     if (handle) {
-        place = _instances.size();
-        _instances.push_back({handle.get(), this});
+        place = _instances().size();
+        _instances().push_back({handle.get(), this});
         callbacks = libraryCallbacks();
         sp_playlist_add_callbacks(handle.get(), &callbacks, this);
     }
@@ -120,9 +124,10 @@ void Playlist::releaseHandle() noexcept {
         return;
     }
     // Nobody asks for the order.
-    _instances[place] = _instances.back();
-    _instances[place].owner->place = place;
-    _instances.pop_back();
+    std::vector<PlaylistInstanceEntry>& instances = _instances();
+    instances[place] = instances.back();
+    instances[place].owner->place = place;
+    instances.pop_back();
     sp_playlist_remove_callbacks(handle.get(), &callbacks, this);
     handle.release();
 }
@@ -272,11 +277,12 @@ void Playlist::release(jspp::function_context&) const {}
 
 template <auto Handler, class... Arguments>
 void Playlist::route(sp_playlist* playlist, Arguments... arguments, void* userData) noexcept {
+    const std::vector<PlaylistInstanceEntry>& instances = _instances();
     const auto entry = std::find_if(
-        _instances.begin(), _instances.end(), [&](const PlaylistInstanceEntry& instance) {
+        instances.begin(), instances.end(), [&](const PlaylistInstanceEntry& instance) {
             return instance.playlist == playlist && instance.owner == userData;
         });
-    if (entry == _instances.end()) {
+    if (entry == instances.end()) {
         return;
     }
     try {

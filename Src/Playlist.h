@@ -104,8 +104,8 @@ private:
     void releaseHandle() noexcept override;
 
     // Every living wrapper. Read by callbacks, changed by construction and destruction: all on the
-    // script thread.
-    static std::vector<PlaylistInstanceEntry> _instances;
+    // script thread. Made on first use, never freed.
+    static std::vector<PlaylistInstanceEntry>& _instances();
 
     Handle<sp_playlist> handle;
     std::size_t place = 0;  // of this wrapper among the instances, while there is a handle

@@ -15,7 +15,10 @@ const Logger logger SONOLET_AT_LOAD("Src/Playlistcontainer");
 
 }  // namespace
 
-std::vector<Playlistcontainer*> Playlistcontainer::instances;
+std::vector<Playlistcontainer*>& Playlistcontainer::instances() {
+    static auto& living = *new std::vector<Playlistcontainer*>;
+    return living;
+}
 
 Playlistcontainer::Playlistcontainer(sp_session* librarySession,
                                      sp_playlistcontainer* playlistcontainer,
@@ -27,7 +30,7 @@ Playlistcontainer::Playlistcontainer(sp_session* librarySession,
     }
     addMembers();
     // Last: a constructor that throws leaves no callback behind.
-    instances.push_back(this);
+    instances().push_back(this);
     sp_playlistcontainer_add_callbacks(playlistcontainer, &libraryCallbacks(), this);
 }
 
@@ -50,7 +53,8 @@ void Playlistcontainer::addMembers() {
         JSPP_EVENT_ROW(Playlistcontainer, ContainerLoaded),
         JSPP_EVENT_ROW(Playlistcontainer, PlaylistRemoved),
     };
-    static const jspp::name_table names(listener_functions(), members, events);
+    static const jspp::name_table& names =
+        *new jspp::name_table(listener_functions(), members, events);
     _class(names);
     loseNamesAtLogout();
 }
@@ -64,7 +68,8 @@ void Playlistcontainer::releaseHandle() noexcept {
     if (!handle) {
         return;
     }
-    instances.erase(std::remove(instances.begin(), instances.end(), this), instances.end());
+    std::vector<Playlistcontainer*>& living = instances();
+    living.erase(std::find(living.begin(), living.end(), this));
     sp_playlistcontainer_remove_callbacks(handle.get(), &libraryCallbacks(), this);
     handle.release();
 }
@@ -130,8 +135,8 @@ template <auto Handler, class... Arguments>
 void Playlistcontainer::route(sp_playlistcontainer*,
                               Arguments... arguments,
                               void* userData) noexcept {
-    const auto found = std::find(instances.begin(), instances.end(), userData);
-    if (found == instances.end()) {
+    const auto found = std::find(instances().begin(), instances().end(), userData);
+    if (found == instances().end()) {
         return;
     }
     try {

@@ -50,8 +50,8 @@ private:
     // Takes the container off the live ones and away from libspotify's callbacks, too.
     void releaseHandle() noexcept override;
 
-    // Every living container; script thread.
-    static std::vector<Playlistcontainer*> instances;
+    // Every living container; script thread. Made on first use, never freed.
+    static std::vector<Playlistcontainer*>& instances();
 
     Handle<sp_playlistcontainer> handle;
 };

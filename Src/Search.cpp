@@ -52,7 +52,7 @@ Search::Search(sp_session* librarySession,
         {"playlist", &Search::playlist, "n"},
         {"release", &Search::release, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

@@ -79,7 +79,8 @@ Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(plugin
         JSPP_EVENT_ROW(Session, CredentialsBlobUpdated),
         JSPP_EVENT_ROW(Session, ShowTrialWelcome),
     };
-    static const jspp::name_table names(listener_functions(), members, events);
+    static const jspp::name_table& names =
+        *new jspp::name_table(listener_functions(), members, events);
     _class(names);
     instance.store(this);
 }

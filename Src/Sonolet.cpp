@@ -19,7 +19,8 @@ Sonolet::Sonolet() : versionText(buildVersion()) {
         JSPP_EVENT_ROW(Sonolet, LogMessage),
         JSPP_EVENT_ROW(Sonolet, TrackComplete),
     };
-    static const jspp::name_table names(listener_functions(), members, events);
+    static const jspp::name_table& names =
+        *new jspp::name_table(listener_functions(), members, events);
     _class(names);
 }
 

@@ -29,7 +29,8 @@ SpImage::SpImage(sp_session* librarySession,
         {"id", &SpImage::id, ""},
     };
     static const attribute_row events[] = {JSPP_EVENT_ROW(SpImage, ImageLoaded)};
-    static const jspp::name_table names(listener_functions(), members, events);
+    static const jspp::name_table& names =
+        *new jspp::name_table(listener_functions(), members, events);
     _class(names);
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.

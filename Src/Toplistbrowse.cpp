@@ -33,7 +33,7 @@ Toplistbrowse::Toplistbrowse(sp_session* librarySession,
         {"numTracks", &Toplistbrowse::numTracks, ""},   {"track", &Toplistbrowse::track, "n"},
         {"release", &Toplistbrowse::release, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

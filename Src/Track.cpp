@@ -30,7 +30,7 @@ Track::Track(sp_session* librarySession,
         {"getAvailability", &Track::getAvailability, ""},
         {"isStarred", &Track::isStarred, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

@@ -8,9 +8,9 @@ Playlist::track_array::track_array(std::vector<orvo::shared_ptr<Track>> tracks)
     : items(std::move(tracks)) {
     static const function_row functions[] = {{"item", &track_array::item, "n"}};
     static const attribute_row attributes[] = {{"length", &track_array::get_length, {}}};
-    static const jspp::name_table names = [] {
-        jspp::name_table table(jspp::name_table(), functions, attributes);
-        table.any_getter = &track_array::index_get;
+    static const jspp::name_table& names = *[] {
+        auto* const table = new jspp::name_table(jspp::name_table(), functions, attributes);
+        table->any_getter = &track_array::index_get;
         return table;
     }();
     _class(names);

@@ -12,7 +12,7 @@ User::User(sp_session* librarySession,
         {"relationType", &User::relationType, ""},
         {"fullName", &User::fullName, ""},
     };
-    static const jspp::name_table names(listener_functions(), members);
+    static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
 }
 

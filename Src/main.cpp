@@ -12,23 +12,46 @@ const Logger logger SONOLET_AT_LOAD("Src/main", 18);
 
 constexpr unsigned tickMs = 250;
 
+// The root object's session. Empty once the exit handlers have begun: a host may tick and unload
+// documents even then.
+orvo::shared_ptr<Session> rootSession();
+
 void stopPlayback() {
-    g_spotify_instance_Spotify->getSession()->forceStopPlayback();
+    if (const orvo::shared_ptr<Session> session = rootSession()) {
+        session->forceStopPlayback();
+    }
 }
 
 void tick() {
-    Session& session = *g_spotify_instance_Spotify->getSession();
-    if (!session.isInitialized()) {
+    const orvo::shared_ptr<Session> session = rootSession();
+    if (!session || !session->isInitialized()) {
         return;
     }
-    session.processEvents();
-    session.getPlayer().handleEventQueue();
-    session.getSonolet().triggerTrackProgress(session.getPlayer().getPosition());
+    session->processEvents();
+    session->getPlayer().handleEventQueue();
+    session->getSonolet().triggerTrackProgress(session->getPlayer().getPosition());
 }
 
 }  // namespace
 
 orvo::shared_ptr<Spotify> g_spotify_instance_Spotify(new Spotify);
+
+namespace {
+
+// What a destroyed pointer holds nobody knows, so it is not looked at. Declared after it, which
+// makes this handler come first.
+bool exitHasBegun = false;
+struct ExitHandler {
+    ~ExitHandler() { exitHasBegun = true; }
+};
+const ExitHandler exitHandler;
+
+orvo::shared_ptr<Session> rootSession() {
+    return !exitHasBegun && g_spotify_instance_Spotify ? g_spotify_instance_Spotify->getSession()
+                                                       : orvo::shared_ptr<Session>();
+}
+
+}  // namespace
 
 void js_plugin_loaded() {
     logger.trace({"", 54}, "====== spotify_interface plugin loaded ======");
@@ -44,7 +67,7 @@ void js_load_plugin(JSPP_functions& functions) {
 }
 
 void js_getter(const std::string& name, jspp::result_context& context) {
-    if (name == "Spotify") {
+    if (name == "Spotify" && !exitHasBegun) {
         context.return_interface(g_spotify_instance_Spotify, true);
     }
 }

@@ -14,7 +14,7 @@ const name_table& event_dispatcher<Base>::listener_functions() {
         {"addEventListener", &event_dispatcher::add_event_listener, "so"},
         {"removeEventListener", &event_dispatcher::remove_event_listener, "s-"},
     };
-    static const name_table names(name_table(), functions);
+    static const name_table& names = *new name_table(name_table(), functions);
     return names;
 }
 

@@ -26,7 +26,11 @@ constexpr unsigned framework_tick_ms = 100;
 
 const Logger logger SONOLET_AT_LOAD("Src/jspp/global_functions");
 
-JSPP_functions functions;
+// Made on first use, never freed: a host may unload documents after the exit handlers.
+JSPP_functions& functions() {
+    static JSPP_functions& hooks = *new JSPP_functions();
+    return hooks;
+}
 
 // For what nobody waits for an answer of: a failure goes to the log.
 template <class Body>
@@ -64,9 +68,9 @@ void jspp_add_poll_function(jsplugin_obj* ctx, unsigned interval_ms, jsplugin_po
 }
 
 void _js_global_functions::js_init(jsplugin_obj* ctx) noexcept {
-    logged("js_init", [&] {
-        if (functions.init) {
-            functions.init(ctx);
+    logged("_js_global_functions::js_init", [&] {
+        if (functions().init) {
+            functions().init(ctx);
         }
     });
     g_orvo_callbacks->add_poll_function(ctx, framework_tick_ms, &js_document_interval);
@@ -74,9 +78,9 @@ void _js_global_functions::js_init(jsplugin_obj* ctx) noexcept {
 }
 
 void _js_global_functions::js_destroy(jsplugin_obj*) noexcept {
-    logged("js_destroy", [] {
-        if (functions.destroy) {
-            functions.destroy();
+    logged("_js_global_functions::js_destroy", [] {
+        if (functions().destroy) {
+            functions().destroy();
         }
     });
 }
@@ -84,12 +88,12 @@ void _js_global_functions::js_destroy(jsplugin_obj*) noexcept {
 int _js_global_functions::js_global_getter(jsplugin_obj* ctx,
                                            const char* name,
                                            jsplugin_value* result) noexcept {
-    if (!functions.global_getter) {
+    if (!functions().global_getter) {
         return JSP_GET_NO_VALUE;
     }
     return guarded(result, nullptr, JSP_GET_EXCEPTION, [&] {
         jspp::result_context context(ctx, result);
-        functions.global_getter(name, context);
+        functions().global_getter(name, context);
         return context.getter_answer();
     });
 }
@@ -97,11 +101,11 @@ int _js_global_functions::js_global_getter(jsplugin_obj* ctx,
 int _js_global_functions::js_allow_access(const char* protocol,
                                           const char* host,
                                           int port) noexcept {
-    if (!functions.allow_access) {
+    if (!functions().allow_access) {
         return 1;
     }
     return guarded(nullptr, nullptr, 0,
-                   [&] { return functions.allow_access(protocol, host, port) ? 1 : 0; });
+                   [&] { return functions().allow_access(protocol, host, port) ? 1 : 0; });
 }
 
 int _js_global_functions::js_handle_object(jsplugin_obj* global,
@@ -115,7 +119,7 @@ int _js_global_functions::js_handle_object(jsplugin_obj* global,
                                            jsplugin_notify** notify_a,
                                            jsplugin_notify** notify_b,
                                            jsplugin_notify** notify_c) noexcept {
-    if (!functions.handle_object) {
+    if (!functions().handle_object) {
         return 0;
     }
     return guarded(nullptr, nullptr, 0, [&] {
@@ -127,7 +131,7 @@ int _js_global_functions::js_handle_object(jsplugin_obj* global,
         if (attr == end) {
             return 0;
         }
-        const orvo::shared_ptr<jspp::interface> native = functions.handle_object(attr->value);
+        const orvo::shared_ptr<jspp::interface> native = functions().handle_object(attr->value);
         if (!native) {
             return 0;
         }
@@ -142,15 +146,15 @@ void _js_global_functions::js_global_gc_trace(jsplugin_obj* ctx) noexcept {
 }
 
 void _js_global_functions::js_unload(jsplugin_obj* ctx) noexcept {
-    logged("js_unload", [] {
-        if (functions.unload) {
-            functions.unload();
+    logged("_js_global_functions::js_unload", [] {
+        if (functions().unload) {
+            functions().unload();
         }
     });
     jspp::__detail::forget_handles(ctx);
     objects().remove_parent(ctx);
     // What still waits for the document would only be skipped; dropping it frees its arguments.
-    logged("js_unload", [&] { callbacks().take(ctx); });
+    logged("_js_global_functions::js_unload", [&] { callbacks().take(ctx); });
 }
 
 int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept {
@@ -159,7 +163,8 @@ int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept
     // Calls queued by these calls wait for the next tick. A function may have gone since its call
     // was queued, and with any call before it.
     for (const auto& call : callbacks().take(document)) {
-        logged("js_document_interval", [&] { call.first.call_queued(call.second, values); });
+        logged("_js_global_functions::js_document_interval",
+               [&] { call.first.call_queued(call.second, values); });
     }
     return 1;
 }
@@ -170,12 +175,13 @@ int jsplugin_capabilities(struct jsplugin_capabilities** result,
     static struct jsplugin_capabilities capabilities;
     std::fwrite(banner, 1, sizeof banner - 1, stderr);
     try {
-        functions.global_names.clear();
-        functions.object_types.clear();
-        js_load_plugin(functions);
+        JSPP_functions& hooks = functions();
+        hooks.global_names.clear();
+        hooks.object_types.clear();
+        js_load_plugin(hooks);
         // Never freed: the host may look at them up to process exit.
-        static name_list& global_names = *new name_list(functions.global_names);
-        static name_list& object_types = *new name_list(functions.object_types);
+        static name_list& global_names = *new name_list(hooks.global_names);
+        static name_list& object_types = *new name_list(hooks.object_types);
         capabilities.global_names = global_names.get();
         capabilities.object_types = object_types.get();
     } catch (const std::exception& error) {

@@ -67,7 +67,7 @@ protected:
     using attribute_row = jspp::attribute_row;
 
     // The class's names, which this object answers to from here on in place of those of an earlier
-    // call. The table is complete, and stays.
+    // call. The table is complete and never freed: objects outlive the exit handlers.
     void _class(const name_table& names) noexcept { shared = &names; }
     bool has_class() const noexcept { return shared != nullptr; }
 

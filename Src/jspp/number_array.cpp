@@ -20,10 +20,10 @@ std::size_t checked(unsigned index, std::size_t count) {
 number_array::number_array(std::vector<double> values) : items(std::move(values)) {
     static const function_row functions[] = {{"item", &number_array::item, "n"}};
     static const attribute_row attributes[] = {{"length", &number_array::get_length, {}}};
-    static const name_table names = [] {
-        name_table table(name_table(), functions, attributes);
-        table.any_getter = &number_array::index_get;
-        table.any_setter = &number_array::index_set;
+    static const name_table& names = *[] {
+        auto* const table = new name_table(name_table(), functions, attributes);
+        table->any_getter = &number_array::index_get;
+        table->any_setter = &number_array::index_set;
         return table;
     }();
     _class(names);

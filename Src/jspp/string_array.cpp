@@ -7,9 +7,9 @@
 string_array::string_array(__detail::string_array_c texts) : items(std::move(texts)) {
     static const function_row functions[] = {{"item", &string_array::item, "n"}};
     static const attribute_row attributes[] = {{"length", &string_array::get_length, {}}};
-    static const jspp::name_table names = [] {
-        jspp::name_table table(jspp::name_table(), functions, attributes);
-        table.any_getter = &string_array::index_get;
+    static const jspp::name_table& names = *[] {
+        auto* const table = new jspp::name_table(jspp::name_table(), functions, attributes);
+        table->any_getter = &string_array::index_get;
         return table;
     }();
     _class(names);

@@ -45,6 +45,9 @@ void print(std::ostream& out, const char* function, const Argument& argument) {
 struct LastWord {
     ~LastWord() {
         const FakeSpotify& spotify = FakeSpotify::get();
+        if (spotify.afterExit) {
+            spotify.afterExit();
+        }
         if (spotify.sessionsCreated != 0) {
             fprintf(stderr, "FakeSpotify: released %d of %d sessions\n", spotify.sessionsReleased,
                     spotify.sessionsCreated);

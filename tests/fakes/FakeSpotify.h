@@ -91,6 +91,7 @@ public:
     std::string buildId = "fake build";
     std::function<void()> duringProcessEvents;
     std::function<void()> duringPlayerLoad;  // the library has switched to the new track
+    std::function<void()> afterExit;         // the plug-in's exit handlers have run
 
     // Read by the tests.
     std::vector<std::string> calls;

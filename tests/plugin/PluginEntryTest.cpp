@@ -1,5 +1,8 @@
 #include "PluginTest.h"
 
+#include <stdio.h>
+#include <stdlib.h>
+
 #include <algorithm>
 
 namespace {
@@ -60,6 +63,33 @@ TEST_F(PluginEntryTest, TheSessionIsReleasedOnceWhenTheProcessExits) {
             exit(0);  // NOLINT(concurrency-mt-unsafe): the one thread
         },
         testing::ExitedWithCode(0), "released 1 of 1 sessions");
+}
+
+// A wrapper of every kind that libspotify calls back, a queued call, and music.
+TEST_F(PluginEntryTest, AHostMayTickUnloadAndCollectAfterTheExitHandlers) {
+    const auto exitAmidst = [this] {
+        createSession();
+        spotify.add<sp_track>("track");
+        spotify.handles = {
+            {"sp_playlist_create", {spotify.add<sp_playlist>("playlist")}},
+            {"sp_image_create", {spotify.add<sp_image>("image")}},
+            {"sp_session_playlistcontainer", {spotify.add<sp_playlistcontainer>("list")}}};
+        session("playerLoad", {create("Track", "track")});
+        create("Playlist", "playlist");
+        create("SpImage", imageText);
+        session("Playlistcontainer");
+        session("addEventListener", {"LoggedIn", host->function(page)});
+        spotify.callbacks().logged_in(spotify.session(), SP_ERROR_OK);
+        spotify.afterExit = [this] {
+            host->advance(1000);
+            const std::size_t calls = host->calls.size();
+            host.reset();
+            fprintf(stderr, "%zu calls, left: %s\n", calls, spotify.imbalance().c_str());
+        };
+        exit(0);  // NOLINT(concurrency-mt-unsafe): the one thread
+    };
+    EXPECT_EXIT(exitAmidst(), testing::ExitedWithCode(0),
+                "1 calls, left: \nFakeSpotify: released 1 of 1 sessions");
 }
 
 TEST_F(PluginEntryTest, TheRootTellsItsVersionAndTheLibrarysTexts) {
