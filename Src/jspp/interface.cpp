@@ -13,14 +13,10 @@ namespace jspp {
 
 using __detail::g_orvo_callbacks;
 using __detail::guarded;
+using __detail::not_ours;
 using __detail::objects;
 using __detail::private_record;
-
-namespace {
-
-constexpr char not_ours[] = "Not a jspp interface";
-
-}  // namespace
+using __detail::record_use;
 
 interface::interface() = default;
 
@@ -170,12 +166,11 @@ jsplugin_obj* interface::cached_object(jsplugin_obj* document) const {
 
 // Gives a new script object its private record, and enters it in registry and cache.
 void interface::adopt(jsplugin_obj* obj,
-                      jsplugin_obj* owner_object,
                       jsplugin_obj* document,
                       const orvo::shared_ptr<interface>& self) const {
     // From here on the object's destructor frees what follows.
     obj->plugin_private = new private_record(self, document);
-    objects().add_object(obj, owner_object, true);
+    objects().add_object(obj, document, true);
     object_cache.set(document, obj);
 }
 
@@ -194,7 +189,10 @@ jsplugin_obj* interface::create_object(jsplugin_obj* owner_object,
     if (answer != JSP_CREATE_OK || !obj) {
         throw std::runtime_error("Create object failed");
     }
-    adopt(obj, owner_object, document, self);
+    if (owner_object != document && !objects().has_children(owner_object, document)) {
+        throw std::runtime_error(not_ours);  // the owner went in there
+    }
+    adopt(obj, document, self);
     return obj;
 }
 
@@ -210,7 +208,7 @@ void interface::create_object(jsplugin_obj* global,
                               jsplugin_notify** notify_a,
                               jsplugin_notify** notify_b,
                               jsplugin_notify** notify_c) const {
-    adopt(parent, global, objects().document_of(global), self);
+    adopt(parent, objects().document_of(global), self);
     *getter = &_static_getter;
     *setter = &_static_setter;
     *destructor = &_static_destructor;
@@ -224,6 +222,7 @@ int interface::make_function(jsplugin_obj* obj,
                              const char* name,
                              const function_member* of_class,
                              jsplugin_value* result) const {
+    objects().require_object(obj);
     auto made = std::make_unique<script_function>(
         script_function{name, of_class ? shared : nullptr, of_class});
     jsplugin_obj* function = nullptr;
@@ -232,6 +231,7 @@ int interface::make_function(jsplugin_obj* obj,
     if (answer != JSP_CREATE_OK || !function) {
         throw std::runtime_error("Couldn't create JS function using create_function");
     }
+    objects().require_object(obj);  // it may have gone in there
     function->plugin_private = made.release();
     objects().add_object(function, obj, false);
     result->type = JSP_TYPE_NATIVE_OBJECT;
@@ -240,11 +240,12 @@ int interface::make_function(jsplugin_obj* obj,
 }
 
 void interface::_static_destructor(jsplugin_obj* obj) noexcept {
-    const std::unique_ptr<private_record> record(static_cast<private_record*>(obj->plugin_private));
+    std::unique_ptr<private_record> record(static_cast<private_record*>(obj->plugin_private));
     obj->plugin_private = nullptr;
     objects().remove_object(obj);
     if (record) {
-        record->self->object_cache.erase(record->document(), obj);
+        record->self->object_cache.erase(record->document, obj);
+        record_use::drop(std::move(record));
     }
 }
 
@@ -262,21 +263,17 @@ void interface::_static_gc(jsplugin_obj*) noexcept {}
 int interface::_static_getter(jsplugin_obj* obj,
                               const char* name,
                               jsplugin_value* result) noexcept {
-    private_record& record = private_record::of(obj);
-    const orvo::shared_ptr<interface> self = record.self;
+    const record_use use(obj);
+    private_record& record = use.record;
     return guarded(result, &record.scratch, JSP_GET_EXCEPTION,
-                   [&] { return self->_getter(obj, name, result, record.scratch); });
+                   [&] { return record.self->_getter(obj, name, result, record.scratch); });
 }
 
 int interface::_static_setter(jsplugin_obj* obj, const char* name, jsplugin_value* value) noexcept {
-    private_record& record = private_record::of(obj);
-    if (record.unloaded()) {
-        __detail::set_exception(value, &record.scratch, not_ours);
-        return JSP_PUT_EXCEPTION;
-    }
-    const orvo::shared_ptr<interface> self = record.self;
+    const record_use use(obj);
+    private_record& record = use.record;
     return guarded(value, &record.scratch, JSP_PUT_EXCEPTION,
-                   [&] { return self->_setter(obj, name, value); });
+                   [&] { return record.self->_setter(obj, name, value); });
 }
 
 int interface::_static_call(jsplugin_obj* this_obj,
@@ -284,16 +281,17 @@ int interface::_static_call(jsplugin_obj* this_obj,
                             int argc,
                             jsplugin_value* argv,
                             jsplugin_value* result) noexcept {
-    // Script may call the function on anything, an object of another plug-in included.
-    if (!this_obj || !objects().is_object(this_obj)) {
+    const auto* const function = static_cast<const script_function*>(function_obj->plugin_private);
+    // Script may call the function on anything, an object of another plug-in included; and a
+    // function whose object went while it was made has nothing to call.
+    if (!function || !objects().is_object(this_obj)) {
         __detail::set_exception(result, nullptr, not_ours);
         return JSP_CALL_EXCEPTION;
     }
-    const auto& function = *static_cast<const script_function*>(function_obj->plugin_private);
-    private_record& record = private_record::of(this_obj);
-    const orvo::shared_ptr<interface> self = record.self;
+    const record_use use(this_obj);
+    private_record& record = use.record;
     return guarded(result, &record.scratch, JSP_CALL_EXCEPTION, [&] {
-        return self->_function_call(function, this_obj, argc, argv, result, record.scratch);
+        return record.self->_function_call(*function, this_obj, argc, argv, result, record.scratch);
     });
 }
 

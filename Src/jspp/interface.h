@@ -35,7 +35,8 @@ public:
     interface& operator=(const interface&) = delete;
 
     // The script object of this interface in the document of `owner_object`, made on first use.
-    // `self` owns this. Throws std::runtime_error when there is no owner or the host refuses.
+    // `self` owns this. Throws std::runtime_error when there is no owner, the host refuses, or the
+    // owner goes meanwhile.
     jsplugin_obj* create_object(jsplugin_obj* owner_object,
                                 const orvo::shared_ptr<interface>& self) const;
 
@@ -143,10 +144,8 @@ private:
     set_member find_setter(std::string_view name) const;
 
     jsplugin_obj* cached_object(jsplugin_obj* document) const;
-    void adopt(jsplugin_obj* obj,
-               jsplugin_obj* owner_object,
-               jsplugin_obj* document,
-               const orvo::shared_ptr<interface>& self) const;
+    void
+    adopt(jsplugin_obj* obj, jsplugin_obj* document, const orvo::shared_ptr<interface>& self) const;
     int make_function(jsplugin_obj* obj,
                       const char* name,
                       const function_member* of_class,

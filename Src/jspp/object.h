@@ -57,7 +57,7 @@ public:
 
 private:
     __detail::object_manager::found find() const noexcept;
-    void call_in(jsplugin_obj* document,
+    void call_in(jsplugin_obj* context,
                  const call_parameters& parameters,
                  std::vector<jsplugin_value>& values) const;
 

@@ -68,6 +68,7 @@ object parameter_context::object(int i) const {
     if (!is_any_object(value)) {
         throw std::runtime_error("Not an object");
     }
+    __detail::objects().require_object(caller);
     return jspp::object(value.u.object, caller);
 }
 
@@ -77,9 +78,8 @@ orvo::shared_ptr<interface> parameter_context::native_of(int i) const {
         throw std::runtime_error("Not an interface");
     }
     // The private data of an object that the registry does not know belongs to somebody else.
-    if (value.type != JSP_TYPE_NATIVE_OBJECT || !__detail::objects().is_object(value.u.object)) {
-        throw std::runtime_error("Not a jspp interface");
-    }
+    __detail::objects().require_object(value.type == JSP_TYPE_NATIVE_OBJECT ? value.u.object
+                                                                            : nullptr);
     return __detail::private_record::of(value.u.object).self;
 }
 

@@ -30,7 +30,8 @@ public:
     bool boolean(int i) const;
     std::string string(int i) const;
 
-    // A handle to the argument's script object or function.
+    // A handle to the argument's script object or function. Throws when the calling object's
+    // document has gone.
     jspp::object object(int i) const;
 
     // The native object behind an argument that is a script object of this framework.

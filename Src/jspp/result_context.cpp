@@ -4,15 +4,10 @@
 
 namespace jspp {
 
-namespace {
-
-// For an owner without a scratch string, a document for example.
-__detail::text_slot& thread_scratch() {
-    thread_local __detail::text_slot scratch;
+__detail::text_slot& __detail::thread_scratch() noexcept {
+    thread_local text_slot scratch;
     return scratch;
 }
-
-}  // namespace
 
 void result_context::set_type(jsplugin_type type) noexcept {
     result->type = type;
@@ -21,7 +16,7 @@ void result_context::set_type(jsplugin_type type) noexcept {
 }
 
 void result_context::set_text(jsplugin_type type, const std::string& string) {
-    __detail::text_slot& slot = text ? *text : thread_scratch();
+    __detail::text_slot& slot = text ? *text : __detail::thread_scratch();
     const char* const kept = slot.keep(string);
     set_type(type);
     result->u.string = kept;
@@ -76,6 +71,9 @@ void result_context::return_interface(const orvo::shared_ptr<interface>& native,
     if (!native) {
         return_null();
         return;
+    }
+    if (text) {
+        __detail::objects().require_object(owner);
     }
     jsplugin_obj* const obj = native->create_object(owner, native);
     set_type(JSP_TYPE_NATIVE_OBJECT);

@@ -31,6 +31,9 @@ private:
     std::unique_ptr<std::string> kept;
 };
 
+// For an owner without a slot of its own, a document for example.
+text_slot& thread_scratch() noexcept;
+
 }  // namespace __detail
 
 class interface;
@@ -42,7 +45,8 @@ class interface;
 // host copies it at once.
 class result_context {
 public:
-    // `scratch` keeps the text of a string result; without one a per-thread buffer does.
+    // `scratch` keeps the text of a string result; without one a per-thread buffer does. A script
+    // object has one, a document has none.
     result_context(jsplugin_obj* owner_object,
                    jsplugin_value* result_slot,
                    __detail::text_slot* scratch = nullptr) noexcept
@@ -66,7 +70,8 @@ public:
     void return_object(const object& script_object);
 
     // The script object of a native one in this document, null for a null pointer. `is_cacheable`:
-    // the host may keep the answer and need not ask again.
+    // the host may keep the answer and need not ask again. Throws when the owner's document has
+    // gone, and what create_object() throws.
     void return_interface(const orvo::shared_ptr<interface>& native, bool is_cacheable);
 
     bool has_result() const noexcept { return returned; }

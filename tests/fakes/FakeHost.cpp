@@ -91,18 +91,23 @@ FakeHost::Object& FakeHost::enter(const char* function, jsplugin_obj* object) {
     if (instance == nullptr) {
         stop(function, "called without a host");
     }
-    // The hook may call the plug-in, which calls the host again.
-    if (auto hook = std::exchange(instance->duringCallbacks, nullptr)) {
-        hook();
-        instance->duringCallbacks = std::move(hook);
-    }
+    instance->runHook();
     return instance->at(object, function);
+}
+
+void FakeHost::runHook() {
+    // The hook may call the plug-in, which calls the host again.
+    if (auto hook = std::exchange(duringCallbacks, nullptr)) {
+        hook();
+        duringCallbacks = std::move(hook);
+    }
 }
 
 int FakeHost::create(bool refused, jsplugin_obj* context, Object model, jsplugin_obj** result) {
     refused = Faults::get().strikes(Faults::Host) || refused;
     const Outside outside;
-    model.document = enter("create", context).document;
+    model.document = instance->at(context, "create").document;
+    instance->runHook();  // which may destroy the context
     *result = refused ? nullptr : instance->make(std::move(model));
     return refused ? 0 : JSP_CREATE_OK;
 }

@@ -148,6 +148,7 @@ private:
     static jsplugin_callbacks makeTable();
     static int create(bool refused, jsplugin_obj* context, Object model, jsplugin_obj** result);
     static Object& enter(const char* function, jsplugin_obj* object);
+    void runHook();
     Object& at(const jsplugin_obj* object, const char* who) const;
     jsplugin_obj* make(Object model);
     void trace();  // marks in all documents what the plug-in keeps

@@ -5,7 +5,7 @@
 #include "jspp/object.h"
 
 #include <atomic>
-#include <cstdint>
+#include <cstddef>
 #include <unordered_map>
 #include <vector>
 
@@ -30,7 +30,7 @@ struct object::_s_data {
 
     // What the registry's changes() were when it last told that this is a function of `document`;
     // 0: it did not. While there are no more, it need not be asked.
-    std::atomic<std::uint64_t> seen{0};
+    std::atomic<std::size_t> seen{0};
 };
 
 namespace __detail {
@@ -154,7 +154,7 @@ __detail::object_manager::found object::find() const noexcept {
     if (!data) {
         return {};
     }
-    const std::uint64_t changes = __detail::objects().changes();
+    const std::size_t changes = __detail::objects().changes();
     if (data->seen.load(std::memory_order_relaxed) == changes) {
         return {data->document, false};
     }
@@ -181,13 +181,17 @@ bool operator==(const object& a, const object& b) noexcept {
     return a.data->obj == b.data->obj && a.data->entry == b.data->entry;
 }
 
-void object::call_in(jsplugin_obj* document,
+void object::call_in(jsplugin_obj* context,
                      const call_parameters& parameters,
                      std::vector<jsplugin_value>& values) const {
     values.clear();
-    parameters.generate_values(document, values);
+    parameters.generate_values(context, values);
+    // To make script objects the host was called, and the document may have gone in there.
+    if (document() != context) {
+        return;
+    }
     __detail::g_orvo_callbacks->call_function(
-        document, nullptr, data->obj, static_cast<int>(values.size()),
+        context, nullptr, data->obj, static_cast<int>(values.size()),
         values.empty() ? nullptr : values.data(), nullptr, nullptr);
 }
 

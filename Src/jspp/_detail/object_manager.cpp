@@ -1,8 +1,5 @@
 #include "jspp/_detail/object_manager.h"
 
-#include "jspp/_detail/private_record.h"
-#include "jspp/interface.h"
-
 #include <stdexcept>
 
 namespace jspp::__detail {
@@ -86,6 +83,13 @@ void object_manager::erase(const node& leaving) noexcept {
     entries.erase(obj);
 }
 
+void object_manager::note_change(const entry& changed) noexcept {
+    if (changed.handles > 0) {
+        const std::size_t next = handle_changes.load(std::memory_order_relaxed) + 1;
+        handle_changes.store(next == 0 ? 1 : next, std::memory_order_release);
+    }
+}
+
 void object_manager::forget_last_object(const jsplugin_obj* obj) noexcept {
     if (last_object.load(std::memory_order_relaxed) == obj) {
         last_object.store(nullptr, std::memory_order_relaxed);
@@ -115,9 +119,6 @@ void object_manager::remove_parent(jsplugin_obj* document) {
     newest_of.erase(newest);
     while (child) {
         jsplugin_obj* const obj = child->first;
-        if (child->second.is_object && obj->plugin_private) {
-            private_record::of(obj).unload();
-        }
         note_change(child->second);
         child = child->second.older;
         forget_last_object(obj);
@@ -184,6 +185,12 @@ bool object_manager::is_object(jsplugin_obj* obj) const noexcept {
     }
     last_object.store(obj, std::memory_order_relaxed);
     return true;
+}
+
+void object_manager::require_object(jsplugin_obj* obj) const {
+    if (!is_object(obj)) {
+        throw std::runtime_error(not_ours);
+    }
 }
 
 object_manager::found object_manager::find(jsplugin_obj* obj, serial id) const noexcept {

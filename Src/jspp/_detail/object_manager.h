@@ -13,6 +13,9 @@
 
 namespace jspp::__detail {
 
+// Thrown where a script object does not belong to this framework, or its document has gone.
+inline constexpr char not_ours[] = "Not a jspp interface";
+
 // The registry of every script object that the framework made or holds a handle to, and of the
 // document (outermost object) each belongs to.
 //
@@ -34,7 +37,7 @@ public:
     void add_object(jsplugin_obj* obj, jsplugin_obj* parent, bool is_object) ORVO_EXCLUDES(mutex);
     void remove_object(jsplugin_obj* obj) ORVO_EXCLUDES(mutex);
 
-    // Removes every child of the document. The script objects among them learn that it has gone.
+    // Removes every child of the document.
     void remove_parent(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
 
     // Counts a handle to `obj`. An unknown object is added as a function, and leaves the registry
@@ -53,8 +56,11 @@ public:
     bool does_exist(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
 
     // True for a plain object of this framework: only then may its plugin_private be read as one.
-    // Script thread.
+    // A script object loses that with its document, and lives on. Script thread.
     bool is_object(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
+
+    // Throws std::runtime_error(not_ours) when is_object() says no.
+    void require_object(jsplugin_obj* obj) const ORVO_EXCLUDES(mutex);
 
     // What a handle refers to, looked up at once.
     struct found {
@@ -64,10 +70,9 @@ public:
     found find(jsplugin_obj* obj, serial id) const noexcept ORVO_EXCLUDES(mutex);
 
     // Grows whenever something changes that a find() of a handle's could have told. Read before a
-    // find(), it tells later whether that answer still holds.
-    std::uint64_t changes() const noexcept {
-        return handle_changes.load(std::memory_order_acquire);
-    }
+    // find(), it tells later whether that answer still holds. A word, since not every machine has
+    // wider atomics; never 0.
+    std::size_t changes() const noexcept { return handle_changes.load(std::memory_order_acquire); }
 
     // Entries at this moment.
     std::size_t size() const noexcept ORVO_EXCLUDES(mutex);
@@ -98,12 +103,8 @@ private:
     std::unordered_map<jsplugin_obj*, node*> newest_of ORVO_GUARDED_BY(mutex);  // by document
     serial last_id ORVO_GUARDED_BY(mutex) = 0;
 
-    void note_change(const entry& changed) noexcept ORVO_REQUIRES(mutex) {
-        if (changed.handles > 0) {
-            handle_changes.fetch_add(1, std::memory_order_release);
-        }
-    }
-    std::atomic<std::uint64_t> handle_changes{1};  // written under the mutex
+    void note_change(const entry& changed) noexcept ORVO_REQUIRES(mutex);
+    std::atomic<std::size_t> handle_changes{1};  // written under the mutex
 
     // The plain object that is_object() found last: script calls one object's members in a row.
     // Plain objects come and go on the script thread alone.

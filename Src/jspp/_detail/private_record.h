@@ -6,7 +6,7 @@
 
 #include "jsplugin.h"
 
-#include <cstdint>
+#include <memory>
 
 namespace jspp {
 
@@ -15,36 +15,60 @@ class interface;
 namespace __detail {
 
 // What hangs in the plugin_private of a script object made for an interface. Freed by the object's
-// destructor.
-class private_record final {
-public:
+// destructor, or by the callback that the host was in when it destroyed the object.
+struct private_record {
     private_record(const orvo::shared_ptr<interface>& native, jsplugin_obj* home) noexcept
-        : self(native), place(reinterpret_cast<std::uintptr_t>(home)) {}
+        : self(native), document(home) {}
 
     const orvo::shared_ptr<interface> self;  // the script object keeps its native one alive
+    jsplugin_obj* const document;            // key of the interface's cache; may have gone
     text_slot scratch;                       // the last string result
-
-    // Key of the interface's cache; may have gone, and is only compared.
-    jsplugin_obj* document() const noexcept {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the mark shares its word
-        return reinterpret_cast<jsplugin_obj*>(place & ~gone);
-    }
-
-    // The document has gone, and no member may be used any more.
-    bool unloaded() const noexcept { return (place & gone) != 0; }
-    void unload() noexcept { place |= gone; }
 
     // REQUIRES: the registry knows `obj` as a plain object, or the host has just called one of our
     // callbacks for it.
     static private_record& of(jsplugin_obj* obj) noexcept {
         return *static_cast<private_record*>(obj->plugin_private);
     }
+};
+
+// Keeps the record of a script object for the length of a callback from the host, which may
+// destroy the object in anything that the callback asks of it. Script thread; on the stack.
+class record_use final {
+public:
+    explicit record_use(jsplugin_obj* obj) noexcept
+        : record(private_record::of(obj)), outer(innermost) {
+        innermost = this;
+    }
+    ~record_use() {
+        innermost = outer;
+        if (orphan) {
+            // The answer may be a text of the record.
+            thread_scratch() = std::move(record.scratch);
+        }
+    }
+    record_use(const record_use&) = delete;
+    record_use& operator=(const record_use&) = delete;
+
+    // Frees the record of an object that has been destroyed, now or with its outermost use.
+    static void drop(std::unique_ptr<private_record> dropped) noexcept {
+        record_use* keeper = nullptr;
+        for (record_use* use = innermost; use; use = use->outer) {
+            if (&use->record == dropped.get()) {
+                keeper = use;
+            }
+        }
+        if (keeper) {
+            keeper->orphan = std::move(dropped);
+        }
+    }
+
+    private_record& record;
 
 private:
-    static_assert(alignof(jsplugin_obj) > 1, "the lowest bit of an address is free");
-    static constexpr std::uintptr_t gone = 1;
+    record_use* const outer;
+    std::unique_ptr<private_record> orphan;
 
-    std::uintptr_t place;  // the document, and whether it has gone
+    static inline record_use* innermost = nullptr;
 };
 
 }  // namespace __detail
