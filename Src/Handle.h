@@ -3,6 +3,7 @@
 
 #include "libspotify/api.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -97,17 +98,20 @@ class Handle final {
 public:
     Handle() noexcept = default;
 
-    // Adds a reference of its own; a null handle, or one that libspotify refuses, is none.
-    explicit Handle(Kind* borrowed) noexcept {
-        if (borrowed && HandleTraits<Kind>::addRef(borrowed) == SP_ERROR_OK) {
-            handle = borrowed;
-        }
-    }
+    explicit Handle(Kind* borrowed) noexcept { hold(borrowed); }
 
     ~Handle() { release(); }
 
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
+
+    // Adds a reference of its own; a null handle, or one that libspotify refuses, is none.
+    // REQUIRES: holds nothing.
+    void hold(Kind* borrowed) noexcept {
+        if (borrowed && HandleTraits<Kind>::addRef(borrowed) == SP_ERROR_OK) {
+            handle = borrowed;
+        }
+    }
 
     // The handle, borrowed. Throws when there is none: null is never passed to libspotify.
     Kind* get() const { return retrieved(handle); }
@@ -126,18 +130,16 @@ private:
     Kind* handle = nullptr;
 };
 
-// The reference that a create function of libspotify returned, given back at the end of the block.
-template <class Kind>
-class Created final {
-public:
-    explicit Created(Kind* owned) noexcept : handle(owned) {}
-    ~Created() { HandleTraits<Kind>::release(handle); }
-
-    Created(const Created&) = delete;
-    Created& operator=(const Created&) = delete;
-
-private:
-    Kind* const handle;
+struct HandleRelease {
+    template <class Kind>
+    void operator()(Kind* handle) const noexcept {
+        HandleTraits<Kind>::release(handle);
+    }
 };
+
+// The reference that a create function of libspotify returned, or none. It goes back before the
+// host is asked for a wrapper's script object: a host may run anything in there.
+template <class Kind>
+using Created = std::unique_ptr<Kind, HandleRelease>;
 
 #endif

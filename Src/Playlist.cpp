@@ -138,9 +138,11 @@ void Playlist::create(jspp::function_context& context) {
     sp_session* const session = Session::requireLibrarySession();
     // Deliberately never released.
     sp_link* const link = retrieved(sp_link_create_from_string(text.c_str()));
-    sp_playlist* const playlist = retrieved(sp_playlist_create(session, link));
-    const Created<sp_playlist> created(playlist);
-    context.return_interface(Factory::getInstance().createPlaylist(playlist), false);
+    Created<sp_playlist> created(retrieved(sp_playlist_create(session, link)));
+    const orvo::shared_ptr<Playlist> playlist =
+        Factory::getInstance().createPlaylist(created.get());
+    created.reset();
+    context.return_interface(playlist, false);
 }
 
 // ---- Script functions ----
@@ -207,7 +209,7 @@ void Playlist::trackCreator(jspp::function_context& context) const {
 }
 
 void Playlist::subscribers(jspp::function_context& context) const {
-    const std::unique_ptr<sp_subscribers, decltype(&sp_playlist_subscribers_free)> list(
+    std::unique_ptr<sp_subscribers, decltype(&sp_playlist_subscribers_free)> list(
         sp_playlist_subscribers(handle.get()), &sp_playlist_subscribers_free);
     __detail::string_array_c subscribed;
     if (list) {
@@ -216,6 +218,7 @@ void Playlist::subscribers(jspp::function_context& context) const {
             subscribed.emplace_back(name ? name : "");
         }
     }
+    list.reset();
     context.return_interface(orvo::make_shared<string_array>(std::move(subscribed)), false);
 }
 

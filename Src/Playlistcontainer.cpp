@@ -23,9 +23,12 @@ std::vector<Playlistcontainer*>& Playlistcontainer::instances() {
 Playlistcontainer::Playlistcontainer(sp_session* librarySession,
                                      sp_playlistcontainer* playlistcontainer,
                                      const orvo::shared_ptr<LibWrapper>& libraryShare)
-    : Object(librarySession, libraryShare), handle(playlistcontainer) {
+    : Object(librarySession, libraryShare) {
     logger.trace("Playlistcontainer::Playlistcontainer", "Initializing playlistcontainer");
-    if (!handle || !librarySession) {
+    if (librarySession) {
+        handle.hold(playlistcontainer);
+    }
+    if (!handle) {
         throw std::runtime_error("Invalid spotify object given when creating this object");
     }
     addMembers();
@@ -120,10 +123,9 @@ void Playlistcontainer::owner(jspp::function_context& context) const {
 void Playlistcontainer::addPlaylist(jspp::function_context& context) const {
     const orvo::shared_ptr<Playlist> added = context.interface_of<Playlist>(0);
     sp_playlistcontainer* const to = handle.get();
-    sp_link* const link = retrieved(sp_link_create_from_playlist(added->getHandle()));
-    const Created<sp_link> created(link);
+    const Created<sp_link> link(retrieved(sp_link_create_from_playlist(added->getHandle())));
     // The outcome shows in the events.
-    sp_playlistcontainer_add_playlist(to, link);
+    sp_playlistcontainer_add_playlist(to, link.get());
 }
 
 // Script's objects go when script lets them go.

@@ -235,18 +235,22 @@ void Session::playlistcontainer(jspp::function_context& context) const {
 void Session::publishedContainerForUserCreate(jspp::function_context& context) const {
     requireInitialized();
     const std::string userName = context.string(0);
-    sp_playlistcontainer* const container =
-        retrieved(sp_session_publishedcontainer_for_user_create(session, userName.c_str()));
-    const Created<sp_playlistcontainer> created(container);
-    context.return_interface(Factory::getInstance().createPlaylistcontainer(container), false);
+    Created<sp_playlistcontainer> created(
+        retrieved(sp_session_publishedcontainer_for_user_create(session, userName.c_str())));
+    const orvo::shared_ptr<Playlistcontainer> container =
+        Factory::getInstance().createPlaylistcontainer(created.get());
+    created.reset();
+    context.return_interface(container, false);
 }
 
 namespace {
 
 // Answers the wrapper of a playlist that a create function of libspotify returned.
-void returnCreated(sp_playlist* playlist, jspp::function_context& context) {
-    const Created<sp_playlist> created(retrieved(playlist));
-    context.return_interface(Factory::getInstance().createPlaylist(playlist), false);
+void returnCreated(sp_playlist* handle, jspp::function_context& context) {
+    Created<sp_playlist> created(retrieved(handle));
+    const orvo::shared_ptr<Playlist> playlist = Factory::getInstance().createPlaylist(handle);
+    created.reset();
+    context.return_interface(playlist, false);
 }
 
 }  // namespace

@@ -13,6 +13,11 @@ constexpr unsigned idTextSize = 28;  // characters of an id in Base64
 
 }  // namespace
 
+std::set<const void*>& SpImage::instances() {
+    static auto& living = *new std::set<const void*>;
+    return living;
+}
+
 SpImage::SpImage() {
     _function("create", &SpImage::create, "s");
 }
@@ -35,6 +40,7 @@ SpImage::SpImage(sp_session* librarySession,
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
     if (handle) {
+        instances().insert(this);
         sp_image_add_load_callback(image, &image_loaded, this);
     }
 }
@@ -45,12 +51,16 @@ SpImage::~SpImage() {
 
 void SpImage::releaseHandle() noexcept {
     if (handle) {
+        instances().erase(this);
         sp_image_remove_load_callback(handle.get(), &image_loaded, this);
         handle.release();
     }
 }
 
 void SpImage::image_loaded(sp_image*, void* userData) noexcept {
+    if (instances().count(userData) == 0) {
+        return;
+    }
     const orvo::shared_ptr<SpImage> self = static_cast<SpImage*>(userData)->shared_from_this();
     if (self) {
         self->dispatch_event("ImageLoaded", self);
@@ -66,9 +76,10 @@ void SpImage::create(jspp::function_context& context) {
     if (base64_decode(text.data(), idTextSize, id.data(), imageIdSize) != 0) {
         throw std::runtime_error("Failed to decode ID with base64");
     }
-    sp_image* const image = retrieved(sp_image_create(session, id.data()));
-    const Created<sp_image> created(image);
-    context.return_interface(Factory::getInstance().createSpImage(image), false);
+    Created<sp_image> created(retrieved(sp_image_create(session, id.data())));
+    const orvo::shared_ptr<SpImage> image = Factory::getInstance().createSpImage(created.get());
+    created.reset();
+    context.return_interface(image, false);
 }
 
 void SpImage::isLoaded(jspp::function_context& context) const {

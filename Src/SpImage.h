@@ -5,6 +5,8 @@
 #include "Object.h"
 #include "jspp/orvo/shared_ptr.h"
 
+#include <set>
+
 // A picture: a cover or a portrait, as script sees it. Made by Factory. Its id and its data travel
 // in Base64.
 class SpImage final : public Object, public orvo::enable_shared_from_this<SpImage> {
@@ -28,11 +30,14 @@ private:
 
     JSPP_EVENT_ATTRIBUTE(ImageLoaded, "ImageLoaded")
 
-    // libspotify's callback: raises "ImageLoaded" with this picture.
+    // libspotify's callback: raises "ImageLoaded" with the living picture that it means.
     static void image_loaded(sp_image* image, void* userData) noexcept;
 
-    // Takes the load callback away, too.
+    // Takes the picture off the living ones and the load callback away, too.
     void releaseHandle() noexcept override;
+
+    // Every living picture with a handle; script thread. Made on first use, never freed.
+    static std::set<const void*>& instances();
 
     Handle<sp_image> handle;
 };

@@ -1,6 +1,10 @@
+#include "Factory.h"
+#include "Playlistcontainer.h"
 #include "PluginTest.h"
 
 #include <string.h>
+
+#include <stdexcept>
 
 namespace {
 
@@ -43,7 +47,8 @@ TEST_F(PlaylistTest, AnswersWhatTheLibraryDoesAndLosesItsMembersAtLogout) {
     expectReads(members);
     EXPECT_EQ(handle->references, 1) << "the reference of the create function was kept";
     EXPECT_EQ(host->call(playlist, "release"), nothing());
-    jsplugin_obj* other = create("Playlist", "playlist");
+    jsplugin_obj* other = nullptr;
+    EXPECT_EQ(referencesInHost(handle, [&] { other = create("Playlist", "playlist"); }), 2);
     EXPECT_NE(other, playlist);
     host->collect(other);
     session("logout");
@@ -239,10 +244,22 @@ TEST_F(ContainerTest, TheSessionHandsOutItsListsAndKeepsNoReferenceOfTheirCreati
         EXPECT_EQ(spotify.calls.back(), expected);
         spotify.handles[std::string(expected, strchr(expected, '('))] = {result};
         const int before = result->references;
-        const Answer first = session(name, {"who"});
+        Answer first{};
+        EXPECT_EQ(referencesInHost(result, [&] { first = session(name, {"who"}); }), before + 1)
+            << "the reference of the create function was not back";
         EXPECT_NE(session(name, {"who"}), first);
         EXPECT_EQ(result->references, before + 2);
     }
     spotify.handles.clear();
     EXPECT_EQ(session("Playlistcontainer"), failed(notRetrieved));
+    host.reset();
+    renewRoot();
+    log.reset();
+    spotify.calls.clear();
+    EXPECT_THROW(Factory::getInstance().createPlaylistcontainer(containerHandle),
+                 std::runtime_error);
+    EXPECT_EQ(spotify.calls, Strings()) << "without a session no reference is taken";
+    EXPECT_EQ(log.count(2, "Playlistcontainer::PlaylistcontainerInitializing playlistcontainer"),
+              1);
+    host = std::make_unique<FakeHost>();
 }

@@ -75,6 +75,14 @@ protected:
         EXPECT_EQ(made.code, JSP_CALL_VALUE) << made;
         return made.value.object;
     }
+    // The references to the handle when the body lets the host make a script object.
+    int referencesInHost(const FakeHandle* handle, const std::function<void()>& body) {
+        int references = -1;
+        host->duringCallbacks = [&] { references = handle->references; };
+        body();
+        host->duringCallbacks = nullptr;
+        return references;
+    }
     // A member that reads, and the library's call that it makes.
     struct Member {
         jsplugin_obj* object;

@@ -111,7 +111,12 @@ TEST_F(QueryTest, TheFunctionIsCalledOnceWithAnotherWrapperAlsoWhenThePageKeepsN
         host->calls.clear();
     }
     queries[3].arguments[2] = "user";
-    start(queries[3]);
+    host->refusesObjects = true;
+    EXPECT_EQ(start(queries[3]), failed("Create object failed"));
+    host->refusesObjects = false;
+    queries[3].complete();
+    tick();
+    EXPECT_EQ(host->calls.size(), 1U) << "a query that was started is answered all the same";
     EXPECT_FALSE(spotify.callsTo("sp_toplistbrowse_create(session, 1, 21317, user)").empty());
 }
 
@@ -163,7 +168,8 @@ TEST_F(QueryTest, ResultsAnswerWhatTheLibraryDoesUntilLogout) {
 }
 
 TEST_F(ImageTest, IsMadeFromExactlyOneIdAndRaisesItsEventWhileItLives) {
-    jsplugin_obj* image = make();
+    jsplugin_obj* image = nullptr;
+    EXPECT_EQ(referencesInHost(handle, [&] { image = make(); }), 1);
     create("SpImage", (std::string(imageText) + "QQQQ").c_str());
     const std::string asked = "sp_image_create(session, " + imageId + ")";
     create("SpImage", "AAEC");  // the rest counts as padding
@@ -171,17 +177,27 @@ TEST_F(ImageTest, IsMadeFromExactlyOneIdAndRaisesItsEventWhileItLives) {
         "sp_image_create(session, " + imageId.substr(0, 3) + std::string(17, '\0') + ")";
     EXPECT_EQ(spotify.callsTo("sp_image_create"), (Strings{asked, asked, padded}));
     EXPECT_EQ(handle->references, 3) << "one of each wrapper";
+    jsplugin_obj* other = make();
     spotify.handles.clear();
     EXPECT_EQ(call("Spotify.SpImage", "create", {imageText}), failed(notRetrieved));
+    const auto listeners = handle->listeners;
     const auto raise = [&] {
-        for (const auto& [callback, wrapper] : handle->listeners) {
+        for (const auto& [callback, wrapper] : listeners) {
             callback(handle, wrapper);
         }
     };
     expectEvent(image, {"ImageLoaded", raise, {image}});
+    host->call(other, "addEventListener", {"ImageLoaded", host->function(page)});
     host->collect(image);
-    EXPECT_EQ(handle->listeners.size(), 2U);
+    EXPECT_EQ(handle->listeners.size(), 3U);
     EXPECT_EQ(spotify.calls.back(), "sp_image_release(image)");
+    const auto late = handle->listeners.back();
+    session("logout");
+    host->calls.clear();
+    raise();
+    late.first(handle, late.second);
+    tick();
+    EXPECT_TRUE(host->calls.empty()) << "a late callback was taken for a living picture's";
 }
 
 TEST_F(ImageTest, AnswersBase64AndLosesItsMembersAtLogout) {

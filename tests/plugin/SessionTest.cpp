@@ -63,6 +63,7 @@ TEST_F(SessionTest, AccountFunctionsAnswerWhatTheLibraryDoes) {
     spotify.answers["sp_session_login"] = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
     EXPECT_EQ(session("login", {"me", "", false, "blob"}), returned(6));
     EXPECT_EQ(session("setCacheSize", {100.7}), nothing());
+    EXPECT_EQ(session("setCacheSize", {-5}), nothing());
     spotify.answers["sp_session_signup_perform_action"] = 9;
     EXPECT_EQ(session("signupPerformAction", {8}), returned(9));
     EXPECT_EQ(spotify.calls, (Strings{"sp_session_login(session, me, secret, true, null)",
@@ -70,6 +71,7 @@ TEST_F(SessionTest, AccountFunctionsAnswerWhatTheLibraryDoes) {
                                       "sp_session_login(session, me, , false, blob)",
                                       "sp_session_preferred_bitrate(session, 1)",
                                       "sp_session_set_cache_size(session, 100)",
+                                      "sp_session_set_cache_size(session, 0)",
                                       "sp_session_signup_perform_action(session, 8)"}));
     expectReads(membersOf(find("Spotify.Session"), "session",
                           "n relogin n numFriends n userCountry n forgetMe n connectionstate "
