@@ -65,20 +65,39 @@ std::string namesOf(const Rows& rows, Name name) {
     return names;
 }
 
-// In seconds: what the machine's clock can hold, at whatever speed.
-constexpr double longest = 1e8;
+// What the machine's clock can hold, at whatever speed.
+constexpr std::int64_t longest = 100'000'000'000'000;  // microseconds
+constexpr std::int64_t fastest = 1'000'000'000;        // thousandths
 
-std::chrono::duration<double> timeOf(const Part& part) {
-    constexpr std::array<std::pair<std::string_view, double>, 4> units = {
-        {{"ms", 0.001}, {"s", 1}, {"m", 60}, {"h", 3600}}};
-    const std::string text(part.text);
-    char* end = nullptr;
-    const double number = g_ascii_strtod(text.c_str(), &end);
-    const std::string_view unit = end;
-    const bool digit = !text.empty() && g_ascii_isdigit(text.front());
-    for (const auto& [name, seconds] : units) {
-        if (digit && unit == name && number * seconds < longest) {
-            return std::chrono::duration<double>(number * seconds);
+// Takes a decimal number from the front of the text, in units of which `one` are 1. What is beyond
+// `most` is `most`; none is there: nothing.
+std::optional<std::int64_t>
+takeNumber(std::string_view& text, std::int64_t one, std::int64_t most) {
+    const auto isDigit = [&] { return !text.empty() && g_ascii_isdigit(text.front()); };
+    if (!isDigit()) {
+        return std::nullopt;
+    }
+    std::int64_t number = 0;
+    for (; isDigit(); text.remove_prefix(1)) {
+        number = std::min(number * 10 + (text.front() - '0') * one, most);
+    }
+    if (!text.empty() && text.front() == '.') {
+        text.remove_prefix(1);
+        for (std::int64_t place = one / 10; isDigit(); text.remove_prefix(1), place /= 10) {
+            number = std::min(number + (text.front() - '0') * place, most);
+        }
+    }
+    return number;
+}
+
+std::chrono::microseconds timeOf(const Part& part) {
+    constexpr std::array<std::pair<std::string_view, std::int64_t>, 4> units = {
+        {{"ms", 1'000}, {"s", 1'000'000}, {"m", 60'000'000}, {"h", 3'600'000'000}}};
+    for (const auto& [name, microseconds] : units) {
+        std::string_view rest = part.text;
+        const auto number = takeNumber(rest, microseconds, longest);
+        if (number && rest == name && *number < longest) {
+            return std::chrono::microseconds(*number);
         }
     }
     part.fail("a time is a number with ms, s, m or h, as 1.5s");
@@ -107,12 +126,12 @@ std::string decoded(const Part& part) {
 Faults Faults::fromEnvironment() {
     const char* spec = g_getenv("SONOLET_FAULT");
     const char* speed = g_getenv("SONOLET_SPEED");
-    const double clock = speed == nullptr ? 1 : g_ascii_strtod(speed, nullptr);
-    return Faults(spec == nullptr ? "" : spec, clock > 0 ? clock : 1);
+    std::string_view number = speed == nullptr ? "1" : speed;
+    return Faults(spec == nullptr ? "" : spec, takeNumber(number, 1000, fastest).value_or(0));
 }
 
-Faults::Faults(std::string_view spec, double clockSpeed, Clock::time_point begin)
-    : speed(clockSpeed), start(begin) {
+Faults::Faults(std::string_view spec, std::int64_t clockSpeed, Clock::time_point begin)
+    : speed(clockSpeed > 0 ? clockSpeed : 1000), start(begin) {
     for (std::size_t at = 0; !spec.empty() && at <= spec.size();) {
         const std::size_t end = std::min(spec.find(',', at), spec.size());
         faults.push_back(read(spec.substr(at, end - at), at + 1));
@@ -190,7 +209,12 @@ Faults::Fault Faults::read(std::string_view text, std::size_t column) {
 }
 
 Faults::Clock::duration Faults::onMachine(Time time) const {
-    return std::chrono::duration_cast<Clock::duration>(std::min(time / speed, Time(longest)));
+    return Time(std::min(time.count() * 1000 / speed, longest));
+}
+
+Faults::Time Faults::now() const {
+    const std::int64_t elapsed = std::chrono::duration_cast<Time>(Clock::now() - start).count();
+    return Time(elapsed / 1000 * speed + elapsed % 1000 * speed / 1000);
 }
 
 const Faults::Fault* Faults::active(Kind kind) const {

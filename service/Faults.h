@@ -6,6 +6,7 @@
 #include "libspotify/api.h"
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,11 +29,11 @@ public:
     using Clock = std::chrono::steady_clock;
     enum class Kind { offline, token, login, slow, streamError, unavailable, message };
 
-    // SPEC and speed of the clock: what SONOLET_FAULT and SONOLET_SPEED say. Throws
+    // SPEC and speed of the clock, in thousandths: what SONOLET_FAULT and SONOLET_SPEED say. Throws
     // std::invalid_argument that says what is wrong and where.
     static Faults fromEnvironment();
     explicit Faults(std::string_view spec,
-                    double clockSpeed = 1,
+                    std::int64_t clockSpeed = 1000,
                     Clock::time_point begin = Clock::now());
 
     bool isOffline() const { return active(Kind::offline) != nullptr; }
@@ -53,7 +54,7 @@ public:
     std::optional<Clock::duration> untilNext() const;
 
 private:
-    using Time = std::chrono::duration<double>;  // as the page counts
+    using Time = std::chrono::microseconds;  // as the page counts
 
     struct Fault {
         Kind kind{};
@@ -71,10 +72,10 @@ private:
 
     static Fault read(std::string_view text, std::size_t column);
     Clock::duration onMachine(Time time) const;
-    Time now() const { return (Clock::now() - start) * speed; }
+    Time now() const;
     const Fault* active(Kind kind) const;
 
-    double speed;
+    std::int64_t speed;  // thousandths
     Clock::time_point start;
     std::vector<Fault> faults;
     std::vector<Change> changes;  // in the order of their times

@@ -13,8 +13,8 @@ using service::Faults;
 using std::chrono::seconds;
 
 // The faults of a session that is so old.
-Faults at(int age, const char* spec, double speed = 1) {
-    return Faults(spec, speed, Faults::Clock::now() - seconds(age));
+Faults at(int age, const char* spec, int speed = 1) {
+    return Faults(spec, 1000 * speed, Faults::Clock::now() - seconds(age));
 }
 
 TEST(FaultSpec, SaysWhatLastsAndWhatHappensOnce) {
@@ -28,6 +28,7 @@ TEST(FaultSpec, SaysWhatLastsAndWhatHappensOnce) {
     EXPECT_TRUE(at(100000, spec).isOffline()) << "without an end it lasts";
     EXPECT_EQ(at(3, spec).delay(), std::chrono::milliseconds(1500));
     EXPECT_EQ(at(3, spec, 10).delay(), std::chrono::milliseconds(150));
+    EXPECT_EQ(at(3, "slow=0.0105s").delay(), std::chrono::microseconds(10500)) << "to the digit";
 
     Faults faults = at(111, spec);
     std::string told;
@@ -51,6 +52,9 @@ TEST(FaultSpec, SaysWhatIsWrongAndWhere) {
              {"offline@-5s", "\"\" at character 9: a time is"},
              {"offline@nans", "\"nans\" at character 9: a time is"},
              {"offline@1e300h", "a time is"},
+             {"offline@"
+              "99999999999999999999999h",
+              "a time is"},
              {"offline@12s-5s", "\"12s-5s\" at character 9: it ends before it begins"},
              {"login=rude", "\"rude\" at character 7: a login is bad-password, banned,"},
              {"unavailable=spotify:album:0000000000000000000000", "it is no link of a track"},
