@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::size_t longestUserAgent = 255;
 constexpr char cacheSetting[] = "cache_megabytes";
-constexpr int sweden = 'S' << 8 | 'E';
 
 // How often changes that other processes make are looked for, in milliseconds.
 constexpr int restingTimeout = 5000;
@@ -547,9 +546,9 @@ int Session::homeCountry() {
         const char* territory = std::strchr(locale, '_');
         const bool known = territory != nullptr && g_ascii_isupper(territory[1]) &&
                            g_ascii_isupper(territory[2]) && !g_ascii_isalnum(territory[3]);
-        return known ? territory[1] << 8 | territory[2] : sweden;
+        return known ? territory[1] << 8 | territory[2] : 0;
     }
-    return sweden;
+    return 0;
 }
 
 sp_error Session::setCacheSize(std::size_t megabytes) const {

@@ -78,8 +78,9 @@ public:
     sp_user* user() const { return userHandle.get(); }
     int friendCount() const;
     sp_user* friendAt(int index) const;
-    // Of the user, else where this machine is.
+    // Of the user, else where this machine is: two letters, or 0 for no country.
     int country() const;
+    // What the locale says; 0 when it names no territory.
     static int homeCountry();
     sp_error setCacheSize(std::size_t megabytes) const;
 

@@ -23,6 +23,7 @@ sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session,
         if (sp_user* current = sessionOf(session)->user(); user.empty() && current != nullptr) {
             user = current->canonicalName();
         }
+        // Without a country those who name none are in none: no country's list has the two zeros.
         const int home = Session::homeCountry();
         return new sp_toplistbrowse(
             type, code, std::move(user),

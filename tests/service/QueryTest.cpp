@@ -211,6 +211,17 @@ TEST_F(QueryTest, ListsWhatUsersAndCountriesPlay) {
 
     ASSERT_EQ(session->login("kari", "secret"), SP_ERROR_OK);
     EXPECT_EQ(sp_session_user_country(session->get()), norway);
+    ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
+    for (const auto& [locale, country] :
+         {std::pair("nn_NO.UTF-8", norway), {"C.UTF-8", 0}, {"", 0}}) {
+        for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+            setenv(name, locale, 1);  // NOLINT(concurrency-mt-unsafe): nobody else reads it here
+        }
+        EXPECT_EQ(sp_session_user_country(session->get()), country) << locale;
+        EXPECT_EQ(toplist(SP_TOPLIST_TYPE_TRACKS, country).size(), 4U) << "here, or everywhere";
+        EXPECT_EQ(toplist(SP_TOPLIST_TYPE_TRACKS, norway).size(), country == norway ? 4U : 3U);
+    }
+    ASSERT_EQ(session->login("kari", "secret"), SP_ERROR_OK);
     EXPECT_EQ(toplist(SP_TOPLIST_TYPE_TRACKS, SP_TOPLIST_REGION_USER), karis);
 }
 
