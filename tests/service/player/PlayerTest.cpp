@@ -66,7 +66,7 @@ struct PlayerTest : testing::Test {
     }
     bool await(const std::function<bool()>& condition) {
         std::unique_lock<std::mutex> lock(mutex);
-        return wake.wait_for(lock, std::chrono::seconds(30), condition);
+        return wake.wait_for(lock, std::chrono::minutes(10), condition);
     }
     bool awaitOffers(std::size_t offers) {
         return await([&] { return seen.ends > 0 || seen.offers.size() >= offers; });
