@@ -253,7 +253,7 @@ double scan(const std::string& music, const std::string& file) {
             std::cerr << line << '\n';
         }
     };
-    events.finished = [&finished] { finished.set_value(); };
+    events.finished = [&finished](bool) { finished.set_value(); };
     const Clock::time_point start = Clock::now();
     const service::Scanner scanner(music, file, events);
     finished.get_future().wait();

@@ -18,9 +18,10 @@ constexpr std::array<int, 3> longerSides = {300, 64, 640};
 ImageLoader::ImageLoader(const std::string& cacheFolder,
                          std::string catalogue,
                          std::string musicFolder,
-                         Log logLine)
+                         Log logLine,
+                         const StopFlag& stopFlag)
     : catalogueFile(std::move(catalogue)), music(std::move(musicFolder)), log(std::move(logLine)),
-      cache(cacheFolder + "/images") {}
+      stop(stopFlag), cache(cacheFolder + "/images") {}
 
 std::optional<std::string> ImageLoader::load(const std::string& id) {
     const auto size = static_cast<unsigned char>(id.back());
@@ -31,7 +32,7 @@ std::optional<std::string> ImageLoader::load(const std::string& id) {
         return cached;
     }
     if (!source) {
-        source.emplace(catalogueFile, music);
+        source.emplace(catalogueFile, music, stop);
     }
     const std::optional<std::string> picture = source->find(id.substr(0, pictureDigestSize));
     if (!picture) {

@@ -13,7 +13,7 @@ namespace sonolet::service {
 // Turns an image id into the image: from the cache, else from the picture in the music.
 //
 // Threads: belongs to one thread at a time. `log` is told what is wrong with the cache, which no
-// image fails for.
+// image fails for. Borrows the flag, which ends a load that is under way.
 class ImageLoader final {
 public:
     using Log = std::function<void(std::string)>;
@@ -21,7 +21,8 @@ public:
     ImageLoader(const std::string& cacheFolder,
                 std::string catalogue,
                 std::string musicFolder,
-                Log logLine);
+                Log logLine,
+                const StopFlag& stopFlag);
 
     void setCacheSize(std::uint64_t megabytes) { cache.setLimit(megabytes); }
 
@@ -33,6 +34,7 @@ private:
     const std::string catalogueFile;
     const std::string music;
     const Log log;
+    const StopFlag& stop;
     ImageCache cache;
     std::optional<PictureSource> source;  // opened on first use
 };

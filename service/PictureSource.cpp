@@ -1,10 +1,7 @@
 #include "PictureSource.h"
 
 #include "Catalogue.h"
-#include "Files.h"
 #include "Tags.h"
-
-#include <fcntl.h>
 
 #include <set>
 #include <stdexcept>
@@ -14,15 +11,10 @@ namespace sonolet::service {
 
 namespace {
 
-std::optional<std::string> pictureFile(const std::string& path) {
-    // Whatever has taken the file's place must not make the opening wait.
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    return file.get() < 0 ? std::nullopt : readFile(file.get(), largestPicture);
-}
-
-std::optional<std::string> embeddedPicture(const std::string& path) {
+std::optional<std::string> read(const std::string& path, bool embedded, const StopFlag& stop) {
     try {
-        return readTags(path).picture;
+        const MusicFile file(path);
+        return embedded ? readTags(file, stop).picture : file.contents(largestPicture);
     } catch (const UnreadableFile&) {
         return std::nullopt;
     }
@@ -30,8 +22,11 @@ std::optional<std::string> embeddedPicture(const std::string& path) {
 
 }  // namespace
 
-PictureSource::PictureSource(const std::string& catalogueFile, std::string musicFolder)
-    : music(std::move(musicFolder)), database(catalogueFile, Database::Durability::process),
+PictureSource::PictureSource(const std::string& catalogueFile,
+                             std::string musicFolder,
+                             const StopFlag& stopFlag)
+    : music(std::move(musicFolder)), stop(stopFlag),
+      database(catalogueFile, Database::Durability::process),
       listFiles(database,
                 "SELECT f.path, CASE WHEN t.picture_digest IS NULL THEN f.picture ELSE t.name END,"
                 " t.picture_digest IS NOT NULL FROM albums al JOIN tracks t ON t.album_id = al.id"
@@ -48,7 +43,7 @@ std::optional<std::string> PictureSource::find(const std::string& digest) {
         if (!tried.insert(path).second) {
             continue;
         }
-        auto picture = row.integer(2) != 0 ? embeddedPicture(path) : pictureFile(path);
+        auto picture = read(path, row.integer(2) != 0, stop);
         if (picture && sha1(*picture).compare(0, pictureDigestSize, digest) == 0) {
             return picture;
         }

@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_PICTURE_SOURCE_H
 
 #include "Database.h"
+#include "MusicFile.h"
 
 #include <optional>
 #include <string>
@@ -15,7 +16,10 @@ namespace sonolet::service {
 // opened as Catalogue before.
 class PictureSource final {
 public:
-    PictureSource(const std::string& catalogueFile, std::string musicFolder);
+    // Borrows the flag; once it is set nothing is found.
+    PictureSource(const std::string& catalogueFile,
+                  std::string musicFolder,
+                  const StopFlag& stopFlag);
 
     // The picture's bytes, or nothing when the catalogue has no such cover. `digest` is
     // pictureDigestSize bytes. Throws std::runtime_error when the files with it are gone or have
@@ -24,6 +28,7 @@ public:
 
 private:
     const std::string music;
+    const StopFlag& stop;
     Database database;
     Statement listFiles;
 };

@@ -1,14 +1,12 @@
 #include "PlaylistFile.h"
 
-#include <fcntl.h>
+#include "MusicFile.h"
+
 #include <glib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <charconv>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -18,52 +16,18 @@ namespace sonolet::service {
 
 namespace {
 
-constexpr off_t largestFile = 16 << 20;
+constexpr std::int64_t largestFile = 16 << 20;
+constexpr std::size_t mostEntries = 100'000;
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 using GlibText = std::unique_ptr<char, decltype(&g_free)>;
 
-class Descriptor final {
-public:
-    explicit Descriptor(const std::string& path)
-        : number(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            close(number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    const int number;
-};
-
-[[noreturn]] void failToRead() {
-    throw MalformedPlaylist(errno == ELOOP
-                                ? "it is a symbolic link"
-                                : std::error_code(errno, std::generic_category()).message());
-}
-
 std::string contentsOf(const std::string& path) {
-    const Descriptor file(path);
-    struct stat status {};
-    if (file.number < 0 || fstat(file.number, &status) != 0) {
-        failToRead();
-    }
-    if (!S_ISREG(status.st_mode) || status.st_size > largestFile) {
-        throw MalformedPlaylist("it is no regular file of at most 16 MiB");
-    }
     std::string text;
-    std::array<char, 65536> buffer{};
-    ssize_t size = 0;
-    while ((size = ::read(file.number, buffer.data(), buffer.size())) > 0) {
-        text.append(buffer.data(), static_cast<std::size_t>(size));
-        if (text.size() > largestFile) {
-            throw MalformedPlaylist("it grows while it is read");
-        }
-    }
-    if (size < 0) {
-        failToRead();
+    try {
+        text = MusicFile(path, MusicFile::Links::refuse).contents(largestFile);
+    } catch (const UnreadableFile& error) {
+        throw MalformedPlaylist(error.what());
     }
     // Also false for a zero byte.
     if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) == FALSE) {
@@ -155,7 +119,11 @@ PlaylistFile PlaylistFile::read(const std::string& path) {
     if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
         text.remove_prefix(byteOrderMark.size());
     }
-    return endsWith(path, ".pls") ? parsePls(text) : parseM3u(text);
+    PlaylistFile list = endsWith(path, ".pls") ? parsePls(text) : parseM3u(text);
+    if (list.entries.size() > mostEntries) {
+        throw MalformedPlaylist("it has more than " + std::to_string(mostEntries) + " entries");
+    }
+    return list;
 }
 
 std::string PlaylistFile::resolve(const std::string& entry,

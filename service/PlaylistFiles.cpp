@@ -30,8 +30,9 @@ std::vector<std::string> namesOf(const std::string& folder) {
 PlaylistFiles::PlaylistFiles(std::string musicFolder,
                              const std::string& catalogueFile,
                              const std::string& accountsFile,
-                             Log logLine)
-    : music(std::move(musicFolder)), roots(namesOf(music)), log(std::move(logLine)),
+                             Log logLine,
+                             const StopFlag& stopFlag)
+    : music(std::move(musicFolder)), roots(namesOf(music)), log(std::move(logLine)), stop(stopFlag),
       catalogue(catalogueFile, Database::Durability::process), accounts(accountsFile),
       store(accounts.connection()),
       findTrack(catalogue,
@@ -46,6 +47,9 @@ void PlaylistFiles::update(const std::vector<std::string>& files) {
     }
     std::set<std::string> found;
     for (const std::string& file : files) {
+        if (stop) {
+            return;
+        }
         found.insert(music + '/' + file);
         if (const std::optional<Wanted> wanted = read(file)) {
             take(music + '/' + file, *wanted);
@@ -75,6 +79,9 @@ std::optional<PlaylistFiles::Wanted> PlaylistFiles::read(const std::string& file
     std::size_t missing = 0;
     std::string firstMissing;
     for (const std::string& entry : list.entries) {
+        if (stop) {
+            return std::nullopt;
+        }
         const std::string inside = PlaylistFile::resolve(entry, file, roots);
         const std::optional<Id> id = inside.empty() ? std::nullopt : track(inside);
         if (id) {

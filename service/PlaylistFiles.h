@@ -3,6 +3,7 @@
 
 #include "Accounts.h"
 #include "ListStore.h"
+#include "MusicFile.h"
 
 #include <functional>
 #include <optional>
@@ -26,9 +27,11 @@ public:
     PlaylistFiles(std::string musicFolder,
                   const std::string& catalogueFile,
                   const std::string& accountsFile,
-                  Log logLine);
+                  Log logLine,
+                  const StopFlag& stopFlag);
 
-    // `files`: all there are, relative to the folder of music.
+    // `files`: all there are, relative to the folder of music. Stops between two of them, and
+    // leaves the playlist under way as it was, once the flag is set.
     void update(const std::vector<std::string>& files);
 
 private:
@@ -49,6 +52,7 @@ private:
     const std::string music;
     const std::vector<std::string> roots;
     const Log log;
+    const StopFlag& stop;
 
     Database catalogue;
     Accounts accounts;

@@ -10,8 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <vector>
 
@@ -98,11 +96,12 @@ void Scanner::run() {
     try {
         scan();
     } catch (const std::exception& error) {
+        complete = false;
         events.log("The scan of " + music + " was given up: " + error.what());
     }
     writer.reset();
     if (!stopping) {
-        events.finished();
+        events.finished(complete);
     }
 }
 
@@ -125,7 +124,7 @@ void Scanner::scanOnce() {
     visited.clear();
     foldersWithMusic.clear();
     playlistFiles.clear();
-    rootRead = true;
+    complete = true;
     const Clock::time_point start = Clock::now();
     lastFlush = start;
     lastReport = start;
@@ -135,11 +134,15 @@ void Scanner::scanOnce() {
         visited.emplace(status.st_dev, status.st_ino);
     }
     scanFolder("");
-    if (!stopping) {
+    if (complete && !stopping) {
         loseFolders();
     }
     flush();
     if (stopping) {
+        return;
+    }
+    if (!complete) {
+        events.log("What was known of " + music + " stays known");
         return;
     }
     const std::chrono::duration<double> taken = Clock::now() - start;
@@ -150,9 +153,8 @@ void Scanner::scanOnce() {
                std::to_string(counts.added) + " new, " + std::to_string(counts.changed) +
                " changed, " + std::to_string(counts.removed) + " removed, " +
                std::to_string(counts.skipped) + " skipped");
-    // A disk that is not there has taken no playlist away.
-    if (rootRead && events.playlistFiles) {
-        events.playlistFiles(playlistFiles);
+    if (events.playlistFiles) {
+        events.playlistFiles(playlistFiles, stopping);
     }
 }
 
@@ -163,7 +165,8 @@ void Scanner::scanFolder(const std::string& path) {
     } catch (const std::system_error& error) {
         events.log("Cannot read the folder " + absolute(path) + ": " +
                    reason(error.code().value()));
-        rootRead = rootRead && !path.empty();
+        // A disk that is not there has taken nothing away.
+        complete = complete && !path.empty();
         return;
     }
     const auto isMusic = [](const Entry& entry) {
@@ -224,10 +227,16 @@ void Scanner::lookAtPicture(const std::string& path,
     if (picture.name == known.picture.name && picture.stamp == known.picture.stamp) {
         return;
     }
-    if (!picture.name.empty() && picture.stamp.size <= largestPicture) {
-        std::ifstream stream(picturePath, std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(stream)), {});
-        picture.digest = pictureDigest(bytes);
+    if (!picture.name.empty()) {
+        try {
+            const MusicFile picturesFile(picturePath);
+            picture.stamp = stampOf(picturesFile.status());
+            if (picturesFile.size() <= largestPicture) {
+                picture.digest = pictureDigest(picturesFile.contents(largestPicture));
+            }
+        } catch (const UnreadableFile&) {
+            return;  // the next scan looks again
+        }
     }
     batch.pictures.emplace_back(path, std::move(picture));
 }
@@ -249,17 +258,27 @@ void Scanner::lookAtFile(const std::string& path,
         return;
     }
     ScannedFile scanned{path, name, stamp, {}, {}};
+    bool opened = false;
     try {
-        scanned.tags = readTags(absolute(inFolder(path, name)));
+        const MusicFile musicFile(absolute(inFolder(path, name)));
+        opened = true;
+        scanned.stamp = stampOf(musicFile.status());
+        scanned.tags = readTags(musicFile, stopping);
         scanned.pictureDigest = pictureDigest(scanned.tags->picture);
         // The bytes of a batch's pictures would be many.
         scanned.tags->picture = std::string();
         ++(before == known.files.end() ? counts.added : counts.changed);
     } catch (const UnreadableFile& error) {
+        if (stopping) {
+            return;
+        }
         events.log("Skipped " + absolute(inFolder(path, name)) + ": " + error.what());
         ++counts.skipped;
     }
-    batch.files.push_back(std::move(scanned));
+    // What could not be opened may be there again as it was: the next scan looks again.
+    if (opened) {
+        batch.files.push_back(std::move(scanned));
+    }
     reportProgress();
     if (batch.files.size() >= filesInBatch || Clock::now() - lastFlush >= batchTime) {
         flush();

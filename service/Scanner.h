@@ -2,8 +2,8 @@
 #define SONOLET_SERVICE_SCANNER_H
 
 #include "CatalogueWriter.h"
+#include "MusicFile.h"
 
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -20,24 +20,25 @@ namespace sonolet::service {
 struct ScanEvents {
     std::function<void(std::string line)> log;
     // The scan is complete; the playlist files that it has met, relative to the folder of music.
-    // Not called when that folder could not be read.
-    // May be left out.
-    std::function<void(const std::vector<std::string>& files)> playlistFiles;
+    // Gives up once the flag is set. Not called when that folder could not be read. May be left
+    // out.
+    std::function<void(const std::vector<std::string>& files, const StopFlag& stop)> playlistFiles;
     // The scan is over, complete or not. Not called when it was stopped.
-    std::function<void()> finished;
+    std::function<void(bool complete)> finished;
 };
 
 // Brings a catalogue up to date with a folder of music, once, on a thread of its own.
 //
 // A catalogue that proves damaged is set aside and made from nothing. Files are known by path, size
 // and time; only new and changed ones are read. A file that cannot be read is skipped with one
-// line. Changes are committed in small batches, so a reader sees music soon and a process that dies
-// loses little; the next scan goes on from there.
+// line; while the folder of music itself cannot be read, everything stays as it is known. Changes
+// are committed in small batches, so a reader sees music soon and a process that dies loses little;
+// the next scan goes on from there.
 class Scanner final {
 public:
     Scanner(std::string musicFolder, std::string catalogueFile, ScanEvents scanEvents);
 
-    // Stops within one file and joins.
+    // Stops within a file and joins.
     ~Scanner();
 
     Scanner(const Scanner&) = delete;
@@ -73,7 +74,7 @@ private:
     const std::string file;
     const ScanEvents events;
 
-    std::atomic<bool> stopping{false};
+    StopFlag stopping{false};
 
     // State below is the scanning thread's.
     std::unique_ptr<CatalogueWriter> writer;
@@ -82,7 +83,7 @@ private:
     std::set<std::pair<unsigned long long, unsigned long long>> visited;  // device and inode
     std::unordered_set<std::string> foldersWithMusic;
     std::vector<std::string> playlistFiles;
-    bool rootRead = true;
+    bool complete = false;
     Clock::time_point lastFlush;
     Clock::time_point lastReport;
 

@@ -119,12 +119,13 @@ void Session::start() {
 void Session::startScan() {
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
-    scanEvents.playlistFiles = [this](const std::vector<std::string>& files) {
-        PlaylistFiles importer(music, paths.catalogueFile(music), paths.accountsFile(),
-                               [this](std::string line) { log(std::move(line)); });
+    scanEvents.playlistFiles = [this](const std::vector<std::string>& files, const StopFlag& stop) {
+        PlaylistFiles importer(
+            music, paths.catalogueFile(music), paths.accountsFile(),
+            [this](std::string line) { log(std::move(line)); }, stop);
         importer.update(files);
     };
-    scanEvents.finished = [this] {
+    scanEvents.finished = [this](bool) {
         events.post([this] {
             // The last changes may be younger than the last look.
             shelves->refreshCatalogue();
@@ -140,8 +141,8 @@ void Session::startScan() {
 
 void Session::startImages() {
     const ImageLoader::Log logLine = [this](std::string line) { log(std::move(line)); };
-    auto loader =
-        std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music, logLine);
+    auto loader = std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music,
+                                                logLine, worker->stopFlag());
     images = std::make_shared<Images>(
         std::move(loader), shelves, *worker,
         [this](EventQueue::Event event) { answer(std::move(event)); }, logLine);

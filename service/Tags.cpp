@@ -1,9 +1,10 @@
 #include "Tags.h"
 
 #include "AdtsDuration.h"
+#include "TagFrames.h"
+#include "TagStream.h"
 
 #include <attachedpictureframe.h>
-#include <fileref.h>
 #include <flacfile.h>
 #include <glib.h>
 #include <id3v2tag.h>
@@ -23,6 +24,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
@@ -132,7 +134,7 @@ std::string frontCover(TagLib::File& file) {
 
 // The length of an MP3 stream in milliseconds. Without a header that tells it, the tag library
 // goes by the first frame's bit rate, which is right only while all frames have the same.
-int mpegDurationMs(TagLib::MPEG::File& file) {
+int mpegDurationMs(TagLib::MPEG::File& file, TagStream& stream) {
     const TagLib::MPEG::Properties* audio = file.audioProperties();
     if (audio == nullptr) {
         return 0;
@@ -141,25 +143,37 @@ int mpegDurationMs(TagLib::MPEG::File& file) {
         return audio->lengthInMilliseconds();
     }
     constexpr int framesThatTell = 64;
-    double milliseconds = 0;
+    constexpr int mostFrames = 1'000'000;  // seven hours and more
+    constexpr std::int64_t stepsOfFrame = 64;
+    stream.allowSteps(mostFrames * stepsOfFrame);
+    std::int64_t nanoseconds = 0;
     int frames = 0;
     int firstRate = 0;
     bool varies = false;
-    long offset = file.firstFrameOffset();
-    while (offset >= 0 && (varies || frames < framesThatTell)) {
+    const long begin = file.firstFrameOffset();
+    long offset = begin;
+    while (offset >= 0 && frames < (varies ? mostFrames : framesThatTell)) {
         const TagLib::MPEG::Header header(&file, offset, false);
         if (!header.isValid() || header.frameLength() <= 0 || header.sampleRate() <= 0) {
             break;
         }
         firstRate = frames == 0 ? header.bitrate() : firstRate;
         varies = varies || header.bitrate() != firstRate;
-        milliseconds += 1000.0 * header.samplesPerFrame() / header.sampleRate();
+        nanoseconds += 1'000'000'000LL * header.samplesPerFrame() / header.sampleRate();
         offset += header.frameLength();
         ++frames;
     }
-    const bool whole = varies || frames < framesThatTell;
-    return whole ? static_cast<int>(std::min<double>(milliseconds, INT_MAX))
-                 : audio->lengthInMilliseconds();
+    if (!varies && frames == framesThatTell) {
+        return audio->lengthInMilliseconds();
+    }
+    std::int64_t milliseconds = nanoseconds / 1'000'000;
+    if (frames == mostFrames) {
+        // The rest is like these.
+        const std::int64_t thousandths =
+            (static_cast<std::int64_t>(file.length()) - begin) * 1000 / (offset - begin);
+        milliseconds = milliseconds * std::max<std::int64_t>(thousandths, 1000) / 1000;
+    }
+    return static_cast<int>(std::min<std::int64_t>(milliseconds, INT_MAX));
 }
 
 Tags tagsOf(TagLib::File& file) {
@@ -204,33 +218,45 @@ Tags tagsOf(TagLib::File& file) {
 }
 
 // The ending decides; Ogg alone hides several formats behind one.
-std::unique_ptr<TagLib::File> openFile(const std::string& path, const std::string& ending) {
-    const char* name = path.c_str();
+std::unique_ptr<TagLib::File>
+openFile(TagStream& stream, TagFrames& frames, const std::string& ending) {
     if (ending == "ogg" || ending == "oga") {
-        std::unique_ptr<TagLib::File> file = std::make_unique<TagLib::Ogg::Vorbis::File>(name);
+        std::unique_ptr<TagLib::File> file = std::make_unique<TagLib::Ogg::Vorbis::File>(&stream);
         if (!file->isValid()) {
-            file = std::make_unique<TagLib::Ogg::Opus::File>(name);
+            file = std::make_unique<TagLib::Ogg::Opus::File>(&stream);
         }
         if (!file->isValid()) {
-            file = std::make_unique<TagLib::Ogg::FLAC::File>(name);
+            file = std::make_unique<TagLib::Ogg::FLAC::File>(&stream);
         }
         return file;
     }
     if (ending == "flac") {
-        return std::make_unique<TagLib::FLAC::File>(name);
+        return std::make_unique<TagLib::FLAC::File>(&stream, &frames);
     }
     if (ending == "opus") {
-        return std::make_unique<TagLib::Ogg::Opus::File>(name);
+        return std::make_unique<TagLib::Ogg::Opus::File>(&stream);
     }
     if (ending == "wav" || ending == "wave") {
-        return std::make_unique<TagLib::RIFF::WAV::File>(name);
+        return std::make_unique<TagLib::RIFF::WAV::File>(&stream);
     }
     if (ending == "m4a" || ending == "m4b" || ending == "mp4") {
-        return std::make_unique<TagLib::MP4::File>(name);
+        return std::make_unique<TagLib::MP4::File>(&stream);
     }
     // An ADTS stream carries its tags as MP3 does, but has frames of its own.
-    return std::make_unique<TagLib::MPEG::File>(name, TagLib::ID3v2::FrameFactory::instance(),
-                                                ending != "aac");
+    return std::make_unique<TagLib::MPEG::File>(&stream, &frames, ending != "aac");
+}
+
+void requireOpen(const TagStream& stream) {
+    switch (stream.state()) {
+    case TagStream::State::open:
+        return;
+    case TagStream::State::stopped:
+        throw UnreadableFile("nobody waits for it any more");
+    case TagStream::State::exhausted:
+        throw UnreadableFile("its tags do not end, or it is damaged");
+    case TagStream::State::failed:
+        throw UnreadableFile("the file cannot be read");
+    }
 }
 
 }  // namespace
@@ -239,22 +265,29 @@ bool isMusicFile(std::string_view fileName) {
     return std::find(endings.begin(), endings.end(), endingOf(fileName)) != endings.end();
 }
 
-Tags readTags(const std::string& path) {
+Tags readTags(const MusicFile& file, const StopFlag& stop) {
     try {
-        const std::string ending = endingOf(path);
-        const std::unique_ptr<TagLib::File> file = openFile(path, ending);
-        if (!file->isOpen()) {
-            throw UnreadableFile("the file cannot be opened");
+        const std::string ending = endingOf(file.path());
+        TagStream stream(file, stop);
+        TagFrames frames(stop);
+        if (ending == "aac") {
+            // The library would look for MP3 frames in all of it. Other tags are at the end.
+            constexpr std::int64_t tail = 128 << 10;
+            const std::int64_t begin = adtsStart(file);
+            stream.cutOut(begin, std::max<std::int64_t>(file.size() - begin - tail, 0));
         }
-        if (!file->isValid()) {
+        const std::unique_ptr<TagLib::File> tagged = openFile(stream, frames, ending);
+        requireOpen(stream);
+        if (!tagged->isValid()) {
             throw UnreadableFile("this is no " + ending + " file, or a damaged one");
         }
-        Tags tags = tagsOf(*file);
+        Tags tags = tagsOf(*tagged);
         if (ending == "aac") {
-            tags.durationMs = adtsDurationMs(path);
-        } else if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file.get())) {
-            tags.durationMs = mpegDurationMs(*mpeg);
+            tags.durationMs = adtsDurationMs(file, stop);
+        } else if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(tagged.get())) {
+            tags.durationMs = mpegDurationMs(*mpeg, stream);
         }
+        requireOpen(stream);
         if (tags.durationMs == 0) {
             throw UnreadableFile("there is no sound in it, or it is damaged");
         }

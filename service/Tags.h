@@ -1,18 +1,13 @@
 #ifndef SONOLET_SERVICE_TAGS_H
 #define SONOLET_SERVICE_TAGS_H
 
-#include <stdexcept>
+#include "MusicFile.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace sonolet::service {
-
-// A file that says it is music and cannot be read as such.
-class UnreadableFile final : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 // What a music file says of itself. Texts are valid UTF-8; a text or number that is not given is
 // empty or 0.
@@ -35,8 +30,9 @@ struct Tags {
 // Whether the name's ending is one of a format that can be played.
 bool isMusicFile(std::string_view fileName);
 
-// Throws UnreadableFile.
-Tags readTags(const std::string& path);
+// What the file's ending says it is, it must be. Reads as much as tags and pictures take and no
+// more, whatever the file holds. Throws UnreadableFile, also once `stop` is set.
+Tags readTags(const MusicFile& file, const StopFlag& stop);
 
 }  // namespace sonolet::service
 

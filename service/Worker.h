@@ -1,6 +1,7 @@
 #ifndef SONOLET_SERVICE_WORKER_H
 #define SONOLET_SERVICE_WORKER_H
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -25,6 +26,9 @@ public:
 
     void post(Task task);
 
+    // Set once the worker is going: a long task gives up. Any thread.
+    const std::atomic<bool>& stopFlag() const { return stopping; }
+
 private:
     void work();
 
@@ -32,7 +36,7 @@ private:
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Task> tasks;
-    bool stopping = false;
+    std::atomic<bool> stopping{false};  // set under mutex
 
     std::thread thread;  // last: it uses everything above
 };

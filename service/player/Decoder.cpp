@@ -1,5 +1,6 @@
 #include "player/Decoder.h"
 
+#include "player/FileSource.h"
 #include "player/Handover.h"
 
 #include <gst/app/gstappsink.h>
@@ -80,11 +81,11 @@ void initialiseOnce() {
 
 }  // namespace
 
-// The GStreamer side: filesrc ! decodebin ! audioconvert ! audioresample ! appsink. Its callbacks
-// come from streaming threads and only leave notes here.
+// The GStreamer side: a FileSource ! decodebin ! audioconvert ! audioresample ! appsink. Its
+// callbacks come from streaming threads and only leave notes here.
 class Decoder::Pipeline final {
 public:
-    Pipeline(const std::string& path, std::function<void()> ready);
+    Pipeline(const std::shared_ptr<const MusicFile>& file, std::function<void()> ready);
     ~Pipeline();
 
     Pipeline(const Pipeline&) = delete;
@@ -104,7 +105,7 @@ public:
     std::size_t consumed = 0;  // bytes
 
 private:
-    void build(const std::string& path);
+    void build(const std::shared_ptr<const MusicFile>& file);
     void note(std::string why);
     std::string explain(const GError& cause) const;
     void moved() {
@@ -135,9 +136,10 @@ private:
     std::string need;
 };
 
-Decoder::Pipeline::Pipeline(const std::string& path, std::function<void()> ready)
+Decoder::Pipeline::Pipeline(const std::shared_ptr<const MusicFile>& file,
+                            std::function<void()> ready)
     : wakeReader(std::move(ready)), bin(gst_pipeline_new(nullptr)) {
-    build(path);
+    build(file);
 }
 
 Decoder::Pipeline::~Pipeline() {
@@ -146,7 +148,9 @@ Decoder::Pipeline::~Pipeline() {
     const Handover fromTheirThreads(this);
 }
 
-void Decoder::Pipeline::build(const std::string& path) {
+void Decoder::Pipeline::build(const std::shared_ptr<const MusicFile>& file) {
+    GstElement* source = makeFileSource(file);
+    gst_bin_add(GST_BIN(bin.get()), source);
     const auto add = [this](const char* factory) {
         GstElement* element = gst_element_factory_make(factory, nullptr);
         if (element == nullptr) {
@@ -156,7 +160,6 @@ void Decoder::Pipeline::build(const std::string& path) {
         }
         return element;
     };
-    GstElement* source = add("filesrc");
     GstElement* decodebin = add("decodebin");
     GstElement* resampler = add("audioresample");
     GstElement* appsink = add("appsink");
@@ -171,7 +174,6 @@ void Decoder::Pipeline::build(const std::string& path) {
         gst_caps_from_string("audio/x-raw, format=" GST_AUDIO_NE(S16) ", layout=interleaved"));
     gst_caps_set_simple(form.get(), "rate", G_TYPE_INT, Decoder::sampleRate, nullptr);
     gst_caps_set_simple(form.get(), "channels", G_TYPE_INT, Decoder::channels, nullptr);
-    g_object_set(source, "location", path.c_str(), nullptr);
     // Pictures and films beside the sound are left alone instead of decoded.
     g_object_set(decodebin, "caps", sound.get(), "expose-all-streams", FALSE, nullptr);
     gst_util_set_object_arg(G_OBJECT(converter), "dithering", "none");
@@ -297,16 +299,16 @@ GstBusSyncReply Decoder::Pipeline::message(GstBus*, GstMessage* message, gpointe
     return GST_BUS_DROP;
 }
 
-Decoder::Decoder(std::string path, std::function<void()> readyToRead)
-    : location(std::move(path)), ready(std::move(readyToRead)) {
+Decoder::Decoder(std::shared_ptr<const MusicFile> musicFile, std::function<void()> readyToRead)
+    : file(std::move(musicFile)), ready(std::move(readyToRead)) {
     initialiseOnce();
-    pipeline = std::make_unique<Pipeline>(location, ready);
+    pipeline = std::make_unique<Pipeline>(file, ready);
 }
 
 Decoder::~Decoder() = default;
 
 Decoder::Outcome Decoder::fail(std::string why) {
-    reason = location + ": " + std::move(why);
+    reason = path() + ": " + std::move(why);
     return {Status::Failed, 0};
 }
 
@@ -333,7 +335,7 @@ bool Decoder::performSeek() {
     // that cannot be sought in is decoded from its start up to the place.
     if (target == 0 || !pipeline->seek(target)) {
         pipeline.reset();
-        pipeline = std::make_unique<Pipeline>(location, ready);
+        pipeline = std::make_unique<Pipeline>(file, ready);
     }
     return true;
 }

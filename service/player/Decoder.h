@@ -1,6 +1,8 @@
 #ifndef SONOLET_SERVICE_PLAYER_DECODER_H
 #define SONOLET_SERVICE_PLAYER_DECODER_H
 
+#include "MusicFile.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -35,7 +37,7 @@ public:
 
     // Starts to decode at once. `readyToRead` is called whenever read() may have something new to
     // say.
-    Decoder(std::string path, std::function<void()> readyToRead);
+    Decoder(std::shared_ptr<const MusicFile> musicFile, std::function<void()> readyToRead);
     ~Decoder();
 
     Decoder(const Decoder&) = delete;
@@ -47,7 +49,7 @@ public:
     // The next read() goes on from here, also after the end. Behind the end there is nothing.
     void seek(int offsetMs);
 
-    const std::string& path() const { return location; }
+    const std::string& path() const { return file->path(); }
 
     // One line with the path and the cause. Empty until read() has answered Failed.
     const std::string& failure() const { return reason; }
@@ -59,7 +61,7 @@ private:
     bool takeSample();
     bool performSeek();
 
-    const std::string location;
+    const std::shared_ptr<const MusicFile> file;
     const std::function<void()> ready;
     std::string reason;
     std::unique_ptr<Pipeline> pipeline;

@@ -2,19 +2,13 @@
 
 #include "player/Decoder.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -33,18 +27,16 @@ constexpr std::chrono::milliseconds longestPause{20};
 
 constexpr AudioFormat format{Decoder::sampleRate, Decoder::channels};
 
-// Why the file cannot be read, or an empty text. A pipe or a folder would be opened, and then wait
-// for ever or fail in words that help nobody.
-std::string unreadable(const std::string& path) {
-    // O_NONBLOCK, for a pipe without a writer.
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) {
-        return path + ": " + std::generic_category().message(errno);
+using File = std::shared_ptr<const MusicFile>;
+
+// A file that cannot be read is none, and a line that says why.
+File openFile(const std::string& path, std::string& line) {
+    try {
+        return std::make_shared<const MusicFile>(path);
+    } catch (const UnreadableFile& error) {
+        line = path + ": " + error.what();
+        return nullptr;
     }
-    struct stat status {};
-    const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    close(file);
-    return regular ? std::string() : path + ": not a file";
 }
 
 }  // namespace
@@ -69,8 +61,8 @@ private:
     using Lock = std::unique_lock<std::mutex>;
 
     struct Orders {
-        std::optional<std::string> track;  // an empty path: none
-        std::optional<std::string> prefetch;
+        std::optional<File> track;  // null: none
+        File prefetch;
         std::optional<int> seekMs;
     };
 
@@ -84,7 +76,7 @@ private:
     void sayLines(Lock& lock);
     template <typename Event>
     void call(Lock& lock, Event event);
-    std::unique_ptr<Decoder> open(const std::string& path);
+    std::unique_ptr<Decoder> open(const File& file);
 
     const PlayerEvents events;
 
@@ -133,11 +125,12 @@ void Player::Engine::submit(Lock& lock) {
 }
 
 sp_error Player::Engine::load(const std::string& path) {
-    std::string why = unreadable(path);
+    std::string why;
+    File file = openFile(path, why);
     Lock lock(mutex);
-    loaded = why.empty();
+    loaded = file != nullptr;
     playing = false;
-    orders.track = loaded ? path : std::string();
+    orders.track = std::move(file);
     orders.seekMs.reset();
     if (!loaded) {
         lines.push_back(std::move(why));
@@ -173,18 +166,19 @@ sp_error Player::Engine::unload() {
     Lock lock(mutex);
     loaded = false;
     playing = false;
-    orders.track = std::string();
+    orders.track = File();
     orders.seekMs.reset();
     submit(lock);
     return SP_ERROR_OK;
 }
 
 sp_error Player::Engine::prefetch(const std::string& path) {
-    std::string why = unreadable(path);
-    const bool readable = why.empty();
+    std::string why;
+    File file = openFile(path, why);
+    const bool readable = file != nullptr;
     const std::lock_guard<std::mutex> lock(mutex);
     if (readable) {
-        orders.prefetch = path;
+        orders.prefetch = std::move(file);
     } else {
         lines.push_back(std::move(why));
     }
@@ -218,10 +212,10 @@ void Player::Engine::takeOrders(Lock& lock) {
     lock.unlock();
     if (taking.track) {
         current.reset();
-        if (next != nullptr && next->path() == *taking.track) {
-            current = std::move(next);
-        } else if (!taking.track->empty()) {
-            current = open(*taking.track);
+        const File& wanted = *taking.track;
+        if (wanted != nullptr) {
+            const bool fetched = next != nullptr && next->path() == wanted->path();
+            current = fetched ? std::move(next) : open(wanted);
         }
     }
     if (current != nullptr && taking.seekMs) {
@@ -234,16 +228,17 @@ void Player::Engine::takeOrders(Lock& lock) {
         over = false;
         pause = firstPause;
     }
-    if (taking.prefetch && (next == nullptr || next->path() != *taking.prefetch)) {
-        next = open(*taking.prefetch);
+    const File& ahead = taking.prefetch;
+    if (ahead != nullptr && (next == nullptr || next->path() != ahead->path())) {
+        next = open(ahead);
     }
     lock.lock();
     // The new decoder, or the one that was sought in, is asked at once.
     decoded = true;
 }
 
-std::unique_ptr<Decoder> Player::Engine::open(const std::string& path) {
-    return std::make_unique<Decoder>(path, [this] {
+std::unique_ptr<Decoder> Player::Engine::open(const File& file) {
+    return std::make_unique<Decoder>(file, [this] {
         {
             const std::lock_guard<std::mutex> lock(mutex);
             decoded = true;

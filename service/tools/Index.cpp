@@ -71,13 +71,15 @@ int main(int argc, char** argv) {
         const auto opened =
             Catalogue::openOrBegin(file, [](const std::string& line) { std::cerr << line + '\n'; });
         Catalogue& catalogue = *opened;
-        std::promise<void> finished;
+        std::promise<bool> finished;
         {
             ScanEvents events;
             events.log = [](const std::string& line) { std::cerr << line + '\n'; };
-            events.finished = [&finished] { finished.set_value(); };
+            events.finished = [&finished](bool complete) { finished.set_value(complete); };
             const Scanner scanner(musicFolder(), file, events);
-            finished.get_future().wait();
+            if (!finished.get_future().get()) {
+                return 1;  // which was told
+            }
         }
         if (argc > 1) {
             search(catalogue, paths, argv[2]);

@@ -17,7 +17,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string path = folder.write(
         names[data[0] % 7], std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
     try {
-        const Tags tags = readTags(path);
+        const Tags tags = readTags(MusicFile(path), StopFlag(false));
         std::string texts =
             tags.title + tags.albumArtist + tags.album + tags.releaseType + tags.copyright;
         for (const std::string& artist : tags.artists) {

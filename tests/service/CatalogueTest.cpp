@@ -1,9 +1,14 @@
 // What a scan makes of a folder, the first time, after changes and after being killed.
 
+#include "PlaylistFile.h"
+#include "Tags.h"
 #include "TestMusic.h"
 #include "TestSession.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <random>
 
 namespace sonolet::test {
 namespace {
@@ -130,6 +135,86 @@ TEST(Catalogue, SkipsWhatCannotBeReadWithOneLine) {
     EXPECT_THAT(TestMusic::tracks(), ElementsAre(Key("Mended by Unknown artist on Unknown album")));
 }
 
+// How much this process has read so far, in bytes.
+std::uint64_t bytesRead() {
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    std::uint64_t count = 0;
+    counters >> name >> count;
+    return name == "rchar:" ? count : throw std::runtime_error("no counters");
+}
+
+std::string adtsFrames(std::size_t count, std::size_t size) {
+    std::string frame("\xff\xf1\x50", 3);
+    for (const std::size_t byte :
+         {0x80 | size >> 11, size >> 3, size << 5 | 0x1f, std::size_t(0xfc)}) {
+        frame.push_back(static_cast<char>(byte));
+    }
+    std::minstd_rand random;
+    std::string all;
+    while (count-- > 0) {
+        all += frame;
+        std::generate_n(std::back_inserter(all), size - frame.size(), random);
+    }
+    return all;
+}
+
+TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
+    using namespace std::string_literals;
+    const TestMusic music;
+    // What only unpacks, or is counted, to more than anybody has.
+    std::string bomb(20 << 20, 'a');
+    bomb = "ID3\3\0\0"s + "\x0a\0\0\0"s + bomb.replace(0, 10, "TIT2\x01\x3f\xff\xf6\0\x80"s);
+    std::string frames = "ID3\3\0\0"s + "\x0a\0\0\0"s;
+    while (frames.size() < 20U << 20) {
+        frames += "TIT2\0\0\0\2\0\0\3a"s;
+    }
+    music.write("bomb.mp3", bomb);
+    music.write("frames.mp3", frames);
+    for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
+                                     {"zeros.aac", 3L << 30},
+                                     {"zeros.ogg", 300L << 20},
+                                     {"zeros.flac", 300L << 20},
+                                     {"zeros.m4a", 300L << 20}}) {
+        music.write(name, "");
+        std::filesystem::resize_file(music.path(name), static_cast<std::uintmax_t>(size));
+        const std::uint64_t before = bytesRead();
+        const service::MusicFile file(music.path(name));
+        EXPECT_THROW(service::readTags(file, service::StopFlag(false)), service::UnreadableFile);
+        EXPECT_LT(bytesRead() - before, 16U << 20) << name;
+        const std::uint64_t bounded = bytesRead();
+        EXPECT_THROW(service::readTags(file, service::StopFlag(true)), service::UnreadableFile);
+        EXPECT_LT(bytesRead() - bounded, 64U << 10) << name << ": nobody waits for it";
+    }
+    // What long files do hold is found all the same, and what is not counted is guessed.
+    music.write("long.aac", adtsFrames(20000, 400) + "TAG" + "Long" + std::string(121, '\0'));
+    music.write("many.aac", adtsFrames(1500000, 7));
+    EXPECT_THAT(scanned(), HasSubstr(": 2 tracks, 2 new, 0 changed, 0 removed, 7 skipped"));
+    const TestSession session(TestSession::State::Scanned);
+    const auto duration = [](const char* title) {
+        return sp_track_duration(trackOf(TestMusic::link(title)).get());
+    };
+    EXPECT_EQ(duration("Long"), 20000LL * 1024 * 1000 / 44100);
+    EXPECT_NEAR(duration("many"), 1500000LL * 1024 * 1000 / 44100, 100000);
+}
+
+TEST(Catalogue, OpensNothingButRegularFilesAndNeverWaits) {
+    const TestMusic music;
+    music.write("a.m3u", "");
+    for (const char* name : {"pipe.mp3", "pipe.m3u"}) {
+        ASSERT_EQ(mkfifo(music.path(name).c_str(), 0600), 0);
+        EXPECT_THROW(service::MusicFile(music.path(name)), service::UnreadableFile);
+    }
+    EXPECT_THROW(service::MusicFile(music.path("")), service::UnreadableFile) << "a folder";
+    EXPECT_THROW(service::PlaylistFile::read(music.path("pipe.m3u")), service::MalformedPlaylist);
+    // Which file it is was settled when it was opened.
+    music.write("song.wav", "one");
+    const service::MusicFile file(music.path("song.wav"));
+    music.move("pipe.mp3", "song.wav");
+    EXPECT_EQ(file.contents(3), "one");
+    EXPECT_THROW(file.contents(2), service::UnreadableFile) << "more than was wanted";
+}
+
 TEST(Catalogue, SurvivesLoopsAndAMissingFolder) {
     const TestMusic music;
     music.add("a/song.wav", "TITLE=Song");
@@ -141,8 +226,14 @@ TEST(Catalogue, SurvivesLoopsAndAMissingFolder) {
     music.move("a", ".hidden");
     scanned();
     EXPECT_THAT(TestMusic::tracks(), SizeIs(0));
+    music.move(".hidden", "a");
+    scanned();
     std::filesystem::remove_all(music.path(""));
     EXPECT_THAT(scanned(), HasSubstr("Cannot read the folder "));
+    const Ran index = run(SONOLET_INDEX);
+    EXPECT_EQ(index.status, 1);
+    EXPECT_THAT(index.output, HasSubstr("stays known"));
+    EXPECT_THAT(TestMusic::tracks(), SizeIs(1));
 }
 
 TEST(Catalogue, FindsCoversBesideFiles) {

@@ -9,6 +9,7 @@
 #include <id3v2tag.h>
 #include <mp4file.h>
 #include <mpegfile.h>
+#include <sys/stat.h>
 #include <vorbisfile.h>
 
 namespace sonolet::test {
@@ -104,7 +105,9 @@ TEST(ImageTest, CoversComeFromEveryTagAndFileInThreeSizes) {
         EXPECT_EQ(TestImage(session, cover(name)).size(), "31x20") << name;
         std::filesystem::remove_all(music.stateFolder() + "/cache/images");
         std::filesystem::remove(music.path(name));
+        ASSERT_EQ(mkfifo(music.path(name).c_str(), 0600), 0);
     }
+    EXPECT_EQ(TestImage(session, cover("a.flac")).load(), SP_ERROR_OTHER_PERMANENT) << "pipes";
     EXPECT_EQ(TestImage(session, cover("Wide", SP_IMAGE_SIZE_NORMAL)).size(), "300x150");
     EXPECT_EQ(TestImage(session, cover("Wide", SP_IMAGE_SIZE_SMALL)).size(), "64x32");
     EXPECT_EQ(TestImage(session, cover("Wide", SP_IMAGE_SIZE_LARGE)).size(), "640x321");

@@ -63,7 +63,7 @@ TEST_F(DemoLibraryTest, TouchesNoOtherFolderIsMadeOnceIsMendedAndHoldsTheReperto
     std::promise<void> finished;
     ScanEvents events;
     events.log = [](const std::string&) {};
-    events.finished = [&finished] { finished.set_value(); };
+    events.finished = [&finished](bool) { finished.set_value(); };
     const Scanner scanner(library, files.path("catalogue"), events);
     finished.get_future().wait();
 

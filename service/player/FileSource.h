@@ -1,0 +1,18 @@
+#ifndef SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
+#define SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
+
+#include "MusicFile.h"
+
+#include <gst/gst.h>
+
+#include <memory>
+
+namespace sonolet::service {
+
+// A GStreamer source of the file's bytes, with a floating reference. It shares the file until it
+// goes, and names the file when it is asked, for what an ending tells. GStreamer is initialised.
+GstElement* makeFileSource(std::shared_ptr<const MusicFile> file);
+
+}  // namespace sonolet::service
+
+#endif
