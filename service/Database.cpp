@@ -153,16 +153,23 @@ std::string Database::setAside(const DatabaseError& damage, Aside keep) {
     return aside;
 }
 
-Database::Database(const std::string& path, Durability durability) : file(path) {
-    makePrivateFile(path);
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+Database::Database(const std::string& path, Durability durability)
+    : file(path), inMemory(path.rfind("file:", 0) == 0) {
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    if (inMemory) {
+        flags |= SQLITE_OPEN_CREATE | SQLITE_OPEN_URI;
+    } else {
+        makePrivateFile(path);
+    }
     const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
     try {
         if (result != SQLITE_OK) {
             fail("open");
         }
         sqlite3_busy_timeout(connection, busyMilliseconds);
-        useWriteAheadLog();
+        if (!inMemory) {
+            useWriteAheadLog();
+        }
         execute("PRAGMA foreign_keys = ON");
         execute("PRAGMA cache_size = -4000");
         execute("PRAGMA temp_store = MEMORY");
@@ -256,11 +263,15 @@ std::int64_t Database::dataVersion() {
 }
 
 void Database::fail(std::string_view sql) const {
-    const int code = connection == nullptr ? SQLITE_NOMEM : sqlite3_extended_errcode(connection);
+    int code = connection == nullptr ? SQLITE_NOMEM : sqlite3_extended_errcode(connection);
     std::string why = connection == nullptr ? "out of memory" : sqlite3_errmsg(connection);
+    if (inMemory && (code & 0xff) == SQLITE_READONLY) {
+        throw DatabaseError(SQLITE_FULL, "the disk is full", "this cannot be kept");
+    }
     if ((code & 0xff) == SQLITE_IOERR || (code & 0xff) == SQLITE_CANTOPEN) {
         if (const int system = sqlite3_system_errno(connection); system != 0) {
             why += ": " + std::generic_category().message(system);
+            code = system == ENOSPC || system == EDQUOT ? SQLITE_FULL : code;
         }
     }
     throw DatabaseError(code, file, why + " (" + std::string(sql) + ")");

@@ -29,6 +29,8 @@ public:
         return (code & 0xff) == SQLITE_FULL || (code & 0xff) == SQLITE_BUSY ||
                (code & 0xff) == SQLITE_IOERR;
     }
+    // There is no room for a change, or for what SQLite keeps beside a database.
+    bool noRoom() const { return (code & 0xff) == SQLITE_FULL || (code & 0xff) == SQLITE_IOERR; }
     // In what check() does not look at: the index of words.
     bool insideIndex() const { return code == SQLITE_CORRUPT_VTAB; }
     const std::string& path() const { return file; }
@@ -38,7 +40,8 @@ private:
     std::string file;
 };
 
-// One connection to one SQLite file in WAL mode, with foreign keys on.
+// One connection to one SQLite file in WAL mode, with foreign keys on; or, for a name that begins
+// with "file:", to a database in memory.
 //
 // Threads: a connection, its statements and cursors belong to one thread at a time. Other threads
 // and processes open their own; a writer waits up to ten seconds for another. The file is made
@@ -90,6 +93,7 @@ private:
     void useWriteAheadLog();
 
     const std::string file;
+    const bool inMemory;
     sqlite3* connection = nullptr;         // owned
     sqlite3_stmt* versionQuery = nullptr;  // owned, made on first use
 };

@@ -24,6 +24,10 @@ public:
                 Log logLine,
                 const StopFlag& stopFlag);
 
+    void setCatalogue(const std::string& file) {
+        catalogueFile = file;
+        source.reset();
+    }
     void setCacheSize(std::uint64_t megabytes) { cache.setLimit(megabytes); }
 
     // The JPEG, or nothing when there is no such image. Throws std::exception when there is one
@@ -31,7 +35,7 @@ public:
     std::optional<std::string> load(const std::string& id);
 
 private:
-    const std::string catalogueFile;
+    std::string catalogueFile;
     const std::string music;
     const Log log;
     const StopFlag& stop;

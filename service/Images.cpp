@@ -33,6 +33,10 @@ void Images::setCacheSize(std::uint64_t megabytes) {
     worker.post([this, megabytes] { loader->setCacheSize(megabytes); });
 }
 
+void Images::setCatalogue(const std::string& catalogueFile) {
+    worker.post([this, catalogueFile] { loader->setCatalogue(catalogueFile); });
+}
+
 void Images::catalogueChanged() {
     for (const std::string& id : std::exchange(missing, {})) {
         request(id);

@@ -38,6 +38,9 @@ public:
     Ref<sp_image> image(const std::string& id);
     void setCacheSize(std::uint64_t megabytes);
 
+    // The worker looks for pictures there from here on.
+    void setCatalogue(const std::string& catalogueFile);
+
     // Looks again for what was not there.
     void catalogueChanged();
 

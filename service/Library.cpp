@@ -37,6 +37,18 @@ void Library::close() {
     scanning = false;
 }
 
+std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
+Library::exchange(std::unique_ptr<Catalogue> catalogueToUse,
+                  std::unique_ptr<Accounts> accountsToUse) {
+    openCatalogue.swap(catalogueToUse);
+    openAccounts.swap(accountsToUse);
+    catalogueVersion = openCatalogue->version();
+    accountsVersion = openAccounts->version();
+    ++currentEdition;
+    scanning = true;
+    return {std::move(catalogueToUse), std::move(accountsToUse)};
+}
+
 bool Library::refreshCatalogue() {
     if (openCatalogue == nullptr) {
         return false;

@@ -36,6 +36,9 @@ public:
     Catalogue* catalogue() const { return openCatalogue.get(); }
     Accounts* accounts() const { return openAccounts.get(); }
     void close();
+    // Goes on with others, whose music is yet to be scanned; those before.
+    std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
+    exchange(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
 
     // What a fault takes away for a while.
     void setFaults(std::shared_ptr<const Faults> shown) { faults = std::move(shown); }

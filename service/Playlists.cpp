@@ -36,6 +36,15 @@ void Playlists::close() {
     openStore.reset();
 }
 
+void Playlists::reopen() {
+    openStore = std::make_unique<ListStore>(shelves->accounts()->connection());
+    reload();
+    if (user) {
+        const std::optional<Account> again = shelves->accounts()->find(user->name);
+        again ? logIn(*again) : logOut();
+    }
+}
+
 void Playlists::post(std::function<void()> event) const {
     if (postToSession) {
         postToSession(std::move(event));

@@ -36,6 +36,8 @@ public:
     void logIn(const Account& account);
     void logOut();
     void close();
+    // After the library has exchanged its accounts; those before must live until this returns.
+    void reopen();
 
     // NULL after close().
     ListStore* store() const { return openStore.get(); }

@@ -96,21 +96,76 @@ sp_session* Session::handle() {
     return static_cast<sp_session*>(this);
 }
 
-void Session::openLibrary() {
-    log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
+Session::Opened Session::openDatabases() {
     std::string complaint;
-    auto accountsToUse = openAccounts(paths.accountsFile(), complaint);
+    Opened opened;
+    opened.accounts = openAccounts(storage->accounts(), complaint);
     if (!complaint.empty()) {
         log(complaint);
     }
-    auto catalogue = Catalogue::openOrBegin(paths.catalogueFile(music),
-                                            [this](std::string line) { log(std::move(line)); });
-    shelves = std::make_shared<Library>(std::move(catalogue), std::move(accountsToUse));
+    opened.catalogue = Catalogue::openOrBegin(storage->catalogue(),
+                                              [this](std::string line) { log(std::move(line)); });
+    return opened;
+}
+
+void Session::openLibrary() {
+    log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
+    storage = std::make_unique<Storage>(paths.accountsFile(), paths.catalogueFile(music));
+    Opened opened;
+    try {
+        opened = openDatabases();
+    } catch (const std::exception& error) {
+        if (!Storage::isNoRoom(error)) {
+            throw;
+        }
+        log(std::string("Nothing can be kept until there is room: ") + error.what());
+        storage->moveToMemory();
+        opened = openDatabases();
+    }
+    shelves = std::make_shared<Library>(std::move(opened.catalogue), std::move(opened.accounts));
     shelves->setFaults(faults);
+}
+
+void Session::keepAgain() {
+    constexpr std::chrono::seconds pause(1);
+    const Faults::Clock::time_point now = Faults::Clock::now();
+    if (storage->isKept() || now < nextTryToKeep) {
+        return;
+    }
+    nextTryToKeep = now + pause;
+    auto onDisk = std::make_unique<Storage>(paths.accountsFile(), paths.catalogueFile(music));
+    storage.swap(onDisk);
+    Opened opened;
+    try {
+        opened = openDatabases();
+    } catch (const std::exception&) {
+        storage.swap(onDisk);
+        return;
+    }
+    log("There is room again: what changes is kept");
+    scanner.reset();
+    const auto before = shelves->exchange(std::move(opened.catalogue), std::move(opened.accounts));
+    lists->reopen();
+    account = lists->account();
+    useInQueries();
+    images->setCatalogue(storage->catalogue());
+    startScan();
+    // The worker may still be in what is in memory.
+    worker->post([inMemory = std::shared_ptr<Storage>(std::move(onDisk))] {});
+}
+
+// Has the worker look for answers there.
+void Session::useInQueries() {
+    worker->post([this, catalogue = storage->catalogue(), accountsFile = storage->accounts()] {
+        queryStore.reset();
+        queriedCatalogue = catalogue;
+        queriedAccounts = accountsFile;
+    });
 }
 
 void Session::start() {
     worker = std::make_unique<Worker>();
+    useInQueries();
     startImages();
     startPlayer();
     startScan();
@@ -119,12 +174,15 @@ void Session::start() {
 void Session::startScan() {
     ScanEvents scanEvents;
     scanEvents.log = [this](std::string line) { log(std::move(line)); };
-    scanEvents.playlistFiles = [this](const std::vector<std::string>& files, const StopFlag& stop) {
-        PlaylistFiles importer(
-            music, paths.catalogueFile(music), paths.accountsFile(),
-            [this](std::string line) { log(std::move(line)); }, stop);
-        importer.update(files);
-    };
+    if (storage->isKept()) {
+        scanEvents.playlistFiles = [this](const std::vector<std::string>& files,
+                                          const StopFlag& stop) {
+            PlaylistFiles importer(
+                music, paths.catalogueFile(music), paths.accountsFile(),
+                [this](std::string line) { log(std::move(line)); }, stop);
+            importer.update(files);
+        };
+    }
     scanEvents.finished = [this](bool) {
         events.post([this] {
             // The last changes may be younger than the last look.
@@ -136,13 +194,13 @@ void Session::startScan() {
             raise(&sp_session_callbacks::metadata_updated);
         });
     };
-    scanner = std::make_unique<Scanner>(music, paths.catalogueFile(music), std::move(scanEvents));
+    scanner = std::make_unique<Scanner>(music, storage->catalogue(), std::move(scanEvents));
 }
 
 void Session::startImages() {
     const ImageLoader::Log logLine = [this](std::string line) { log(std::move(line)); };
-    auto loader = std::make_unique<ImageLoader>(paths.cache, paths.catalogueFile(music), music,
-                                                logLine, worker->stopFlag());
+    auto loader = std::make_unique<ImageLoader>(paths.cache, storage->catalogue(), music, logLine,
+                                                worker->stopFlag());
     images = std::make_shared<Images>(
         std::move(loader), shelves, *worker,
         [this](EventQueue::Event event) { answer(std::move(event)); }, logLine);
@@ -340,6 +398,7 @@ void Session::show(const Faults::Turn& turn) {
 }
 
 void Session::lookForChanges() {
+    keepAgain();
     if (shelves->refreshCatalogue()) {
         images->catalogueChanged();
         lists->tellMetadata();
@@ -406,27 +465,28 @@ void Session::checkCredentials(Check check, bool remember, bool issueBlob) {
         answer([this, attempt, refused] { endLogin(attempt, std::nullopt, {}, *refused); });
         return;
     }
-    worker->post([this, attempt, remember, issueBlob, check = std::move(check)] {
-        std::optional<Account> found;
-        std::string blob;
-        sp_error error = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
-        try {
-            Accounts store(paths.accountsFile());
-            found = check(store);
-            // Who is right is let in, though the disk be full.
-            if (found && remember) {
-                orLog("The user is not remembered", [&] { store.remember(found->id); });
+    worker->post(
+        [this, attempt, remember, issueBlob, file = storage->accounts(), check = std::move(check)] {
+            std::optional<Account> found;
+            std::string blob;
+            sp_error error = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+            try {
+                Accounts store(file);
+                found = check(store);
+                // Who is right is let in, though the disk be full.
+                if (found && remember) {
+                    orLog("The user is not remembered", [&] { store.remember(found->id); });
+                }
+                if (found && issueBlob) {
+                    orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
+                }
+            } catch (const std::exception& failure) {
+                log(std::string("Login failed: ") + failure.what());
+                found.reset();
+                error = SP_ERROR_OTHER_PERMANENT;
             }
-            if (found && issueBlob) {
-                orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
-            }
-        } catch (const std::exception& failure) {
-            log(std::string("Login failed: ") + failure.what());
-            found.reset();
-            error = SP_ERROR_OTHER_PERMANENT;
-        }
-        answer([this, attempt, found, blob, error] { endLogin(attempt, found, blob, error); });
-    });
+            answer([this, attempt, found, blob, error] { endLogin(attempt, found, blob, error); });
+        });
 }
 
 void Session::endLogin(unsigned attempt,
@@ -669,8 +729,7 @@ void Session::findAnswer(unsigned number, Query& query) {
     sp_error error = SP_ERROR_OTHER_PERMANENT;
     try {
         if (queryStore == nullptr) {
-            queryStore =
-                std::make_unique<QueryStore>(paths.catalogueFile(music), paths.accountsFile());
+            queryStore = std::make_unique<QueryStore>(queriedCatalogue, queriedAccounts);
         }
         error = faults->isOffline() ? SP_ERROR_OTHER_TRANSIENT : query.find(*queryStore);
     } catch (const std::exception& failure) {

@@ -9,6 +9,7 @@
 #include "Query.h"
 #include "Scanner.h"
 #include "StatePaths.h"
+#include "Storage.h"
 #include "Track.h"
 #include "Worker.h"
 #include "player/Player.h"
@@ -120,7 +121,15 @@ private:
     void releaseLate();
     void show(const Faults::Turn& turn);
 
+    struct Opened {
+        std::unique_ptr<Accounts> accounts;
+        std::unique_ptr<Catalogue> catalogue;
+    };
+    Opened openDatabases();
     void openLibrary();
+    // Goes back to the files of a disk that was full, once that is possible.
+    void keepAgain();
+    void useInQueries();
     void startScan();
     void startImages();
     void startPlayer();
@@ -149,6 +158,7 @@ private:
     void* const userData;
     StatePaths paths;
     std::string music;
+    std::unique_ptr<Storage> storage;
     const std::string token;  // names this session among those of an account
 
     EventQueue events;
@@ -175,6 +185,9 @@ private:
     std::atomic<bool> rebuilding{false};        // the catalogue, from here to the end of the scan
     std::atomic<unsigned> cancelledQueries{0};  // up to this number nobody waits for an answer
     std::unique_ptr<QueryStore> queryStore;     // the worker's
+    std::string queriedCatalogue;               // the worker's
+    std::string queriedAccounts;                // the worker's
+    Faults::Clock::time_point nextTryToKeep{};
 
     // The track whose end the player may report; set once load() has returned.
     std::mutex loadedMutex;

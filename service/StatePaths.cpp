@@ -30,7 +30,8 @@ int makeFolder(const std::string& path) {
 }
 
 void requireFolder(const std::string& path) {
-    if (const int why = makeFolder(path); why != 0) {
+    // While the disk is full, a session does without its files.
+    if (const int why = makeFolder(path); why != 0 && why != ENOSPC && why != EDQUOT) {
         throw std::system_error(why, std::generic_category(), "cannot use the folder " + path);
     }
 }

@@ -9,7 +9,7 @@ namespace sonolet::service {
 inline constexpr char defaultSettingsLocation[] = "/settings/spotify";
 inline constexpr char defaultCacheLocation[] = "/var/tmp/spotify_cache";
 
-// The folders of a session. Both exist and can be written.
+// The folders of a session. Both exist and can be written, unless the disk is full.
 struct StatePaths {
     std::string settings;  // accounts, stars, play counts: not to be lost
     std::string cache;     // the catalogue: can be made again

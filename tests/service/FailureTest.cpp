@@ -151,7 +151,10 @@ struct Playing : testing::Test {
     // A session that has loaded the song.
     void open() {
         session.emplace(TestSession::State::Scanned);
-        track = trackOf(TestMusic::link("Song"));
+        const auto search = session->found("song");
+        ASSERT_EQ(sp_search_num_tracks(search.get()), 1);
+        track = {sp_search_track(search.get(), 0), sp_track_release};
+        sp_track_add_ref(track.get());
         ASSERT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
         ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
     }
@@ -218,7 +221,7 @@ TEST_F(Playing, SurvivesAnUnreadableFolder) {
     }
 }
 
-TEST_F(Playing, GoesOnWhenTheDiskIsFullAndLosesNothingConfirmed) {
+TEST_F(Playing, BeginsAndGoesOnOnAFullDiskAndLosesNothingConfirmed) {
     fs::create_directories(music.stateFolder());
     if (geteuid() != 0 && unshare(CLONE_NEWUSER) != 0) {
         GTEST_SKIP() << "needs root or user namespaces, to mount a small disk";
@@ -228,34 +231,65 @@ TEST_F(Playing, GoesOnWhenTheDiskIsFullAndLosesNothingConfirmed) {
         mount("none", music.stateFolder().c_str(), "tmpfs", 0, "size=2m") != 0) {
         GTEST_SKIP() << "mounting is not allowed here";
     }
+    const std::string filler = music.stateFolder() + "/filler";
+    const auto fill = [&](std::uintmax_t left) {
+        std::ofstream stream(filler);
+        while (stream.write(std::string(4096, 'x').data(), 4096).flush()) {
+        }
+        stream.close();
+        fs::resize_file(filler, fs::file_size(filler) - left);
+    };
+    const auto playAll = [&] {
+        session->ended = false;
+        EXPECT_EQ(play(), SP_ERROR_OK);
+        EXPECT_TRUE(session->until([&] { return session->ended.load(); }));
+    };
+    const auto star = [&](bool on) {
+        sp_track* tracks[] = {track.get()};
+        return sp_track_set_starred(session->get(), tracks, 1, on);
+    };
+    // Nothing is there, and then all that was kept.
+    for (const bool known : {false, true}) {
+        fill(0);
+        open();
+        EXPECT_EQ(sp_track_is_starred(session->get(), track.get()), known);
+        playAll();
+        EXPECT_EQ(sp_search_num_tracks(session->found("song").get()), 1);
+        const std::string line = "Nothing can be kept until there is room";
+        EXPECT_THAT(session->log, HasSubstr(line));
+        EXPECT_EQ(session->log.find(line), session->log.rfind(line));
+        EXPECT_EQ(star(!known), SP_ERROR_OTHER_TRANSIENT);
+        fs::remove(filler);
+        ASSERT_TRUE(session->until(
+            [&] { return session->log.find("There is room again") != std::string::npos; }));
+        EXPECT_EQ(star(!known), SP_ERROR_OK);
+        ASSERT_TRUE(session->untilScanned());
+        EXPECT_EQ(sp_search_num_tracks(session->found("song").get()), 1);
+        EXPECT_EQ(run(SONOLET_INDEX).status, 0);
+        session.reset();
+    }
+
     open();
     Accounts accounts(TestMusic::paths().accountsFile());
     ListStore store(accounts.connection());
     const ListRow starred = *store.ofUser("listener", ListKind::starred);
-    const std::string filler = music.stateFolder() + "/filler";
-    std::ofstream stream(filler);
-    while (stream.write(std::string(4096, 'x').data(), 4096).flush()) {
-    }
-    stream.close();
-    fs::resize_file(filler, fs::file_size(filler) - (128U << 10));
+    fill(128U << 10);
     std::size_t confirmed = 0;
-    const auto star = [&] {
-        store.insert(starred, 0, {{EntryKind::item, Id::digest({std::to_string(confirmed)}), {}}},
-                     "listener");
-        ++confirmed;
-    };
     EXPECT_THROW(
-        for (int i = 0; i < 10000; ++i) { star(); }, DatabaseError);
+        for (int i = 0; i < 10000; ++i) {
+            const Id item = Id::digest({std::to_string(i)});
+            store.insert(starred, 0, {{EntryKind::item, item, {}}}, "listener");
+            ++confirmed;
+        },
+        DatabaseError);
     EXPECT_EQ(session->login("listener", "listener"), SP_ERROR_OK);
     ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
-    EXPECT_EQ(play(), SP_ERROR_OK);
-    EXPECT_TRUE(session->until([&] { return session->ended.load(); }));
+    playAll();
     EXPECT_THAT(session->log, HasSubstr("full"));
-    sp_track* tracks[] = {track.get()};
-    EXPECT_EQ(sp_track_set_starred(session->get(), tracks, 1, true), SP_ERROR_OTHER_TRANSIENT);
+    EXPECT_EQ(star(true), SP_ERROR_OTHER_TRANSIENT);
     EXPECT_EQ(store.entries(starred).size(), confirmed);
     fs::remove(filler);
-    EXPECT_EQ(sp_track_set_starred(session->get(), tracks, 1, true), SP_ERROR_OK);
+    EXPECT_EQ(star(true), SP_ERROR_OK);
     EXPECT_EQ(store.entries(starred).size(), confirmed + 1);
     session.reset();
     umount2(music.stateFolder().c_str(), MNT_DETACH);
