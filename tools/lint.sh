@@ -1,0 +1,60 @@
+# clang-format and clang-tidy over the sources.
+# shellcheck shell=bash disable=SC2034,SC2154 # variables of the other files
+
+# In a build folder of their own, where everything is on and nothing is compiled.
+lint_build=$root/build/lint
+
+# Whoever the files belong to.
+git_here() { git -c safe.directory='*' -C "$root" "$@"; }
+
+# The sources that git knows, one a line, from the root.
+all_sources() {
+    git_here ls-files '*.cpp' '*.h'
+}
+
+# changed_since BASE: those that differ from it, as they are in the working tree. An empty BASE is
+# where this branch left main or, on main itself, the commit before; the first commit has changed
+# everything.
+changed_since() {
+    local base=$1 name
+    for name in origin/main main; do
+        [[ -n $base ]] || base=$(git_here merge-base HEAD "$name" 2>/dev/null || true)
+    done
+    if [[ -z $base || $base == $(git_here rev-parse HEAD) ]]; then
+        base=$(git_here rev-parse --verify --quiet HEAD~1 || true)
+    fi
+    if [[ -z $base ]]; then
+        all_sources
+        return
+    fi
+    git_here diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h'
+}
+
+# compiled_of SOURCE...: what clang-tidy looks at for these: of a header, a source that includes it.
+compiled_of() {
+    local source
+    for source in "$@"; do
+        if [[ $source == *.cpp ]]; then
+            echo "$source"
+        elif [[ -e $root/${source%.h}.cpp ]]; then
+            echo "${source%.h}.cpp"
+        else
+            git_here grep -lE "#include \"([^\"]*/)?${source##*/}\"" -- '*.cpp' | head -n 1
+        fi
+    done | sort -u
+}
+
+# lint_sources SOURCE...: writes what is wrong, and fails.
+lint_sources() {
+    local sources=("$@") compiled status=0
+    say "clang-format: ${#sources[@]} files"
+    (cd "$root" && clang-format-14 --dry-run -Werror "${sources[@]}") || status=1
+    configure dev -B "$lint_build" -DSONOLET_BUILD_TESTS=ON -DSONOLET_BUILD_BROWSER=ON \
+        -DSONOLET_BUILD_BENCH=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON || return 1
+    mapfile -t compiled < <(compiled_of "${sources[@]}")
+    say "clang-tidy: ${#compiled[@]} sources"
+    (cd "$root" && printf '%s\0' "${compiled[@]}" |
+        xargs -0 -r -P "$jobs" -n 1 clang-tidy-14 -p "$lint_build" --quiet \
+            --header-filter="^$root/(Src|host|service|tests|bench)/" >&2 2>/dev/null) || status=1
+    return "$status"
+}
