@@ -19,6 +19,9 @@ JSValueRef call(JSContextRef context,
     auto* const body = static_cast<Body*>(JSObjectGetPrivate(function));
     try {
         return (*body)(context, argc, argv);
+    } catch (const Thrown& thrown) {
+        *exception = thrown.value;
+        return nullptr;
     } catch (const std::exception& error) {
         const text::EngineString message(error.what());
         const JSValueRef argument = JSValueMakeString(context, message.get());

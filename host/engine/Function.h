@@ -9,6 +9,11 @@
 // Functions of the host for scripts.
 namespace function {
 
+// What a body throws to throw a value in script.
+struct Thrown {
+    JSValueRef value;
+};
+
 // Throws std::exception to throw an Error of its text in script.
 using Body = std::function<JSValueRef(JSContextRef context, size_t argc, const JSValueRef argv[])>;
 

@@ -4,6 +4,12 @@
 #include "engine/Text.h"
 #include "runner/Console.h"
 
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
 // Exported by the engine but in none of its public headers; null with an engine that has it not.
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
 extern "C" __attribute__((weak)) void JSGlobalContextSetUnhandledRejectionCallback(
@@ -55,6 +61,11 @@ void Page::installWindow(bool exposeGc) {
         owner.reload();
         return JSValueMakeUndefined(ctx);
     });
+    function::define(context.ref, global, "importScripts",
+                     [this](JSContextRef ctx, size_t argc, const JSValueRef argv[]) {
+                         importScripts(argc, argv);
+                         return JSValueMakeUndefined(ctx);
+                     });
     if (exposeGc) {
         function::define(context.ref, global, "gc", [this](JSContextRef ctx, size_t, auto) {
             document->collect();
@@ -76,12 +87,38 @@ void Page::reportRejections() {
     JSGlobalContextSetUnhandledRejectionCallback(context.ref, reporter, nullptr);
 }
 
+std::string Page::read(const std::string& file) {
+    if (std::filesystem::is_directory(file)) {
+        throw std::runtime_error(file + ": is a folder, not a page script");
+    }
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        throw std::runtime_error(file + ": " + std::generic_category().message(errno));
+    }
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
 void Page::run(const std::string& script, const std::string& file) {
+    folder = std::filesystem::path(file).parent_path();
+    if (const JSValueRef exception = evaluate(script, file)) {
+        owner.uncaught(context.ref, exception);
+    }
+}
+
+JSValueRef Page::evaluate(const std::string& script, const std::string& file) {
     const text::EngineString source(script);
     const text::EngineString url(file);
     JSValueRef exception = nullptr;
     JSEvaluateScript(context.ref, source.get(), nullptr, url.get(), 1, &exception);
-    if (exception != nullptr) {
-        owner.uncaught(context.ref, exception);
+    return exception;
+}
+
+// As in a worker, but by path from the page's folder.
+void Page::importScripts(size_t argc, const JSValueRef argv[]) {
+    for (size_t i = 0; i < argc; ++i) {
+        const std::string file = (folder / text::toUtf8(context.ref, argv[i])).string();
+        if (const JSValueRef exception = evaluate(read(file), file)) {
+            throw function::Thrown{exception};
+        }
     }
 }

@@ -11,6 +11,7 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -35,7 +36,10 @@ public:
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    // Runs the script; `file` is its name in messages.
+    // The text of a script's file. Throws std::runtime_error.
+    static std::string read(const std::string& file);
+
+    // Runs the script of a file, which is its name in messages.
     void run(const std::string& script, const std::string& file);
 
 private:
@@ -49,11 +53,15 @@ private:
     };
 
     void installWindow(bool exposeGc);
+    void importScripts(size_t argc, const JSValueRef argv[]);
+    // Answers the exception, or null.
+    JSValueRef evaluate(const std::string& script, const std::string& file);
     void reportRejections();
 
     PageOwner& owner;
     const Overtime& overtime;
     Context context;
+    std::filesystem::path folder;  // of the page
     std::unique_ptr<Document> document;
     std::unique_ptr<Timers> timers;
 };

@@ -2,26 +2,9 @@
 
 #include "engine/Text.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 
 namespace {
-
-std::string readPage(const std::string& file) {
-    if (std::filesystem::is_directory(file)) {
-        throw std::runtime_error(file + ": is a folder, not a page script");
-    }
-    std::ifstream in(file, std::ios::binary);
-    if (!in) {
-        throw std::runtime_error(file + ": " + std::generic_category().message(errno));
-    }
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 // What a person can still read of one text.
 constexpr std::size_t mostCharacters = 10000;
@@ -97,7 +80,7 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 }  // namespace
 
 Runner::Runner(const Options& givenOptions)
-    : options(givenOptions), script(readPage(options.page)), plugin(options.plugin),
+    : options(givenOptions), script(Page::read(options.page)), plugin(options.plugin),
       scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)), overtime(options.page),
       signals([this] { closePage(); }, &Overtime::begin) {}
 

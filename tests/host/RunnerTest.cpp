@@ -189,6 +189,22 @@ TEST(RunnerTest, AReloadStartsAFreshDocument) {
     EXPECT_EQ(line(result.errors), "probe: inits 3 unloads 3 created 18 destructed 18 polls 0");
 }
 
+TEST(RunnerTest, APageImportsScriptsFromItsFolder) {
+    const Folder folder;
+    folder.write("parts/one.js", "'use strict'; var one = 1; function two() { return one + 1; }");
+    folder.write("parts/bad.js", "\nthrow new Error('of its own')");
+    const auto errorsOf = [&](const std::string& script) {
+        const std::string page = folder.write("parts/page.js", script);
+        return runHost({"--plugin", HOST_PROBE, "--audio", "null", "--for", "20", page}).errors;
+    };
+    EXPECT_EQ(errorsOf("importScripts('one.js'); if (one + two() === 3) { close(); }"), "");
+    EXPECT_THAT(errorsOf("importScripts('one.js', 'bad.js')"),
+                AllOf(HasSubstr("parts/bad.js:2:16: uncaught Error: of its own"),
+                      HasSubstr("parts/page.js:1:14")));
+    EXPECT_THAT(errorsOf("importScripts('none.js')"),
+                HasSubstr("parts/none.js: No such file or directory"));
+}
+
 TEST(RunnerTest, AReloadFromInsideThePluginWaitsForIt) {
     const Outcome result = runPage(R"(
         if (Probe.inits === 2) { close(); }
