@@ -1,12 +1,12 @@
 // sonolet-bench-search: how fast the music service answers and scans, beside what it promises.
 
-#include "Accounts.h"
-#include "Catalogue.h"
 #include "Figures.h"
-#include "ListStore.h"
-#include "Scanner.h"
-#include "StatePaths.h"
 #include "SyntheticMusic.h"
+#include "accounts/Accounts.h"
+#include "accounts/ListStore.h"
+#include "catalogue/Catalogue.h"
+#include "catalogue/Scanner.h"
+#include "store/StatePaths.h"
 
 #include "libspotify/api.h"
 

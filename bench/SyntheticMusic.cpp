@@ -1,6 +1,6 @@
 #include "SyntheticMusic.h"
 
-#include "CatalogueWriter.h"
+#include "catalogue/CatalogueWriter.h"
 #include "demo/Encoder.h"
 
 #include <fileref.h>

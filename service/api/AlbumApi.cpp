@@ -1,5 +1,5 @@
-#include "Album.h"
-#include "Api.h"
+#include "api/Api.h"
+#include "objects/Album.h"
 
 using namespace sonolet::service;
 

@@ -1,6 +1,6 @@
-#include "Album.h"
-#include "Albumbrowse.h"
-#include "Api.h"
+#include "api/Api.h"
+#include "objects/Album.h"
+#include "queries/Albumbrowse.h"
 
 using namespace sonolet::service;
 

@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_API_API_H
 #define SONOLET_SERVICE_API_API_H
 
-#include "Session.h"
+#include "session/Session.h"
 
 #include "libspotify/api.h"
 

@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "Artist.h"
+#include "api/Api.h"
+#include "objects/Artist.h"
 
 using namespace sonolet::service;
 

@@ -1,6 +1,6 @@
-#include "Api.h"
-#include "Artist.h"
-#include "Artistbrowse.h"
+#include "api/Api.h"
+#include "objects/Artist.h"
+#include "queries/Artistbrowse.h"
 
 using namespace sonolet::service;
 

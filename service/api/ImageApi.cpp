@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "Image.h"
+#include "api/Api.h"
+#include "images/Image.h"
 
 #include <string>
 

@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "Link.h"
+#include "api/Api.h"
+#include "objects/Link.h"
 
 #include <utility>
 

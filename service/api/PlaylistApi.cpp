@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "Playlist.h"
+#include "api/Api.h"
+#include "lists/Playlist.h"
 
 #include <cstdlib>
 #include <cstring>

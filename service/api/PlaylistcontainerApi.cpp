@@ -1,6 +1,6 @@
-#include "Api.h"
-#include "Link.h"
-#include "Playlistcontainer.h"
+#include "api/Api.h"
+#include "lists/Playlistcontainer.h"
+#include "objects/Link.h"
 
 #include <cstring>
 

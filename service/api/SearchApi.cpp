@@ -1,6 +1,6 @@
-#include "Api.h"
-#include "Playlist.h"
-#include "Search.h"
+#include "api/Api.h"
+#include "lists/Playlist.h"
+#include "queries/Search.h"
 
 using namespace sonolet::service;
 

@@ -1,4 +1,4 @@
-#include "Api.h"
+#include "api/Api.h"
 
 using namespace sonolet::service;
 

@@ -1,6 +1,6 @@
-#include "Api.h"
-#include "Toplistbrowse.h"
-#include "User.h"
+#include "api/Api.h"
+#include "objects/User.h"
+#include "queries/Toplistbrowse.h"
 
 #include <cstring>
 #include <string>

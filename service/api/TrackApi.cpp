@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "Track.h"
+#include "api/Api.h"
+#include "objects/Track.h"
 
 #include <vector>
 

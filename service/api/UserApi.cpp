@@ -1,5 +1,5 @@
-#include "Api.h"
-#include "User.h"
+#include "api/Api.h"
+#include "objects/User.h"
 
 using namespace sonolet::service;
 

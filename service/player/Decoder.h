@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_PLAYER_DECODER_H
 #define SONOLET_SERVICE_PLAYER_DECODER_H
 
-#include "MusicFile.h"
+#include "music/MusicFile.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
 #define SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
 
-#include "MusicFile.h"
+#include "music/MusicFile.h"
 
 #include <gst/gst.h>
 

@@ -1,6 +1,6 @@
 // sonolet-fault: says what is wrong with a text for SONOLET_FAULT, and where.
 
-#include "Faults.h"
+#include "faults/Faults.h"
 #include "tools/About.h"
 
 #include <iostream>

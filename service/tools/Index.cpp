@@ -1,11 +1,11 @@
 // sonolet-index: brings the catalogue of a folder of music up to date and prints its tracks with
 // their links, one a line, tabulators between: link, artist, album, title, file. Or searches it.
 
-#include "Accounts.h"
-#include "Catalogue.h"
-#include "QueryStore.h"
-#include "Scanner.h"
-#include "StatePaths.h"
+#include "accounts/Accounts.h"
+#include "catalogue/Catalogue.h"
+#include "catalogue/Scanner.h"
+#include "search/QueryStore.h"
+#include "store/StatePaths.h"
 #include "tools/About.h"
 
 #include <climits>

@@ -1,11 +1,11 @@
 // sonolet-playlist: the playlists and folders of a user of the local music service.
 
-#include "Accounts.h"
-#include "Catalogue.h"
-#include "LinkTarget.h"
-#include "ListStore.h"
-#include "Password.h"
-#include "StatePaths.h"
+#include "accounts/Accounts.h"
+#include "accounts/ListStore.h"
+#include "accounts/Password.h"
+#include "catalogue/Catalogue.h"
+#include "store/LinkTarget.h"
+#include "store/StatePaths.h"
 #include "tools/About.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // sonolet-user: the accounts of the local music service.
 
-#include "Accounts.h"
-#include "StatePaths.h"
+#include "accounts/Accounts.h"
+#include "store/StatePaths.h"
 #include "tools/About.h"
 
 #include <termios.h>

@@ -1,7 +1,7 @@
 // Links: what is read means the same when it is written and read again.
 
 #include "Input.h"
-#include "LinkTarget.h"
+#include "store/LinkTarget.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using sonolet::service::LinkTarget;

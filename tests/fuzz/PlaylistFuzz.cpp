@@ -2,7 +2,7 @@
 
 #include "../fakes/Folder.h"
 #include "Input.h"
-#include "PlaylistFile.h"
+#include "music/PlaylistFile.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using sonolet::service::PlaylistFile;

@@ -1,10 +1,10 @@
 // Queries: every text is one, and none is too much for the index.
 
 #include "../fakes/Folder.h"
-#include "Accounts.h"
-#include "CatalogueWriter.h"
 #include "Input.h"
-#include "QueryStore.h"
+#include "accounts/Accounts.h"
+#include "catalogue/CatalogueWriter.h"
+#include "search/QueryStore.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "../fakes/Folder.h"
 #include "Input.h"
-#include "Tags.h"
+#include "music/Tags.h"
 
 #include <glib.h>
 

@@ -1,9 +1,9 @@
 #ifndef SONOLET_TESTS_SERVICE_TESTMUSIC_H
 #define SONOLET_TESTS_SERVICE_TESTMUSIC_H
 
-#include "Catalogue.h"
-#include "StatePaths.h"
+#include "catalogue/Catalogue.h"
 #include "player/TestFiles.h"
+#include "store/StatePaths.h"
 
 #include <fileref.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "demo/DemoLibrary.h"
 
 #include "../player/TestFiles.h"
-#include "Catalogue.h"
-#include "Scanner.h"
+#include "catalogue/Catalogue.h"
+#include "catalogue/Scanner.h"
 #include "demo/Repertoire.h"
 
 #include <gtest/gtest.h>

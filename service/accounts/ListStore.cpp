@@ -1,0 +1,590 @@
+#include "accounts/ListStore.h"
+
+#include <cstdlib>
+#include <unordered_set>
+#include <utility>
+
+namespace sonolet::service {
+
+namespace {
+
+constexpr std::int64_t gap = std::int64_t{1} << 32;
+// Where entries give way they get at least this far from each other, so that it stays rare.
+constexpr std::int64_t smallestGap = 1 << 16;
+constexpr std::size_t firstWindow = 16;
+
+constexpr std::int64_t keptChanges = 10000;
+constexpr std::int64_t pruneEvery = 256;
+
+std::string joined(const std::vector<std::int64_t>& numbers) {
+    std::string text;
+    for (const std::int64_t number : numbers) {
+        text += std::to_string(number);
+        text += ' ';
+    }
+    return text;
+}
+
+std::vector<std::int64_t> split(const std::string& text) {
+    std::vector<std::int64_t> numbers;
+    const char* place = text.c_str();
+    for (char* end = nullptr;; place = end) {
+        const std::int64_t number = std::strtoll(place, &end, 10);
+        if (end == place) {
+            return numbers;
+        }
+        numbers.push_back(number);
+    }
+}
+
+}  // namespace
+
+// `removed` is the change by which an entry went away. Rank orders the entries of a list.
+const char listSchema[] = R"(
+CREATE TABLE lists(
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    link BLOB NOT NULL UNIQUE,
+    owner_id INTEGER NOT NULL REFERENCES accounts(id) ON DELETE CASCADE,
+    kind INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    description TEXT NOT NULL DEFAULT '',
+    image BLOB,
+    collaborative INTEGER NOT NULL DEFAULT 0,
+    published INTEGER NOT NULL DEFAULT 1,
+    source TEXT UNIQUE,
+    source_digest BLOB);
+CREATE INDEX lists_by_owner ON lists(owner_id);
+CREATE UNIQUE INDEX lists_of_account ON lists(owner_id, kind) WHERE kind != 0;
+CREATE TABLE list_entries(
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    list_id INTEGER NOT NULL REFERENCES lists(id) ON DELETE CASCADE,
+    rank INTEGER NOT NULL,
+    removed INTEGER,
+    kind INTEGER NOT NULL,
+    item BLOB NOT NULL,
+    creator TEXT NOT NULL,
+    created INTEGER NOT NULL,
+    seen INTEGER NOT NULL,
+    text TEXT);
+CREATE INDEX list_entries_in_order ON list_entries(list_id, rank) WHERE removed IS NULL;
+CREATE INDEX list_entries_by_item ON list_entries(item, list_id) WHERE removed IS NULL;
+CREATE INDEX list_entries_removed ON list_entries(removed) WHERE removed IS NOT NULL;
+CREATE TABLE list_changes(
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    list_id INTEGER NOT NULL,
+    kind INTEGER NOT NULL,
+    numbers TEXT NOT NULL);
+CREATE TRIGGER lists_for_account AFTER INSERT ON accounts BEGIN
+    INSERT INTO lists(link, owner_id, kind, name) VALUES
+        (randomblob(16), NEW.id, 1, 'Starred'),
+        (randomblob(16), NEW.id, 2, 'Inbox'),
+        (randomblob(16), NEW.id, 3, '');
+END;
+INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 1, 'Starred' FROM accounts;
+INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 2, 'Inbox' FROM accounts;
+INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 3, '' FROM accounts;
+INSERT INTO list_entries(list_id, rank, kind, item, creator, created, seen)
+    SELECT l.id, row_number() OVER (PARTITION BY l.id ORDER BY s.time, s.track) << 32, 0, s.track,
+        a.name, s.time, 1
+    FROM stars s JOIN accounts a ON a.id = s.account_id
+    JOIN lists l ON l.owner_id = a.id AND l.kind = 1;
+DROP TABLE stars;
+CREATE VIEW stars AS SELECT l.owner_id AS account_id, e.item AS track, e.created AS time
+    FROM lists l JOIN list_entries e ON e.list_id = l.id WHERE l.kind = 1 AND e.removed IS NULL;
+)";
+
+#define LIST_COLUMNS                                                                               \
+    "SELECT l.id, l.link, l.owner_id, a.name, l.kind, l.name, l.description, l.image,"             \
+    " l.collaborative, l.published FROM lists l JOIN accounts a ON a.id = l.owner_id "
+#define ENTRY_COLUMNS "SELECT e.id, e.kind, e.item, e.creator, e.created, e.seen, e.text"
+
+ListStore::ListStore(Database& sharedDatabase)
+    : database(sharedDatabase), findList(database, LIST_COLUMNS "WHERE l.link = ?1"),
+      findOfUser(database, LIST_COLUMNS "WHERE a.name = ?1 AND l.kind = ?2"),
+      findOfAccount(database, LIST_COLUMNS "WHERE l.owner_id = ?1 AND l.kind = ?2"),
+      listEntries(database,
+                  ENTRY_COLUMNS " FROM list_entries e WHERE e.list_id = ?1 AND e.removed IS NULL"
+                                " ORDER BY e.rank"),
+      findEntry(database, ENTRY_COLUMNS " FROM list_entries e WHERE e.id = ?1"),
+      listPublished(database,
+                    ENTRY_COLUMNS " FROM list_entries e JOIN lists l ON l.link = e.item"
+                                  " WHERE e.list_id = ?1 AND e.removed IS NULL AND e.kind = 0"
+                                  " AND l.owner_id = ?2 AND l.kind = 0 AND l.published"
+                                  " ORDER BY e.rank"),
+      findItem(database,
+               "SELECT id FROM list_entries WHERE item = ?2 AND list_id = ?1 AND removed IS NULL"),
+      listSubscribers(database,
+                      "SELECT DISTINCT a.name FROM list_entries e JOIN lists l ON l.id = e.list_id"
+                      " JOIN accounts a ON a.id = l.owner_id WHERE e.item = ?1 AND e.removed IS"
+                      " NULL AND e.kind = 0 AND l.kind = 3 AND l.owner_id != ?2 ORDER BY a.name"),
+      listFollowers(database,
+                    "SELECT c.owner_id, e.id FROM lists l JOIN list_entries e ON e.item = l.link"
+                    " JOIN lists c ON c.id = e.list_id WHERE l.owner_id = ?1 AND c.owner_id != ?1"
+                    " AND c.kind = 3 AND e.removed IS NULL AND e.kind = 0"),
+      findBounds(database,
+                 "SELECT IFNULL((SELECT MIN(id) FROM list_changes), 1),"
+                 " IFNULL((SELECT MAX(id) FROM list_changes), 0)"),
+      listChanges(database,
+                  "SELECT c.id, l.link, l.kind, a.name, c.kind, c.numbers FROM list_changes c"
+                  " JOIN lists l ON l.id = c.list_id JOIN accounts a ON a.id = l.owner_id"
+                  " WHERE c.id > ?1 ORDER BY c.id"),
+      insertList(database,
+                 "INSERT INTO lists(link, owner_id, kind, name)"
+                 " VALUES(randomblob(16), ?1, 0, ?2) RETURNING link"),
+      insertEntry(database,
+                  "INSERT INTO list_entries(list_id, rank, kind, item, creator, created, seen,"
+                  " text) VALUES(?1, ?2, ?3, ?4, ?5, strftime('%s', 'now'), ?6, ?7)"),
+      findRank(database, "SELECT rank FROM list_entries WHERE id = ?2 AND list_id = ?1"),
+      findNext(database,
+               "SELECT id, rank FROM list_entries WHERE list_id = ?1 AND rank >= ?2"
+               " AND removed IS NULL ORDER BY rank LIMIT 1"),
+      findPrevious(database,
+                   "SELECT rank FROM list_entries WHERE list_id = ?1 AND rank < ?2"
+                   " AND removed IS NULL ORDER BY rank DESC LIMIT 1"),
+      findLast(database,
+               "SELECT rank FROM list_entries WHERE list_id = ?1 AND removed IS NULL"
+               " ORDER BY rank DESC LIMIT 1"),
+      listRanks(database,
+                "SELECT id, rank FROM list_entries WHERE list_id = ?1 AND rank >= ?2"
+                " AND removed IS NULL ORDER BY rank LIMIT ?3"),
+      updateRank(database, "UPDATE list_entries SET rank = ?2, removed = NULL WHERE id = ?1"),
+      removeEntry(database,
+                  "UPDATE list_entries SET removed = ?3 WHERE id = ?2 AND list_id = ?1"
+                  " AND removed IS NULL RETURNING item"),
+      insertChange(database, "INSERT INTO list_changes(list_id, kind, numbers) VALUES(?1, ?2, ?3)"),
+      pruneChanges(database, "DELETE FROM list_changes WHERE id <= ?1"),
+      pruneEntries(database, "DELETE FROM list_entries WHERE removed <= ?1"),
+      updateName(database, "UPDATE lists SET name = ?2 WHERE id = ?1"),
+      updateDescription(database, "UPDATE lists SET description = ?2 WHERE id = ?1"),
+      updateImage(database, "UPDATE lists SET image = ?2 WHERE id = ?1"),
+      updateShare(database, "UPDATE lists SET published = ?2, collaborative = ?3 WHERE id = ?1"),
+      updateSeen(database, "UPDATE list_entries SET seen = ?3 WHERE id = ?2 AND list_id = ?1"),
+      updateText(database, "UPDATE list_entries SET text = ?3 WHERE id = ?2 AND list_id = ?1"),
+      listSources(database,
+                  "SELECT link, source, source_digest FROM lists WHERE source IS NOT NULL"
+                  " ORDER BY source"),
+      findSource(database, "SELECT link, source, source_digest FROM lists WHERE source = ?1"),
+      updateSource(database, "UPDATE lists SET source = ?2, source_digest = ?3 WHERE id = ?1") {}
+
+ListStore::Snapshot::Snapshot(Database& readDatabase)
+    : database(readDatabase), nested(sqlite3_get_autocommit(readDatabase.handle()) == 0) {
+    if (!nested) {
+        database.execute("BEGIN");
+    }
+}
+
+ListStore::Snapshot::~Snapshot() {
+    if (!nested) {
+        // Nothing was written that could fail to be.
+        sqlite3_exec(database.handle(), "COMMIT", nullptr, nullptr, nullptr);
+    }
+}
+
+ListStore::Scope::Scope(ListStore& changedStore)
+    : store(changedStore), outermost(!changedStore.transaction) {
+    if (outermost) {
+        store.transaction.emplace(store.database);
+    }
+}
+
+ListStore::Scope::~Scope() {
+    if (outermost) {
+        store.transaction.reset();
+    }
+}
+
+void ListStore::Scope::commit() const {
+    if (outermost) {
+        store.transaction->commit();
+    }
+}
+
+ListRow ListStore::readList(const Cursor& row) {
+    ListRow list;
+    list.id = row.integer(0);
+    list.link = row.id(1).value_or(Id());
+    list.ownerId = row.integer(2);
+    list.owner = row.text(3);
+    list.kind = static_cast<ListKind>(row.integer(4));
+    list.name = row.text(5);
+    list.description = row.text(6);
+    list.image = row.text(7);
+    list.collaborative = row.integer(8) != 0;
+    list.published = row.integer(9) != 0;
+    return list;
+}
+
+ListEntry ListStore::readEntry(const Cursor& row) {
+    ListEntry entry;
+    entry.id = row.integer(0);
+    entry.kind = static_cast<EntryKind>(row.integer(1));
+    entry.item = row.id(2).value_or(Id());
+    entry.creator = row.text(3);
+    entry.created = row.integer(4);
+    entry.seen = row.integer(5) != 0;
+    if (!row.isNull(6)) {
+        entry.text = row.text(6);
+    }
+    return entry;
+}
+
+std::optional<ListRow> ListStore::find(const Id& link) {
+    Cursor row = findList.run(link);
+    return row.next() ? std::optional<ListRow>(readList(row)) : std::nullopt;
+}
+
+std::optional<ListRow> ListStore::ofUser(std::string_view canonicalName, ListKind kind) {
+    Cursor row = findOfUser.run(canonicalName, static_cast<int>(kind));
+    return row.next() ? std::optional<ListRow>(readList(row)) : std::nullopt;
+}
+
+std::optional<ListRow> ListStore::ofAccount(std::int64_t account, ListKind kind) {
+    Cursor row = findOfAccount.run(account, static_cast<int>(kind));
+    return row.next() ? std::optional<ListRow>(readList(row)) : std::nullopt;
+}
+
+std::vector<ListEntry> ListStore::entries(const ListRow& list) {
+    std::vector<ListEntry> found;
+    for (Cursor row = listEntries.run(list.id); row.next();) {
+        found.push_back(readEntry(row));
+    }
+    return found;
+}
+
+std::optional<ListEntry> ListStore::entry(std::int64_t id) {
+    Cursor row = findEntry.run(id);
+    return row.next() ? std::optional<ListEntry>(readEntry(row)) : std::nullopt;
+}
+
+std::vector<ListEntry> ListStore::published(const ListRow& container) {
+    std::vector<ListEntry> found;
+    for (Cursor row = listPublished.run(container.id, container.ownerId); row.next();) {
+        found.push_back(readEntry(row));
+    }
+    return found;
+}
+
+bool ListStore::contains(const ListRow& list, const Id& item) {
+    return findItem.run(list.id, item).next();
+}
+
+std::vector<std::string> ListStore::subscribers(const ListRow& list) {
+    std::vector<std::string> names;
+    for (Cursor row = listSubscribers.run(list.link, list.ownerId); row.next();) {
+        names.push_back(row.text(0));
+    }
+    return names;
+}
+
+// ---- The log ----
+
+std::int64_t ListStore::newestChange() {
+    Cursor row = findBounds.run();
+    return row.next() ? row.integer(1) : 0;
+}
+
+std::optional<std::vector<ListChange>> ListStore::changesSince(std::int64_t change) {
+    const Snapshot snapshot(database);
+    if (Cursor row = findBounds.run(); row.next() && row.integer(0) > change + 1) {
+        return std::nullopt;
+    }
+    std::vector<ListChange> changes;
+    for (Cursor row = listChanges.run(change); row.next();) {
+        ListChange next;
+        next.id = row.integer(0);
+        next.link = row.id(1).value_or(Id());
+        next.listKind = static_cast<ListKind>(row.integer(2));
+        next.owner = row.text(3);
+        next.kind = static_cast<ListChangeKind>(row.integer(4));
+        next.numbers = split(row.text(5));
+        changes.push_back(std::move(next));
+    }
+    return changes;
+}
+
+std::int64_t ListStore::note(const ListRow& list,
+                             ListChangeKind kind,
+                             const std::vector<std::int64_t>& numbers) {
+    insertChange.execute(list.id, static_cast<int>(kind), joined(numbers));
+    const std::int64_t change = sqlite3_last_insert_rowid(database.handle());
+    if (change % pruneEvery == 0) {
+        pruneChanges.execute(change - keptChanges);
+        pruneEntries.execute(change - keptChanges);
+    }
+    return change;
+}
+
+void ListStore::noteSubscribers(const ListRow& container, const Id& playlist) {
+    if (container.kind != ListKind::container) {
+        return;
+    }
+    const std::optional<ListRow> followed = find(playlist);
+    if (followed && followed->ownerId != container.ownerId) {
+        note(*followed, ListChangeKind::subscribed);
+    }
+}
+
+// ---- The order ----
+
+std::vector<std::int64_t>
+ListStore::makeRoom(const ListRow& list, std::int64_t& before, std::int64_t count) {
+    const auto from = [count](std::int64_t low, std::int64_t step) {
+        std::vector<std::int64_t> ranks;
+        for (std::int64_t place = 1; place <= count; ++place) {
+            ranks.push_back(low + step * place);
+        }
+        return ranks;
+    };
+    std::optional<std::int64_t> high;
+    if (before != 0) {
+        Cursor anchor = findRank.run(list.id, before);
+        before = 0;
+        if (anchor.next()) {
+            if (Cursor next = findNext.run(list.id, anchor.integer(0)); next.next()) {
+                before = next.integer(0);
+                high = next.integer(1);
+            }
+        }
+    }
+    if (!high) {
+        Cursor last = findLast.run(list.id);
+        return from(last.next() ? last.integer(0) : 0, gap);
+    }
+    Cursor previous = findPrevious.run(list.id, *high);
+    if (!previous.next()) {
+        return from(*high - gap * (count + 1), gap);
+    }
+    const std::int64_t low = previous.integer(0);
+    const std::int64_t step = (*high - low) / (count + 1);
+    return step > 0 ? from(low, step) : spread(list, low, *high, count);
+}
+
+std::vector<std::int64_t>
+ListStore::spread(const ListRow& list, std::int64_t low, std::int64_t high, std::int64_t count) {
+    for (std::size_t window = firstWindow;; window *= 2) {
+        std::vector<std::int64_t> behind;
+        std::int64_t top = 0;
+        for (Cursor row = listRanks.run(list.id, high, static_cast<std::int64_t>(window) + 1);
+             row.next();) {
+            behind.push_back(row.integer(0));
+            top = row.integer(1);
+        }
+        const auto total = count + static_cast<std::int64_t>(behind.size());
+        std::int64_t step = gap;
+        if (behind.size() > window) {
+            // The last one stays where it is.
+            behind.pop_back();
+            step = (top - low) / total;
+            if (step < smallestGap) {
+                continue;
+            }
+        }
+        std::vector<std::int64_t> ranks;
+        for (std::int64_t place = 1; place <= count; ++place) {
+            ranks.push_back(low + step * place);
+        }
+        std::int64_t rank = low + step * count;
+        for (const std::int64_t entry : behind) {
+            rank += step;
+            updateRank.execute(entry, rank);
+        }
+        return ranks;
+    }
+}
+
+// ---- Changes ----
+
+ListRow ListStore::create(std::int64_t owner, std::string_view name) {
+    std::optional<ListRow> made;
+    together([&] {
+        Cursor row = insertList.run(owner, name);
+        if (row.next()) {
+            made = find(row.id(0).value_or(Id()));
+        }
+    });
+    return made.value();
+}
+
+std::vector<std::int64_t> ListStore::insert(const ListRow& list,
+                                            std::int64_t before,
+                                            const std::vector<NewEntry>& entries,
+                                            std::string_view creator) {
+    std::vector<std::int64_t> made;
+    together([&] {
+        std::vector<NewEntry> fresh;
+        std::unordered_set<Id> known;
+        for (const NewEntry& entry : entries) {
+            if (list.kind != ListKind::starred ||
+                (known.insert(entry.item).second && !contains(list, entry.item))) {
+                fresh.push_back(entry);
+            }
+        }
+        if (fresh.empty()) {
+            return;
+        }
+        std::int64_t place = before;
+        const auto ranks = makeRoom(list, place, static_cast<std::int64_t>(fresh.size()));
+        const bool seen = list.kind != ListKind::inbox && creator == list.owner;
+        for (std::size_t index = 0; index < fresh.size(); ++index) {
+            const NewEntry& entry = fresh[index];
+            insertEntry.execute(list.id, ranks[index], static_cast<int>(entry.kind), entry.item,
+                                creator, seen, entry.text);
+            made.push_back(sqlite3_last_insert_rowid(database.handle()));
+            noteSubscribers(list, entry.item);
+        }
+        std::vector<std::int64_t> numbers = {place};
+        numbers.insert(numbers.end(), made.begin(), made.end());
+        note(list, ListChangeKind::added, numbers);
+    });
+    return made;
+}
+
+void ListStore::remove(const ListRow& list, const std::vector<std::int64_t>& entries) {
+    if (entries.empty()) {
+        return;
+    }
+    together([&] {
+        const std::int64_t change = note(list, ListChangeKind::removed, entries);
+        for (const std::int64_t entry : entries) {
+            std::optional<Id> item;
+            if (Cursor row = removeEntry.run(list.id, entry, change); row.next()) {
+                item = row.id(0);
+            }
+            if (item) {
+                noteSubscribers(list, *item);
+            }
+        }
+    });
+}
+
+void ListStore::removeItems(const ListRow& list, const std::vector<Id>& items) {
+    together([&] {
+        std::vector<std::int64_t> entries;
+        for (const Id& item : items) {
+            for (Cursor row = findItem.run(list.id, item); row.next();) {
+                entries.push_back(row.integer(0));
+            }
+        }
+        remove(list, entries);
+    });
+}
+
+void ListStore::move(const ListRow& list,
+                     const std::vector<std::int64_t>& entries,
+                     std::int64_t before) {
+    together([&] {
+        std::vector<std::int64_t> moved;
+        for (const std::int64_t entry : entries) {
+            // Out of the way of their new place.
+            if (removeEntry.run(list.id, entry, std::int64_t{-1}).next()) {
+                moved.push_back(entry);
+            }
+        }
+        if (moved.empty()) {
+            return;
+        }
+        std::int64_t place = before;
+        const auto ranks = makeRoom(list, place, static_cast<std::int64_t>(moved.size()));
+        for (std::size_t index = 0; index < moved.size(); ++index) {
+            updateRank.execute(moved[index], ranks[index]);
+        }
+        moved.insert(moved.begin(), place);
+        note(list, ListChangeKind::moved, moved);
+    });
+}
+
+void ListStore::rename(const ListRow& list, std::string_view name) {
+    together([&] {
+        updateName.execute(list.id, name);
+        note(list, ListChangeKind::renamed);
+    });
+}
+
+void ListStore::describe(const ListRow& list, std::string_view description) {
+    together([&] {
+        updateDescription.execute(list.id, description);
+        note(list, ListChangeKind::described);
+    });
+}
+
+void ListStore::setImage(const ListRow& list, std::string_view image) {
+    together([&] {
+        updateImage.execute(list.id, Blob{std::string(image)});
+        note(list, ListChangeKind::pictured);
+    });
+}
+
+void ListStore::share(const ListRow& list, bool published, bool collaborative) {
+    together([&] {
+        updateShare.execute(list.id, published, collaborative);
+        note(list, ListChangeKind::shared);
+    });
+}
+
+void ListStore::setSeen(const ListRow& list, std::int64_t entry, bool seen) {
+    together([&] {
+        updateSeen.execute(list.id, entry, seen);
+        note(list, ListChangeKind::seen, {entry});
+    });
+}
+
+void ListStore::setMessage(const ListRow& list, std::int64_t entry, std::string_view message) {
+    together([&] {
+        updateText.execute(list.id, entry,
+                           message.empty() ? std::nullopt
+                                           : std::optional<std::string_view>(message));
+        note(list, ListChangeKind::messaged, {entry});
+    });
+}
+
+void ListStore::leave(std::int64_t account) {
+    together([&] {
+        std::vector<std::int64_t> own;
+        const std::optional<ListRow> container = ofAccount(account, ListKind::container);
+        for (const ListEntry& entry : entries(container.value())) {
+            own.push_back(entry.id);
+        }
+        remove(*container, own);
+        std::vector<std::pair<std::int64_t, std::int64_t>> followers;
+        for (Cursor row = listFollowers.run(account); row.next();) {
+            followers.emplace_back(row.integer(0), row.integer(1));
+        }
+        for (const auto& [follower, entry] : followers) {
+            remove(ofAccount(follower, ListKind::container).value(), {entry});
+        }
+    });
+}
+
+ListStore::Source ListStore::readSource(const Cursor& row) {
+    Source source;
+    source.link = row.id(0).value_or(Id());
+    source.file = row.text(1);
+    if (!row.isNull(2)) {
+        source.digest = row.text(2);
+    }
+    return source;
+}
+
+std::vector<ListStore::Source> ListStore::sources() {
+    std::vector<Source> found;
+    for (Cursor row = listSources.run(); row.next();) {
+        found.push_back(readSource(row));
+    }
+    return found;
+}
+
+std::optional<ListStore::Source> ListStore::source(const std::string& file) {
+    Cursor row = findSource.run(file);
+    return row.next() ? std::optional<Source>(readSource(row)) : std::nullopt;
+}
+
+void ListStore::setSource(const ListRow& list,
+                          const std::string& file,
+                          const std::optional<std::string>& digest) {
+    together([&] {
+        updateSource.execute(list.id, file,
+                             digest ? std::optional<Blob>(Blob{*digest}) : std::nullopt);
+    });
+}
+
+}  // namespace sonolet::service

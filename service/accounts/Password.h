@@ -1,0 +1,34 @@
+#ifndef SONOLET_SERVICE_ACCOUNTS_PASSWORD_H
+#define SONOLET_SERVICE_ACCOUNTS_PASSWORD_H
+
+#include <string>
+
+namespace sonolet::service {
+
+// A secret in memory: wiped when it goes.
+class Secret final {
+public:
+    Secret() = default;
+    explicit Secret(const char* secretText) : text(secretText == nullptr ? "" : secretText) {}
+    Secret(const Secret&) = default;
+    Secret& operator=(const Secret&) = delete;
+    ~Secret();
+
+    const std::string& value() const { return text; }
+
+private:
+    std::string text;
+};
+
+// The yescrypt hash of a password with a fresh salt. Slow on purpose: tens of milliseconds.
+std::string hashPassword(const Secret& password);
+
+// Whether `password` gives `hash`; the time taken tells nothing of where they differ.
+bool matchesPassword(const Secret& password, const std::string& hash);
+
+// Random bytes as text of 2 * `bytes` hexadecimal digits.
+std::string randomText(std::size_t bytes);
+
+}  // namespace sonolet::service
+
+#endif

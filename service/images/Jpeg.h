@@ -1,0 +1,17 @@
+#ifndef SONOLET_SERVICE_IMAGES_JPEG_H
+#define SONOLET_SERVICE_IMAGES_JPEG_H
+
+#include <string>
+
+namespace sonolet::service {
+
+// A JPEG or PNG picture as a JPEG whose longer side has at most `longerSide` pixels: smaller where
+// that is needed, never larger, upright, on white where it is transparent.
+//
+// Throws std::runtime_error for what is no such picture, is damaged, or has more pixels than any
+// cover; the last is told from the picture's header, before anything is unpacked.
+std::string scaledJpeg(const std::string& picture, int longerSide);
+
+}  // namespace sonolet::service
+
+#endif

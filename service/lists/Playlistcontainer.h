@@ -1,0 +1,78 @@
+#ifndef SONOLET_SERVICE_LISTS_PLAYLISTCONTAINER_H
+#define SONOLET_SERVICE_LISTS_PLAYLISTCONTAINER_H
+
+#include "lists/ListContents.h"
+#include "lists/Listeners.h"
+#include "lists/Playlist.h"
+
+#include "libspotify/api.h"
+
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// A user's playlists and folders, or what others see of them: the playlists of his own that he
+// publishes, without folders. Like a playlist it follows the log; container_loaded comes from the
+// events that follow the registration of a callback.
+class Playlistcontainer : public Handle {
+public:
+    enum class View { own, published };
+
+    Playlistcontainer(std::shared_ptr<Playlists> owner, ListRow containerRow, View shownView);
+    ~Playlistcontainer() override;
+
+    int size() const { return contents.size(); }
+    // NULL: out of range.
+    const ListEntry* entry(int index);
+    // Of a folder's ends a handle that is never loaded.
+    sp_playlist* playlist(int index);
+    sp_playlist_type type(int index);
+    sp_user* owner() const { return ownerHandle.get(); }
+
+    // Appends a playlist of this or another user; NULL when it is there already or nowhere, or when
+    // this is not the container of the user.
+    sp_playlist* add(const LinkTarget& link);
+
+    void addCallbacks(const sp_playlistcontainer_callbacks* record, void* userdata);
+    bool removeCallbacks(const sp_playlistcontainer_callbacks* record, const void* userdata);
+
+    // To be called for a line of the log, and when the log was lost.
+    void apply(const ListChange& change);
+    void reload();
+
+private:
+    using Contents = ListContents<sp_playlist>;
+
+    sp_playlistcontainer* handle();
+    std::vector<ListEntry> read(ListStore& store) const;
+    const Ref<sp_playlist>& handleOf(Contents::Place& place) const;
+    void added(std::int64_t before, std::vector<ListEntry> entries);
+    void removed(const std::vector<std::int64_t>& entries);
+    void moved(const std::vector<std::int64_t>& numbers);
+    // Has the callback called from the events.
+    template <typename... Parameters, typename... Positions>
+    void tell(void (*sp_playlistcontainer_callbacks::*callback)(Parameters...),
+              const Ref<sp_playlist>& playlist,
+              Positions... positions);
+
+    // Constant after construction.
+    const std::shared_ptr<Playlists> playlists;
+    const ListRow row;
+    const View view;
+
+    Ref<sp_user> ownerHandle;
+    std::int64_t contentsChange = 0;
+    Contents contents;
+    Listeners<sp_playlistcontainer_callbacks> callbacks;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_playlistcontainer final  // NOLINT(readability-identifier-naming)
+    : sonolet::service::Playlistcontainer {
+    using Playlistcontainer::Playlistcontainer;
+};
+
+#endif

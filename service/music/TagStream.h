@@ -1,0 +1,73 @@
+#ifndef SONOLET_SERVICE_MUSIC_TAG_STREAM_H
+#define SONOLET_SERVICE_MUSIC_TAG_STREAM_H
+
+#include "music/MusicFile.h"
+
+#include <tiostream.h>
+
+#include <array>
+#include <climits>
+#include <cstdint>
+
+namespace sonolet::service {
+
+// A music file as the tag library reads it: to be read alone, and not for ever.
+//
+// The library looks for what it does not find to the end of a file, in small steps. A search that
+// has seen a mebibyte is told that this is the end. There is a limit for all small steps and one
+// for all that is read; behind these, once the flag is set and when the file cannot be read, the
+// stream is empty, at which the library gives up.
+//
+// Threads: belongs to one, the flag aside. Units: bytes. Ownership: borrows file and flag.
+class TagStream final : public TagLib::IOStream {
+public:
+    enum class State { open, stopped, exhausted, failed };
+
+    TagStream(const MusicFile& musicFile, const StopFlag& stopFlag);
+
+    State state() const { return current; }
+    // Leaves these bytes out, as if the file did not have them. Before anything is read.
+    void cutOut(std::int64_t from, std::int64_t count);
+    // From here on small steps may read that much, and be one search.
+    void allowSteps(std::int64_t limit) {
+        stepsLeft = limit;
+        searchLeft = limit;
+    }
+
+    TagLib::FileName name() const override { return file.path().c_str(); }
+    TagLib::ByteVector readBlock(unsigned long length) override;
+    bool readOnly() const override { return true; }
+    bool isOpen() const override { return true; }
+    void seek(long offset, Position from = Beginning) override;
+    long tell() const override { return static_cast<long>(place); }
+    long length() override { return static_cast<long>(current == State::open ? size : 0); }
+
+    // A file is never written.
+    void writeBlock(const TagLib::ByteVector&) override {}
+    void insert(const TagLib::ByteVector&, unsigned long, unsigned long) override {}
+    void removeBlock(unsigned long, unsigned long) override {}
+    void truncate(long) override {}
+
+private:
+    bool pay(std::int64_t count);
+
+    const MusicFile& file;
+    const StopFlag& stop;
+    std::int64_t size;  // without what is cut out
+    std::int64_t cutFrom = LONG_MAX;
+    std::int64_t cutSize = 0;
+    State current = State::open;
+    std::int64_t place = 0;
+    std::int64_t bytesLeft;
+    std::int64_t stepsLeft;
+    std::int64_t searchLeft;  // until a seek leads elsewhere
+
+    // Small steps are often near each other.
+    std::array<char, 4096> window{};
+    std::int64_t windowStart = 0;
+    std::int64_t windowSize = 0;
+};
+
+}  // namespace sonolet::service
+
+#endif

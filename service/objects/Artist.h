@@ -1,0 +1,44 @@
+#ifndef SONOLET_SERVICE_OBJECTS_ARTIST_H
+#define SONOLET_SERVICE_OBJECTS_ARTIST_H
+
+#include "objects/ImageIds.h"
+#include "objects/Library.h"
+
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// An artist as the catalogue has it; as for Track. The portrait is the cover of the first album.
+class Artist : public Handle {
+public:
+    Artist(std::shared_ptr<Library> owner, const Id& artistId);
+    ~Artist() override;
+
+    const Id& id() const { return link; }
+
+    bool isLoaded();
+    const std::string& name();
+    const byte* portrait(sp_image_size size);
+
+private:
+    const ArtistRow& row();
+
+    // Constant after construction.
+    const std::shared_ptr<Library> library;
+    const Id link;
+
+    unsigned edition = 0;
+    bool loaded = false;
+    ArtistRow known;
+    ImageIds portraits;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_artist final : sonolet::service::Artist {  // NOLINT(readability-identifier-naming)
+    using Artist::Artist;
+};
+
+#endif

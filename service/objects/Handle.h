@@ -1,0 +1,91 @@
+#ifndef SONOLET_SERVICE_OBJECTS_HANDLE_H
+#define SONOLET_SERVICE_OBJECTS_HANDLE_H
+
+#include <atomic>
+#include <utility>
+
+namespace sonolet::service {
+
+// What every counted handle of the C interface is: an object that lives until its last reference
+// goes. References may be taken and let go on any thread; everything else is for the thread that
+// uses the library.
+class Handle {
+public:
+    Handle() = default;
+    // For release() alone.
+    virtual ~Handle() = default;
+
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void addRef() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
+
+    // False when the last reference has gone already.
+    bool tryAddRef() noexcept {
+        int count = references.load(std::memory_order_relaxed);
+        while (count > 0) {
+            if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void release() noexcept {
+        if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            delete this;
+        }
+    }
+
+private:
+    std::atomic<int> references{1};
+};
+
+// Owns one reference of a handle.
+template <typename Object>
+class Ref final {
+public:
+    Ref() = default;
+    Ref(const Ref& other) : object(other.object) {
+        if (object != nullptr) {
+            object->addRef();
+        }
+    }
+    Ref(Ref&& other) noexcept : object(std::exchange(other.object, nullptr)) {}
+    Ref& operator=(Ref other) noexcept {
+        std::swap(object, other.object);
+        return *this;
+    }
+    ~Ref() {
+        if (object != nullptr) {
+            object->release();
+        }
+    }
+
+    // Takes over the reference that the caller owns.
+    static Ref adopt(Object* owned) {
+        Ref ref;
+        ref.object = owned;
+        return ref;
+    }
+
+    // Takes a reference of its own.
+    static Ref share(Object* held) {
+        held->addRef();
+        return adopt(held);
+    }
+
+    Object* get() const { return object; }
+    Object* operator->() const { return object; }
+    explicit operator bool() const { return object != nullptr; }
+
+    // Hands the reference to the caller.
+    Object* detach() { return std::exchange(object, nullptr); }
+
+private:
+    Object* object = nullptr;
+};
+
+}  // namespace sonolet::service
+
+#endif

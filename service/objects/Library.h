@@ -1,0 +1,82 @@
+#ifndef SONOLET_SERVICE_OBJECTS_LIBRARY_H
+#define SONOLET_SERVICE_OBJECTS_LIBRARY_H
+
+#include "accounts/Accounts.h"
+#include "catalogue/Catalogue.h"
+#include "faults/Faults.h"
+#include "objects/Shelf.h"
+
+#include "libspotify/api.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace sonolet::service {
+
+// What the handles of a session look into: its catalogue, its accounts, and each other.
+//
+// Threads: the reference counting of handles is for any thread, the rest for the thread that uses
+// the library. Handles may outlive the session: they keep this object, which after close() has
+// nothing new to say.
+class Library final : public std::enable_shared_from_this<Library> {
+public:
+    Library(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
+    ~Library();
+
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    Ref<sp_track> track(const Id& id);
+    Ref<sp_album> album(const Id& id);
+    Ref<sp_artist> artist(const Id& id);
+    Ref<sp_user> user(const std::string& canonicalName);
+
+    // NULL after close().
+    Catalogue* catalogue() const { return openCatalogue.get(); }
+    Accounts* accounts() const { return openAccounts.get(); }
+    void close();
+    // Goes on with others, whose music is yet to be scanned; those before.
+    std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
+    exchange(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
+
+    // What a fault takes away for a while.
+    void setFaults(std::shared_ptr<const Faults> shown) { faults = std::move(shown); }
+    bool isWithheld(const Id& track) const {
+        return faults != nullptr && faults->isUnavailable(track);
+    }
+
+    // What a handle has read is good for one edition.
+    unsigned edition() const { return currentEdition; }
+    // True when something has changed since; begins a new edition.
+    bool refreshCatalogue();
+    bool refreshAccounts();
+
+    // Why something that is not in the catalogue is not there.
+    sp_error absence() const { return scanning ? SP_ERROR_IS_LOADING : SP_ERROR_OTHER_PERMANENT; }
+    void setScanned() { scanning = false; }
+    bool isScanning() const { return scanning; }
+
+private:
+    friend class Track;
+    friend class Album;
+    friend class Artist;
+    friend class User;
+
+    std::unique_ptr<Catalogue> openCatalogue;
+    std::unique_ptr<Accounts> openAccounts;
+    std::shared_ptr<const Faults> faults;
+    std::int64_t catalogueVersion = -1;
+    std::int64_t accountsVersion = -1;
+    unsigned currentEdition = 1;
+    bool scanning = true;
+
+    Shelf<Id, sp_track> tracks;
+    Shelf<Id, sp_album> albums;
+    Shelf<Id, sp_artist> artists;
+    Shelf<std::string, sp_user> users;
+};
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,66 @@
+#ifndef SONOLET_SERVICE_OBJECTS_SHELF_H
+#define SONOLET_SERVICE_OBJECTS_SHELF_H
+
+#include "objects/Handle.h"
+
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+namespace sonolet::service {
+
+// The living handles of one kind, one for each key: the same link gives the same handle while
+// anyone holds it. The shelf itself holds none. Any thread.
+template <typename Key, typename Object>
+class Shelf final {
+public:
+    // The living handle, or a new one from `make`, which returns a reference.
+    template <typename Make>
+    Ref<Object> get(const Key& key, Make make) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        Object*& place = living[key];
+        // A handle whose last reference has just gone is replaced; it will find that out below.
+        if (place == nullptr || !place->tryAddRef()) {
+            place = make();
+        }
+        return Ref<Object>::adopt(place);
+    }
+
+    // The living handle, or none.
+    Ref<Object> find(const Key& key) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto found = living.find(key);
+        const bool lives = found != living.end() && found->second->tryAddRef();
+        return Ref<Object>::adopt(lives ? found->second : nullptr);
+    }
+
+    std::vector<Ref<Object>> all() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::vector<Ref<Object>> found;
+        found.reserve(living.size());
+        for (const auto& [key, object] : living) {
+            if (object->tryAddRef()) {
+                found.push_back(Ref<Object>::adopt(object));
+            }
+        }
+        return found;
+    }
+
+    // To be called by the destructor of `object`.
+    void forget(const Key& key, const void* object) noexcept {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto found = living.find(key);
+        if (found != living.end() && found->second == object) {
+            living.erase(found);
+        }
+    }
+
+private:
+    // State below is protected by mutex.
+    std::mutex mutex;
+    std::unordered_map<Key, Object*> living;
+};
+
+}  // namespace sonolet::service
+
+#endif

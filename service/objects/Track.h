@@ -1,0 +1,61 @@
+#ifndef SONOLET_SERVICE_OBJECTS_TRACK_H
+#define SONOLET_SERVICE_OBJECTS_TRACK_H
+
+#include "objects/Album.h"
+#include "objects/Artist.h"
+#include "objects/Library.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// A track as the catalogue has it. Reads its row when it is asked, and again when the catalogue
+// has changed; what was read stays when the row goes.
+class Track : public Handle {
+public:
+    Track(std::shared_ptr<Library> owner, const Id& trackId);
+    ~Track() override;
+
+    const Id& id() const { return link; }
+    const Library& owner() const { return *library; }
+
+    bool isLoaded();
+    sp_error error();
+    bool isAvailable();
+    int popularity();
+
+    // Empty, 0 or NULL until it is loaded.
+    const std::string& name();
+    int durationMs();
+    int disc();
+    int number();
+    sp_album* album();
+    int artistCount();
+    sp_artist* artist(int index);
+    // Relative to the folder of music.
+    const std::string& path();
+
+private:
+    const TrackRow& row();
+
+    // Constant after construction.
+    const std::shared_ptr<Library> library;
+    const Id link;
+
+    unsigned edition = 0;
+    bool loaded = false;
+    TrackRow known;
+    Ref<sp_album> albumHandle;
+    std::vector<Ref<sp_artist>> artistHandles;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_track final : sonolet::service::Track {  // NOLINT(readability-identifier-naming)
+    using Track::Track;
+};
+
+#endif

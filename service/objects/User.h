@@ -1,0 +1,41 @@
+#ifndef SONOLET_SERVICE_OBJECTS_USER_H
+#define SONOLET_SERVICE_OBJECTS_USER_H
+
+#include "objects/Library.h"
+
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// A user of the service; as for Track.
+class User : public Handle {
+public:
+    User(std::shared_ptr<Library> owner, std::string canonicalName);
+    ~User() override;
+
+    bool isLoaded();
+    const std::string& canonicalName() const { return name; }
+    const std::string& displayName();
+    const std::string& fullName();
+
+private:
+    const Account& account();
+
+    // Constant after construction.
+    const std::shared_ptr<Library> library;
+    const std::string name;
+
+    unsigned edition = 0;
+    bool loaded = false;
+    Account known;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_user final : sonolet::service::User {  // NOLINT(readability-identifier-naming)
+    using User::User;
+};
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef SONOLET_SERVICE_QUERIES_ALBUMBROWSE_H
+#define SONOLET_SERVICE_QUERIES_ALBUMBROWSE_H
+
+#include "queries/Query.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// What is on an album.
+class Albumbrowse : public QueryFor<sp_albumbrowse> {
+public:
+    Albumbrowse(Ref<sp_album> browsedAlbum, Callback* completion, void* completionData);
+    ~Albumbrowse() override;
+
+    sp_error find(QueryStore& store) override;
+
+    sp_album* album() const { return browsed.get(); }
+
+    // Empty, 0 or NULL until it is loaded.
+    sp_artist* artist() const { return artistHandle.get(); }
+    int trackCount() const { return size(tracks); }
+    sp_track* track(int index) const { return at(tracks, index); }
+    int copyrightCount() const { return size(copyrights); }
+    const char* copyright(int index) const;
+
+protected:
+    void take(Library& library) override;
+
+private:
+    // Constant after construction.
+    const Ref<sp_album> browsed;
+    const Id link;
+
+    std::optional<AlbumContents> found;  // the worker's until it is taken
+
+    Ref<sp_artist> artistHandle;
+    std::vector<Ref<sp_track>> tracks;
+    std::vector<std::string> copyrights;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_albumbrowse final
+    : sonolet::service::Albumbrowse {  // NOLINT(readability-identifier-naming)
+    using Albumbrowse::Albumbrowse;
+};
+
+#endif

@@ -1,0 +1,78 @@
+#ifndef SONOLET_SERVICE_QUERIES_SEARCH_H
+#define SONOLET_SERVICE_QUERIES_SEARCH_H
+
+#include "lists/Playlists.h"
+#include "queries/Query.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// A search for words.
+class Search : public QueryFor<sp_search> {
+public:
+    Search(SearchRequest searchRequest,
+           std::shared_ptr<Playlists> sessionPlaylists,
+           Callback* completion,
+           void* completionData);
+    ~Search() override;
+
+    sp_error find(QueryStore& store) override;
+
+    const std::string& query() const { return request.text; }
+
+    // Empty, 0 or NULL until it is loaded.
+    const std::string& didYouMean() const { return meant; }
+    int trackCount() const { return size(tracks); }
+    int albumCount() const { return size(albums); }
+    int artistCount() const { return size(artists); }
+    sp_track* track(int index) const { return at(tracks, index); }
+    sp_album* album(int index) const { return at(albums, index); }
+    sp_artist* artist(int index) const { return at(artists, index); }
+    // A playlist as it was found; its handle says what it is now.
+    struct FoundList {
+        Ref<sp_playlist> handle;
+        std::string name;
+        std::string uri;
+        std::string imageUri;  // empty: it has none
+    };
+    int playlistCount() const { return size(playlists); }
+    const FoundList* playlist(int index) const;
+    int totalTracks() const { return totals.tracks; }
+    int totalAlbums() const { return totals.albums; }
+    int totalArtists() const { return totals.artists; }
+    int totalPlaylists() const { return totals.playlists; }
+
+protected:
+    void take(Library& library) override;
+
+private:
+    // Constant after construction.
+    const SearchRequest request;
+    const std::shared_ptr<Playlists> lists;
+
+    SearchAnswer found;  // the worker's until it is taken
+
+    std::vector<Ref<sp_track>> tracks;
+    std::vector<Ref<sp_album>> albums;
+    std::vector<Ref<sp_artist>> artists;
+    std::vector<FoundList> playlists;
+    struct {
+        int tracks = 0;
+        int albums = 0;
+        int artists = 0;
+        int playlists = 0;
+    } totals;
+    std::string meant;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_search final : sonolet::service::Search {  // NOLINT(readability-identifier-naming)
+    using Search::Search;
+};
+
+#endif

@@ -1,0 +1,58 @@
+#ifndef SONOLET_SERVICE_QUERIES_TOPLISTBROWSE_H
+#define SONOLET_SERVICE_QUERIES_TOPLISTBROWSE_H
+
+#include "queries/Query.h"
+
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// What is played and starred most.
+class Toplistbrowse : public QueryFor<sp_toplistbrowse> {
+public:
+    // `region` is an sp_toplistregion or a country. `user` names one, or is empty for none.
+    Toplistbrowse(sp_toplisttype listType,
+                  int listRegion,
+                  std::string listUser,
+                  std::string homeCountry,
+                  Callback* completion,
+                  void* completionData);
+    ~Toplistbrowse() override;
+
+    sp_error find(QueryStore& store) override;
+
+    // 0 or NULL until it is loaded, and for everything that is not of the list's type.
+    int artistCount() const { return size(artists); }
+    int albumCount() const { return size(albums); }
+    int trackCount() const { return size(tracks); }
+    sp_artist* artist(int index) const { return at(artists, index); }
+    sp_album* album(int index) const { return at(albums, index); }
+    sp_track* track(int index) const { return at(tracks, index); }
+
+protected:
+    void take(Library& library) override;
+
+private:
+    // Constant after construction.
+    const sp_toplisttype type;
+    const int region;
+    const std::string user;
+    const std::string home;
+
+    std::vector<Id> found;  // the worker's until it is taken
+
+    std::vector<Ref<sp_artist>> artists;
+    std::vector<Ref<sp_album>> albums;
+    std::vector<Ref<sp_track>> tracks;
+};
+
+}  // namespace sonolet::service
+
+// The interface's name for it.
+struct sp_toplistbrowse final
+    : sonolet::service::Toplistbrowse {  // NOLINT(readability-identifier-naming)
+    using Toplistbrowse::Toplistbrowse;
+};
+
+#endif

@@ -1,0 +1,64 @@
+#ifndef SONOLET_SERVICE_SEARCH_BROWSER_H
+#define SONOLET_SERVICE_SEARCH_BROWSER_H
+
+#include "store/Database.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+struct AlbumContents {
+    Id artist;
+    std::vector<Id> tracks;               // by disc and number
+    std::vector<std::string> copyrights;  // each once, in the order of the tracks
+};
+
+struct ArtistContents {
+    std::vector<Id> albums;     // own ones by year, then by year those of others with tracks
+    std::vector<Id> topTracks;  // the most played first
+};
+
+// Whose plays and stars a top list counts: everybody's, or those of one user or country.
+struct ToplistScope {
+    std::optional<std::string> user;     // canonical name
+    std::optional<std::string> country;  // two letters
+    std::string home;                    // the country of accounts that name none
+};
+
+// Lists what belongs to an album, an artist or a top list. Only what is available is listed, in an
+// order that the tags, plays and stars alone decide. A star counts as much as five plays.
+//
+// `database` is the catalogue with the accounts attached. As for Database.
+class Browser final {
+public:
+    explicit Browser(Database& browsed);
+
+    // Nothing when the catalogue does not have it.
+    std::optional<AlbumContents> album(const Id& id);
+    std::optional<ArtistContents> artist(const Id& id, bool withAlbums, bool withTracks);
+
+    bool hasUser(const std::string& canonicalName);
+    std::vector<Id> topTracks(const ToplistScope& scope);
+    std::vector<Id> topAlbums(const ToplistScope& scope);
+    std::vector<Id> topArtists(const ToplistScope& scope);
+
+private:
+    static std::vector<Id> top(Statement& statement, const ToplistScope& scope);
+
+    Database& database;
+    Statement findAlbum;
+    Statement listAlbumTracks;
+    Statement findArtist;
+    Statement listAlbums;
+    Statement listTopTracks;
+    Statement findUser;
+    Statement trackList;
+    Statement albumList;
+    Statement artistList;
+};
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,119 @@
+#ifndef SONOLET_SERVICE_SEARCH_SEARCH_INDEX_H
+#define SONOLET_SERVICE_SEARCH_SEARCH_INDEX_H
+
+#include "search/SearchText.h"
+#include "search/Vocabulary.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace sonolet::service {
+
+// Which part of what is found is wanted. Neither is negative.
+struct Page {
+    int offset = 0;
+    int count = 0;
+};
+
+struct SearchRequest {
+    std::string text;
+    bool suggest = false;  // while someone types: quick, and of everything the first few
+    Page tracks;
+    Page albums;
+    Page artists;
+    Page playlists{};
+    std::optional<std::int64_t> account{};  // whose playlists are found; none: no playlists
+};
+
+struct FoundPage {
+    std::vector<Id> ids;
+    int total = 0;  // on all pages
+};
+
+struct FoundPlaylist {
+    Id link;
+    std::string owner;  // canonical name
+    std::string name;
+    std::string image;  // 20 bytes or none
+};
+
+struct FoundPlaylists {
+    std::vector<FoundPlaylist> lists;
+    int total = 0;  // on all pages
+};
+
+struct SearchAnswer {
+    FoundPage tracks;
+    FoundPage albums;
+    FoundPage artists;
+    FoundPlaylists playlists;
+    // The query in words that the catalogue has; empty when something was found.
+    std::string didYouMean;
+};
+
+// Finds what the catalogue has by its words.
+//
+// The best answers come first: by BM25 (Relevance.h), where a word of a title counts more than one
+// of an artist and that more than one of an album; of equals the one that was played more. Of a
+// query that so much answers that no order means much only a part is weighed, titles that begin
+// with the words before others; the rest follows as it comes. Playlists are found by their names
+// among those of the account and those that others publish; they are few, so that each is looked
+// at.
+//
+// `database` is the catalogue with the accounts attached. As for Database.
+class SearchIndex final {
+public:
+    explicit SearchIndex(Database& searched);
+
+    SearchAnswer search(const SearchRequest& request);
+
+private:
+    struct Index {
+        Statement count;
+        Statement rank;
+        Statement list;
+        Statement link;
+        // Rows by expression, since common words fill much of the index and are asked for again
+        // and again.
+        std::unordered_map<std::string, std::int64_t> counts = {};
+    };
+    struct Expressions {
+        SearchText::Expression count;
+        SearchText::Expression rank;
+        SearchText::Expression preferred;  // what comes first when there is too much to weigh
+    };
+    struct Hit {
+        std::int64_t row;
+        double score;
+        std::int64_t popularity;
+    };
+
+    static std::int64_t count(Index& index, const std::string& expression);
+    FoundPage find(Index& index, const Expressions& by, const Page& page, bool suggest);
+    FoundPlaylists findPlaylists(const SearchText& asked, const SearchRequest& request);
+    std::int64_t popularityOf(const Index& index, std::int64_t row) const;
+    void refresh();
+    std::string suggestion(const SearchRequest& request, const SearchText& asked);
+    bool findsAnything(const std::string& text);
+
+    Database& database;
+    Tokenizer tokenizer;
+    Index tracks;
+    Index albums;
+    Index artists;
+    Statement accountsVersion;
+    Statement listPopular;
+    Statement listPlaylists;
+    Vocabulary vocabulary;
+
+    // Plays and stars of tracks, by row.
+    std::unordered_map<std::int64_t, std::int64_t> popularity;
+    std::int64_t seenVersions[2] = {-1, -1};  // of the catalogue and the accounts
+};
+
+}  // namespace sonolet::service
+
+#endif

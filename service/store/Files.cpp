@@ -1,0 +1,43 @@
+#include "store/Files.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace sonolet::service {
+
+std::optional<std::string> readFile(int file, std::uint64_t largest) {
+    struct stat status {};
+    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
+        static_cast<std::uint64_t>(status.st_size) > largest) {
+        return std::nullopt;
+    }
+    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = read(file, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno != EINTR) {
+            return std::nullopt;
+        }
+        if (count == 0) {
+            break;  // it became shorter meanwhile
+        }
+        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    bytes.resize(done);
+    return bytes;
+}
+
+bool writeFile(int file, const std::string& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = write(file, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    return true;
+}
+
+}  // namespace sonolet::service

@@ -1,0 +1,38 @@
+#ifndef SONOLET_SERVICE_STORE_FILES_H
+#define SONOLET_SERVICE_STORE_FILES_H
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace sonolet::service {
+
+// Owns an open file, or none.
+class FileDescriptor final {
+public:
+    explicit FileDescriptor(int openFile) : number(openFile) {}
+    ~FileDescriptor() {
+        if (number >= 0) {
+            close(number);
+        }
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    int get() const { return number; }
+
+private:
+    const int number;  // negative for none
+};
+
+// All of a regular file; nothing for any other kind, one larger than `largest`, or a failure.
+std::optional<std::string> readFile(int file, std::uint64_t largest);
+
+// False with errno for what could not be written.
+bool writeFile(int file, const std::string& bytes);
+
+}  // namespace sonolet::service
+
+#endif

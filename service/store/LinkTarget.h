@@ -1,0 +1,32 @@
+#ifndef SONOLET_SERVICE_STORE_LINK_TARGET_H
+#define SONOLET_SERVICE_STORE_LINK_TARGET_H
+
+#include "store/Id.h"
+
+#include "libspotify/api.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sonolet::service {
+
+// What a link says. Only links that mean something exist.
+struct LinkTarget {
+    sp_linktype type = SP_LINKTYPE_INVALID;
+    Id id;             // of tracks, albums, artists and playlists
+    std::string user;  // of playlists and starred lists: the owner's canonical name
+    int offsetMs = 0;  // of tracks; a link tells whole seconds
+    std::string text;  // the canonical text, without the offset
+
+    static std::optional<LinkTarget> parse(std::string_view link);
+    static LinkTarget track(const Id& id, int offsetMs);
+    static LinkTarget playlist(std::string_view user, const Id& id);
+    static LinkTarget starred(std::string_view user);
+
+    std::string asString() const;
+};
+
+}  // namespace sonolet::service
+
+#endif

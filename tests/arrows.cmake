@@ -1,0 +1,78 @@
+# Who may include whom: cmake -DROOT=... -P arrows.cmake. Arrows go one way, so a folder can be read
+# with those it points to and no other.
+
+cmake_minimum_required(VERSION 3.25)
+
+# Folders of the repository, and the platform's declarations; nobody else.
+set(folders platform Src host service)
+set(platform_sees)
+set(Src_sees platform)
+set(host_sees platform)
+set(service_sees platform)
+
+# Rooms of the service.
+set(rooms
+    "store:"
+    "work:"
+    "faults: store"
+    "music: store"
+    "accounts: music store"
+    "catalogue: music store"
+    "search: catalogue store"
+    "objects: accounts catalogue faults store"
+    "lists: accounts objects"
+    "queries: lists objects search"
+    "images: catalogue music objects store work"
+    "player: music"
+    "session: accounts catalogue faults images lists music objects player queries store work"
+    "api: images lists objects queries session"
+    "tools: accounts catalogue faults search store"
+    "demo: tools")
+
+set(wrong "")
+foreach(folder IN LISTS folders)
+    file(GLOB_RECURSE files RELATIVE ${ROOT}/${folder}
+        ${ROOT}/${folder}/*.h ${ROOT}/${folder}/*.cpp ${ROOT}/${folder}/*.c)
+    if(NOT files)
+        list(APPEND wrong "${folder} has no sources")
+    endif()
+    foreach(file IN LISTS files)
+        get_filename_component(beside ${ROOT}/${folder}/${file} DIRECTORY)
+        file(STRINGS ${ROOT}/${folder}/${file} lines REGEX "^ *# *include *\"")
+        foreach(line IN LISTS lines)
+            string(REGEX REPLACE ".*\"(.*)\".*" "\\1" name "${line}")
+            # The first place that has it, as for the compiler.
+            set(found "")
+            foreach(place IN ITEMS ${beside} ${ROOT}/${folder} ${ROOT}/platform)
+                get_filename_component(path ${name} ABSOLUTE BASE_DIR ${place})
+                if(NOT found AND EXISTS ${path})
+                    file(RELATIVE_PATH found ${ROOT} ${path})
+                endif()
+            endforeach()
+            if(NOT found)
+                list(APPEND wrong "${folder}/${file} includes ${name}")
+                continue()
+            endif()
+            string(REGEX MATCH "^[^/]*" owner ${found})
+            if(NOT owner STREQUAL folder AND NOT owner IN_LIST ${folder}_sees)
+                list(APPEND wrong "${folder}/${file} includes ${name}")
+            elseif(folder STREQUAL "service" AND owner STREQUAL "service")
+                string(REGEX MATCH "^[^/]*" from "${file}")
+                string(REGEX REPLACE "^service/([^/]*).*" "\\1" to "${found}")
+                set(allowed FALSE)
+                foreach(room IN LISTS rooms)
+                    if(room MATCHES "^${from}:" AND "${room} ${from}" MATCHES " ${to}( |$)")
+                        set(allowed TRUE)
+                    endif()
+                endforeach()
+                if(NOT allowed)
+                    list(APPEND wrong "service/${file} includes ${name}")
+                endif()
+            endif()
+        endforeach()
+    endforeach()
+endforeach()
+if(wrong)
+    list(JOIN wrong "\n  " text)
+    message(FATAL_ERROR "These arrows are not in tests/arrows.cmake:\n  ${text}")
+endif()

@@ -1,0 +1,262 @@
+// What a scan makes of a folder, the first time, after changes and after being killed.
+
+#include "TestMusic.h"
+#include "TestSession.h"
+#include "music/PlaylistFile.h"
+#include "music/Tags.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <random>
+
+namespace sonolet::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Key;
+using testing::Not;
+using testing::SizeIs;
+
+// What a session that only scans says of it.
+std::string scanned() {
+    return TestSession(TestSession::State::Scanned).log;
+}
+
+TEST(Catalogue, TellsWhatTheTagsSay) {
+    const TestMusic music;
+    music.add("a.wav",
+              "TITLE=First|ARTIST=Ann|ARTIST=Bob|ALBUM=Blue|TRACKNUMBER=3/9|DATE=1994-05-02");
+    music.add("b.wav", "TITLE=Loose|ARTIST=Cyd|ALBUM=Hits|COMPILATION=1");
+    music.add("folder/No tags.wav", "");
+    const TestSession session(TestSession::State::Scanned);
+    EXPECT_THAT(TestMusic::tracks(),
+                ElementsAre(Key("First by Ann on Blue"), Key("Loose by Cyd on Hits"),
+                            Key("No tags by Unknown artist on Unknown album")));
+
+    const auto first = trackOf(TestMusic::link("First"));
+    sp_track* const track = first.get();
+    ASSERT_EQ(sp_track_num_artists(track), 2);
+    EXPECT_STREQ(sp_artist_name(sp_track_artist(track, 1)), "Bob");
+    EXPECT_EQ(sp_track_index(track), 3);
+    sp_album* album = sp_track_album(track);
+    EXPECT_EQ(sp_album_year(album), 1994);
+    EXPECT_EQ(sp_album_type(album), SP_ALBUMTYPE_ALBUM) << "nine tracks, says the tag";
+
+    const auto loose = trackOf(TestMusic::link("Loose"));
+    album = sp_track_album(loose.get());
+    EXPECT_EQ(sp_album_type(album), SP_ALBUMTYPE_COMPILATION);
+    EXPECT_STREQ(sp_artist_name(sp_album_artist(album)), "Various Artists");
+}
+
+TEST(Catalogue, ReadsEveryFormat) {
+    const TestMusic music;
+    music.encode("a.flac", "flacenc", "TITLE=a");
+    music.encode("b.ogg", "vorbisenc ! oggmux", "TITLE=b");
+    music.encode("c.opus", "opusenc ! oggmux", "TITLE=c");
+    music.encode("d.opus", "opusenc ! oggmux", "TITLE=d");
+    music.encode("e.mp3", "lamemp3enc", "TITLE=e");
+    music.encode("f.m4a", "avenc_aac ! mp4mux", "TITLE=f");
+    music.encode("g.aac", "avenc_aac ! aacparse ! audio/mpeg,stream-format=adts", "");
+    // A tag library that goes by the ending does not see the format behind it.
+    music.move("d.opus", "d.ogg");
+    const TestSession session(TestSession::State::Scanned);
+    for (const char* title : {"a", "b", "c", "d", "e", "f", "g"}) {
+        // Lossy formats are padded to whole frames.
+        const auto link = trackOf(TestMusic::link(title));
+        EXPECT_NEAR(sp_track_duration(link.get()), 500, 100) << title << session.log;
+    }
+}
+
+TEST(Catalogue, FollowsChanges) {
+    const TestMusic music;
+    music.add("keep.wav", "TITLE=Keep");
+    music.add("change.wav", "TITLE=Before");
+    music.add("folder/go.wav", "TITLE=Go");
+    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 0 skipped"));
+    const std::string keep = TestMusic::link("Keep");
+    const std::string go = TestMusic::link("Go");
+    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 0 new, 0 changed, 0 removed, 0 skipped"));
+
+    music.move("folder/go.wav", "saved");
+    music.add("change.wav", "TITLE=After", 500);
+    music.add("new/new.wav", "TITLE=New");
+    {
+        const TestSession session(TestSession::State::Scanned);
+        EXPECT_THAT(session.log, HasSubstr(": 3 tracks, 1 new, 1 changed, 1 removed, 0 skipped"));
+        EXPECT_EQ(TestMusic::link("Keep"), keep);
+        const auto gone = trackOf(go);
+        EXPECT_STREQ(sp_track_name(gone.get()), "Go") << "what is gone keeps its name";
+        EXPECT_EQ(sp_track_get_availability(session.get(), gone.get()),
+                  SP_TRACK_AVAILABILITY_UNAVAILABLE);
+    }
+    music.move("saved", "moved.wav");
+    EXPECT_THAT(scanned(), HasSubstr(": 4 tracks, 1 new, 0 changed, 0 removed, 0 skipped"));
+    EXPECT_EQ(TestMusic::link("Go"), go) << "what only moves is the same track";
+
+    music.add("twin.wav", "TITLE=Go", 1000);
+    scanned();
+    EXPECT_THAT(TestMusic::tracks(), SizeIs(5)) << "one of two with the same tags has another link";
+    std::filesystem::remove(music.path("moved.wav"));
+    scanned();
+    EXPECT_EQ(TestMusic::link("Go"), go) << "the one that is left has the link of its tags";
+}
+
+TEST(Catalogue, SkipsWhatCannotBeReadWithOneLine) {
+    using namespace std::string_literals;
+    const TestMusic music;
+    music.add("good.wav", "TITLE=Good");
+    music.write("notes.txt", "no music");
+    const std::pair<std::string, std::string> broken[] = {
+        {"empty.flac", ""},
+        {"text.mp3", std::string(5000, 'x')},
+        {"noise.m4a", "\0\0\0 ftypM4A "s + std::string(300, '\xff')},
+        {"short.wav", "RIFF\xff\xff\xff\xffWAVE"},
+        {"half.ogg", "OggS"}};
+    for (const auto& [name, bytes] : broken) {
+        music.write(name, bytes);
+    }
+    const std::string log = scanned();
+    for (const auto& [name, bytes] : broken) {
+        const std::string skipped = "Skipped " + music.path(name) + ": ";
+        EXPECT_THAT(log, HasSubstr(skipped));
+        EXPECT_EQ(log.find(skipped), log.rfind(skipped)) << name;
+    }
+    EXPECT_THAT(log, HasSubstr(": 1 tracks, 1 new, 0 changed, 0 removed, 5 skipped"));
+    const std::string again = scanned();
+    EXPECT_THAT(again, HasSubstr("5 skipped"));
+    EXPECT_THAT(again, Not(HasSubstr("Skipped"))) << "nothing new to tell of the same files";
+
+    music.add("text.mp3", "");  // a WAV by content is still no MP3
+    music.encode("empty.flac", "flacenc", "TITLE=Mended");
+    music.write("good.wav", "broken now");
+    scanned();
+    EXPECT_THAT(TestMusic::tracks(), ElementsAre(Key("Mended by Unknown artist on Unknown album")));
+}
+
+// How much this process has read so far, in bytes.
+std::uint64_t bytesRead() {
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    std::uint64_t count = 0;
+    counters >> name >> count;
+    return name == "rchar:" ? count : throw std::runtime_error("no counters");
+}
+
+std::string adtsFrames(std::size_t count, std::size_t size) {
+    std::string frame("\xff\xf1\x50", 3);
+    for (const std::size_t byte :
+         {0x80 | size >> 11, size >> 3, size << 5 | 0x1f, std::size_t(0xfc)}) {
+        frame.push_back(static_cast<char>(byte));
+    }
+    std::minstd_rand random;
+    std::string all;
+    while (count-- > 0) {
+        all += frame;
+        std::generate_n(std::back_inserter(all), size - frame.size(), random);
+    }
+    return all;
+}
+
+TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
+    using namespace std::string_literals;
+    const TestMusic music;
+    // What only unpacks, or is counted, to more than anybody has.
+    std::string bomb(20 << 20, 'a');
+    bomb = "ID3\3\0\0"s + "\x0a\0\0\0"s + bomb.replace(0, 10, "TIT2\x01\x3f\xff\xf6\0\x80"s);
+    std::string frames = "ID3\3\0\0"s + "\x0a\0\0\0"s;
+    while (frames.size() < 20U << 20) {
+        frames += "TIT2\0\0\0\2\0\0\3a"s;
+    }
+    music.write("bomb.mp3", bomb);
+    music.write("frames.mp3", frames);
+    for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
+                                     {"zeros.aac", 3L << 30},
+                                     {"zeros.ogg", 300L << 20},
+                                     {"zeros.flac", 300L << 20},
+                                     {"zeros.m4a", 300L << 20}}) {
+        music.write(name, "");
+        std::filesystem::resize_file(music.path(name), static_cast<std::uintmax_t>(size));
+        const std::uint64_t before = bytesRead();
+        const service::MusicFile file(music.path(name));
+        EXPECT_THROW(service::readTags(file, service::StopFlag(false)), service::UnreadableFile);
+        EXPECT_LT(bytesRead() - before, 16U << 20) << name;
+        const std::uint64_t bounded = bytesRead();
+        EXPECT_THROW(service::readTags(file, service::StopFlag(true)), service::UnreadableFile);
+        EXPECT_LT(bytesRead() - bounded, 64U << 10) << name << ": nobody waits for it";
+    }
+    // What long files do hold is found all the same, and what is not counted is guessed.
+    music.write("long.aac", adtsFrames(20000, 400) + "TAG" + "Long" + std::string(121, '\0'));
+    music.write("many.aac", adtsFrames(1500000, 7));
+    EXPECT_THAT(scanned(), HasSubstr(": 2 tracks, 2 new, 0 changed, 0 removed, 7 skipped"));
+    const TestSession session(TestSession::State::Scanned);
+    const auto duration = [](const char* title) {
+        return sp_track_duration(trackOf(TestMusic::link(title)).get());
+    };
+    EXPECT_EQ(duration("Long"), 20000LL * 1024 * 1000 / 44100);
+    EXPECT_NEAR(duration("many"), 1500000LL * 1024 * 1000 / 44100, 100000);
+}
+
+TEST(Catalogue, OpensNothingButRegularFilesAndNeverWaits) {
+    const TestMusic music;
+    music.write("a.m3u", "");
+    for (const char* name : {"pipe.mp3", "pipe.m3u"}) {
+        ASSERT_EQ(mkfifo(music.path(name).c_str(), 0600), 0);
+        EXPECT_THROW(service::MusicFile(music.path(name)), service::UnreadableFile);
+    }
+    EXPECT_THROW(service::MusicFile(music.path("")), service::UnreadableFile) << "a folder";
+    EXPECT_THROW(service::PlaylistFile::read(music.path("pipe.m3u")), service::MalformedPlaylist);
+    // Which file it is was settled when it was opened.
+    music.write("song.wav", "one");
+    const service::MusicFile file(music.path("song.wav"));
+    music.move("pipe.mp3", "song.wav");
+    EXPECT_EQ(file.contents(3), "one");
+    EXPECT_THROW(file.contents(2), service::UnreadableFile) << "more than was wanted";
+}
+
+TEST(Catalogue, SurvivesLoopsAndAMissingFolder) {
+    const TestMusic music;
+    music.add("a/song.wav", "TITLE=Song");
+    std::filesystem::create_directory_symlink(music.path("a"), music.path("a/loop"));
+    std::filesystem::create_directory_symlink("..", music.path("a/up"));
+    std::filesystem::create_directory_symlink("nowhere", music.path("dangling"));
+    scanned();
+    EXPECT_THAT(TestMusic::tracks(), SizeIs(1));
+    music.move("a", ".hidden");
+    scanned();
+    EXPECT_THAT(TestMusic::tracks(), SizeIs(0));
+    music.move(".hidden", "a");
+    scanned();
+    std::filesystem::remove_all(music.path(""));
+    EXPECT_THAT(scanned(), HasSubstr("Cannot read the folder "));
+    const Ran index = run(SONOLET_INDEX);
+    EXPECT_EQ(index.status, 1);
+    EXPECT_THAT(index.output, HasSubstr("stays known"));
+    EXPECT_THAT(TestMusic::tracks(), SizeIs(1));
+}
+
+TEST(Catalogue, FindsCoversBesideFiles) {
+    const TestMusic music;
+    music.add("a/1.wav", "TITLE=One|ARTIST=Ann|ALBUM=A|DATE=2001");
+    music.add("b/1.wav", "TITLE=Two|ARTIST=Ann|ALBUM=B|DATE=1999");
+    music.write("a/cover.jpg", "picture a");
+    music.write("b/Folder.JPG", "picture b");
+    scanned();
+    const auto pictures = [&](const char* title) {
+        const TestSession session;
+        const auto track = trackOf(TestMusic::link(title));
+        const byte* cover = sp_album_cover(sp_track_album(track.get()), SP_IMAGE_SIZE_SMALL);
+        const byte* portrait =
+            sp_artist_portrait(sp_track_artist(track.get(), 0), SP_IMAGE_SIZE_SMALL);
+        return std::pair(std::string(cover, cover + 20), std::string(portrait, portrait + 20));
+    };
+    const auto [cover, portrait] = pictures("One");
+    EXPECT_EQ(portrait, pictures("Two").first) << "of the first album";
+    music.write("a/cover.jpg", "another picture");
+    scanned();
+    EXPECT_NE(cover, pictures("One").first);
+}
+
+}  // namespace
+}  // namespace sonolet::test
