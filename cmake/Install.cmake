@@ -62,6 +62,15 @@ foreach(tool IN ITEMS sonolet-demo sonolet-fault sonolet-index sonolet-playlist 
     sonolet_install_program(${tool} service)
 endforeach()
 
+# The licence, where Debian's packages have it.
+foreach(part IN ITEMS "plugin sonolet-plugin" "host sonolet-host" "service libspotify12-local")
+    separate_arguments(part)
+    list(GET part 0 component)
+    list(GET part 1 package)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component}
+        RENAME copyright)
+endforeach()
+
 # ---- Packages ------------------------------------------------------------------------------------
 
 set(CPACK_GENERATOR DEB)

@@ -25,6 +25,7 @@ for package in sonolet-plugin sonolet-host libspotify12-local; do
     files=("$work/${package}"_*.deb)
     check "$package is there" test -f "${files[0]}"
     check "$package unpacks" dpkg-deb -x "${files[0]}" "$root"
+    check "$package has its licence" test -s "$root/usr/share/doc/$package/copyright"
     depends=$(dpkg-deb -f "${files[0]}" Depends)
     case $package in
     sonolet-plugin) check "$package needs no more than the C++ library: $depends" \
