@@ -2,7 +2,6 @@
 
 #include "AudioOptions.h"
 #include "LogLine.h"
-#include "Request.h"
 
 #include <algorithm>
 #include <exception>
@@ -73,7 +72,8 @@ void MediaBackend::writeData(NeedDataEvent* event, unsigned size, WriteDataStatu
     }
     std::unique_ptr<unsigned char[]> data(owned->data);
     auto* const request = dynamic_cast<Request*>(event);
-    const std::shared_ptr<MediaBackend> asker = request != nullptr ? request->answered() : nullptr;
+    const std::shared_ptr<Request::Asker> asker =
+        request != nullptr ? request->answered() : nullptr;
     if (asker.get() != this) {
         logLine("an answer to a request of another backend is dropped");
         if (asker) {

@@ -3,6 +3,7 @@
 
 #include "EventType.h"
 #include "Pipeline.h"
+#include "Request.h"
 
 #include "uva.h"
 
@@ -30,6 +31,7 @@
 // standard error and an event, DecodeError for a stream that cannot be decoded and ReleaseBackend
 // for an output that fails; nothing is asked for after either.
 class MediaBackend final : public UVABackend,
+                           public Request::Asker,
                            public std::enable_shared_from_this<MediaBackend>,
                            private Pipeline::Listener {
 public:
@@ -55,8 +57,7 @@ public:
     // Also after the release, which then frees the event and nothing more.
     void writeData(NeedDataEvent* event, unsigned size, WriteDataStatus status) override;
 
-    // The client deleted a request. Any thread.
-    void requestDropped() noexcept;
+    void requestDropped() noexcept override;
 
     // Ends playback; the client gets no event once this has returned. Once, from any thread, the
     // backend's own included.

@@ -15,8 +15,9 @@
 struct AudioOptions;
 
 // One WAV stream on its way to the sink, through GStreamer: appsrc, wavparse, audioconvert,
-// audioresample, sink. The samples stay as they come unless the sink cannot take them; the sinks
-// that are no device run at real time or a multiple of it.
+// audioresample, sink. The samples stay as they come unless the sink cannot take them. A device
+// runs by its own clock, and the end waits for that clock; the other sinks run at real time or a
+// multiple of it.
 //
 // Threads: one at a time; the listener is called on GStreamer's threads, and not any more once the
 // destructor has returned. Nothing needs a main loop. Ownership: takes over what is pushed.
@@ -43,13 +44,13 @@ public:
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    // Appends to the stream.
+    // Appends `size` bytes to the stream, any number, the header's first; never waits.
     void push(std::unique_ptr<unsigned char[]> data, std::size_t size);
 
-    // Nothing follows.
+    // Nothing follows. Once; finished() comes when all has been played, while playing.
     void end();
 
-    // Starts paused.
+    // Starts paused. Pausing stops the sound at once and keeps what was not heard.
     void setPlaying(bool playing);
 
     // Seconds of the stream that were played; nothing while that is not known.

@@ -1,14 +1,12 @@
 #include "Request.h"
 
-#include "MediaBackend.h"
-
 #include <utility>
 
-Request::Request(std::shared_ptr<MediaBackend> owner, unsigned streamOffset, unsigned byteCount)
-    : NeedDataEvent(streamOffset, byteCount), backend(std::move(owner)) {}
+Request::Request(std::shared_ptr<Asker> whoAsks, unsigned streamOffset, unsigned byteCount)
+    : NeedDataEvent(streamOffset, byteCount), asker(std::move(whoAsks)) {}
 
 Request::~Request() {
-    if (backend) {
-        backend->requestDropped();
+    if (asker) {
+        asker->requestDropped();
     }
 }

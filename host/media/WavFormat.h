@@ -6,7 +6,8 @@
 #include <cstdint>
 #include <optional>
 
-// What the samples of a WAV stream are, and the 44 bytes that say so.
+// What the samples of a WAV stream are, and the 44 bytes that say so. A plain value of PCM or float
+// samples; nothing of it throws.
 struct WavFormat {
     static constexpr std::size_t headerSize = 44;
     using Header = std::array<unsigned char, headerSize>;
