@@ -140,7 +140,7 @@ void MediaBackend::consumed(std::size_t bytes) noexcept {
 void MediaBackend::drained() noexcept {
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (!filled || ended || buffered() > 0) {
+        if (!filled || ended || stopped || buffered() > 0) {
             return;
         }
         filled = false;

@@ -98,13 +98,14 @@ public:
         return offsets.size();
     }
 
-    // Whether neither a notice nor more than `slack` requests come for a moment.
-    bool staysQuiet(std::size_t slack = 0) {
+    // Whether neither a notice nor a request comes for a moment.
+    bool staysQuiet() {
         std::unique_lock<std::mutex> lock(mutex);
-        const std::size_t limit = offsets.size() + slack;
+        const std::size_t askedBefore = offsets.size();
         const std::size_t told = notices.size();
-        return !changed.wait_for(lock, std::chrono::milliseconds(20),
-                                 [&] { return offsets.size() > limit || notices.size() > told; });
+        return !changed.wait_for(lock, std::chrono::milliseconds(20), [&] {
+            return offsets.size() > askedBefore || notices.size() > told;
+        });
     }
 
     NeedDataEvent* pop() {
