@@ -4,228 +4,125 @@
 #include "BareHost.h"
 #include "Figures.h"
 #include "Groups.h"
-#include "engine/Document.h"
-#include "engine/ErrorReporter.h"
-#include "engine/PluginLibrary.h"
-#include "engine/Scheduler.h"
-#include "engine/Text.h"
-#include "engine/WeakObject.h"
+#include "ScriptPage.h"
+#include "ScriptPeer.h"
 #include "library/Library.h"
 
-#include <JavaScriptCore/JavaScript.h>
 #include <dlfcn.h>
+#include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <deque>
+#include <array>
+#include <cmath>
 #include <functional>
 #include <iostream>
-#include <map>
-#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
-
-// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
-extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 
 using namespace figures;
 
 namespace {
 
 constexpr int rounds = 15;
+constexpr char handWritten[] = "JSClass with static functions";
 
-// Polls come when the benchmark says so.
-class ManualScheduler final : public Scheduler {
-public:
-    unsigned schedule(Delay delay, Task task) override {
-        tasks.emplace(++lastId, std::make_pair(delay.count(), std::move(task)));
-        return lastId;
-    }
-    void cancel(unsigned id) override { tasks.erase(id); }
+// ---- What pages do ----
 
-    // Every task with that delay, in milliseconds.
-    void run(double delay) {
-        for (const auto& [id, task] : std::map(tasks)) {
-            if (task.first == delay) {
-                task.second();
-            }
-        }
-    }
+// A line of a list: two fresh wrappers, five first calls.
+constexpr char ourRow[] = "const track = playlist.track(i), album = track.album();"
+                          "last = track.name() + track.duration() + album.name() + album.year();";
+constexpr char theirRow[] = "const track = peerPlaylist.track(i), album = track.album();"
+                            "last = track.name() + track.duration() + album.name() + album.year();";
 
-private:
-    unsigned lastId = 0;
-    std::map<unsigned, std::pair<double, Task>> tasks;
-};
-
-class Page final : public ErrorReporter {
-public:
-    explicit Page(const PluginLibrary& plugin)
-        : context(JSGlobalContextCreateInGroup(nullptr, nullptr)),
-          document(std::make_unique<Document>(context, plugin.capabilities(), scheduler, *this)) {
-        document->open({"file", "", 0});
-    }
-    ~Page() override {
-        document.reset();
-        JSGlobalContextRelease(context);
-    }
-    Page(const Page&) = delete;
-    Page& operator=(const Page&) = delete;
-
-    JSObjectRef evaluate(const std::string& script) const {
-        JSValueRef exception = nullptr;
-        const JSValueRef value = JSEvaluateScript(context, text::EngineString(script).get(),
-                                                  nullptr, nullptr, 1, &exception);
-        if (exception != nullptr) {
-            throw std::runtime_error(text::toUtf8(context, exception));
-        }
-        return JSValueIsObject(context, value) ? JSValueToObject(context, value, nullptr) : nullptr;
-    }
-
-    void define(const char* name, JSValueRef value) const {
-        JSObjectSetProperty(context, JSContextGetGlobalObject(context),
-                            text::EngineString(name).get(), value, kJSPropertyAttributeNone,
-                            nullptr);
-    }
-
-    // A batch: a function of its own with the loop, compiled by the engine as it sees fit.
-    std::function<void()> loop(const std::string& setUp, const std::string& body, int count) const {
-        const JSObjectRef function = evaluate("(function(count) { " + setUp +
-                                              "; let last; for (let i = 0; i < count; ++i) { " +
-                                              body + " } return last; })");
-        JSValueProtect(context, function);
-        return [this, function, count] {
-            const JSValueRef argument = JSValueMakeNumber(context, count);
-            JSValueRef exception = nullptr;
-            JSObjectCallAsFunction(context, function, nullptr, 1, &argument, &exception);
-            if (exception != nullptr) {
-                throw std::runtime_error(text::toUtf8(context, exception));
-            }
-        };
-    }
-
-    void uncaught(JSContextRef where, JSValueRef exception) noexcept override {
-        std::cerr << text::toUtf8(where, exception) << '\n';
-    }
-
-    JSGlobalContextRef context;
-    ManualScheduler scheduler;
-    std::unique_ptr<Document> document;
-};
-
-// ---- The peers: what a person writes for this engine alone ----
-
-namespace peer {
-
-JSValueRef number(
-    JSContextRef context, JSObjectRef, JSObjectRef self, size_t, const JSValueRef[], JSValueRef*) {
-    return JSValueMakeNumber(context,
-                             sp_track_index(static_cast<sp_track*>(JSObjectGetPrivate(self))));
-}
-JSValueRef boolean(
-    JSContextRef context, JSObjectRef, JSObjectRef self, size_t, const JSValueRef[], JSValueRef*) {
-    return JSValueMakeBoolean(context,
-                              sp_track_is_loaded(static_cast<sp_track*>(JSObjectGetPrivate(self))));
-}
-JSValueRef string(
-    JSContextRef context, JSObjectRef, JSObjectRef self, size_t, const JSValueRef[], JSValueRef*) {
-    JSStringRef made = JSStringCreateWithUTF8CString(
-        sp_track_name(static_cast<sp_track*>(JSObjectGetPrivate(self))));
-    const JSValueRef value = JSValueMakeString(context, made);
-    JSStringRelease(made);
-    return value;
-}
-JSValueRef takesNumber(JSContextRef context,
-                       JSObjectRef,
-                       JSObjectRef self,
-                       size_t argc,
-                       const JSValueRef argv[],
-                       JSValueRef* exception) {
-    if (argc < 1) {
-        return nullptr;
-    }
-    const double value = JSValueToNumber(context, argv[0], exception);
-    sp_session_set_cache_size(static_cast<sp_session*>(JSObjectGetPrivate(self)),
-                              static_cast<size_t>(value));
-    return JSValueMakeUndefined(context);
-}
-
-JSObjectRef object(JSContextRef context) {
-    static const JSStaticFunction functions[] = {
-        {"index", number, kJSPropertyAttributeReadOnly},
-        {"isLoaded", boolean, kJSPropertyAttributeReadOnly},
-        {"name", string, kJSPropertyAttributeReadOnly},
-        {"setCacheSize", takesNumber, kJSPropertyAttributeReadOnly},
-        {nullptr, nullptr, 0},
+void rows(ScriptPage& page) {
+    constexpr int count = 20000;
+    const auto row = [&](const char* what, const std::function<void()>& ours) {
+        const Compared time = compare(9, count, processSeconds, page.collected(ours),
+                                      page.collected(page.loop(theirRow, count)));
+        report(atMost(what, time.subject / 1e3, "us", handWritten, time.peer / 1e3, 5));
     };
-    JSClassDefinition definition = kJSClassDefinitionEmpty;
-    definition.className = "Track";
-    definition.staticFunctions = functions;
-    JSClassRef made = JSClassCreate(&definition);
-    const JSObjectRef object = JSObjectMake(context, made, benchHandle<sp_track>());
-    JSClassRelease(made);
-    return object;
-}
+    row("row of a list (two wrappers, five first calls), in a listener",
+        page.loopInListener(ourRow, count));
+    // A timer's share of a long list is one call of the engine.
+    const auto slice = page.loop(ourRow, 500);
+    row("row of a list, from timers", [slice] {
+        for (int i = 0; i < count / 500; ++i) {
+            slice();
+        }
+    });
 
-JSObjectRef withProperty(JSContextRef context) {
-    JSClassDefinition definition = kJSClassDefinitionEmpty;
-    definition.className = "List";
-    definition.getProperty = [](JSContextRef where, JSObjectRef, JSStringRef name,
-                                JSValueRef*) -> JSValueRef {
-        return JSStringIsEqualToUTF8CString(name, "length") ? JSValueMakeNumber(where, 7) : nullptr;
+    const auto wrapper = [&](const char* what, const char* ours, const char* theirs) {
+        const Compared time =
+            compare(9, count, processSeconds, page.collected(page.loop(ours, count)),
+                    page.collected(page.loop(theirs, count)));
+        report(atMost(what, time.subject, "ns", handWritten, time.peer, 5));
     };
-    JSClassRef made = JSClassCreate(&definition);
-    const JSObjectRef object = JSObjectMake(context, made, nullptr);
-    JSClassRelease(made);
-    return object;
+    wrapper("wrapper made and dropped", "last = track.album();", "last = peer.album();");
+    wrapper("wrapper made, called once and dropped", "last = track.album().name();",
+            "last = peer.album().name();");
 }
 
-struct Wrapped {
-    void* handle;
-};
-
-// playlist.track() of a person who writes no more than this.
-JSValueRef
-track(JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef[], JSValueRef*) {
-    static const JSClassRef trackClass = [] {
-        JSClassDefinition definition = kJSClassDefinitionEmpty;
-        definition.className = "Track";
-        definition.attributes = kJSClassAttributeNoAutomaticPrototype;
-        definition.finalize = [](JSObjectRef object) {
-            delete static_cast<Wrapped*>(JSObjectGetPrivate(object));
-        };
-        return JSClassCreate(&definition);
-    }();
-    return JSObjectMake(context, trackClass, new Wrapped{benchHandle<sp_track>()});
+// A playlist's lines, at several lengths: each line costs the same.
+void lists(ScriptPage& page) {
+    constexpr int all = 10000;
+    const auto show = [&](const std::string& list, int tracks) {
+        return page.collected(page.loop("for (let n = 0; n < " + std::to_string(tracks) +
+                                            "; ++n) { const track = " + list +
+                                            ".track(n); last = track.name() +"
+                                            "track.artist(0).name() + track.album().name() +"
+                                            "track.duration(); }",
+                                        all / tracks));
+    };
+    std::vector<double> times;
+    for (const int tracks : {100, 1000, all}) {
+        const Compared time =
+            compare(7, all, processSeconds, show("playlist", tracks), show("peerPlaylist", tracks));
+        report(atMost("line of a playlist of " + std::to_string(tracks) +
+                          " (name, artist, album, duration)",
+                      time.subject / 1e3, "us", handWritten, time.peer / 1e3, 5));
+        times.push_back(time.subject * tracks);
+    }
+    report(within("line of a playlist, slope of all from 1000 to 10000",
+                  std::log10(times[2] / times[1]), "", 1.3));
 }
 
-// What the engine alone takes for an object as the host's are: behind a prototype of its own, which
-// catches reads, and held weakly.
-std::deque<WeakObject> held;
-JSValueRef
-caught(JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef[], JSValueRef*) {
-    static const JSClassRef catcherClass = [] {
-        JSClassDefinition definition = kJSClassDefinitionEmpty;
-        definition.className = "Catcher";
-        definition.attributes = kJSClassAttributeNoAutomaticPrototype;
-        definition.getProperty = [](JSContextRef, JSObjectRef, JSStringRef, JSValueRef*) {
-            return static_cast<JSValueRef>(nullptr);
-        };
-        definition.finalize = [](JSObjectRef) {};
-        return JSClassCreate(&definition);
-    }();
-    const JSObjectRef front = JSObjectMake(context, nullptr, nullptr);
-    const JSObjectRef catcher = JSObjectMake(context, catcherClass, nullptr);
-    JSObjectSetPrototype(context, front, catcher);
-    held.emplace_back().set(context, front);
-    return front;
+// ---- Single calls ----
+
+void calls(ScriptPage& page, const std::string& setting, double goal) {
+    constexpr int count = 100000;
+    const auto call = [&](const std::string& what, const char* ours, const char* theirs) {
+        const Compared time =
+            compare(rounds, count, threadSeconds, page.loop(ours, count), page.loop(theirs, count));
+        const std::string name = "call that " + what + setting;
+        report(goal > 0 ? atMost(name, time.subject, "ns", handWritten, time.peer, goal)
+                        : plain(name + " (" + std::to_string(std::lround(time.peer)) +
+                                    " ns written by hand)",
+                                time.subject, "ns"));
+    };
+    call("returns a number", "last = track.index();", "last = peer.index();");
+    call("returns a boolean", "last = track.isLoaded();", "last = peer.isLoaded();");
+    call("returns a string of 12 characters", "last = track.name();", "last = peer.name();");
+    call("takes a number", "session.setCacheSize(i);", "peerSession.setCacheSize(i);");
+}
+
+void reads(ScriptPage& page) {
+    constexpr int count = 100000;
+    const Compared read =
+        compare(rounds, count, threadSeconds, page.loop("last = list.length;", count),
+                page.loop("last = peerList.length;", count));
+    report(atMost("read of an attribute that is not cacheable", read.subject, "ns",
+                  "JSClass with getProperty", read.peer, 1));
 }
 
 // The simplest queue from any thread to script.
-class Queue final {
+class PeerQueue final {
 public:
     void push(std::function<void()> call) {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -247,47 +144,13 @@ private:
     std::vector<std::function<void()>> calls;
 };
 
-}  // namespace peer
-
-// ---- The rows ----
-
-void calls(Page& page) {
-    constexpr int count = 100000;
-    struct Row {
-        const char* what;
-        const char* ours;
-        const char* theirs;
-    };
-    const Row rows[] = {
-        {"a number", "last = track.index();", "last = peer.index();"},
-        {"a boolean", "last = track.isLoaded();", "last = peer.isLoaded();"},
-        {"a string of 12 characters", "last = track.name();", "last = peer.name();"},
-    };
-    const auto call = [&](const std::string& what, const char* ours, const char* theirs) {
-        const Compared time = compare(rounds, count, threadSeconds, page.loop("", ours, count),
-                                      page.loop("", theirs, count));
-        report(atMost("call that " + what, time.subject, "ns", "JSClass with static functions",
-                      time.peer, 1));
-    };
-    for (const Row& row : rows) {
-        call(std::string("returns ") + row.what, row.ours, row.theirs);
-    }
-    call("takes a number", "session.setCacheSize(i);", "peer.setCacheSize(i);");
-
-    const Compared read =
-        compare(rounds, count, threadSeconds, page.loop("", "last = list.length;", count),
-                page.loop("", "last = peerList.length;", count));
-    report(atMost("read of an attribute that is not cacheable", read.subject, "ns",
-                  "JSClass with getProperty", read.peer, 1.15));
-}
-
-void events(Page& page) {
+void events(ScriptPage& page) {
     constexpr int events = 1000000;
     constexpr int batch = 10000;
-    page.evaluate("events = 0; session.addEventListener('EndOfTrack', () => { ++events; });");
+    page.evaluate("events = 0; listen = () => { ++events; };");
     const JSObjectRef listener = page.evaluate("peerEvents = 0; (() => { ++peerEvents; })");
     JSValueProtect(page.context, listener);
-    peer::Queue queue;
+    PeerQueue queue;
     // A tenth in each round: a million of each in all.
     const Compared time = compare(
         9, events / 10.0, processSeconds,
@@ -315,66 +178,19 @@ void events(Page& page) {
                 queue.run();
             }
         });
-    page.evaluate("if (events !== 1000000 || peerEvents !== 1000000) throw 'lost events';");
+    page.evaluate("if (events !== 1000000 || peerEvents !== 1000000) throw 'lost events';"
+                  "listen = null;");
     report(atMost("event from a foreign thread to a script listener", time.subject, "ns",
                   "mutex, closures, the engine's call", time.peer, 1.5));
 }
 
-void wrappers(Page& page) {
-    constexpr int count = 50000;
-    const auto ours = page.loop("", "last = playlist.track(0);", count);
-    const auto theirs = page.loop("", "last = peerTrack();", count);
-    // All that was made is dropped in the round that made it, but for what the engine holds back.
-    const auto collected = [&page](const std::function<void()>& make) {
-        return [&page, make] {
-            make();
-            page.document->letGo();
-            JSSynchronousGarbageCollectForDebugging(page.context);
-            page.document->letGo();
-            peer::held.clear();
-        };
-    };
-    const Compared time = compare(9, count, processSeconds, collected(ours), collected(theirs));
-    report(atMost("Track wrapper made, exposed and dropped", time.subject, "ns",
-                  "JSObjectMake with finalizer", time.peer, 2));
-    const Compared engine =
-        compare(9, count, processSeconds, collected(page.loop("", "last = caught();", count)),
-                collected(theirs));
-    report(plain("of it the engine: an object with a prototype of its own, held weakly",
-                 engine.subject, "ns"));
-}
+// ---- Processes of their own ----
 
-void script() {
-    const PluginLibrary plugin(SONOLET_BENCH_PLUGIN);
-    Page page(plugin);
-    const SecondThread second;
-    page.define("peer", peer::object(page.context));
-    page.define("peerList", peer::withProperty(page.context));
-    for (const auto& [name, function] :
-         {std::pair("peerTrack", &peer::track), std::pair("caught", &peer::caught)}) {
-        page.define(name, JSObjectMakeFunctionWithCallback(
-                              page.context, text::EngineString(name).get(), function));
-    }
-    page.evaluate("session = Spotify.Session.create(Spotify.SessionConfig);"
-                  "track = Spotify.Track.create('spotify:track:1');"
-                  "playlist = Spotify.Playlist.create('spotify:playlist:1');"
-                  "list = playlist.subscribers();");
-    calls(page);
-    events(page);
-    wrappers(page);
-}
-
-// ---- Loading ----
-
-// Runs `work` in a process of its own, where nothing is loaded yet; its answer in milliseconds.
-double inChild(const std::function<void()>& work) {
-    int ends[2];
-    if (pipe(ends) != 0) {
-        throw std::runtime_error("no pipe");
-    }
+// Runs `work` in a process of its own, where neither engine nor plug-in is loaded yet. Throws
+// std::runtime_error when it fails.
+void inChild(const std::function<void()>& work) {
     const pid_t child = fork();
     if (child == 0) {
-        const double start = wallSeconds();
         int status = 0;
         try {
             work();
@@ -382,20 +198,59 @@ double inChild(const std::function<void()>& work) {
             std::cerr << error.what() << '\n';
             status = 1;
         }
-        const double taken = (wallSeconds() - start) * 1e3;
-        status |= write(ends[1], &taken, sizeof taken) != sizeof taken;
         _exit(status);
     }
-    close(ends[1]);
-    double taken = 0;
-    const bool got = child > 0 && read(ends[0], &taken, sizeof taken) == sizeof taken;
-    close(ends[0]);
     int status = 1;
-    if (child < 0 || waitpid(child, &status, 0) != child || status != 0 || !got) {
-        throw std::runtime_error("the plug-in could not be loaded");
+    if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
+        throw std::runtime_error("a process of the benchmark failed");
     }
-    return taken;
 }
+
+void onPage(const std::function<void(ScriptPage&)>& measured) {
+    const PluginLibrary plugin(SONOLET_BENCH_PLUGIN);
+    ScriptPage page(plugin);
+    const SecondThread second;
+    page.define("peer", peer::track(page.context));
+    page.define("peerPlaylist", peer::playlist(page.context));
+    page.define("peerSession", peer::session(page.context));
+    page.define("peerList", peer::list(page.context));
+    page.evaluate("track = Spotify.Track.create('spotify:track:1');"
+                  "playlist = Spotify.Playlist.create('spotify:playlist:1');"
+                  "list = playlist.subscribers();");
+    measured(page);
+}
+
+void script() {
+    inChild([] {
+        onPage([](ScriptPage& page) {
+            page.loopInListener(ourRow, 1000000)();
+            rusage usage{};
+            getrusage(RUSAGE_SELF, &usage);
+            report(within("memory of the process, a million rows in one listener",
+                          static_cast<double>(usage.ru_maxrss) / 1e3, "MB", 200));
+        });
+    });
+    inChild([] {
+        onPage([](ScriptPage& page) {
+            rows(page);
+            lists(page);
+            events(page);
+            calls(page, "", 1);
+            reads(page);
+        });
+    });
+    // As the engine is on many devices.
+    for (const auto& [option, setting, goal] :
+         {std::tuple("JSC_useDFGJIT", ", baseline JIT alone", 1.2),
+          std::tuple("JSC_useJIT", ", no JIT", 0.0)}) {
+        inChild([option = option, setting = setting, goal = goal] {
+            setenv(option, "0", 1);  // NOLINT(concurrency-mt-unsafe): one thread
+            onPage([&](ScriptPage& page) { calls(page, setting, goal); });
+        });
+    }
+}
+
+// ---- Loading ----
 
 void* open(const char* path) {
     void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
@@ -405,16 +260,40 @@ void* open(const char* path) {
     return library;
 }
 
+// Milliseconds of `work` in a process of its own.
+double milliseconds(const std::function<void()>& work) {
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    double taken = 0;
+    inChild([&] {
+        const double start = wallSeconds();
+        work();
+        taken = (wallSeconds() - start) * 1e3;
+        if (write(ends[1], &taken, sizeof taken) != sizeof taken) {
+            throw std::runtime_error("no answer");
+        }
+    });
+    const bool got = read(ends[0], &taken, sizeof taken) == sizeof taken;
+    close(ends[0]);
+    close(ends[1]);
+    if (!got) {
+        throw std::runtime_error("no answer");
+    }
+    return taken;
+}
+
 void load() {
     std::vector<double> ours;
     std::vector<double> theirs;
     for (int i = 0; i < 31; ++i) {
-        ours.push_back(inChild([] {
+        ours.push_back(milliseconds([] {
             BareHost host(reinterpret_cast<BareHost::Entry*>(
                 dlsym(open(SONOLET_BENCH_PLUGIN), "jsplugin_capabilities")));
             host.global(host.open(), "Spotify");
         }));
-        theirs.push_back(inChild([] { open(SONOLET_BENCH_EMPTY); }));
+        theirs.push_back(milliseconds([] { open(SONOLET_BENCH_EMPTY); }));
     }
     const double empty = median(theirs);
     report(plain("dlopen of an empty C++ library", empty, "ms"));

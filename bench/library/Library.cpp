@@ -43,6 +43,21 @@ const char* sp_track_name(sp_track*) {
 int sp_track_duration(sp_track*) {
     return 180000;
 }
+sp_album* sp_track_album(sp_track*) {
+    return benchHandle<sp_album>();
+}
+sp_artist* sp_track_artist(sp_track*, int) {
+    return benchHandle<sp_artist>();
+}
+const char* sp_album_name(sp_album*) {
+    return benchText;
+}
+int sp_album_year(sp_album*) {
+    return 1999;
+}
+const char* sp_artist_name(sp_artist*) {
+    return benchText;
+}
 sp_playlist* sp_playlist_create(sp_session*, sp_link*) {
     return benchHandle<sp_playlist>();
 }
