@@ -165,6 +165,7 @@ bool Document::callFunction(ObjectRecord* thisRecord,
     for (int i = 0; i < argc && exception == nullptr; ++i) {
         arguments.add(store.toScript(context, argv[i], &exception));
     }
+    const PluginCalls::Wait wait(calls);
     if (exception == nullptr) {
         JSObjectCallAsFunction(context, function, thisObject, arguments.size(), arguments.data(),
                                &exception);

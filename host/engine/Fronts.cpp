@@ -1,11 +1,14 @@
 #include "engine/Fronts.h"
 
+#include "engine/FrontsScript.h"
 #include "engine/ObjectAccess.h"
 #include "engine/Text.h"
 
-#include <array>
-#include <cstdint>
+#include <algorithm>
+#include <memory_resource>
+#include <stdexcept>
 #include <unordered_map>
+#include <utility>
 
 // Exported by the engine but in none of its public headers; null with an engine that has it not.
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
@@ -15,44 +18,56 @@ namespace {
 
 // What hangs on a script object outside of the engine's heap, about: without knowing of it the
 // engine would let many thousand dead objects lie before it collects.
-constexpr size_t nativeMemoryCost = 1024;
+constexpr std::size_t costOfObject = 4096;
+constexpr std::size_t costOfFunction = 2048;
+// A report takes as long as a small object.
+constexpr std::size_t reportAt = std::size_t{16} * 1024;
+
+// Flags of Shared::answer.
+constexpr std::int32_t isFound = 1;
+constexpr std::int32_t isNumber = 2;
+constexpr std::int32_t isKept = 4;
+constexpr std::int32_t isPart = 8;
 
 // Records by the address of their front. Another object may come to lie there, so an entry counts
 // only while the front lives.
 class Table final {
 public:
-    void add(ObjectRecord& record) {
-        records.insert_or_assign(record.object, &record);
-        lately(record.object) = &record;
+    void add(JSObjectRef object, ObjectRecord& record) {
+        records.insert_or_assign(object, &record);
+        lately(object) = {object, &record};
     }
-    void remove(const ObjectRecord& record) noexcept {
-        if (ObjectRecord*& known = lately(record.object); known == &record) {
-            known = nullptr;
-        }
-        const auto found = records.find(record.object);
+    void remove(JSObjectRef object, const ObjectRecord& record) noexcept {
+        const auto found = records.find(object);
         if (found != records.end() && found->second == &record) {
             records.erase(found);
+            if (lately(object).first == object) {
+                lately(object) = {};
+            }
         }
     }
+    // What was added for that address last; the front may have died.
     ObjectRecord* find(JSObjectRef object) noexcept {
-        ObjectRecord*& known = lately(object);
-        if (known == nullptr || known->object != object) {
+        Entry& known = lately(object);
+        if (known.first != object) {
             const auto found = records.find(object);
             if (found == records.end()) {
                 return nullptr;
             }
-            known = found->second;
+            known = *found;
         }
-        return known->living() == object ? known : nullptr;
+        return known.second;
     }
 
 private:
-    ObjectRecord*& lately(JSObjectRef object) noexcept {
+    using Entry = std::pair<JSObjectRef, ObjectRecord*>;
+    Entry& lately(JSObjectRef object) noexcept {
         return cache[reinterpret_cast<std::uintptr_t>(object) / 16 % cache.size()];
     }
 
-    std::unordered_map<JSObjectRef, ObjectRecord*> records;
-    std::array<ObjectRecord*, 64> cache = {};  // by a part of the address; all are in `records`
+    std::pmr::unsynchronized_pool_resource memory;
+    std::pmr::unordered_map<JSObjectRef, ObjectRecord*> records{&memory};
+    std::array<Entry, 64> cache = {};  // by a part of the address; all are in `records`
 };
 
 // Never freed: documents go up to process exit.
@@ -61,21 +76,13 @@ Table& table() {
     return fronts;
 }
 
-FrontLink* linkOf(JSObjectRef catcher) noexcept {
-    return static_cast<FrontLink*>(JSObjectGetPrivate(catcher));
+// Those of the living documents: as many as there are frames.
+std::vector<Fronts*>& living() {
+    static std::vector<Fronts*>& all = *new std::vector<Fronts*>;
+    return all;
 }
 
-JSValueRef
-catchRead(JSContextRef, JSObjectRef catcher, JSStringRef name, JSValueRef* exception) noexcept {
-    const FrontLink* const link = linkOf(catcher);
-    ObjectRecord* const record = link != nullptr ? link->record : nullptr;
-    if (record == nullptr || record->callbacks.getter == nullptr ||
-        Fallback::isPrototypeName(name)) {
-        return nullptr;
-    }
-    return record->access.read(*record, name, exception);
-}
-
+// Of each function that is made here, with or without a Proxy before it.
 JSValueRef callFunction(JSContextRef context,
                         JSObjectRef function,
                         JSObjectRef thisObject,
@@ -89,67 +96,231 @@ JSValueRef callFunction(JSContextRef context,
     return record->access.call(*record, thisObject, argc, argv, exception);
 }
 
-void finalize(JSObjectRef catcher) noexcept {
-    FinalizerQueue::add(linkOf(catcher));
+JSObjectRef
+call(JSContextRef context, JSObjectRef function, std::initializer_list<JSValueRef> arguments = {}) {
+    JSValueRef exception = nullptr;
+    const JSValueRef result = JSObjectCallAsFunction(context, function, nullptr, arguments.size(),
+                                                     arguments.begin(), &exception);
+    if (exception != nullptr) {
+        throw std::runtime_error("fronts.js: " + text::toUtf8(context, exception));
+    }
+    return JSValueIsObject(context, result) ? JSValueToObject(context, result, nullptr) : nullptr;
 }
 
-// The process's, and never released.
-JSClassRef catcherClass() {
-    static const JSClassRef made = [] {
-        JSClassDefinition catcher = kJSClassDefinitionEmpty;
-        catcher.className = "NativeObject";
-        catcher.attributes = kJSClassAttributeNoAutomaticPrototype;
-        catcher.finalize = finalize;
-        catcher.getProperty = catchRead;
-        return JSClassCreate(&catcher);
-    }();
-    return made;
+// REQUIRES: the member is an object.
+JSObjectRef member(JSContextRef context, JSObjectRef object, const char* name) {
+    return JSValueToObject(
+        context, JSObjectGetProperty(context, object, text::EngineString(name).get(), nullptr),
+        nullptr);
 }
 
 }  // namespace
 
-Fronts::Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions)
-    : context(scriptContext),
-      objectFallback(context, engineFunctions, engineFunctions.objectPrototype()),
-      functionFallback(context, engineFunctions, engineFunctions.functionPrototype()) {}
+template <Fronts::Callback callback>
+JSValueRef Fronts::native(JSContextRef context,
+                          JSObjectRef,
+                          JSObjectRef,
+                          size_t argc,
+                          const JSValueRef argv[],
+                          JSValueRef* exception) noexcept {
+    for (Fronts* const fronts : living()) {
+        if (fronts->context == context) {
+            return (fronts->*callback)(argc, argv, exception);
+        }
+    }
+    return nullptr;
+}
 
-JSObjectRef Fronts::make(ObjectRecord& record, const std::shared_ptr<FinalizerQueue>& queue) const {
+Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbered(1) {
+    JSValueRef exception = nullptr;
+    const JSValueRef evaluated = JSEvaluateScript(context, text::EngineString(frontsScript).get(),
+                                                  nullptr, nullptr, 1, &exception);
+    if (exception != nullptr) {
+        throw std::runtime_error("fronts.js: " + text::toUtf8(context, exception));
+    }
+    const JSObjectRef natives = JSObjectMake(context, nullptr, nullptr);
+    const auto offer = [&](const char* name, JSObjectCallAsFunctionCallback function) {
+        const text::EngineString key(name);
+        JSObjectSetProperty(context, natives, key.get(),
+                            JSObjectMakeFunctionWithCallback(context, key.get(), function), 0,
+                            nullptr);
+    };
+    offer("read", native<&Fronts::readNative>);
+    offer("write", native<&Fronts::writeNative>);
+    offer("name", native<&Fronts::nameNative>);
+    offer("take", native<&Fronts::takeNative>);
+    offer("part", native<&Fronts::partNative>);
+    kernel = call(context, JSValueToObject(context, evaluated, nullptr), {natives});
+    JSValueProtect(context, kernel);
+    makeBatch = member(context, kernel, "makeBatch");
+    dropBatch = member(context, kernel, "dropBatch");
+    makeFunctionFront = member(context, kernel, "makeFunctionFront");
+    shared = static_cast<Shared*>(
+        JSObjectGetArrayBufferBytesPtr(context, member(context, kernel, "shared"), nullptr));
+    living().push_back(this);
+}
+
+Fronts::~Fronts() {
+    living().erase(std::find(living().begin(), living().end(), this));
+    JSValueUnprotect(context, kernel);
+}
+
+// ---- Calls of fronts.js ----
+
+JSValueRef Fronts::readNative(size_t, const JSValueRef[], JSValueRef* exception) {
+    ObjectRecord* const record = recordNumbered(shared->record);
+    const bool isQuiet = shared->quiet != 0;
+    Reading reading;
+    if (record != nullptr && record->callbacks.getter != nullptr) {
+        // A copy: a call inside this one may give the number to another name.
+        const std::string name = names[static_cast<std::size_t>(shared->name)];
+        reading = record->access.read(*record, name, exception);
+        if (isQuiet && *exception != nullptr) {
+            *exception = nullptr;
+            reading.found = false;
+        }
+    }
+    shared->number = reading.number;
+    shared->answer = !reading.found
+                         ? 0
+                         : isFound | (reading.isNumber ? isNumber : 0) |
+                               (reading.isKept ? isKept : 0) | (reading.isPart ? isPart : 0);
+    return reading.value;
+}
+
+JSValueRef Fronts::writeNative(size_t, const JSValueRef argv[], JSValueRef* exception) {
+    ObjectRecord* const record = recordNumbered(shared->record);
+    bool isTaken = false;
+    if (record != nullptr && record->callbacks.setter != nullptr) {
+        const std::string name = names[static_cast<std::size_t>(shared->name)];
+        isTaken = record->access.write(*record, name, argv[0], exception);
+    }
+    shared->answer = isTaken ? isFound : 0;
+    return nullptr;
+}
+
+JSValueRef Fronts::nameNative(size_t, const JSValueRef argv[], JSValueRef*) {
+    const auto number = static_cast<std::size_t>(JSValueToNumber(context, argv[0], nullptr));
+    if (number >= names.size()) {
+        names.resize(number + 1);
+    }
+    names[number] = text::toUtf8(context, argv[1]);
+    return nullptr;
+}
+
+JSValueRef Fronts::takeNative(size_t argc, const JSValueRef argv[], JSValueRef*) {
+    for (std::size_t i = 0; i < argc; ++i) {
+        batch[i] = const_cast<JSObjectRef>(argv[i]);
+    }
+    return nullptr;
+}
+
+// A function that its object no longer keeps.
+JSValueRef Fronts::partNative(size_t, const JSValueRef argv[], JSValueRef*) {
+    ObjectRecord* const function = recordOf(const_cast<JSObjectRef>(argv[0]));
+    if (function != nullptr && function->whole != nullptr && !function->weak) {
+        function->weak.set(context, function->object);
+        function->whole->hasLooseParts = true;
+    }
+    return nullptr;
+}
+
+// ---- Making ----
+
+std::int32_t Fronts::newNumber() {
+    if (freeNumbers.empty()) {
+        numbered.push_back(nullptr);
+        return static_cast<std::int32_t>(numbered.size() - 1);
+    }
+    const std::int32_t number = freeNumbers.back();
+    freeNumbers.pop_back();
+    return number;
+}
+
+JSObjectRef Fronts::makeObject(std::int32_t& number) {
+    if (used == batchSize) {
+        for (std::int32_t& each : batchNumbers) {
+            each = newNumber();
+        }
+        shared->batch = batchNumbers;
+        call(context, makeBatch);
+        used = 0;
+    }
+    number = batchNumbers[used];
+    return batch[used++];
+}
+
+JSObjectRef Fronts::makeFunction(ObjectRecord& record) {
+    const JSObjectRef function =
+        JSObjectMakeFunctionWithCallback(context, record.name, callFunction);
+    table().add(function, record);
+    reportMemory(costOfFunction);
+    return function;
+}
+
+JSObjectRef Fronts::make(ObjectRecord& record) {
     const NativeCallbacks& callbacks = record.callbacks;
-    const bool isFunction = callbacks.call != nullptr;
+    if (callbacks.call == nullptr) {
+        record.object = makeObject(record.number);
+        table().add(record.object, record);
+        reportMemory(costOfObject);
+    } else {
+        record.object = makeFunction(record);
+        if (callbacks.getter != nullptr || callbacks.setter != nullptr) {
+            record.number = newNumber();
+            shared->batch[0] = record.number;
+            callables[&record] = record.object;
+            record.object = call(context, makeFunctionFront, {record.object});
+            table().add(record.object, record);
+        }
+    }
+    if (record.number != 0) {
+        numbered[static_cast<std::size_t>(record.number)] = &record;
+    }
     // Until it is returned the front lives by being on the stack.
-    const JSObjectRef front =
-        isFunction ? JSObjectMakeFunctionWithCallback(
-                         context, text::EngineString(record.name).get(), callFunction)
-                   : JSObjectMake(context, nullptr, nullptr);
-    if (JSReportExtraMemoryCost != nullptr) {
-        JSReportExtraMemoryCost(context, nativeMemoryCost);
-    }
-    if (!isFunction || callbacks.getter != nullptr || callbacks.setter != nullptr) {
-        auto* const link = new FrontLink{&record, queue};
-        record.links.push_back(link);
-        const JSObjectRef catcher = JSObjectMake(context, catcherClass(), link);
-        JSObjectSetPrototype(context, catcher,
-                             isFunction ? functionFallback.object() : objectFallback.object());
-        JSObjectSetPrototype(context, front, catcher);
-    }
-    record.object = front;
-    record.weak.set(context, front);
-    table().add(record);
-    return front;
+    record.weak.set(context, record.object);
+    return record.object;
 }
 
-void Fronts::forget(const ObjectRecord& record) noexcept {
-    table().remove(record);
+JSObjectRef Fronts::makePart(ObjectRecord& function) {
+    function.object = makeFunction(function);
+    return function.object;
 }
 
-ObjectRecord* Fronts::recordBehind(JSContextRef context, JSValueRef prototype) noexcept {
-    if (!JSValueIsObjectOfClass(context, prototype, catcherClass())) {
-        return nullptr;
+void Fronts::forget(ObjectRecord& record) noexcept {
+    if (record.object != nullptr) {
+        table().remove(record.object, record);
     }
-    const FrontLink* const link = linkOf(JSValueToObject(context, prototype, nullptr));
-    return link != nullptr ? link->record : nullptr;
+    if (const auto callable = callables.find(&record); callable != callables.end()) {
+        table().remove(callable->second, record);
+        callables.erase(callable);
+    }
+    if (record.number != 0) {
+        numbered[static_cast<std::size_t>(record.number)] = nullptr;
+        freeNumbers.push_back(record.number);
+    }
+    record.weak.reset();
+    record.object = nullptr;
+    record.number = 0;
 }
 
 ObjectRecord* Fronts::recordOf(JSObjectRef object) noexcept {
-    return table().find(object);
+    ObjectRecord* const record = table().find(object);
+    return record != nullptr && record->living() == object ? record : nullptr;
+}
+
+void Fronts::dropUnused() {
+    if (used == batchSize) {
+        return;
+    }
+    freeNumbers.insert(freeNumbers.end(), batchNumbers.begin() + used, batchNumbers.end());
+    used = batchSize;
+    call(context, dropBatch);
+}
+
+void Fronts::reportMemory(std::size_t bytes) {
+    unreported += bytes;
+    if (unreported >= reportAt && JSReportExtraMemoryCost != nullptr) {
+        JSReportExtraMemoryCost(context, std::exchange(unreported, 0));
+    }
 }

@@ -1,52 +1,105 @@
 #ifndef SONOLET_HOST_ENGINE_FRONTS_H
 #define SONOLET_HOST_ENGINE_FRONTS_H
 
-#include "engine/Fallback.h"
-#include "engine/FinalizerQueue.h"
-#include "engine/Intrinsics.h"
 #include "engine/ObjectRecord.h"
 
 #include <JavaScriptCore/JavaScript.h>
 
-#include <memory>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 // The script objects of native records ("fronts") and how an access to one becomes a call of the
 // plug-in.
 //
-// A front is a plain object, or a plain function, because those are what the engine is fast with.
-// What may be cached becomes an own property of it, an accessor whose setter goes to the plug-in.
-// Behind the front stands the catcher, a prototype of its own with a callback that sees the reads
-// of every other name; behind that the document's Fallback, which sees the writes. A function
-// without getter and setter has neither.
+// The front of an object is a Proxy whose traps are in fronts.js: what may be kept stays there, and
+// every other read and write is one call back. The front of a function is a function of the
+// engine's, with a Proxy before it when it has names of its own.
 //
 // Threads: the script thread. One table for the process tells whose a front is: frames hand
-// objects to each other.
+// objects to each other. Errors: the constructor throws std::runtime_error when the engine lacks
+// what fronts.js needs.
 class Fronts final {
 public:
-    Fronts(JSGlobalContextRef scriptContext, const Intrinsics& engineFunctions);
+    explicit Fronts(JSGlobalContextRef scriptContext);
+    ~Fronts();
 
-    // A new front, which is the record's from here on. What its collection leaves goes to the
-    // queue.
-    JSObjectRef make(ObjectRecord& record, const std::shared_ptr<FinalizerQueue>& queue) const;
+    Fronts(const Fronts&) = delete;
+    Fronts& operator=(const Fronts&) = delete;
+
+    // A new front, which is the record's from here on.
+    JSObjectRef make(ObjectRecord& record);
+
+    // The same for a function that lives as long as the front that keeps it.
+    JSObjectRef makePart(ObjectRecord& function);
 
     // The record is no longer its object's.
-    static void forget(const ObjectRecord& record) noexcept;
+    void forget(ObjectRecord& record) noexcept;
 
     // The record behind a front that lives; null for any other object, or when the record is gone.
     static ObjectRecord* recordOf(JSObjectRef object) noexcept;
 
-    // The record whose front has `prototype` as its catcher; null for any other value.
-    static ObjectRecord* recordBehind(JSContextRef context, JSValueRef prototype) noexcept;
-
-    // Where the catcher leaves an exception.
-    Fallback& fallbackFor(const ObjectRecord& record) noexcept {
-        return record.callbacks.call != nullptr ? functionFallback : objectFallback;
-    }
+    // Fronts are made ahead, and would live until they are used.
+    void dropUnused();
 
 private:
+    static constexpr std::size_t batchSize = 32;
+
+    // Where a call between the two halves has its numbers; fronts.js knows the layout.
+    struct Shared {
+        double number;
+        std::int32_t record;
+        std::int32_t name;
+        std::int32_t quiet;
+        std::int32_t answer;
+        std::array<std::int32_t, batchSize> batch;
+    };
+
+    using Callback = JSValueRef (Fronts::*)(size_t argc,
+                                            const JSValueRef argv[],
+                                            JSValueRef* exception);
+    template <Callback callback>
+    static JSValueRef native(JSContextRef context,
+                             JSObjectRef function,
+                             JSObjectRef thisObject,
+                             size_t argc,
+                             const JSValueRef argv[],
+                             JSValueRef* exception) noexcept;
+    JSValueRef readNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef writeNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef nameNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef takeNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef partNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+
+    // The number by which fronts.js knows the record of a front; 0 is nobody's.
+    std::int32_t newNumber();
+    ObjectRecord* recordNumbered(std::int32_t number) const noexcept {
+        return numbered[static_cast<std::size_t>(number)];
+    }
+    JSObjectRef makeObject(std::int32_t& number);
+    JSObjectRef makeFunction(ObjectRecord& record);
+    void reportMemory(std::size_t bytes);
+
     JSGlobalContextRef context;
-    Fallback objectFallback;
-    Fallback functionFallback;
+    JSObjectRef kernel;  // protected; keeps all the others alive
+    JSObjectRef makeBatch;
+    JSObjectRef dropBatch;
+    JSObjectRef makeFunctionFront;
+    Shared* shared;  // the engine's
+
+    std::vector<std::string> names;
+    std::vector<ObjectRecord*> numbered;  // null: nobody's
+    std::vector<std::int32_t> freeNumbers;
+    // What the Proxy of a function with names stands before.
+    std::unordered_map<const ObjectRecord*, JSObjectRef> callables;
+    // Made ahead: each has its number, and lives by fronts.js until the next ones are made.
+    std::array<JSObjectRef, batchSize> batch = {};
+    std::array<std::int32_t, batchSize> batchNumbers = {};
+    std::size_t used = batchSize;
+    std::size_t unreported = 0;  // bytes
 };
 
 #endif

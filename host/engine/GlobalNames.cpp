@@ -61,7 +61,8 @@ JSValueRef GlobalNames::read(const Name& name, JSValueRef* exception) {
     switch (answer) {
     case JSP_GET_VALUE:
     case JSP_GET_VALUE_CACHE: {
-        const JSValueRef value = store.namedValue(result, name.text, exception);
+        ObjectStore::named(result, name.text);
+        const JSValueRef value = store.toScript(context, result, exception);
         if (value != nullptr && answer == JSP_GET_VALUE_CACHE) {
             replace(name, value);
         }

@@ -10,32 +10,15 @@ namespace {
 const char* const script = R"js((function () {
     'use strict';
     const define = Object.defineProperty;
-    const create = Object.create;
-    const ProxyConstructor = Proxy;
     return {
         __proto__: null,
         holders: new WeakMap(),
         set: WeakMap.prototype.set,
         value: (object, name, value, enumerable) => define(object, name,
             { __proto__: null, value, writable: true, enumerable, configurable: true }),
-        kept: (object, name, value, write) => define(object, name,
-            { __proto__: null, get: () => value, set(written) { write(object, name, written); },
-              enumerable: false, configurable: true }),
         accessor: (object, name, get, set) => define(object, name,
             { __proto__: null, get, set, enumerable: true, configurable: true }),
         typeError: TypeError,
-        fallback: (base, get, set, has) => new ProxyConstructor(
-            create(base, base === Object.prototype
-                ? { [Symbol.toStringTag]: { __proto__: null, value: 'NativeObject',
-                                            configurable: true } }
-                : undefined),
-            { __proto__: null, get, set, has }),
-        get: Reflect.get,
-        setProperty: Reflect.set,
-        has: Reflect.has,
-        prototypeOf: Reflect.getPrototypeOf,
-        objects: Object.prototype,
-        functions: Function.prototype,
     };
 })())js";
 
@@ -62,16 +45,8 @@ Intrinsics::Intrinsics(JSGlobalContextRef scriptContext)
     holders = member("holders");
     holdersSet = member("set");
     defineValue = member("value");
-    keep = member("kept");
     definePair = member("accessor");
     typeError = member("typeError");
-    fallback = member("fallback");
-    get = member("get");
-    setProperty = member("setProperty");
-    has = member("has");
-    getPrototypeOf = member("prototypeOf");
-    objects = member("objects");
-    functions = member("functions");
     JSValueProtect(context, table);
     for (const JSValueRef constant : constants) {
         JSValueProtect(context, constant);
@@ -119,13 +94,6 @@ bool Intrinsics::define(JSObjectRef object,
     return defineBy(defineValue, object, name, value, boolean(enumerable));
 }
 
-bool Intrinsics::defineKept(JSObjectRef object,
-                            JSStringRef name,
-                            JSValueRef value,
-                            JSObjectRef writer) const {
-    return defineBy(keep, object, name, value, writer);
-}
-
 void Intrinsics::defineAccessor(JSObjectRef object,
                                 JSStringRef name,
                                 JSObjectRef getter,
@@ -143,35 +111,4 @@ JSValueRef Intrinsics::makeTypeError(const std::string& message) const {
     const text::EngineString string(message);
     const JSValueRef argument = JSValueMakeString(context, string.get());
     return JSObjectCallAsConstructor(context, typeError, 1, &argument, nullptr);
-}
-
-JSObjectRef Intrinsics::makeFallback(JSObjectRef base,
-                                     JSObjectRef getTrap,
-                                     JSObjectRef setTrap,
-                                     JSObjectRef hasTrap) const {
-    const std::array<JSValueRef, 4> arguments = {base, getTrap, setTrap, hasTrap};
-    return JSValueToObject(
-        context, JSObjectCallAsFunction(context, fallback, nullptr, 4, arguments.data(), nullptr),
-        nullptr);
-}
-
-JSValueRef
-Intrinsics::reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
-    return JSObjectCallAsFunction(context, get, nullptr, argc, argv, exception);
-}
-
-JSValueRef
-Intrinsics::reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
-    return JSObjectCallAsFunction(context, setProperty, nullptr, argc, argv, exception);
-}
-
-JSValueRef
-Intrinsics::reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const {
-    return JSObjectCallAsFunction(context, has, nullptr, argc, argv, exception);
-}
-
-JSValueRef Intrinsics::prototypeOf(JSValueRef object) const {
-    const JSValueRef prototype =
-        JSObjectCallAsFunction(context, getPrototypeOf, nullptr, 1, &object, nullptr);
-    return prototype != nullptr ? prototype : null();
 }

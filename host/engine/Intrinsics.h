@@ -24,11 +24,6 @@ public:
     // Defines a writable, configurable own property of `object`. Answers whether it could be.
     bool define(JSObjectRef object, JSStringRef name, JSValueRef value, bool enumerable) const;
 
-    // Defines a hidden own property of `object` that reads as `value`; a write calls `writer` with
-    // the object, the name and the value. Answers whether it could be.
-    bool
-    defineKept(JSObjectRef object, JSStringRef name, JSValueRef value, JSObjectRef writer) const;
-
     // Defines an own accessor property of `object`.
     void defineAccessor(JSObjectRef object,
                         JSStringRef name,
@@ -38,28 +33,10 @@ public:
     JSValueRef makeError(const std::string& message) const;
     JSValueRef makeTypeError(const std::string& message) const;
 
-    // An object that ends a prototype chain in `base`, and asks the traps, as a Proxy would, for
-    // what the objects before it do not have.
-    JSObjectRef makeFallback(JSObjectRef base,
-                             JSObjectRef getTrap,
-                             JSObjectRef setTrap,
-                             JSObjectRef hasTrap) const;
-
-    // Reflect.get, Reflect.set and Reflect.has.
-    JSValueRef reflectGet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
-    JSValueRef reflectSet(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
-    JSValueRef reflectHas(size_t argc, const JSValueRef argv[], JSValueRef* exception) const;
-
-    // Reflect.getPrototypeOf, which asks a Proxy; null where a trap of the page's throws.
-    JSValueRef prototypeOf(JSValueRef object) const;
-
     // Values that are always the same; to have the engine make one takes its lock.
     JSValueRef undefined() const noexcept { return constants[0]; }
     JSValueRef null() const noexcept { return constants[1]; }
     JSValueRef boolean(bool value) const noexcept { return constants[value ? 3 : 2]; }
-
-    JSObjectRef objectPrototype() const noexcept { return objects; }
-    JSObjectRef functionPrototype() const noexcept { return functions; }
 
 private:
     JSObjectRef member(const char* name) const;
@@ -75,16 +52,8 @@ private:
     JSObjectRef holders;
     JSObjectRef holdersSet;
     JSObjectRef defineValue;
-    JSObjectRef keep;
     JSObjectRef definePair;
     JSObjectRef typeError;
-    JSObjectRef fallback;
-    JSObjectRef get;
-    JSObjectRef setProperty;
-    JSObjectRef has;
-    JSObjectRef getPrototypeOf;
-    JSObjectRef objects;
-    JSObjectRef functions;
     const std::array<JSValueRef, 4> constants;  // undefined, null, false, true; protected
 };
 

@@ -3,19 +3,33 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <string>
+
 class ObjectRecord;
+
+// What a read came to.
+struct Reading {
+    bool found = false;
+    bool isNumber = false;       // else `value` is it
+    bool isKept = false;         // it need not be asked for again
+    bool isPart = false;         // a function that goes together with the object
+    double number = 0;           // most answers are: a script value of it would cost a call
+    JSValueRef value = nullptr;  // null: undefined
+};
 
 // What script does to a native object, on its way to the plug-in.
 //
 // Threads: the script thread. REQUIRES: the record is native, and has the callback that is asked.
+// Errors: `exception` is set.
 class ObjectAccess {
 public:
-    // Null when there is no such property, and when `exception` is set.
-    virtual JSValueRef read(ObjectRecord& record, JSStringRef name, JSValueRef* exception) = 0;
+    virtual Reading read(ObjectRecord& record, const std::string& name, JSValueRef* exception) = 0;
 
     // Answers false when the property is the page's own.
-    virtual bool
-    write(ObjectRecord& record, JSStringRef name, JSValueRef value, JSValueRef* exception) = 0;
+    virtual bool write(ObjectRecord& record,
+                       const std::string& name,
+                       JSValueRef value,
+                       JSValueRef* exception) = 0;
 
     virtual JSValueRef call(ObjectRecord& function,
                             JSObjectRef thisObject,

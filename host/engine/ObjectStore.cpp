@@ -11,7 +11,7 @@ ObjectStore::ObjectStore(JSGlobalContextRef scriptContext,
                          ObjectAccess& objectAccess,
                          jsplugin_gc_trace* traceOfDocument)
     : context(scriptContext), intrinsics(engineFunctions), access(objectAccess),
-      fronts(scriptContext, engineFunctions), documentTrace(traceOfDocument),
+      fronts(scriptContext), documentTrace(traceOfDocument),
       globalRecord(std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Global)) {
     globalRecord->object = JSContextGetGlobalObject(context);
     globalRecord->rooted = true;
@@ -21,56 +21,132 @@ ObjectStore::~ObjectStore() {
     close();
 }
 
-ObjectRecord* ObjectStore::create(const NativeCallbacks& callbacks) {
-    if (closed) {
-        return nullptr;
-    }
-    auto record =
-        std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Native, callbacks);
-    ObjectRecord* const created = record.get();
-    created->handedAt = ++lastSerial;
+// ---- Records ----
+
+ObjectRecord& ObjectStore::make(ObjectRecord::Kind kind, const NativeCallbacks& callbacks) {
+    auto made = std::make_unique<ObjectRecord>(*this, access, kind, callbacks);
+    list(*made);
+    ObjectRecord& record = *made.release();
+    record.madeAt = record.handedAt = ++lastSerial;
+    ++living;
     ++newSinceTrace;
-    records.emplace(created, std::move(record));
-    return created;
+    return record;
 }
 
-ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
-    if (object == globalRecord->object) {
-        return *globalRecord;
-    }
-    if (ObjectRecord* const native = Fronts::recordOf(object)) {
-        native->store.touch(*native);  // maybe a frame's
-        return *native;
-    }
+void ObjectStore::list(ObjectRecord& record) {
+    record.place = static_cast<std::uint32_t>(records.size());
+    records.push_back(&record);
+}
+
+void ObjectStore::unlist(ObjectRecord& record) noexcept {
+    records[record.place] = records.back();
+    records[record.place]->place = record.place;
+    records.pop_back();
+}
+
+ObjectRecord* ObjectStore::create(const NativeCallbacks& callbacks) {
+    return closed ? nullptr : &make(ObjectRecord::Kind::Native, callbacks);
+}
+
+ObjectRecord& ObjectStore::pageRecord(JSObjectRef object) {
     if (const auto found = pageRecords.find(object); found != pageRecords.end()) {
         if (found->second->living() == object) {
-            touch(*found->second);
             return *found->second;
         }
         // Another object has come to lie at the address of one that died.
         found->second->object = nullptr;
+        found->second->weak.reset();
         pageRecords.erase(found);
     }
-    auto made = std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Page);
-    ObjectRecord& record = *made;
+    ObjectRecord& record = make(ObjectRecord::Kind::Page);
     record.object = object;
-    records.emplace(&record, std::move(made));
     pageRecords.emplace(object, &record);
-    touch(record);
+    return record;
+}
+
+ObjectRecord& ObjectStore::handOut(JSObjectRef object) {
+    ObjectRecord& record = handOutThis(object);
+    // Maybe a frame's.
+    record.store.root(lifeOf(record));
+    return record;
+}
+
+ObjectRecord& ObjectStore::handOutThis(JSObjectRef object) {
+    if (object == globalRecord->object) {
+        return *globalRecord;
+    }
+    ObjectRecord* const native = Fronts::recordOf(object);
+    ObjectRecord& record = native != nullptr ? *native : pageRecord(object);
+    record.store.seen(record);
+    if (native == nullptr) {
+        // No other script object could ever be made of it.
+        root(record);
+    }
     return record;
 }
 
 JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
-    if (record.kind == ObjectRecord::Kind::Native && !closed && record.living() == nullptr) {
-        Fronts::forget(record);
-        record.hasCachedProperties = false;
-        record.handedAt = ++lastSerial;
-        // Script is about to hold it, so it needs no protection.
-        return fronts.make(record, finalizers);
+    seen(record);
+    if (const JSObjectRef object = record.living()) {
+        return object;
     }
-    touch(record);
-    return record.rooted ? record.object : nullptr;
+    if (record.kind != ObjectRecord::Kind::Native || closed) {
+        return nullptr;
+    }
+    if (record.whole != nullptr && record.whole->living() != nullptr) {
+        freeLooseParts(*record.whole);
+    } else {
+        separate(lifeOf(record));
+    }
+    fronts.forget(record);
+    // Script is about to hold it, so it needs no protection.
+    return fronts.make(record);
 }
+
+JSObjectRef ObjectStore::partOf(ObjectRecord& whole, ObjectRecord& function) {
+    const NativeCallbacks& callbacks = function.callbacks;
+    if (&function.store != this || callbacks.call == nullptr || callbacks.getter != nullptr ||
+        callbacks.setter != nullptr || function.object != nullptr || function.whole != nullptr ||
+        closed) {
+        return nullptr;
+    }
+    unlist(function);
+    function.whole = &whole;
+    function.nextPart = std::exchange(whole.parts, &function);
+    return fronts.makePart(function);
+}
+
+// The parts of what has died have died with it; the plug-in may still know them.
+void ObjectStore::separate(ObjectRecord& whole) {
+    while (ObjectRecord* const part = whole.parts) {
+        whole.parts = std::exchange(part->nextPart, nullptr);
+        part->whole = nullptr;
+        fronts.forget(*part);
+        list(*part);
+    }
+}
+
+void ObjectStore::root(ObjectRecord& record) {
+    if (!record.rooted && !closed) {
+        if (const JSObjectRef object = record.living()) {
+            JSValueProtect(context, object);
+            record.rooted = true;
+        }
+    }
+}
+
+void ObjectStore::unroot(ObjectRecord& record) {
+    if (!record.rooted) {
+        return;
+    }
+    if (!record.weak) {
+        record.weak.set(context, record.object);
+    }
+    JSValueUnprotect(context, record.object);
+    record.rooted = false;
+}
+
+// ---- Values ----
 
 JSValueRef ObjectStore::toScript(JSContextRef callContext,
                                  const jsplugin_value& value,
@@ -86,8 +162,7 @@ JSValueRef ObjectStore::toScript(JSContextRef callContext,
         return intrinsics.undefined();
     case JSP_TYPE_STRING:
         if (value.u.string != nullptr) {
-            static text::StringMaker& strings = *new text::StringMaker;
-            return strings.make(callContext, value.u.string);
+            return JSValueMakeString(callContext, text::strings().get(value.u.string));
         }
         return intrinsics.undefined();
     case JSP_TYPE_NUMBER:
@@ -110,83 +185,37 @@ JSValueRef ObjectStore::toScript(JSContextRef callContext,
     }
 }
 
-JSValueRef ObjectStore::namedValue(const jsplugin_value& value,
-                                   const std::string& name,
-                                   JSValueRef* exception) {
-    if (value.type == JSP_TYPE_NATIVE_OBJECT) {
-        ObjectRecord* const record = ObjectRecord::find(value.u.object);
-        if (record != nullptr && record->callbacks.call != nullptr && record->name.empty()) {
-            record->name = name;
-        }
+ObjectRecord* ObjectStore::named(const jsplugin_value& value, const std::string& name) {
+    ObjectRecord* const record =
+        value.type == JSP_TYPE_NATIVE_OBJECT ? ObjectRecord::find(value.u.object) : nullptr;
+    if (record == nullptr || record->callbacks.call == nullptr) {
+        return nullptr;
     }
-    return toScript(context, value, exception);
+    if (record->name == nullptr) {
+        record->name = JSStringRetain(text::strings().get(name.c_str()));
+    }
+    return record;
 }
 
-void ObjectStore::cache(ObjectRecord& record, JSStringRef name, JSValueRef value) {
-    const JSObjectRef front = record.living();
-    // Not enumerable, like the names that are not kept: what a page reads changes no enumeration.
-    // A front that the page has frozen takes no property; it is asked for again.
-    if (front != nullptr &&
-        intrinsics.defineKept(front, name, value, fronts.fallbackFor(record).writer())) {
-        record.hasCachedProperties = true;
-    }
-}
-
-void ObjectStore::uncache(ObjectRecord& record, JSStringRef name) {
-    if (!record.hasCachedProperties) {
-        return;
-    }
-    if (const JSObjectRef front = record.living()) {
-        JSObjectDeleteProperty(context, front, name, nullptr);
-    }
-}
-
-void ObjectStore::touch(ObjectRecord& record) {
-    if (closed || &record == globalRecord.get()) {
-        return;
-    }
-    if (!record.rooted) {
-        if (const JSObjectRef object = record.living()) {
-            root(record, object);
-        }
-    }
-    record.handedAt = ++lastSerial;
-}
-
-void ObjectStore::root(ObjectRecord& record, JSObjectRef object) {
-    if (!record.rooted) {
-        JSValueProtect(context, object);
-        record.rooted = true;
-        ++newSinceTrace;
-    }
-}
-
-void ObjectStore::unroot(ObjectRecord& record) {
-    if (!record.rooted) {
-        return;
-    }
-    if (!record.weak) {
-        record.weak.set(context, record.object);
-    }
-    JSValueUnprotect(context, record.object);
-    record.rooted = false;
-}
+// ---- Letting go ----
 
 void ObjectStore::mark(ObjectRecord& record) noexcept {
     if (&record.store != this || !tracing) {
         return;
     }
+    ObjectRecord& life = lifeOf(record);
     if (markingForDocument) {
-        record.rootTrace = lastTrace;
+        life.rootTrace = lastTrace;
     } else {
-        marked.push_back(&record);
+        marked.push_back(&life);
     }
 }
 
-void ObjectStore::trace(std::uint64_t keepAfter, bool outermost) {
+void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
     if (closed || tracing) {
         return;
     }
+    fronts.dropUnused();
     ++lastTrace;
     tracing = true;
     markingForDocument = true;
@@ -194,43 +223,55 @@ void ObjectStore::trace(std::uint64_t keepAfter, bool outermost) {
         documentTrace(globalRecord.get());
     }
     markingForDocument = false;
-    std::vector<ObjectRecord*> holders;
-    for (const auto& [address, record] : records) {
-        if (record->callbacks.trace != nullptr) {
-            holders.push_back(record.get());
+    // By place: a trace may make an object.
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        ObjectRecord& holder = *records[i];
+        if (holder.hasLooseParts) {
+            freeLooseParts(holder);
         }
-    }
-    for (ObjectRecord* const holder : holders) {
-        marked.clear();
-        holder->callbacks.trace(holder);
-        attach(*holder);
+        if (holder.callbacks.trace != nullptr) {
+            marked.clear();
+            holder.callbacks.trace(&holder);
+            attach(holder);
+        }
     }
     tracing = false;
 
     std::vector<ObjectRecord*> released;
-    for (const auto& [address, record] : records) {
-        if (record->rootTrace == lastTrace || record->handedAt > keepAfter) {
-            if (const JSObjectRef object = record->living()) {
-                root(*record, object);
+    for (ObjectRecord* const record : records) {
+        const bool isNative = record->kind == ObjectRecord::Kind::Native;
+        const bool isFree = record->madeAt > madeAfter;
+        if (record->rootTrace == lastTrace) {
+            root(*record);
+        } else if (isFree || record->handedAt <= handedAfter) {
+            if (isNative || record->heldTrace == lastTrace) {
+                unroot(*record);
             }
-            continue;
-        }
-        const bool isPage = record->kind == ObjectRecord::Kind::Page;
-        if (record->heldTrace != lastTrace &&
-            (isPage || (outermost && record->links.empty() && record->living() == nullptr))) {
-            released.push_back(record.get());
-        } else {
-            unroot(*record);
+            if (record->heldTrace != lastTrace &&
+                (!isNative || (isFree && record->living() == nullptr))) {
+                released.push_back(record);
+            }
         }
     }
     for (ObjectRecord* const record : released) {
-        if (record->kind == ObjectRecord::Kind::Page) {
-            forget(*record);
-        } else {
-            destruct(*record);
-        }
+        destruct(*record);
     }
     newSinceTrace = 0;
+}
+
+// Parts that their object no longer keeps live by themselves.
+void ObjectStore::freeLooseParts(ObjectRecord& whole) {
+    whole.hasLooseParts = false;
+    for (ObjectRecord** link = &whole.parts; *link != nullptr;) {
+        ObjectRecord& part = **link;
+        if (!part.weak) {
+            link = &part.nextPart;
+            continue;
+        }
+        *link = std::exchange(part.nextPart, nullptr);
+        part.whole = nullptr;
+        list(part);
+    }
 }
 
 // Gives what the trace of `holder` has marked to its script object to keep.
@@ -250,78 +291,55 @@ void ObjectStore::attach(ObjectRecord& holder) {
     std::vector<JSValueRef> objects;
     for (ObjectRecord* const record : marked) {
         record->heldTrace = lastTrace;
-        if (const JSObjectRef object = record->living()) {
-            // The engine does not see the list: protected until the trace is done.
-            root(*record, object);
-            objects.push_back(object);
+        // The engine does not see the list: protected until the trace is done.
+        root(*record);
+        if (record->rooted) {
+            objects.push_back(record->object);
         }
     }
     intrinsics.hold(front, objects);
     holder.holdsOthers = !objects.empty();
 }
 
-void ObjectStore::sweep() {
-    std::vector<ObjectRecord*> released;
-    for (FrontLink* const link : finalizers->take()) {
-        if (ObjectRecord* const record = link->record) {
-            record->links.erase(std::find(record->links.begin(), record->links.end(), link));
-            const bool held = record->rootTrace == lastTrace || record->heldTrace == lastTrace;
-            if (record->links.empty() && record->living() == nullptr && !held) {
-                released.push_back(record);
-            }
-        }
-        delete link;
+// A page object's record has nothing to destruct but itself.
+void ObjectStore::destruct(ObjectRecord& record) {
+    while (ObjectRecord* const part = record.parts) {
+        record.parts = part->nextPart;
+        part->whole = nullptr;
+        end(*part);
     }
-    for (ObjectRecord* const record : released) {
-        destruct(*record);
-    }
+    unlist(record);
+    end(record);
 }
 
-void ObjectStore::forget(ObjectRecord& record) {
-    if (const auto found = pageRecords.find(record.object);
-        found != pageRecords.end() && found->second == &record) {
+void ObjectStore::end(ObjectRecord& record) {
+    if (record.rooted) {
+        JSValueUnprotect(context, record.object);
+        record.rooted = false;
+    }
+    if (record.kind == ObjectRecord::Kind::Native) {
+        fronts.forget(record);
+        if (record.callbacks.destructor != nullptr) {
+            record.callbacks.destructor(&record);
+        }
+    } else if (const auto found = pageRecords.find(record.object);
+               found != pageRecords.end() && found->second == &record) {
         pageRecords.erase(found);
     }
-    if (record.rooted) {
-        JSValueUnprotect(context, record.object);
-    }
-    records.erase(&record);
-}
-
-void ObjectStore::destruct(ObjectRecord& record) {
-    const auto node = records.extract(&record);
-    Fronts::forget(record);
-    if (record.rooted) {
-        JSValueUnprotect(context, record.object);
-    }
-    for (FrontLink* const link : record.links) {
-        link->record = nullptr;
-    }
-    if (record.callbacks.destructor != nullptr) {
-        record.callbacks.destructor(&record);
-    }
+    delete &record;
+    --living;
 }
 
 void ObjectStore::close() {
-    if (closed) {
+    if (std::exchange(closed, true)) {
         return;
     }
-    sweep();
-    closed = true;
-    std::vector<ObjectRecord*> remaining;
-    for (const auto& [address, record] : records) {
-        remaining.push_back(record.get());
-    }
     // Page objects last: a destructor may still look at what it held.
+    std::vector<ObjectRecord*> remaining = records;
     std::stable_partition(remaining.begin(), remaining.end(), [](const ObjectRecord* record) {
         return record->kind == ObjectRecord::Kind::Native;
     });
     for (ObjectRecord* const record : remaining) {
-        if (record->kind == ObjectRecord::Kind::Native) {
-            destruct(*record);
-        } else {
-            forget(*record);
-        }
+        destruct(*record);
     }
-    finalizers->close();
 }

@@ -6,44 +6,61 @@
 #include "engine/Text.h"
 #include "engine/Values.h"
 
-JSValueRef PluginAccess::read(ObjectRecord& record, JSStringRef name, JSValueRef* exception) {
-    Fallback& fallback = store.fallbackFor(record);
-    fallback.clear();
+Reading PluginAccess::read(ObjectRecord& record, const std::string& name, JSValueRef* exception) {
     const PluginCalls::Call call(calls);
-    store.touch(record);
-    const std::string utf8 = text::toUtf8(name);
+    store.seen(record);
+    Reading reading;
     jsplugin_value result = {};
-    const int answer = record.callbacks.getter(&record, utf8.c_str(), &result);
+    const int answer = record.callbacks.getter(&record, name.c_str(), &result);
     switch (answer) {
     case JSP_GET_NO_VALUE:
-        return engine.undefined();
+        reading.found = true;
+        break;
     case JSP_GET_VALUE:
-    case JSP_GET_VALUE_CACHE: {
-        const JSValueRef value = store.namedValue(result, utf8, exception);
-        if (value != nullptr && answer == JSP_GET_VALUE_CACHE) {
-            store.cache(record, name, value);
+    case JSP_GET_VALUE_CACHE:
+        reading.found = true;
+        reading.isKept = answer == JSP_GET_VALUE_CACHE;
+        if (result.type == JSP_TYPE_NUMBER) {
+            reading.isNumber = true;
+            reading.number = result.u.number;
+        } else {
+            convert(record, name, result, reading, exception);
         }
-        return value;
-    }
+        break;
     case JSP_GET_EXCEPTION:
-        fallback.leave(utf8, messageOf(result));
-        return nullptr;
+        *exception = engine.makeError(messageOf(result));
+        break;
     default:
-        return nullptr;
+        break;
+    }
+    return reading;
+}
+
+void PluginAccess::convert(ObjectRecord& record,
+                           const std::string& name,
+                           const jsplugin_value& result,
+                           Reading& reading,
+                           JSValueRef* exception) {
+    ObjectRecord* const function = ObjectStore::named(result, name);
+    if (reading.isKept && function != nullptr) {
+        reading.value = store.partOf(record, *function);
+        reading.isPart = reading.value != nullptr;
+    }
+    if (!reading.isPart) {
+        reading.value = store.toScript(context, result, exception);
     }
 }
 
 bool PluginAccess::write(ObjectRecord& record,
-                         JSStringRef name,
+                         const std::string& name,
                          JSValueRef value,
                          JSValueRef* exception) {
     const PluginCalls::Call call(calls);
-    store.touch(record);
-    const std::string utf8 = text::toUtf8(name);
+    store.seen(record);
     PluginArguments argument(store, context, 1, &value);
-    switch (record.callbacks.setter(&record, utf8.c_str(), argument.data())) {
+    switch (record.callbacks.setter(&record, name.c_str(), argument.data())) {
     case JSP_PUT_READ_ONLY:
-        *exception = engine.makeError("Cannot set \"" + utf8 + "\": it is read-only");
+        *exception = engine.makeError("Cannot set \"" + name + "\": it is read-only");
         return true;
     case JSP_PUT_EXCEPTION:
         *exception = engine.makeError(messageOf(*argument.data()));
@@ -51,7 +68,6 @@ bool PluginAccess::write(ObjectRecord& record,
     case JSP_GET_NO_PROPERTY:
         return false;  // the page's own property
     default:
-        store.uncache(record, name);
         return true;
     }
 }
@@ -62,10 +78,10 @@ JSValueRef PluginAccess::call(ObjectRecord& function,
                               const JSValueRef argv[],
                               JSValueRef* exception) {
     const PluginCalls::Call call(calls);
-    store.touch(function);
+    store.seen(function);
     jsplugin_obj* thisRecord = nullptr;
     if (thisObject != nullptr && thisObject != store.global().object) {
-        thisRecord = &store.handOut(thisObject);
+        thisRecord = &store.handOutThis(thisObject);
     }
     PluginArguments arguments(store, context, argc, argv);
     jsplugin_value result = {};
@@ -73,7 +89,7 @@ JSValueRef PluginAccess::call(ObjectRecord& function,
                                     &result)) {
     case JSP_CALL_NO_FUNCTION:
         *exception = engine.makeTypeError(
-            (function.name.empty() ? "the object" : '"' + function.name + '"') +
+            (function.name == nullptr ? "the object" : '"' + text::toUtf8(function.name) + '"') +
             " is not a function");
         return nullptr;
     case JSP_CALL_VALUE:

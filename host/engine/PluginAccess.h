@@ -3,6 +3,8 @@
 
 #include "engine/ObjectAccess.h"
 
+#include "jsplugin.h"
+
 class Intrinsics;
 class ObjectStore;
 class PluginCalls;
@@ -17,9 +19,11 @@ public:
                  PluginCalls& pluginCalls)
         : context(scriptContext), engine(engineFunctions), store(objects), calls(pluginCalls) {}
 
-    JSValueRef read(ObjectRecord& record, JSStringRef name, JSValueRef* exception) override;
-    bool
-    write(ObjectRecord& record, JSStringRef name, JSValueRef value, JSValueRef* exception) override;
+    Reading read(ObjectRecord& record, const std::string& name, JSValueRef* exception) override;
+    bool write(ObjectRecord& record,
+               const std::string& name,
+               JSValueRef value,
+               JSValueRef* exception) override;
     JSValueRef call(ObjectRecord& function,
                     JSObjectRef thisObject,
                     size_t argc,
@@ -27,6 +31,12 @@ public:
                     JSValueRef* exception) override;
 
 private:
+    void convert(ObjectRecord& record,
+                 const std::string& name,
+                 const jsplugin_value& result,
+                 Reading& reading,
+                 JSValueRef* exception);
+
     JSGlobalContextRef context;
     const Intrinsics& engine;
     ObjectStore& store;

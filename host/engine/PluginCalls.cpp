@@ -11,28 +11,45 @@ extern "C" __attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JS
 
 namespace {
 
-// A script that runs for long without a break hands out this many objects, or half as many as there
-// are, before they are let go between two of its calls.
-constexpr std::size_t threshold = 4096;
+// In a script that runs for long without a break objects are let go between two of its calls: when
+// so many were made, or half as many as there are, and sooner when the engine has collected.
+constexpr std::size_t many = 8192;
+constexpr std::size_t someAfterCollection = 256;
 
 }  // namespace
 
-PluginCalls::Call::Call(PluginCalls& calledIn) : calls(calledIn) {
+PluginCalls::Call::Call(PluginCalls& calledIn)
+    : calls(calledIn), outerWaitsSince(calledIn.waitsSince) {
     if (calls.stressed) {
         calls.collect();
-    } else if (calls.depth == 0 &&
-               calls.store.rootedSinceTrace() > std::max(threshold, calls.store.size() / 2)) {
+    } else if (calls.isTime()) {
         calls.letGo();
     }
     if (calls.depth++ == 0) {
         calls.serialAtEntry = calls.store.serial();
     }
+    calls.waitsSince = runs;
 }
 
 PluginCalls::Call::~Call() {
+    calls.waitsSince = outerWaitsSince;
     if (--calls.depth == 0 && calls.pending) {
         std::exchange(calls.pending, nullptr)();
     }
+}
+
+bool PluginCalls::isTime() {
+    const std::size_t made = store.madeSinceTrace();
+    if (made < lookAt) {
+        return false;
+    }
+    lookAt = made + someAfterCollection;
+    return made > std::max(many, store.size() / 2) ||
+           (made > store.size() / 8 && canary && canary.get() == nullptr);
+}
+
+PluginCalls::Wait::Wait(PluginCalls& waiting) : calls(waiting), before(waiting.waitsSince) {
+    calls.waitsSince = calls.store.serial();
 }
 
 void PluginCalls::afterwards(std::function<void()> action) {
@@ -48,15 +65,13 @@ void PluginCalls::letGo() {
     if (std::exchange(lettingGo, true)) {
         return;
     }
-    const bool outermost = depth == 0;
-    const std::uint64_t keepAfter = outermost ? store.serial() : serialAtEntry;
+    const std::uint64_t madeAfter = depth == 0 ? 0 : waitsSince;
     ++depth;
-    store.trace(keepAfter, outermost);
-    if (outermost) {
-        store.sweep();
-    }
+    store.trace(serialAtEntry, madeAfter);
     --depth;
     lettingGo = false;
+    lookAt = someAfterCollection;
+    canary.set(context, JSObjectMake(context, nullptr, nullptr));
 }
 
 void PluginCalls::collect() {

@@ -1,10 +1,14 @@
 #ifndef SONOLET_HOST_ENGINE_PLUGINCALLS_H
 #define SONOLET_HOST_ENGINE_PLUGINCALLS_H
 
+#include "engine/WeakObject.h"
+
 #include <JavaScriptCore/JavaScript.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 class ObjectStore;
 
@@ -18,8 +22,7 @@ public:
     PluginCalls(const PluginCalls&) = delete;
     PluginCalls& operator=(const PluginCalls&) = delete;
 
-    // Stands while the plug-in runs. The outermost is where objects may be let go first: no frame
-    // of the plug-in is on the stack that could hold one.
+    // Stands while the plug-in runs. Before it, objects are let go when many were made.
     class Call final {
     public:
         explicit Call(PluginCalls& calledIn);
@@ -29,6 +32,21 @@ public:
 
     private:
         PluginCalls& calls;
+        const std::uint64_t outerWaitsSince;
+    };
+
+    // Stands while a call of the plug-in waits for script that it has called: it can know nothing
+    // that is made meanwhile.
+    class Wait final {
+    public:
+        explicit Wait(PluginCalls& waiting);
+        ~Wait() { calls.waitsSince = before; }
+        Wait(const Wait&) = delete;
+        Wait& operator=(const Wait&) = delete;
+
+    private:
+        PluginCalls& calls;
+        const std::uint64_t before;
     };
 
     bool underWay() const noexcept { return depth > 0; }
@@ -53,13 +71,22 @@ public:
     }
 
 private:
+    bool isTime();
+
+    static constexpr std::uint64_t runs = std::numeric_limits<std::uint64_t>::max();
+
     JSGlobalContextRef context;
     ObjectStore& store;
     std::function<void()> pending;
+    // Nobody holds it: when it is gone, the engine has collected since the last letting go.
+    WeakObject canary;
+    std::size_t lookAt = 0;  // objects made since
     bool stressed = false;
     bool lettingGo = false;
     unsigned depth = 0;
-    std::uint64_t serialAtEntry = 0;  // the store's, when the outermost began
+    // The store's serial number when the outermost began, and when the innermost began to wait.
+    std::uint64_t serialAtEntry = 0;
+    std::uint64_t waitsSince = runs;
 };
 
 #endif

@@ -88,33 +88,45 @@ EngineString::EngineString(const char* utf8) {
     g_free(valid);
 }
 
-StringMaker::~StringMaker() {
+Strings::~Strings() {
     for (const Kept& kept : table) {
         if (kept.string != nullptr) {
             JSStringRelease(kept.string);
         }
     }
+    if (latest != nullptr) {
+        JSStringRelease(latest);
+    }
 }
 
-JSValueRef StringMaker::make(JSContextRef context, const char* utf8) {
+JSStringRef Strings::get(const char* utf8) {
+    const auto replace = [utf8](JSStringRef& kept) {
+        const EngineString made(utf8);
+        if (kept != nullptr) {
+            JSStringRelease(kept);
+        }
+        kept = JSStringRetain(made.get());
+        return kept;
+    };
     std::size_t length = 0;
     std::size_t hash = 0;
     while (utf8[length] != '\0') {
         hash = hash * 31 + static_cast<unsigned char>(utf8[length]);
         if (++length == sizeof Kept::text) {
-            return JSValueMakeString(context, EngineString(utf8).get());
+            return replace(latest);
         }
     }
     Kept& kept = table[hash % table.size()];
-    if (kept.string == nullptr || std::strcmp(kept.text.data(), utf8) != 0) {
-        const EngineString made(utf8);
-        if (kept.string != nullptr) {
-            JSStringRelease(kept.string);
-        }
-        std::memcpy(kept.text.data(), utf8, length + 1);
-        kept.string = JSStringRetain(made.get());
+    if (kept.string != nullptr && std::strcmp(kept.text.data(), utf8) == 0) {
+        return kept.string;
     }
-    return JSValueMakeString(context, kept.string);
+    std::memcpy(kept.text.data(), utf8, length + 1);
+    return replace(kept.string);
+}
+
+Strings& strings() {
+    static Strings& kept = *new Strings;  // documents go up to process exit
+    return kept;
 }
 
 }  // namespace text

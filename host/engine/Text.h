@@ -34,17 +34,18 @@ private:
     JSStringRef string;  // owned
 };
 
-// Script strings of UTF-8 texts. Short ones are kept for the next time: what a plug-in answers
+// Engine strings of UTF-8 texts. Short ones are kept for the next time: what a plug-in answers
 // repeats itself, and to make an engine string takes longer than to find it. Script thread.
-class StringMaker final {
+class Strings final {
 public:
-    StringMaker() = default;
-    ~StringMaker();
+    Strings() = default;
+    ~Strings();
 
-    StringMaker(const StringMaker&) = delete;
-    StringMaker& operator=(const StringMaker&) = delete;
+    Strings(const Strings&) = delete;
+    Strings& operator=(const Strings&) = delete;
 
-    JSValueRef make(JSContextRef context, const char* utf8);
+    // Valid until the next call.
+    JSStringRef get(const char* utf8);
 
 private:
     struct Kept {
@@ -53,7 +54,11 @@ private:
     };
     // By the text's hash.
     std::array<Kept, 128> table = {};
+    JSStringRef latest = nullptr;  // owned; one that is too long to be kept
 };
+
+// The process's.
+Strings& strings();
 
 }  // namespace text
 

@@ -1,0 +1,255 @@
+// The script half of the fronts: a front is a Proxy, and this is how it behaves. Evaluated once in
+// each document, before any script of the page. Nothing here is looked up where a page could have
+// put something of its own: functions are taken now, and no object that is read has a prototype of
+// the page's.
+//
+// `native` is the other half. A call of it takes and gives numbers through shared memory, since each
+// value of the engine's interface costs as much as the call.
+(function (native) {
+    'use strict';
+
+    const { read: readNative, write: writeNative, name: nameNative, take: takeNative,
+            part: partNative } = native;
+    const { apply, get: reflectGet, set: reflectSet, has: reflectHas, defineProperty,
+            deleteProperty, getOwnPropertyDescriptor, getPrototypeOf, isExtensible,
+            ownKeys } = Reflect;
+    const ProxyConstructor = Proxy, MapConstructor = Map;
+    const { get: getOfMap, set: setOfMap } = Map.prototype;
+
+    // As struct Shared in Fronts.h.
+    const shared = new ArrayBuffer(512);
+    const doubles = new Float64Array(shared, 0, 1);
+    const numbers = new Int32Array(shared, 8);
+    const RECORD = 0, NAME = 1, QUIET = 2, ANSWER = 3, BATCH = 4;
+    const NONE = 0, NUMBER = 2, KEPT = 4, PART = 8;  // of an answer; all but NONE are flags
+    const BATCH_SIZE = 32;
+
+    // A page may read names without end: so many are kept of one object, and numbered for all.
+    const MOST_KEPT = 1000;
+    const MOST_NAMES = 1000;
+
+    // Names cross as numbers: a string costs as much as a call.
+    function makeNames() {
+        const made = new MapConstructor();
+        made.get = getOfMap;
+        made.set = setOfMap;
+        return made;
+    }
+    let named = makeNames();
+    let names = 0;
+    function numberOf(name) {
+        let number = named.get(name);
+        if (number === undefined) {
+            if (names === MOST_NAMES) {
+                named = makeNames();
+                names = 0;
+            }
+            number = names++;
+            named.set(name, number);
+            nameNative(number, name);
+        }
+        return number;
+    }
+
+    // A function that is part of an object keeps it, so that the two go together.
+    const wholes = new WeakMap();
+    wholes.set = WeakMap.prototype.set;
+
+    function isSymbolOrPrototype(name) {
+        return typeof name === 'symbol' || name === '__proto__';
+    }
+
+    // Answers by their names.
+    function Kept() {}
+    Kept.prototype = Object.freeze({ __proto__: null });
+    const nothing = Kept.prototype;
+
+    // The state of one front, and its traps by inheritance.
+    function Handler(number) {
+        this.number = number;   // the native half's
+        this.front = undefined;
+        this.kept = nothing;
+        this.count = 0;         // of `kept`
+        this.hasOwn = false;    // the page has put something on the target
+    }
+
+    function keep(handler, name, value) {
+        if (handler.count === MOST_KEPT) {
+            return false;
+        }
+        if (handler.kept === nothing) {
+            handler.kept = new Kept();
+        }
+        handler.kept[name] = value;
+        ++handler.count;
+        return true;
+    }
+
+    function drop(handler, name) {
+        const value = handler.kept[name];
+        if (value !== undefined) {
+            delete handler.kept[name];
+            --handler.count;
+            if (typeof value === 'function') {
+                partNative(value);
+            }
+        }
+    }
+
+    function isPagesOwn(handler, target, name) {
+        return handler.hasOwn && getOwnPropertyDescriptor(target, name) !== undefined;
+    }
+
+    // Asks the plug-in; numbers[ANSWER] tells what came. Throws what it throws, unless `quiet`.
+    function ask(handler, name, quiet) {
+        const number = numberOf(name);
+        numbers[RECORD] = handler.number;
+        numbers[NAME] = number;
+        numbers[QUIET] = quiet;
+        const object = readNative();
+        const answer = numbers[ANSWER];
+        const value = (answer & NUMBER) !== 0 ? doubles[0] : object;
+        if ((answer & KEPT) !== 0) {
+            if ((answer & PART) !== 0) {
+                wholes.set(value, handler.front);
+            }
+            if (!keep(handler, name, value) && (answer & PART) !== 0) {
+                partNative(value);
+            }
+        }
+        return value;
+    }
+
+    function askOrInherit(handler, target, name, receiver) {
+        if (!isSymbolOrPrototype(name) && !isPagesOwn(handler, target, name)) {
+            const value = ask(handler, name, 0);
+            if (numbers[ANSWER] !== NONE) {
+                return value;
+            }
+        }
+        return reflectGet(target, name, receiver);
+    }
+
+    function describe(value) {
+        return { __proto__: null, value, writable: true, enumerable: false, configurable: true };
+    }
+
+    // Whether a write for `receiver` is one to the front: a Proxy of the page's before it says that
+    // its prototype is the front's, an object that inherits from the front does not.
+    function isFront(handler, target, receiver) {
+        return receiver === handler.front ||
+            ((typeof receiver === 'object' ? receiver !== null : typeof receiver === 'function') &&
+             getPrototypeOf(receiver) === getPrototypeOf(target));
+    }
+
+    Handler.prototype = {
+        __proto__: null,
+
+        get(target, name, receiver) {
+            const value = this.kept[name];
+            return value !== undefined ? value : askOrInherit(this, target, name, receiver);
+        },
+
+        has(target, name) {
+            if (!isSymbolOrPrototype(name) && !isPagesOwn(this, target, name)) {
+                if (this.kept[name] !== undefined) {
+                    return true;
+                }
+                ask(this, name, 1);
+                if (numbers[ANSWER] !== NONE) {
+                    return true;
+                }
+            }
+            return reflectHas(target, name);
+        },
+
+        set(target, name, value, receiver) {
+            if (!isSymbolOrPrototype(name) && !isPagesOwn(this, target, name) &&
+                isFront(this, target, receiver)) {
+                const number = numberOf(name);
+                numbers[RECORD] = this.number;
+                numbers[NAME] = number;
+                writeNative(value);
+                drop(this, name);
+                if (numbers[ANSWER] !== NONE) {
+                    return true;
+                }
+            }
+            return reflectSet(target, name, value, receiver);
+        },
+
+        // What a page defines is its own from then on.
+        defineProperty(target, name, descriptor) {
+            if (!defineProperty(target, name, descriptor)) {
+                return false;
+            }
+            this.hasOwn = true;
+            drop(this, name);
+            return true;
+        },
+
+        deleteProperty(target, name) {
+            drop(this, name);
+            return deleteProperty(target, name);
+        },
+
+        // What is kept shows as hidden properties, unless the page has frozen the object.
+        ownKeys(target) {
+            const keys = ownKeys(target);
+            if (isExtensible(target)) {
+                for (const name in this.kept) {
+                    defineProperty(keys, keys.length, describe(name));
+                }
+            }
+            return keys;
+        },
+
+        getOwnPropertyDescriptor(target, name) {
+            const value = this.kept[name];
+            return value !== undefined && isExtensible(target)
+                ? describe(value)
+                : getOwnPropertyDescriptor(target, name);
+        },
+    };
+
+    function Target() {}
+    // All fronts have it: no page may change it for the others.
+    Target.prototype = Object.freeze({ [Symbol.toStringTag]: 'NativeObject' });
+
+    // `batch` has all its elements from the start: what a page does to Array.prototype changes
+    // nothing. It keeps what is in it alive.
+    const batch = [];
+    for (let i = 0; i < BATCH_SIZE; ++i) {
+        batch.push(undefined);
+    }
+
+    function makeFront(number, target) {
+        const handler = new Handler(number);
+        return handler.front = new ProxyConstructor(target, handler);
+    }
+
+    return {
+        __proto__: null,
+        shared,
+
+        // A call makes many, for the numbers after BATCH: a call from the native half costs more
+        // than several fronts.
+        makeBatch() {
+            for (let i = 0; i < BATCH_SIZE; ++i) {
+                batch[i] = makeFront(numbers[BATCH + i], new Target());
+            }
+            apply(takeNative, undefined, batch);
+        },
+
+        dropBatch() {
+            for (let i = 0; i < BATCH_SIZE; ++i) {
+                batch[i] = undefined;
+            }
+        },
+
+        // Of a function that has names.
+        makeFunctionFront(callable) {
+            return makeFront(numbers[BATCH], callable);
+        },
+    };
+})
