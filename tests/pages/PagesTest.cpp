@@ -1,3 +1,4 @@
+#include "../fakes/Wav.h"
 #include "Command.h"
 
 #include <gtest/gtest.h>
@@ -61,26 +62,12 @@ public:
 
     // A constant LINKS for a page: the links of the folder's tracks, by title.
     std::string links() const {
-        const Outcome index = run({std::string(bin) + "sonolet-index"}, environment);
+        const Outcome index = run(
+            {"/bin/bash", "-o", "pipefail", "-c",
+             R"sh("$0sonolet-index" | awk -F'\t' '{ printf "\"%s\": \"%s\", ", $4, $1 }')sh", bin},
+            environment);
         EXPECT_EQ(index.exitCode, 0) << index.errors;
-        std::ostringstream text;
-        text << "const LINKS = {";
-        std::istringstream lines(index.output);
-        std::string line;
-        while (std::getline(lines, line)) {
-            std::istringstream fields(line);
-            std::string link;
-            std::string artist;
-            std::string album;
-            std::string title;
-            std::getline(fields, link, '\t');
-            std::getline(fields, artist, '\t');
-            std::getline(fields, album, '\t');
-            std::getline(fields, title, '\t');
-            text << '"' << title << "\": \"" << link << "\", ";
-        }
-        text << "};\n";
-        return text.str();
+        return "const LINKS = {" + index.output + "};\n";
     }
 
     // Runs the page, with the harness and the links before it.
@@ -186,29 +173,6 @@ TEST(Conformance, OfThisHostAndLibraryIsWhole) {
 }
 
 // ---- Sound ----
-
-void append(std::string& bytes, std::uint32_t value, unsigned size) {
-    for (unsigned i = 0; i < size; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
-    }
-}
-
-// A WAV file of 44.1 kHz 16-bit stereo (RIFF/WAVE, PCM).
-std::string wavFile(const std::string& samples) {
-    std::string bytes = "RIFF";
-    append(bytes, static_cast<std::uint32_t>(36 + samples.size()), 4);
-    bytes += "WAVEfmt ";
-    append(bytes, 16, 4);
-    append(bytes, 1, 2);
-    append(bytes, 2, 2);
-    append(bytes, 44100, 4);
-    append(bytes, 44100 * 4, 4);
-    append(bytes, 4, 2);
-    append(bytes, 16, 2);
-    bytes += "data";
-    append(bytes, static_cast<std::uint32_t>(samples.size()), 4);
-    return bytes + samples;
-}
 
 // The samples of a WAV file whose sizes tell the truth.
 std::string samplesOf(const std::string& wav) {

@@ -2,6 +2,7 @@
 #define SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 
 #include "../../fakes/Folder.h"
+#include "../../fakes/Wav.h"
 
 #include <gst/gst.h>
 
@@ -45,15 +46,8 @@ public:
                          const Samples& samples,
                          std::uint32_t channels = 2,
                          std::uint32_t rate = 44100) const {
-        // "RIFF", "WAVE", "fmt ", "data", in this machine's order of bytes.
-        const auto size = static_cast<std::uint32_t>(samples.size() * 2);
-        const std::vector<std::uint32_t> format{16, 1 | channels << 16, rate, rate * channels * 2,
-                                                channels * 2 | 16U << 16};
-        std::vector<std::uint32_t> header{0x46464952, 36 + size, 0x45564157, 0x20746d66};
-        header.insert(header.end(), format.begin(), format.end());
-        header.insert(header.end(), {0x61746164, size});
-        std::string bytes(reinterpret_cast<const char*>(header.data()), 44);
-        return write(name, bytes.append(reinterpret_cast<const char*>(samples.data()), size));
+        const std::string bytes(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+        return write(name, wavFile(bytes, channels, rate));
     }
 
     // Runs the samples through GStreamer elements ("flacenc", "vorbisenc ! oggmux").
