@@ -13,18 +13,19 @@ all_sources() {
 }
 
 # changed_since BASE: those that differ from it, as they are in the working tree. An empty BASE is
-# where this branch left main or, on main itself, the commit before; the first commit has changed
-# everything.
+# where this branch left main or, on main itself, the commit before.
 changed_since() {
     local base=$1 name
-    for name in origin/main main; do
-        [[ -n $base ]] || base=$(git_here merge-base HEAD "$name" 2>/dev/null || true)
-    done
-    if [[ -z $base || $base == $(git_here rev-parse HEAD) ]]; then
-        base=$(git_here rev-parse --verify --quiet HEAD~1 || true)
+    if [[ -z $base ]]; then
+        for name in origin/main main; do
+            [[ -n $base ]] || base=$(git_here merge-base HEAD "$name" 2>/dev/null || true)
+        done
+        if [[ -z $base || $base == $(git_here rev-parse HEAD) ]]; then
+            base=$(git_here rev-parse --verify --quiet HEAD~1 || true)
+        fi
     fi
     if [[ -z $base ]]; then
-        all_sources
+        say "there is no commit to compare with here"
         return
     fi
     git_here diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h'
