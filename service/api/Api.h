@@ -98,7 +98,7 @@ Object* askSession(const sp_session* handle, Make make) noexcept {
             return nullptr;
         }
         Ref<Object> query = Ref<Object>::adopt(make());
-        session->ask(Ref<Query>::adopt(shared(query.get()).detach()));
+        session->queries().ask(Ref<Query>::adopt(shared(query.get()).detach()));
         return query.detach();
     });
 }

@@ -96,38 +96,38 @@ sp_error sp_session_login(sp_session* session,
                           bool remember_me,  // NOLINT(readability-identifier-naming): as declared
                           const char* blob) {
     return withSession(session, [&](Session& living) {
-        return living.login(username, password, remember_me, blob);
+        return living.login().login(username, password, remember_me, blob);
     });
 }
 
 sp_error sp_session_relogin(sp_session* session) {
-    return withSession(session, [](Session& living) { return living.relogin(); });
+    return withSession(session, [](Session& living) { return living.login().relogin(); });
 }
 
 int sp_session_remembered_user(sp_session* session, char* buffer, size_t size) {
     return guardedOr(-1, [&] {
         const std::shared_ptr<Session> living = sessionOf(session);
-        const auto name = living == nullptr ? std::nullopt : living->rememberedUser();
+        const auto name = living == nullptr ? std::nullopt : living->login().rememberedUser();
         return name ? copyText(*name, buffer, size) : -1;
     });
 }
 
 sp_error sp_session_forget_me(sp_session* session) {
-    return withSession(session, [](Session& living) { return living.forgetMe(); });
+    return withSession(session, [](Session& living) { return living.login().forgetMe(); });
 }
 
 sp_user* sp_session_user(sp_session* session) {
     const std::shared_ptr<Session> living = sessionOf(session);
-    return living == nullptr ? nullptr : living->user();
+    return living == nullptr ? nullptr : living->login().user();
 }
 
 sp_error sp_session_logout(sp_session* session) {
-    return withSession(session, [](Session& living) { return living.logout(); });
+    return withSession(session, [](Session& living) { return living.login().logout(); });
 }
 
 sp_connectionstate sp_session_connectionstate(sp_session* session) {
     const std::shared_ptr<Session> living = sessionOf(session);
-    return living == nullptr ? SP_CONNECTION_STATE_UNDEFINED : living->connectionState();
+    return living == nullptr ? SP_CONNECTION_STATE_UNDEFINED : living->login().connectionState();
 }
 
 sp_error sp_session_set_cache_size(sp_session* session, size_t megabytes) {
@@ -151,18 +151,18 @@ sp_error sp_session_preferred_bitrate(sp_session* session, sp_bitrate bitrate) {
 
 int sp_session_user_country(sp_session* session) {
     const std::shared_ptr<Session> living = sessionOf(session);
-    return living == nullptr ? 0 : living->country();
+    return living == nullptr ? 0 : living->login().country();
 }
 
 int sp_session_num_friends(sp_session* session) {
     const std::shared_ptr<Session> living = sessionOf(session);
-    return living == nullptr ? 0 : living->friendCount();
+    return living == nullptr ? 0 : living->login().friendCount();
 }
 
 sp_user* sp_session_friend(sp_session* session, int index) {
     return guardedOr<sp_user*>(nullptr, [&]() -> sp_user* {
         const std::shared_ptr<Session> living = sessionOf(session);
-        return living == nullptr ? nullptr : living->friendAt(index);
+        return living == nullptr ? nullptr : living->login().friendAt(index);
     });
 }
 

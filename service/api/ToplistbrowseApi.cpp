@@ -20,11 +20,12 @@ sp_toplistbrowse* sp_toplistbrowse_create(sp_session* session,
     std::memcpy(&code, &region, sizeof(code));
     return askSession<sp_toplistbrowse>(session, [&] {
         std::string user = username == nullptr ? "" : username;
-        if (sp_user* current = sessionOf(session)->user(); user.empty() && current != nullptr) {
+        if (sp_user* current = sessionOf(session)->login().user();
+            user.empty() && current != nullptr) {
             user = current->canonicalName();
         }
         // Without a country those who name none are in none: no country's list has the two zeros.
-        const int home = Session::homeCountry();
+        const int home = Login::homeCountry();
         return new sp_toplistbrowse(
             type, code, std::move(user),
             std::string{static_cast<char>(home >> 8), static_cast<char>(home & 0xff)}, callback,

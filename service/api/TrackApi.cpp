@@ -34,7 +34,7 @@ bool sp_track_is_placeholder(sp_track*) {
 bool sp_track_is_starred(sp_session* session, sp_track* track) {
     return ask(track, false, [&](Track& asked) {
         const std::shared_ptr<Session> living = sessionOf(session);
-        return living != nullptr && living->isStarred(asked);
+        return living != nullptr && living->playlists().isStarred(asked.id());
     });
 }
 

@@ -27,11 +27,12 @@ bool sp_user_is_loaded(sp_user* user) {
 sp_relation_type sp_user_relation_type(sp_session* session, sp_user* user) {
     return ask(user, SP_RELATION_TYPE_UNKNOWN, [&](User& asked) {
         const std::shared_ptr<Session> living = sessionOf(session);
-        if (living == nullptr || living->user() == nullptr || !asked.isLoaded()) {
+        if (living == nullptr || living->login().user() == nullptr || !asked.isLoaded()) {
             return SP_RELATION_TYPE_UNKNOWN;
         }
         // The users of one service know each other; nobody is a friend of his own.
-        return living->user() == user ? SP_RELATION_TYPE_NONE : SP_RELATION_TYPE_BIDIRECTIONAL;
+        return living->login().user() == user ? SP_RELATION_TYPE_NONE
+                                              : SP_RELATION_TYPE_BIDIRECTIONAL;
     });
 }
 

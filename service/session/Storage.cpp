@@ -1,10 +1,10 @@
 #include "session/Storage.h"
 
-#include "accounts/Accounts.h"
-
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -36,12 +36,8 @@ std::unique_ptr<Database> copied(const std::string& file, const std::string& nam
     return copy;
 }
 
-}  // namespace
-
-Storage::Storage(std::string accountsFile, std::string catalogueFile)
-    : accountsOnDisk(std::move(accountsFile)), catalogueOnDisk(std::move(catalogueFile)) {}
-
-bool Storage::isNoRoom(const std::exception& failure) {
+// Whether a failure to open them says that the disk is full.
+bool isNoRoom(const std::exception& failure) {
     if (const auto* database = dynamic_cast<const DatabaseError*>(&failure)) {
         return database->noRoom();
     }
@@ -54,15 +50,97 @@ bool Storage::isNoRoom(const std::exception& failure) {
     return code == ENOSPC || code == EDQUOT || code == ENOENT;
 }
 
-void Storage::moveToMemory() {
-    auto made = std::make_unique<Copies>();
-    made->accounts = nameInMemory();
-    made->catalogue = nameInMemory();
-    made->accountsOpen = copied(accountsOnDisk, made->accounts);
-    made->catalogueOpen = copied(catalogueOnDisk, made->catalogue);
-    // Makes the account that is there from the start, if there was no file.
-    static_cast<void>(Accounts(made->accounts));
-    copies = std::move(made);
+}  // namespace
+
+// A database in memory lives as long as it is open.
+struct Storage::Copies {
+    Copies(const std::string& accountsFile, const std::string& catalogueFile)
+        : accountsOpen(copied(accountsFile, accounts)),
+          catalogueOpen(copied(catalogueFile, catalogue)) {
+        // Makes the account that is there from the start, if there was no file.
+        static_cast<void>(Accounts(accounts));
+    }
+
+    const std::string accounts = nameInMemory();
+    const std::string catalogue = nameInMemory();
+    const std::unique_ptr<Database> accountsOpen;
+    const std::unique_ptr<Database> catalogueOpen;
+};
+
+Storage::Storage(std::string accountsFile, std::string catalogueFile, Log logLine)
+    : accountsOnDisk(std::move(accountsFile)), catalogueOnDisk(std::move(catalogueFile)),
+      log(std::move(logLine)) {}
+
+Storage::~Storage() = default;
+
+std::string Storage::accounts() const {
+    return isKept() ? accountsOnDisk : copies->accounts + "&mode=ro";
+}
+
+std::string Storage::catalogue() const {
+    return isKept() ? catalogueOnDisk : copies->catalogue;
+}
+
+std::unique_ptr<Accounts> Storage::openAccounts() {
+    try {
+        auto opened = std::make_unique<Accounts>(accounts());
+        opened->connection().check();
+        return opened;
+    } catch (const DatabaseError& error) {
+        if (!error.damaged()) {
+            throw;
+        }
+        const std::string aside = Database::setAside(error, Database::Aside::every);
+        std::string complaint = std::string(error.what()) + "; ";
+        complaint += aside.empty() ? "it is whole again"
+                                   : "it is kept as " + aside +
+                                         " and new accounts are begun. To read what can still be "
+                                         "read of it: sqlite3 " +
+                                         aside + " .recover";
+        // Whoever started the program is told even if nobody reads the log.
+        std::fprintf(stderr, "libspotify: %s\n", complaint.c_str());
+        log(complaint);
+    }
+    return std::make_unique<Accounts>(accounts());
+}
+
+Storage::Opened Storage::open() {
+    Opened opened;
+    opened.accounts = openAccounts();
+    opened.catalogue = Catalogue::openOrBegin(catalogue(), log);
+    return opened;
+}
+
+Storage::Opened Storage::begin() {
+    try {
+        return open();
+    } catch (const std::exception& error) {
+        if (!isNoRoom(error)) {
+            throw;
+        }
+        log(std::string("Nothing can be kept until there is room: ") + error.what());
+    }
+    copies = std::make_shared<Copies>(accountsOnDisk, catalogueOnDisk);
+    return open();
+}
+
+std::optional<Storage::Opened> Storage::keepAgain() {
+    constexpr std::chrono::seconds pause(1);
+    const Clock::time_point now = Clock::now();
+    if (isKept() || now < nextTry) {
+        return std::nullopt;
+    }
+    nextTry = now + pause;
+    std::shared_ptr<Copies> before = std::exchange(copies, nullptr);
+    try {
+        Opened opened = open();
+        opened.before = std::move(before);
+        log("There is room again: what changes is kept");
+        return opened;
+    } catch (const std::exception&) {
+        copies = std::move(before);
+        return std::nullopt;
+    }
 }
 
 }  // namespace sonolet::service

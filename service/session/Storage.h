@@ -1,48 +1,70 @@
 #ifndef SONOLET_SERVICE_SESSION_STORAGE_H
 #define SONOLET_SERVICE_SESSION_STORAGE_H
 
-#include "store/Database.h"
+#include "accounts/Accounts.h"
+#include "catalogue/Catalogue.h"
 
-#include <exception>
+#include <chrono>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace sonolet::service {
 
-// Where a session's two databases are: in files or, while the disk has no room for what SQLite
-// keeps beside them, in memory.
+// A session's two databases: in files or, while the disk has no room for what SQLite keeps beside
+// them, in memory.
 //
 // In memory the accounts are as the file has them and cannot be changed, which is a DatabaseError
-// that passes; the catalogue can be, and is forgotten with the session.
+// that passes; the catalogue can be, and is forgotten with the session. A file that proves damaged
+// is set aside and begun anew; of the accounts' file, which nothing can replace, standard error is
+// told.
 //
-// Threads: belongs to one; others are handed the names by value. Errors: DatabaseError.
+// Threads: the session's owner; others are handed the names by value. Errors: DatabaseError,
+// std::system_error.
 class Storage final {
 public:
-    Storage(std::string accountsFile, std::string catalogueFile);
+    using Log = std::function<void(std::string line)>;
 
-    // What Accounts, Catalogue and the like are opened with.
-    std::string accounts() const { return copies ? copies->accounts + "&mode=ro" : accountsOnDisk; }
-    std::string catalogue() const { return copies ? copies->catalogue : catalogueOnDisk; }
-    bool isKept() const { return copies == nullptr; }
-
-    // Whether a failure to open them says that the disk is full.
-    static bool isNoRoom(const std::exception& failure);
-    void moveToMemory();
-    // What was opened in memory must be closed before.
-    void moveToDisk() { copies.reset(); }
-
-private:
-    // A database in memory lives as long as it is open.
-    struct Copies {
-        std::string accounts;
-        std::string catalogue;
-        std::unique_ptr<Database> accountsOpen;
-        std::unique_ptr<Database> catalogueOpen;
+    // The owner's connections.
+    struct Opened {
+        std::unique_ptr<Accounts> accounts;
+        std::unique_ptr<Catalogue> catalogue;
+        // What was in memory before; to live as long as anybody has it open.
+        std::shared_ptr<const void> before;
     };
 
+    Storage(std::string accountsFile, std::string catalogueFile, Log logLine);
+    ~Storage();
+
+    Storage(const Storage&) = delete;
+    Storage& operator=(const Storage&) = delete;
+
+    // From the files, else from memory, which is one line of the log.
+    Opened begin();
+    // While they are in memory, once a second: from the files, if there is room for them again.
+    std::optional<Opened> keepAgain();
+    bool isKept() const { return copies == nullptr; }
+
+    // What Accounts, Catalogue and the like are opened with.
+    std::string accounts() const;
+    std::string catalogue() const;
+    const std::string& catalogueFile() const { return catalogueOnDisk; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    struct Copies;
+
+    Opened open();
+    std::unique_ptr<Accounts> openAccounts();
+
+    // Constant after construction.
     const std::string accountsOnDisk;
     const std::string catalogueOnDisk;
-    std::unique_ptr<Copies> copies;
+    const Log log;
+
+    std::shared_ptr<Copies> copies;
+    Clock::time_point nextTry{};
 };
 
 }  // namespace sonolet::service

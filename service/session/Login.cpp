@@ -1,0 +1,204 @@
+#include "session/Login.h"
+
+#include "objects/User.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace sonolet::service {
+
+Login::Login(Callbacks& sessionCallbacks,
+             LateAnswers& lateAnswers,
+             Worker& sessionWorker,
+             Queries& sessionQueries,
+             Playback& sessionPlayback,
+             std::shared_ptr<Playlists> sessionLists,
+             std::shared_ptr<const Faults> shownFaults)
+    : callbacks(sessionCallbacks), late(lateAnswers), worker(sessionWorker),
+      queries(sessionQueries), playback(sessionPlayback), lists(std::move(sessionLists)),
+      faults(std::move(shownFaults)) {}
+
+Login::~Login() = default;
+
+sp_error Login::login(const char* name, const char* password, bool remember, const char* blob) {
+    const bool hasBlob = blob != nullptr && *blob != '\0';
+    if (name == nullptr || *name == '\0' || (password == nullptr && !hasBlob)) {
+        return SP_ERROR_INVALID_INDATA;
+    }
+    const std::string wanted = name;
+    const Secret secret(hasBlob ? blob : password);
+    checkCredentials(
+        [wanted, secret, hasBlob](Accounts& store) {
+            return hasBlob ? store.checkBlob(wanted, secret) : store.checkPassword(wanted, secret);
+        },
+        remember, true);
+    return SP_ERROR_OK;
+}
+
+sp_error Login::relogin() {
+    const std::optional<Account> remembered = accounts().remembered();
+    if (!remembered) {
+        return SP_ERROR_NO_CREDENTIALS;
+    }
+    checkCredentials([](Accounts& store) { return store.remembered(); }, false, false);
+    return SP_ERROR_OK;
+}
+
+// The worker opens a connection of its own, since a check takes as long as its hash is hard.
+void Login::checkCredentials(Check check, bool remember, bool issueBlob) {
+    const unsigned attempt = ++lastAttempt;
+    pending = true;
+    if (const std::optional<sp_error> refused = faults->login()) {
+        late.answer([this, attempt, refused] { end(attempt, std::nullopt, {}, *refused); });
+        return;
+    }
+    worker.post([this, attempt, remember, issueBlob, file = accountsFile,
+                 check = std::move(check)] {
+        std::optional<Account> found;
+        std::string blob;
+        sp_error error = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+        try {
+            Accounts store(file);
+            found = check(store);
+            // Who is right is let in, though the disk be full.
+            if (found && remember) {
+                callbacks.orLog("The user is not remembered", [&] { store.remember(found->id); });
+            }
+            if (found && issueBlob) {
+                callbacks.orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
+            }
+        } catch (const std::exception& failure) {
+            callbacks.log(std::string("Login failed: ") + failure.what());
+            found.reset();
+            error = SP_ERROR_OTHER_PERMANENT;
+        }
+        late.answer([this, attempt, found, blob, error] { end(attempt, found, blob, error); });
+    });
+}
+
+void Login::end(unsigned attempt,
+                const std::optional<Account>& found,
+                const std::string& blob,
+                sp_error error) {
+    if (attempt != lastAttempt) {
+        return;
+    }
+    pending = false;
+    if (found) {
+        enter(*found, blob);
+    } else {
+        callbacks.raise(&sp_session_callbacks::logged_in, error);
+    }
+}
+
+void Login::enter(const Account& found, const std::string& blob) {
+    if (account() && account()->id != found.id) {
+        playback.stop();
+        userHandle = {};
+        const std::vector<Ref<Query>> cancelled = queries.cancel();
+        lists->logOut();
+        queries.tell(cancelled);
+        callbacks.raise(&sp_session_callbacks::logged_out);
+        if (callbacks.isSilent()) {
+            return;
+        }
+    }
+    userHandle = lists->library()->user(found.name);
+    lists->logIn(found);
+    refreshFriends();
+    callbacks.log("Logged in as " + found.name);
+    callbacks.raise(&sp_session_callbacks::logged_in, SP_ERROR_OK);
+    if (!blob.empty()) {
+        callbacks.raise(&sp_session_callbacks::credentials_blob_updated, blob.c_str());
+    }
+    callbacks.raise(&sp_session_callbacks::userinfo_updated);
+    callbacks.raise(&sp_session_callbacks::metadata_updated);
+}
+
+sp_error Login::logout() {
+    if (!account() && !pending) {
+        return SP_ERROR_OK;
+    }
+    ++lastAttempt;
+    pending = false;
+    playback.stop();
+    userHandle = {};
+    friends.clear();
+    lists->logOut();
+    callbacks.post([this, cancelled = queries.cancel()] {
+        queries.tell(cancelled);
+        callbacks.raise(&sp_session_callbacks::logged_out);
+    });
+    return SP_ERROR_OK;
+}
+
+sp_error Login::forgetMe() const {
+    accounts().forget();
+    return SP_ERROR_OK;
+}
+
+std::optional<std::string> Login::rememberedUser() const {
+    const std::optional<Account> remembered = accounts().remembered();
+    return remembered ? std::optional<std::string>(remembered->name) : std::nullopt;
+}
+
+sp_connectionstate Login::connectionState() const {
+    if (!account()) {
+        return SP_CONNECTION_STATE_LOGGED_OUT;
+    }
+    return faults->isOffline() ? SP_CONNECTION_STATE_DISCONNECTED : SP_CONNECTION_STATE_LOGGED_IN;
+}
+
+bool Login::refreshFriends() {
+    std::vector<Ref<sp_user>> others;
+    if (account()) {
+        for (const Account& other : accounts().all()) {
+            if (other.id != account()->id) {
+                others.push_back(lists->library()->user(other.name));
+            }
+        }
+    }
+    // A user whom someone holds has one handle.
+    const bool same = std::equal(others.begin(), others.end(), friends.begin(), friends.end(),
+                                 [](const Ref<sp_user>& left, const Ref<sp_user>& right) {
+                                     return left.get() == right.get();
+                                 });
+    friends.swap(others);
+    return !same;
+}
+
+sp_user* Login::friendAt(int index) const {
+    return index < 0 || index >= friendCount() ? nullptr : friends[index].get();
+}
+
+int Login::country() const {
+    if (account() && account()->country.size() == 2) {
+        return account()->country[0] << 8 | account()->country[1];
+    }
+    return homeCountry();
+}
+
+int Login::homeCountry() {
+    // As the C library reads it: the first of these that is set decides.
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* locale = g_getenv(name);
+        if (locale == nullptr || *locale == '\0') {
+            continue;
+        }
+        const char* territory = std::strchr(locale, '_');
+        const bool known = territory != nullptr && g_ascii_isupper(territory[1]) &&
+                           g_ascii_isupper(territory[2]) && !g_ascii_isalnum(territory[3]);
+        return known ? territory[1] << 8 | territory[2] : 0;
+    }
+    return 0;
+}
+
+void Login::close() {
+    userHandle = {};
+    friends.clear();
+}
+
+}  // namespace sonolet::service

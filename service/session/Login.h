@@ -1,0 +1,93 @@
+#ifndef SONOLET_SERVICE_SESSION_LOGIN_H
+#define SONOLET_SERVICE_SESSION_LOGIN_H
+
+#include "accounts/Accounts.h"
+#include "session/LateAnswers.h"
+#include "session/Playback.h"
+#include "session/Queries.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// Who is logged in, and how one comes to be. The worker checks credentials, since that takes as
+// long as a hash is hard; the answer comes by logged_in, in its turn. A logout, and another login,
+// make an answer that is still under way void.
+//
+// Threads: the session's owner. Errors: numbers of the interface for what cannot be asked; an
+// answer that is a failure of the service is SP_ERROR_OTHER_PERMANENT and a line of the log.
+class Login final {
+public:
+    Login(Callbacks& sessionCallbacks,
+          LateAnswers& lateAnswers,
+          Worker& sessionWorker,
+          Queries& sessionQueries,
+          Playback& sessionPlayback,
+          std::shared_ptr<Playlists> sessionLists,
+          std::shared_ptr<const Faults> shownFaults);
+    ~Login();
+
+    Login(const Login&) = delete;
+    Login& operator=(const Login&) = delete;
+
+    // Has the worker check credentials in that file from here on.
+    void use(const std::string& accounts) { accountsFile = accounts; }
+
+    sp_error login(const char* name, const char* password, bool remember, const char* blob);
+    sp_error relogin();
+    sp_error logout();
+    sp_error forgetMe() const;
+    std::optional<std::string> rememberedUser() const;
+    sp_connectionstate connectionState() const;
+
+    // NULL while nobody is logged in.
+    sp_user* user() const { return userHandle.get(); }
+
+    // Everybody else who has an account. NULL for an index outside.
+    int friendCount() const { return static_cast<int>(friends.size()); }
+    sp_user* friendAt(int index) const;
+    // True when there are others than before.
+    bool refreshFriends();
+
+    // Of the user, else where this machine is: two letters, or 0 for no country.
+    int country() const;
+    // What the locale says; 0 when it names no territory.
+    static int homeCountry();
+
+    void close();
+
+private:
+    using Check = std::function<std::optional<Account>(Accounts&)>;
+
+    Accounts& accounts() const { return *lists->library()->accounts(); }
+    const std::optional<Account>& account() const { return lists->account(); }
+    void checkCredentials(Check check, bool remember, bool issueBlob);
+    void end(unsigned attempt,
+             const std::optional<Account>& found,
+             const std::string& blob,
+             sp_error error);
+    void enter(const Account& found, const std::string& blob);
+
+    // Constant after construction.
+    Callbacks& callbacks;
+    LateAnswers& late;
+    Worker& worker;
+    Queries& queries;
+    Playback& playback;
+    const std::shared_ptr<Playlists> lists;  // knows who is logged in
+    const std::shared_ptr<const Faults> faults;
+
+    std::string accountsFile;
+    Ref<sp_user> userHandle;
+    std::vector<Ref<sp_user>> friends;
+    unsigned lastAttempt = 0;  // an outcome of an earlier one is dropped
+    bool pending = false;
+};
+
+}  // namespace sonolet::service
+
+#endif

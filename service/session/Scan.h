@@ -1,0 +1,52 @@
+#ifndef SONOLET_SERVICE_SESSION_SCAN_H
+#define SONOLET_SERVICE_SESSION_SCAN_H
+
+#include "catalogue/Scanner.h"
+#include "session/Callbacks.h"
+#include "session/Storage.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace sonolet::service {
+
+// The scan that brings a session's catalogue up to date, once; and once more when the catalogue
+// proves damaged or is another.
+//
+// Threads: the session's owner, but for rebuild().
+class Scan final {
+public:
+    // `over` is told when a scan has ended by itself, on the owner's thread.
+    Scan(Callbacks& sessionCallbacks,
+         const Storage& sessionStorage,
+         std::string musicFolder,
+         std::function<void()> over);
+
+    Scan(const Scan&) = delete;
+    Scan& operator=(const Scan&) = delete;
+
+    // Ends the one that is under way.
+    void start();
+    void stop() { scanner.reset(); }
+
+    // Sets the catalogue's file aside and makes it again, when the error is a sign that it is
+    // damaged. Any thread.
+    void rebuild(const DatabaseError& error);
+
+private:
+    // Constant after construction.
+    Callbacks& callbacks;
+    const Storage& storage;
+    const std::string music;
+    const std::string catalogueFile;
+    const std::function<void()> tellOver;
+
+    std::atomic<bool> rebuilding{false};  // from here to the end of the scan
+    std::unique_ptr<Scanner> scanner;     // last: its thread uses the above
+};
+
+}  // namespace sonolet::service
+
+#endif
