@@ -1,5 +1,6 @@
 #include "accounts/Accounts.h"
 
+#include "accounts/ListSchema.h"
 #include "accounts/ListStore.h"
 
 #include <glib.h>

@@ -1,97 +1,9 @@
 #include "accounts/ListStore.h"
 
-#include <cstdlib>
 #include <unordered_set>
 #include <utility>
 
 namespace sonolet::service {
-
-namespace {
-
-constexpr std::int64_t gap = std::int64_t{1} << 32;
-// Where entries give way they get at least this far from each other, so that it stays rare.
-constexpr std::int64_t smallestGap = 1 << 16;
-constexpr std::size_t firstWindow = 16;
-
-constexpr std::int64_t keptChanges = 10000;
-constexpr std::int64_t pruneEvery = 256;
-
-std::string joined(const std::vector<std::int64_t>& numbers) {
-    std::string text;
-    for (const std::int64_t number : numbers) {
-        text += std::to_string(number);
-        text += ' ';
-    }
-    return text;
-}
-
-std::vector<std::int64_t> split(const std::string& text) {
-    std::vector<std::int64_t> numbers;
-    const char* place = text.c_str();
-    for (char* end = nullptr;; place = end) {
-        const std::int64_t number = std::strtoll(place, &end, 10);
-        if (end == place) {
-            return numbers;
-        }
-        numbers.push_back(number);
-    }
-}
-
-}  // namespace
-
-// `removed` is the change by which an entry went away. Rank orders the entries of a list.
-const char listSchema[] = R"(
-CREATE TABLE lists(
-    id INTEGER PRIMARY KEY AUTOINCREMENT,
-    link BLOB NOT NULL UNIQUE,
-    owner_id INTEGER NOT NULL REFERENCES accounts(id) ON DELETE CASCADE,
-    kind INTEGER NOT NULL,
-    name TEXT NOT NULL,
-    description TEXT NOT NULL DEFAULT '',
-    image BLOB,
-    collaborative INTEGER NOT NULL DEFAULT 0,
-    published INTEGER NOT NULL DEFAULT 1,
-    source TEXT UNIQUE,
-    source_digest BLOB);
-CREATE INDEX lists_by_owner ON lists(owner_id);
-CREATE UNIQUE INDEX lists_of_account ON lists(owner_id, kind) WHERE kind != 0;
-CREATE TABLE list_entries(
-    id INTEGER PRIMARY KEY AUTOINCREMENT,
-    list_id INTEGER NOT NULL REFERENCES lists(id) ON DELETE CASCADE,
-    rank INTEGER NOT NULL,
-    removed INTEGER,
-    kind INTEGER NOT NULL,
-    item BLOB NOT NULL,
-    creator TEXT NOT NULL,
-    created INTEGER NOT NULL,
-    seen INTEGER NOT NULL,
-    text TEXT);
-CREATE INDEX list_entries_in_order ON list_entries(list_id, rank) WHERE removed IS NULL;
-CREATE INDEX list_entries_by_item ON list_entries(item, list_id) WHERE removed IS NULL;
-CREATE INDEX list_entries_removed ON list_entries(removed) WHERE removed IS NOT NULL;
-CREATE TABLE list_changes(
-    id INTEGER PRIMARY KEY AUTOINCREMENT,
-    list_id INTEGER NOT NULL,
-    kind INTEGER NOT NULL,
-    numbers TEXT NOT NULL);
-CREATE TRIGGER lists_for_account AFTER INSERT ON accounts BEGIN
-    INSERT INTO lists(link, owner_id, kind, name) VALUES
-        (randomblob(16), NEW.id, 1, 'Starred'),
-        (randomblob(16), NEW.id, 2, 'Inbox'),
-        (randomblob(16), NEW.id, 3, '');
-END;
-INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 1, 'Starred' FROM accounts;
-INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 2, 'Inbox' FROM accounts;
-INSERT INTO lists(link, owner_id, kind, name) SELECT randomblob(16), id, 3, '' FROM accounts;
-INSERT INTO list_entries(list_id, rank, kind, item, creator, created, seen)
-    SELECT l.id, row_number() OVER (PARTITION BY l.id ORDER BY s.time, s.track) << 32, 0, s.track,
-        a.name, s.time, 1
-    FROM stars s JOIN accounts a ON a.id = s.account_id
-    JOIN lists l ON l.owner_id = a.id AND l.kind = 1;
-DROP TABLE stars;
-CREATE VIEW stars AS SELECT l.owner_id AS account_id, e.item AS track, e.created AS time
-    FROM lists l JOIN list_entries e ON e.list_id = l.id WHERE l.kind = 1 AND e.removed IS NULL;
-)";
 
 #define LIST_COLUMNS                                                                               \
     "SELECT l.id, l.link, l.owner_id, a.name, l.kind, l.name, l.description, l.image,"             \
@@ -99,7 +11,8 @@ CREATE VIEW stars AS SELECT l.owner_id AS account_id, e.item AS track, e.created
 #define ENTRY_COLUMNS "SELECT e.id, e.kind, e.item, e.creator, e.created, e.seen, e.text"
 
 ListStore::ListStore(Database& sharedDatabase)
-    : database(sharedDatabase), findList(database, LIST_COLUMNS "WHERE l.link = ?1"),
+    : database(sharedDatabase), changes(sharedDatabase), order(sharedDatabase),
+      findList(database, LIST_COLUMNS "WHERE l.link = ?1"),
       findOfUser(database, LIST_COLUMNS "WHERE a.name = ?1 AND l.kind = ?2"),
       findOfAccount(database, LIST_COLUMNS "WHERE l.owner_id = ?1 AND l.kind = ?2"),
       listEntries(database,
@@ -121,39 +34,15 @@ ListStore::ListStore(Database& sharedDatabase)
                     "SELECT c.owner_id, e.id FROM lists l JOIN list_entries e ON e.item = l.link"
                     " JOIN lists c ON c.id = e.list_id WHERE l.owner_id = ?1 AND c.owner_id != ?1"
                     " AND c.kind = 3 AND e.removed IS NULL AND e.kind = 0"),
-      findBounds(database,
-                 "SELECT IFNULL((SELECT MIN(id) FROM list_changes), 1),"
-                 " IFNULL((SELECT MAX(id) FROM list_changes), 0)"),
-      listChanges(database,
-                  "SELECT c.id, l.link, l.kind, a.name, c.kind, c.numbers FROM list_changes c"
-                  " JOIN lists l ON l.id = c.list_id JOIN accounts a ON a.id = l.owner_id"
-                  " WHERE c.id > ?1 ORDER BY c.id"),
       insertList(database,
                  "INSERT INTO lists(link, owner_id, kind, name)"
                  " VALUES(randomblob(16), ?1, 0, ?2) RETURNING link"),
       insertEntry(database,
                   "INSERT INTO list_entries(list_id, rank, kind, item, creator, created, seen,"
                   " text) VALUES(?1, ?2, ?3, ?4, ?5, strftime('%s', 'now'), ?6, ?7)"),
-      findRank(database, "SELECT rank FROM list_entries WHERE id = ?2 AND list_id = ?1"),
-      findNext(database,
-               "SELECT id, rank FROM list_entries WHERE list_id = ?1 AND rank >= ?2"
-               " AND removed IS NULL ORDER BY rank LIMIT 1"),
-      findPrevious(database,
-                   "SELECT rank FROM list_entries WHERE list_id = ?1 AND rank < ?2"
-                   " AND removed IS NULL ORDER BY rank DESC LIMIT 1"),
-      findLast(database,
-               "SELECT rank FROM list_entries WHERE list_id = ?1 AND removed IS NULL"
-               " ORDER BY rank DESC LIMIT 1"),
-      listRanks(database,
-                "SELECT id, rank FROM list_entries WHERE list_id = ?1 AND rank >= ?2"
-                " AND removed IS NULL ORDER BY rank LIMIT ?3"),
-      updateRank(database, "UPDATE list_entries SET rank = ?2, removed = NULL WHERE id = ?1"),
       removeEntry(database,
                   "UPDATE list_entries SET removed = ?3 WHERE id = ?2 AND list_id = ?1"
                   " AND removed IS NULL RETURNING item"),
-      insertChange(database, "INSERT INTO list_changes(list_id, kind, numbers) VALUES(?1, ?2, ?3)"),
-      pruneChanges(database, "DELETE FROM list_changes WHERE id <= ?1"),
-      pruneEntries(database, "DELETE FROM list_entries WHERE removed <= ?1"),
       updateName(database, "UPDATE lists SET name = ?2 WHERE id = ?1"),
       updateDescription(database, "UPDATE lists SET description = ?2 WHERE id = ?1"),
       updateImage(database, "UPDATE lists SET image = ?2 WHERE id = ?1"),
@@ -165,20 +54,6 @@ ListStore::ListStore(Database& sharedDatabase)
                   " ORDER BY source"),
       findSource(database, "SELECT link, source, source_digest FROM lists WHERE source = ?1"),
       updateSource(database, "UPDATE lists SET source = ?2, source_digest = ?3 WHERE id = ?1") {}
-
-ListStore::Snapshot::Snapshot(Database& readDatabase)
-    : database(readDatabase), nested(sqlite3_get_autocommit(readDatabase.handle()) == 0) {
-    if (!nested) {
-        database.execute("BEGIN");
-    }
-}
-
-ListStore::Snapshot::~Snapshot() {
-    if (!nested) {
-        // Nothing was written that could fail to be.
-        sqlite3_exec(database.handle(), "COMMIT", nullptr, nullptr, nullptr);
-    }
-}
 
 ListStore::Scope::Scope(ListStore& changedStore)
     : store(changedStore), outermost(!changedStore.transaction) {
@@ -276,119 +151,13 @@ std::vector<std::string> ListStore::subscribers(const ListRow& list) {
     return names;
 }
 
-// ---- The log ----
-
-std::int64_t ListStore::newestChange() {
-    Cursor row = findBounds.run();
-    return row.next() ? row.integer(1) : 0;
-}
-
-std::optional<std::vector<ListChange>> ListStore::changesSince(std::int64_t change) {
-    const Snapshot snapshot(database);
-    if (Cursor row = findBounds.run(); row.next() && row.integer(0) > change + 1) {
-        return std::nullopt;
-    }
-    std::vector<ListChange> changes;
-    for (Cursor row = listChanges.run(change); row.next();) {
-        ListChange next;
-        next.id = row.integer(0);
-        next.link = row.id(1).value_or(Id());
-        next.listKind = static_cast<ListKind>(row.integer(2));
-        next.owner = row.text(3);
-        next.kind = static_cast<ListChangeKind>(row.integer(4));
-        next.numbers = split(row.text(5));
-        changes.push_back(std::move(next));
-    }
-    return changes;
-}
-
-std::int64_t ListStore::note(const ListRow& list,
-                             ListChangeKind kind,
-                             const std::vector<std::int64_t>& numbers) {
-    insertChange.execute(list.id, static_cast<int>(kind), joined(numbers));
-    const std::int64_t change = sqlite3_last_insert_rowid(database.handle());
-    if (change % pruneEvery == 0) {
-        pruneChanges.execute(change - keptChanges);
-        pruneEntries.execute(change - keptChanges);
-    }
-    return change;
-}
-
 void ListStore::noteSubscribers(const ListRow& container, const Id& playlist) {
     if (container.kind != ListKind::container) {
         return;
     }
     const std::optional<ListRow> followed = find(playlist);
     if (followed && followed->ownerId != container.ownerId) {
-        note(*followed, ListChangeKind::subscribed);
-    }
-}
-
-// ---- The order ----
-
-std::vector<std::int64_t>
-ListStore::makeRoom(const ListRow& list, std::int64_t& before, std::int64_t count) {
-    const auto from = [count](std::int64_t low, std::int64_t step) {
-        std::vector<std::int64_t> ranks;
-        for (std::int64_t place = 1; place <= count; ++place) {
-            ranks.push_back(low + step * place);
-        }
-        return ranks;
-    };
-    std::optional<std::int64_t> high;
-    if (before != 0) {
-        Cursor anchor = findRank.run(list.id, before);
-        before = 0;
-        if (anchor.next()) {
-            if (Cursor next = findNext.run(list.id, anchor.integer(0)); next.next()) {
-                before = next.integer(0);
-                high = next.integer(1);
-            }
-        }
-    }
-    if (!high) {
-        Cursor last = findLast.run(list.id);
-        return from(last.next() ? last.integer(0) : 0, gap);
-    }
-    Cursor previous = findPrevious.run(list.id, *high);
-    if (!previous.next()) {
-        return from(*high - gap * (count + 1), gap);
-    }
-    const std::int64_t low = previous.integer(0);
-    const std::int64_t step = (*high - low) / (count + 1);
-    return step > 0 ? from(low, step) : spread(list, low, *high, count);
-}
-
-std::vector<std::int64_t>
-ListStore::spread(const ListRow& list, std::int64_t low, std::int64_t high, std::int64_t count) {
-    for (std::size_t window = firstWindow;; window *= 2) {
-        std::vector<std::int64_t> behind;
-        std::int64_t top = 0;
-        for (Cursor row = listRanks.run(list.id, high, static_cast<std::int64_t>(window) + 1);
-             row.next();) {
-            behind.push_back(row.integer(0));
-            top = row.integer(1);
-        }
-        const auto total = count + static_cast<std::int64_t>(behind.size());
-        std::int64_t step = gap;
-        if (behind.size() > window) {
-            // The last one stays where it is.
-            behind.pop_back();
-            step = (top - low) / total;
-            if (step < smallestGap) {
-                continue;
-            }
-        }
-        std::vector<std::int64_t> ranks;
-        for (std::int64_t place = 1; place <= count; ++place) {
-            ranks.push_back(low + step * place);
-        }
-        std::int64_t rank = low + step * count;
-        for (const std::int64_t entry : behind) {
-            rank += step;
-            updateRank.execute(entry, rank);
-        }
-        return ranks;
+        changes.note(*followed, ListChangeKind::subscribed);
     }
 }
 
@@ -423,7 +192,7 @@ std::vector<std::int64_t> ListStore::insert(const ListRow& list,
             return;
         }
         std::int64_t place = before;
-        const auto ranks = makeRoom(list, place, static_cast<std::int64_t>(fresh.size()));
+        const auto ranks = order.makeRoom(list, place, static_cast<std::int64_t>(fresh.size()));
         const bool seen = list.kind != ListKind::inbox && creator == list.owner;
         for (std::size_t index = 0; index < fresh.size(); ++index) {
             const NewEntry& entry = fresh[index];
@@ -434,7 +203,7 @@ std::vector<std::int64_t> ListStore::insert(const ListRow& list,
         }
         std::vector<std::int64_t> numbers = {place};
         numbers.insert(numbers.end(), made.begin(), made.end());
-        note(list, ListChangeKind::added, numbers);
+        changes.note(list, ListChangeKind::added, numbers);
     });
     return made;
 }
@@ -444,7 +213,7 @@ void ListStore::remove(const ListRow& list, const std::vector<std::int64_t>& ent
         return;
     }
     together([&] {
-        const std::int64_t change = note(list, ListChangeKind::removed, entries);
+        const std::int64_t change = changes.note(list, ListChangeKind::removed, entries);
         for (const std::int64_t entry : entries) {
             std::optional<Id> item;
             if (Cursor row = removeEntry.run(list.id, entry, change); row.next()) {
@@ -484,47 +253,47 @@ void ListStore::move(const ListRow& list,
             return;
         }
         std::int64_t place = before;
-        const auto ranks = makeRoom(list, place, static_cast<std::int64_t>(moved.size()));
+        const auto ranks = order.makeRoom(list, place, static_cast<std::int64_t>(moved.size()));
         for (std::size_t index = 0; index < moved.size(); ++index) {
-            updateRank.execute(moved[index], ranks[index]);
+            order.put(moved[index], ranks[index]);
         }
         moved.insert(moved.begin(), place);
-        note(list, ListChangeKind::moved, moved);
+        changes.note(list, ListChangeKind::moved, moved);
     });
 }
 
 void ListStore::rename(const ListRow& list, std::string_view name) {
     together([&] {
         updateName.execute(list.id, name);
-        note(list, ListChangeKind::renamed);
+        changes.note(list, ListChangeKind::renamed);
     });
 }
 
 void ListStore::describe(const ListRow& list, std::string_view description) {
     together([&] {
         updateDescription.execute(list.id, description);
-        note(list, ListChangeKind::described);
+        changes.note(list, ListChangeKind::described);
     });
 }
 
 void ListStore::setImage(const ListRow& list, std::string_view image) {
     together([&] {
         updateImage.execute(list.id, Blob{std::string(image)});
-        note(list, ListChangeKind::pictured);
+        changes.note(list, ListChangeKind::pictured);
     });
 }
 
 void ListStore::share(const ListRow& list, bool published, bool collaborative) {
     together([&] {
         updateShare.execute(list.id, published, collaborative);
-        note(list, ListChangeKind::shared);
+        changes.note(list, ListChangeKind::shared);
     });
 }
 
 void ListStore::setSeen(const ListRow& list, std::int64_t entry, bool seen) {
     together([&] {
         updateSeen.execute(list.id, entry, seen);
-        note(list, ListChangeKind::seen, {entry});
+        changes.note(list, ListChangeKind::seen, {entry});
     });
 }
 
@@ -533,7 +302,7 @@ void ListStore::setMessage(const ListRow& list, std::int64_t entry, std::string_
         updateText.execute(list.id, entry,
                            message.empty() ? std::nullopt
                                            : std::optional<std::string_view>(message));
-        note(list, ListChangeKind::messaged, {entry});
+        changes.note(list, ListChangeKind::messaged, {entry});
     });
 }
 

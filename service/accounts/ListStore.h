@@ -1,6 +1,9 @@
 #ifndef SONOLET_SERVICE_ACCOUNTS_LIST_STORE_H
 #define SONOLET_SERVICE_ACCOUNTS_LIST_STORE_H
 
+#include "accounts/ListLog.h"
+#include "accounts/ListOrder.h"
+#include "accounts/ListRows.h"
 #include "store/Database.h"
 
 #include <cstdint>
@@ -10,72 +13,6 @@
 #include <vector>
 
 namespace sonolet::service {
-
-// The tables of the lists, made after those of the accounts. Every account has one list of each
-// kind but `playlist` from the start; stars become entries of the starred lists.
-extern const char listSchema[];
-
-enum class ListKind { playlist = 0, starred = 1, inbox = 2, container = 3 };
-
-struct ListRow {
-    std::int64_t id = 0;
-    Id link;
-    std::int64_t ownerId = 0;
-    std::string owner;  // canonical name
-    ListKind kind = ListKind::playlist;
-    std::string name;
-    std::string description;
-    std::string image;  // 20 bytes or none
-    bool collaborative = false;
-    bool published = true;
-
-    bool mayBeChangedBy(std::int64_t account) const {
-        return account == ownerId || (collaborative && kind == ListKind::playlist);
-    }
-};
-
-enum class EntryKind { item = 0, folderStart = 1, folderEnd = 2 };
-
-struct ListEntry {
-    std::int64_t id = 0;
-    EntryKind kind = EntryKind::item;
-    Id item;  // a track's id; in a container a playlist's, or what the two ends of a folder share
-    std::string creator;
-    std::int64_t created = 0;  // seconds since 1970
-    bool seen = true;
-    std::optional<std::string> text;  // a track's message, a folder's name
-};
-
-// What is to be put into a list.
-struct NewEntry {
-    EntryKind kind = EntryKind::item;
-    Id item;
-    std::optional<std::string> text;
-};
-
-enum class ListChangeKind {
-    added = 0,       // the entry they stand before or 0, then the entries
-    removed = 1,     // the entries
-    moved = 2,       // the entry they stand before now or 0, then the entries
-    renamed = 3,     // nothing
-    described = 4,   // nothing
-    pictured = 5,    // nothing
-    shared = 6,      // nothing: who may see or change the list
-    seen = 7,        // the entry
-    messaged = 8,    // the entry
-    subscribed = 9,  // nothing: other followers
-};
-
-// A line of the log: what has happened to a list, in terms of entries, since their places are not
-// the same for everyone at the same time.
-struct ListChange {
-    std::int64_t id = 0;  // grows with every change
-    Id link;
-    ListKind listKind = ListKind::playlist;
-    std::string owner;
-    ListChangeKind kind = ListChangeKind::added;
-    std::vector<std::int64_t> numbers;
-};
 
 // The lists of all users: playlists of tracks, and for each user a container of playlists and
 // folders. A list is a sequence of entries in the order of sparse ranks, so that a change writes
@@ -101,14 +38,13 @@ public:
     // The names of those who follow a playlist of someone else.
     std::vector<std::string> subscribers(const ListRow& list);
 
-    std::int64_t newestChange();
-    // Of all lists; nothing when the log does not reach back as far.
-    std::optional<std::vector<ListChange>> changesSince(std::int64_t change);
+    // What has happened to all lists.
+    ListLog& log() { return changes; }
 
     // What `action` reads is of one moment.
     template <typename Action>
     void atOneMoment(Action action) {
-        const Snapshot snapshot(database);
+        const ReadMoment moment(database);
         action();
     }
     // What `action` changes is one transaction.
@@ -156,18 +92,6 @@ public:
                    const std::optional<std::string>& digest);
 
 private:
-    class Snapshot final {
-    public:
-        explicit Snapshot(Database& readDatabase);
-        ~Snapshot();
-        Snapshot(const Snapshot&) = delete;
-        Snapshot& operator=(const Snapshot&) = delete;
-
-    private:
-        Database& database;
-        const bool nested;
-    };
-
     // A transaction, or a part of the one that is open.
     class Scope final {
     public:
@@ -185,18 +109,11 @@ private:
     static ListRow readList(const Cursor& row);
     static ListEntry readEntry(const Cursor& row);
     static Source readSource(const Cursor& row);
-    std::int64_t
-    note(const ListRow& list, ListChangeKind kind, const std::vector<std::int64_t>& numbers = {});
     void noteSubscribers(const ListRow& container, const Id& playlist);
 
-    // Ranks for `count` entries before that entry, which is changed to the one that is there.
-    std::vector<std::int64_t>
-    makeRoom(const ListRow& list, std::int64_t& before, std::int64_t count);
-    // The same where there are too few between `low` and `high`: entries behind them give way.
-    std::vector<std::int64_t>
-    spread(const ListRow& list, std::int64_t low, std::int64_t high, std::int64_t count);
-
     Database& database;
+    ListLog changes;
+    ListOrder order;
     std::optional<Transaction> transaction;
 
     Statement findList;
@@ -208,20 +125,9 @@ private:
     Statement findItem;
     Statement listSubscribers;
     Statement listFollowers;
-    Statement findBounds;
-    Statement listChanges;
     Statement insertList;
     Statement insertEntry;
-    Statement findRank;
-    Statement findNext;
-    Statement findPrevious;
-    Statement findLast;
-    Statement listRanks;
-    Statement updateRank;
     Statement removeEntry;
-    Statement insertChange;
-    Statement pruneChanges;
-    Statement pruneEntries;
     Statement updateName;
     Statement updateDescription;
     Statement updateImage;

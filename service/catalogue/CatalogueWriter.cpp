@@ -1,7 +1,5 @@
 #include "catalogue/CatalogueWriter.h"
 
-#include "libspotify/api.h"
-
 #include <algorithm>
 
 namespace sonolet::service {
@@ -11,9 +9,6 @@ namespace {
 constexpr char unknownArtist[] = "Unknown artist";
 constexpr char unknownAlbum[] = "Unknown album";
 constexpr char variousArtists[] = "Various Artists";
-
-// Without a tag that tells, a release of up to this many tracks is a single.
-constexpr std::int64_t tracksOfSingle = 2;
 
 std::string withoutEnding(const std::string& fileName) {
     return fileName.substr(0, fileName.rfind('.'));
@@ -42,28 +37,6 @@ Id keyOf(const ScannedFile& file, const std::string& albumArtist) {
                        tags.title.empty() ? file.folder + '/' + file.name : ""});
 }
 
-// The first file of a key has the key as its link, the others links of their own.
-Id linkOf(const Id& key, std::size_t place) {
-    return place == 0 ? key : Id::digest({"copy", key.view(), std::to_string(place)});
-}
-
-std::optional<Blob> digestOrNull(const std::string& digest) {
-    return digest.empty() ? std::nullopt : std::optional<Blob>(Blob{digest});
-}
-
-sp_albumtype albumType(const std::string& releaseType, bool compilation, std::int64_t tracks) {
-    if (compilation || releaseType.find("compilation") != std::string::npos) {
-        return SP_ALBUMTYPE_COMPILATION;
-    }
-    if (releaseType.rfind("single", 0) == 0) {
-        return SP_ALBUMTYPE_SINGLE;
-    }
-    if (!releaseType.empty()) {
-        return SP_ALBUMTYPE_ALBUM;
-    }
-    return tracks <= tracksOfSingle ? SP_ALBUMTYPE_SINGLE : SP_ALBUMTYPE_ALBUM;
-}
-
 }  // namespace
 
 bool ScanBatch::empty() const {
@@ -76,7 +49,7 @@ CatalogueWriter::Migration::Migration(Database& database) {
 }
 
 CatalogueWriter::CatalogueWriter(const std::string& file)
-    : database(file, Database::Durability::process), migration(database),
+    : database(file, Database::Durability::process), migration(database), touched(database),
       findFolder(database,
                  "SELECT id, present, picture, picture_size, picture_time, picture_digest"
                  " FROM folders WHERE path = ?1"),
@@ -118,56 +91,7 @@ CatalogueWriter::CatalogueWriter(const std::string& file)
                     " picture_digest = ?5 WHERE id = ?1"),
       updateFolder(database, "UPDATE folders SET present = ?2 WHERE id = ?1"),
       tracksOfFolder(database, "SELECT id FROM tracks WHERE folder_id = ?1 AND present"),
-      deleteSkippedOfFolder(database, "DELETE FROM skipped WHERE folder_id = ?1"),
-      findTouched(database, "SELECT key, album_id FROM tracks WHERE id = ?1"),
-      listGroup(database,
-                "SELECT t.id, t.link, t.present, t.album_id FROM tracks t"
-                " JOIN folders f ON f.id = t.folder_id WHERE t.key = ?1"
-                " ORDER BY t.present DESC, f.path, t.name"),
-      updateLink(database, "UPDATE tracks SET link = ?2 WHERE id = ?1"),
-      deleteTrack(database, "DELETE FROM tracks WHERE id = ?1"),
-      sumAlbum(database,
-               "SELECT COUNT(*), MAX(total), MAX(compilation),"
-               " COALESCE(MIN(CASE WHEN year > 0 THEN year END), 0)"
-               " FROM tracks WHERE album_id = ?1 AND present"),
-      findReleaseType(database,
-                      "SELECT release_type FROM tracks WHERE album_id = ?1 AND present"
-                      " AND release_type <> '' ORDER BY disc, number, link LIMIT 1"),
-      findCover(database,
-                "SELECT COALESCE(t.picture_digest, f.picture_digest) AS cover FROM tracks t"
-                " JOIN folders f ON f.id = t.folder_id WHERE t.album_id = ?1 AND t.present"
-                " AND cover IS NOT NULL ORDER BY t.disc, t.number, t.link LIMIT 1"),
-      updateAlbum(
-          database,
-          "UPDATE albums SET available = 1, year = ?2, type = ?3, cover = ?4 WHERE id = ?1"),
-      loseAlbum(database, "UPDATE albums SET available = 0 WHERE id = ?1"),
-      listTouchedArtists(database, "SELECT artist_id FROM track_artists WHERE track_id = ?1"),
-      artistOfAlbum(database, "SELECT artist_id FROM albums WHERE id = ?1"),
-      findAvailability(
-          database,
-          "SELECT available, EXISTS(SELECT 1 FROM albums WHERE artist_id = ?1 AND available) OR"
-          " EXISTS(SELECT 1 FROM track_artists ta JOIN tracks t ON t.id = ta.track_id"
-          " WHERE ta.artist_id = ?1 AND t.present) FROM artists WHERE id = ?1"),
-      updateArtist(database, "UPDATE artists SET available = ?2 WHERE id = ?1"),
-      indexTrack(database,
-                 "INSERT INTO track_index(rowid, title, artist, album, year)"
-                 " SELECT id, title, artist, album, year FROM track_texts WHERE id = ?1"),
-      unindexTrack(
-          database,
-          "INSERT INTO track_index(track_index, rowid, title, artist, album, year)"
-          " SELECT 'delete', id, title, artist, album, year FROM track_texts WHERE id = ?1"),
-      indexAlbum(database,
-                 "INSERT INTO album_index(rowid, name, artist, year)"
-                 " SELECT id, name, artist, year FROM album_texts WHERE id = ?1"),
-      unindexAlbum(database,
-                   "INSERT INTO album_index(album_index, rowid, name, artist, year)"
-                   " SELECT 'delete', id, name, artist, year FROM album_texts WHERE id = ?1"),
-      indexArtist(database,
-                  "INSERT INTO artist_index(rowid, name)"
-                  " SELECT id, name FROM artist_texts WHERE id = ?1"),
-      unindexArtist(database,
-                    "INSERT INTO artist_index(artist_index, rowid, name)"
-                    " SELECT 'delete', id, name FROM artist_texts WHERE id = ?1") {}
+      deleteSkippedOfFolder(database, "DELETE FROM skipped WHERE folder_id = ?1") {}
 
 KnownFolder CatalogueWriter::folder(const std::string& path) {
     KnownFolder folder;
@@ -203,10 +127,7 @@ std::int64_t CatalogueWriter::presentTracks() {
 }
 
 void CatalogueWriter::apply(const ScanBatch& batch) {
-    touchedKeys.clear();
-    touchedAlbums.clear();
-    touchedArtists.clear();
-    unindexedTracks.clear();
+    touched.begin();
     Transaction transaction(database);
     for (const std::string& path : batch.foldersFound) {
         updateFolder.execute(folderId(path), true);
@@ -229,18 +150,7 @@ void CatalogueWriter::apply(const ScanBatch& batch) {
     for (const std::string& path : batch.foldersLost) {
         loseFolder(path);
     }
-    for (const Id& key : touchedKeys) {
-        giveLinks(key);
-    }
-    for (const std::int64_t album : touchedAlbums) {
-        summarise(album);
-    }
-    for (const std::int64_t artist : touchedArtists) {
-        summariseArtist(artist);
-    }
-    for (const std::int64_t track : unindexedTracks) {
-        indexTrack.execute(track);
-    }
+    touched.finish();
     transaction.commit();
 }
 
@@ -272,8 +182,8 @@ void CatalogueWriter::store(const ScannedFile& file) {
     const std::string albumArtist = albumArtistOf(tags);
     const std::int64_t album = albumId(albumArtist, tags.album.empty() ? unknownAlbum : tags.album);
     if (Cursor before = findFile.run(folder, file.name); before.next()) {
-        unindex(before.integer(0));
-        touch(before.integer(0));
+        touched.unindex(before.integer(0));
+        touched.touch(before.integer(0));
     }
     std::int64_t track = 0;
     {
@@ -286,7 +196,7 @@ void CatalogueWriter::store(const ScannedFile& file) {
             track = row.integer(0);
         }
     }
-    unindexedTracks.insert(track);
+    touched.indexLater(track);
     deleteArtists.execute(track);
     std::int64_t position = 0;
     for (const std::string& artist : tags.artists) {
@@ -295,7 +205,7 @@ void CatalogueWriter::store(const ScannedFile& file) {
     if (tags.artists.empty()) {
         insertTrackArtist.execute(track, 0, artistId(albumArtist));
     }
-    touch(track);
+    touched.touch(track);
     deleteSkipped.execute(folder, file.name);
 }
 
@@ -312,8 +222,8 @@ void CatalogueWriter::skip(const ScannedFile& file) {
 }
 
 void CatalogueWriter::setPresent(std::int64_t track, bool present) {
-    unindex(track);
-    touch(track);
+    touched.unindex(track);
+    touched.touch(track);
     updatePresent.execute(track, present);
 }
 
@@ -322,7 +232,7 @@ void CatalogueWriter::setPicture(const std::string& path, const FolderPicture& p
     updatePicture.execute(folder, picture.name, picture.stamp.size, picture.stamp.time,
                           digestOrNull(picture.digest));
     for (Cursor row = tracksOfFolder.run(folder); row.next();) {
-        touch(row.integer(0));
+        touched.touch(row.integer(0));
     }
 }
 
@@ -337,103 +247,6 @@ void CatalogueWriter::loseFolder(const std::string& path) {
     }
     deleteSkippedOfFolder.execute(folder);
     updateFolder.execute(folder, false);
-}
-
-void CatalogueWriter::touch(std::int64_t track) {
-    if (Cursor row = findTouched.run(track); row.next()) {
-        touchedKeys.insert(row.id(0).value_or(Id()));
-        touchedAlbums.insert(row.integer(1));
-    }
-    for (Cursor row = listTouchedArtists.run(track); row.next();) {
-        touchedArtists.insert(row.integer(0));
-    }
-}
-
-void CatalogueWriter::unindex(std::int64_t track) {
-    if (unindexedTracks.insert(track).second) {
-        unindexTrack.execute(track);
-    }
-}
-
-void CatalogueWriter::giveLinks(const Id& key) {
-    struct Row {
-        std::int64_t id;
-        std::optional<Id> link;
-        bool present;
-    };
-    std::vector<Row> rows;
-    for (Cursor row = listGroup.run(key); row.next();) {
-        rows.push_back({row.integer(0), row.id(1), row.integer(2) != 0});
-        touchedAlbums.insert(row.integer(3));
-    }
-    // The absent ones are behind the present ones, and have nothing left to say beside them.
-    std::size_t kept = 0;
-    while (kept < rows.size() && (kept == 0 || rows[kept].present)) {
-        ++kept;
-    }
-    for (std::size_t place = kept; place < rows.size(); ++place) {
-        deleteTrack.execute(rows[place].id);
-    }
-    rows.resize(kept);
-    // A link is free only when its last owner has let it go.
-    for (std::size_t place = 0; place < kept; ++place) {
-        if (rows[place].link && *rows[place].link != linkOf(key, place)) {
-            updateLink.execute(rows[place].id, nullptr);
-            rows[place].link.reset();
-        }
-    }
-    for (std::size_t place = 0; place < kept; ++place) {
-        if (!rows[place].link) {
-            updateLink.execute(rows[place].id, linkOf(key, place));
-        }
-    }
-}
-
-void CatalogueWriter::summarise(std::int64_t album) {
-    unindexAlbum.execute(album);
-    updateSummary(album);
-    indexAlbum.execute(album);
-    if (Cursor row = artistOfAlbum.run(album); row.next()) {
-        touchedArtists.insert(row.integer(0));
-    }
-}
-
-void CatalogueWriter::summariseArtist(std::int64_t artist) {
-    bool before = false;
-    bool available = false;
-    if (Cursor row = findAvailability.run(artist); row.next()) {
-        before = row.integer(0) != 0;
-        available = row.integer(1) != 0;
-    }
-    if (before == available) {
-        return;
-    }
-    if (before) {
-        unindexArtist.execute(artist);
-    }
-    updateArtist.execute(artist, available);
-    if (available) {
-        indexArtist.execute(artist);
-    }
-}
-
-void CatalogueWriter::updateSummary(std::int64_t album) {
-    Cursor sum = sumAlbum.run(album);
-    if (!sum.next() || sum.integer(0) == 0) {
-        loseAlbum.execute(album);
-        return;
-    }
-    std::string releaseType;
-    if (Cursor row = findReleaseType.run(album); row.next()) {
-        releaseType = row.text(0);
-    }
-    std::string cover;
-    if (Cursor row = findCover.run(album); row.next()) {
-        cover = row.text(0);
-    }
-    const std::int64_t tracks = std::max(sum.integer(0), sum.integer(1));
-    const sp_albumtype type = albumType(releaseType, sum.integer(2) != 0, tracks);
-    updateAlbum.execute(album, sum.integer(3), static_cast<int>(type), digestOrNull(cover));
 }
 
 }  // namespace sonolet::service

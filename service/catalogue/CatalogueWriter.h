@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_CATALOGUE_CATALOGUE_WRITER_H
 
 #include "catalogue/Catalogue.h"
+#include "catalogue/Touched.h"
 #include "music/Tags.h"
 
 #include <cstdint>
@@ -93,19 +94,11 @@ private:
     void setPicture(const std::string& path, const FolderPicture& picture);
     void loseFolder(const std::string& path);
 
-    // Notes that a track is about to change or has changed.
-    void touch(std::int64_t track);
-    // To be called before what is known of a track's words changes.
-    void unindex(std::int64_t track);
-    void giveLinks(const Id& key);
-    void summarise(std::int64_t album);
-    void updateSummary(std::int64_t album);
-    void summariseArtist(std::int64_t artist);
-
     Database database;
     struct Migration {
         explicit Migration(Database& database);
     } migration;
+    Touched touched;
     Statement findFolder;
     Statement insertFolder;
     Statement listFolders;
@@ -127,30 +120,6 @@ private:
     Statement updateFolder;
     Statement tracksOfFolder;
     Statement deleteSkippedOfFolder;
-    Statement findTouched;
-    Statement listGroup;
-    Statement updateLink;
-    Statement deleteTrack;
-    Statement sumAlbum;
-    Statement findReleaseType;
-    Statement findCover;
-    Statement updateAlbum;
-    Statement loseAlbum;
-    Statement listTouchedArtists;
-    Statement artistOfAlbum;
-    Statement findAvailability;
-    Statement updateArtist;
-    Statement indexTrack;
-    Statement unindexTrack;
-    Statement indexAlbum;
-    Statement unindexAlbum;
-    Statement indexArtist;
-    Statement unindexArtist;
-
-    std::set<Id> touchedKeys;
-    std::set<std::int64_t> touchedAlbums;
-    std::set<std::int64_t> touchedArtists;
-    std::set<std::int64_t> unindexedTracks;
 };
 
 }  // namespace sonolet::service

@@ -24,7 +24,7 @@ void Playlist::readRow() {
         return;
     }
     store->atOneMoment([&] {
-        rowChange = store->newestChange();
+        rowChange = store->log().newest();
         if (std::optional<ListRow> found = store->find(id)) {
             known = std::move(*found);
         }
@@ -35,7 +35,7 @@ Playlist::Contents& Playlist::loadedContents() {
     ListStore* store = playlists->store();
     if (!contentsLoaded && store != nullptr && isLoaded()) {
         store->atOneMoment([&] {
-            contentsChange = store->newestChange();
+            contentsChange = store->log().newest();
             contents.load(store->entries(known));
         });
         contentsLoaded = true;
@@ -246,7 +246,7 @@ void Playlist::reload() {
     }
     std::vector<ListEntry> now;
     store->atOneMoment([&] {
-        contentsChange = store->newestChange();
+        contentsChange = store->log().newest();
         now = store->entries(known);
     });
     Contents::Difference difference = contents.compare(now);

@@ -11,7 +11,7 @@ Playlistcontainer::Playlistcontainer(std::shared_ptr<Playlists> owner,
       ownerHandle(playlists->library()->user(row.owner)) {
     ListStore& store = *playlists->store();
     store.atOneMoment([&] {
-        contentsChange = store.newestChange();
+        contentsChange = store.log().newest();
         contents.load(read(store));
     });
 }
@@ -136,7 +136,7 @@ void Playlistcontainer::reload() {
     ListStore& store = *playlists->store();
     Contents::Difference difference;
     store.atOneMoment([&] {
-        contentsChange = store.newestChange();
+        contentsChange = store.log().newest();
         difference = contents.compare(read(store));
     });
     removed(difference.gone);

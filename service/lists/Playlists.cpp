@@ -10,7 +10,7 @@ namespace sonolet::service {
 Playlists::Playlists(std::shared_ptr<Library> sessionLibrary, Post postEvent, bool keepInRam)
     : shelves(std::move(sessionLibrary)), inRam(keepInRam), postToSession(std::move(postEvent)),
       openStore(std::make_unique<ListStore>(shelves->accounts()->connection())),
-      lastChange(openStore->newestChange()) {}
+      lastChange(openStore->log().newest()) {}
 
 Playlists::~Playlists() = default;
 
@@ -57,7 +57,7 @@ void Playlists::catchUp() {
     if (openStore == nullptr || !user) {
         return;
     }
-    const std::optional<std::vector<ListChange>> changes = openStore->changesSince(lastChange);
+    const std::optional<std::vector<ListChange>> changes = openStore->log().since(lastChange);
     if (!changes) {
         reload();
         return;
@@ -84,7 +84,7 @@ void Playlists::apply(const ListChange& change) {
 }
 
 void Playlists::reload() {
-    lastChange = openStore->newestChange();
+    lastChange = openStore->log().newest();
     for (const Ref<sp_playlist>& playlist : playlistShelf.all()) {
         playlist->reload();
     }

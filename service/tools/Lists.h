@@ -1,0 +1,64 @@
+#ifndef SONOLET_SERVICE_TOOLS_LISTS_H
+#define SONOLET_SERVICE_TOOLS_LISTS_H
+
+#include "accounts/Accounts.h"
+#include "accounts/ListStore.h"
+#include "catalogue/Catalogue.h"
+#include "store/StatePaths.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+std::string quoted(const std::string& text);
+
+// A number that is all of the text.
+std::optional<std::size_t> number(const std::string& text);
+
+std::string linkOf(const ListRow& list);
+
+// One user's lists, and what the arguments of a command line mean among them.
+//
+// Threads: one. Errors: std::runtime_error that says in words for the terminal which name leads
+// nowhere or to several; DatabaseError.
+struct Lists {
+    explicit Lists(const StatePaths& paths);
+
+    // To be called first.
+    void use(const std::string& userName);
+
+    // An exact name among the user's lists, a link, "starred" or "inbox".
+    ListRow list(const std::string& name);
+    // One that the user may change.
+    ListRow changeable(const std::string& name);
+    // Both ends of the user's first folder of that name, or nothing.
+    std::vector<std::int64_t> endsOf(const std::string& name);
+    // An exact title, or a link.
+    Id track(const std::string& name);
+
+    // From 0 to `most`.
+    std::size_t position(const std::string& text, std::size_t most) const;
+    // The place of an entry.
+    std::size_t placeOf(const std::string& text,
+                        const ListRow& in,
+                        const std::vector<ListEntry>& entries) const;
+
+    Accounts accounts;
+    ListStore store;
+    const std::string catalogueFile;
+    Catalogue catalogue;
+    Account user;
+    ListRow container;
+
+private:
+    Database titles;
+    Statement findTitle;
+};
+
+}  // namespace sonolet::service
+
+#endif
