@@ -27,9 +27,11 @@ public:
     // The tables are there; `sharedDatabase` outlives the store.
     explicit ListStore(Database& sharedDatabase);
 
+    // Nothing for a list, or an account, that is not there.
     std::optional<ListRow> find(const Id& link);
     std::optional<ListRow> ofUser(std::string_view canonicalName, ListKind kind);
     std::optional<ListRow> ofAccount(std::int64_t account, ListKind kind);
+    // In their order.
     std::vector<ListEntry> entries(const ListRow& list);
     std::optional<ListEntry> entry(std::int64_t id);
     // The playlists of a container that its owner lets others see.
@@ -55,6 +57,9 @@ public:
         scope.commit();
     }
 
+    // The changes. Each takes lists and entries as they were read; what has gone meanwhile is
+    // passed over. Names and texts are taken as they are: who calls has checked them.
+
     // A playlist that stands in no container yet.
     ListRow create(std::int64_t owner, std::string_view name);
     // Before the entry `before`, or where it was; 0: at the end. A star is given once: returns
@@ -67,6 +72,7 @@ public:
     void removeItems(const ListRow& list, const std::vector<Id>& items);
     // The entries are in the order in which they stand.
     void move(const ListRow& list, const std::vector<std::int64_t>& entries, std::int64_t before);
+    // What a list says of itself; each is a line of the log.
     void rename(const ListRow& list, std::string_view name);
     void describe(const ListRow& list, std::string_view description);
     void setImage(const ListRow& list, std::string_view image);

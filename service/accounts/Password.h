@@ -5,7 +5,8 @@
 
 namespace sonolet::service {
 
-// A secret in memory: wiped when it goes.
+// A secret in memory: wiped when it goes, each copy by itself. What hands it on copies the object
+// and never the text.
 class Secret final {
 public:
     Secret() = default;

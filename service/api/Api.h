@@ -12,11 +12,16 @@
 
 // The door between the C interface and the classes behind it. Nothing is thrown through it, a NULL
 // handle is never followed, and a handle of a session that was released is refused.
+//
+// Threads: as the interface says, all functions but the counting of references belong to the thread
+// that processes the session's events. Errors: what is thrown behind the door is a line on standard
+// error and a number; a function that answers something else answers what stands for nothing.
 namespace sonolet::service {
 
-// The living session, if that is what the handle names.
+// The living session, if that is what the handle names; it lives as long as the answer is held.
 std::shared_ptr<Session> sessionOf(const sp_session* handle) noexcept;
 
+// The living session, or NULL. For functions that are handed no session.
 std::shared_ptr<Session> currentSession() noexcept;
 
 // The living session's library, or NULL.
@@ -46,7 +51,7 @@ Result guardedOr(Result otherwise, Action action) noexcept {
     }
 }
 
-// guarded() for a session's operation.
+// guarded() for a session's operation; SP_ERROR_INVALID_INDATA without that session.
 template <typename Action>
 sp_error withSession(const sp_session* handle, Action action) noexcept {
     return guarded([&] {
@@ -55,7 +60,7 @@ sp_error withSession(const sp_session* handle, Action action) noexcept {
     });
 }
 
-// guardedOr() for a question to a handle.
+// guardedOr() for a question to a handle; `otherwise` for NULL too.
 template <typename Result, typename Object, typename Question>
 Result ask(Object* object, Result otherwise, Question question) noexcept {
     if (object == nullptr) {
@@ -64,6 +69,7 @@ Result ask(Object* object, Result otherwise, Question question) noexcept {
     return guardedOr(otherwise, [&]() -> Result { return question(*object); });
 }
 
+// What every ..._add_ref does; its counterpart stands below.
 template <typename Object>
 sp_error addRef(Object* object) noexcept {
     if (object == nullptr) {
@@ -103,7 +109,8 @@ Object* askSession(const sp_session* handle, Make make) noexcept {
     });
 }
 
-// Copies as much of the text as fits, with its terminator, and answers the text's length.
+// Copies as much of the text as fits, with its terminator and no half character, and answers the
+// text's length in bytes. NULL and 0 ask for the length alone.
 int copyText(const std::string& text, char* buffer, std::size_t size) noexcept;
 
 }  // namespace sonolet::service

@@ -19,6 +19,8 @@ inline constexpr std::size_t pictureDigestSize = 19;
 // What is beside the music and larger than this is no cover.
 inline constexpr std::int64_t largestPicture = 32 << 20;
 
+// What the catalogue says of one thing, as it was when it was read. Texts are UTF-8; a number that
+// no tag tells is 0. Available: a file of it was there when it was last scanned.
 struct TrackRow {
     std::string title;
     std::vector<Id> artists;
@@ -58,6 +60,7 @@ class Catalogue final {
 public:
     explicit Catalogue(const std::string& file);
 
+    // Nothing for what the catalogue does not have. What is gone is there still, and not available.
     std::optional<TrackRow> track(const Id& id);
     std::optional<AlbumRow> album(const Id& id);
     std::optional<ArtistRow> artist(const Id& id);

@@ -15,10 +15,11 @@
 
 namespace sonolet::service {
 
-// By which a file is known not to have changed.
+// By which a file is known not to have changed: nobody reads it again while both are as they were.
 struct FileStamp {
     std::int64_t size = 0;
-    std::int64_t time = 0;  // of the last change, in nanoseconds
+    // Of the last change, in nanoseconds since 1970.
+    std::int64_t time = 0;
 
     bool operator==(const FileStamp& other) const {
         return size == other.size && time == other.time;
@@ -28,7 +29,8 @@ struct FileStamp {
 
 // A file that the catalogue knows.
 struct KnownFile {
-    std::int64_t track = 0;  // 0: it was skipped
+    // Its row; 0: the file was skipped, and is until it changes.
+    std::int64_t track = 0;
     FileStamp stamp;
     bool present = false;
 };
@@ -40,27 +42,35 @@ struct FolderPicture {
     std::string digest;
 };
 
+// A folder that the catalogue knows, with the files that are or were in it. Not present: it had no
+// music when it was last seen, or was not there.
 struct KnownFolder {
     bool present = false;
     FolderPicture picture;
     std::unordered_map<std::string, KnownFile> files;
 };
 
-// A file that was read.
+// A file that was read. What it is called is relative to the folder of music; its picture's bytes
+// are left behind, the digest stands for them.
 struct ScannedFile {
     std::string folder;
     std::string name;
     FileStamp stamp;
-    std::optional<Tags> tags;  // none: it cannot be read
+    // None: it cannot be read, which is known of it too.
+    std::optional<Tags> tags;
     std::string pictureDigest;
 };
 
-// What a scan has found since it last wrote.
+// What a scan has found since it last wrote. A scan that dies between two batches has said nothing
+// of the later one; the next scan finds it again.
 struct ScanBatch {
     std::vector<ScannedFile> files;
-    std::vector<std::int64_t> appeared;  // tracks whose files are back, unchanged
-    std::vector<std::int64_t> vanished;  // tracks whose files are gone
-    std::vector<std::pair<std::string, std::string>> unskipped;  // folder and name, gone
+    // Tracks whose files are back, unchanged.
+    std::vector<std::int64_t> appeared;
+    // Tracks whose files are gone.
+    std::vector<std::int64_t> vanished;
+    // Skipped files that are gone, by folder and name.
+    std::vector<std::pair<std::string, std::string>> unskipped;
     std::vector<std::pair<std::string, FolderPicture>> pictures;
     std::vector<std::string> foldersFound;
     std::vector<std::string> foldersLost;
@@ -74,17 +84,20 @@ struct ScanBatch {
 // Threads: belongs to the scanning thread. Errors: DatabaseError.
 class CatalogueWriter final {
 public:
+    // Makes the file, or brings its tables up to date.
     explicit CatalogueWriter(const std::string& file);
 
+    // Empty for one that the catalogue does not know.
     KnownFolder folder(const std::string& path);
     // The paths of the folders that had music when they were last seen.
     std::vector<std::string> folders();
     std::int64_t presentTracks();
 
-    // All or nothing.
+    // All or nothing: one transaction, at whose end links, sums and words agree with the files.
     void apply(const ScanBatch& batch);
 
 private:
+    // The row of that name, made if there is none.
     std::int64_t folderId(const std::string& path);
     std::int64_t artistId(const std::string& name);
     std::int64_t albumId(const std::string& artist, const std::string& name);

@@ -18,6 +18,7 @@ namespace sonolet::service {
 
 // What a scan tells its owner, on the scanning thread, with no lock held.
 struct ScanEvents {
+    // Progress each second, what is skipped and why, and what has changed in the end.
     std::function<void(std::string line)> log;
     // The scan is complete; the playlist files that it has met, relative to the folder of music.
     // Gives up once the flag is set. Not called when that folder could not be read. May be left
@@ -27,7 +28,11 @@ struct ScanEvents {
     std::function<void(bool complete)> finished;
 };
 
-// Brings a catalogue up to date with a folder of music, once, on a thread of its own.
+// Brings a catalogue up to date with a folder of music, once, on a thread of its own, which begins
+// in the constructor.
+//
+// Threads: the constructor and the destructor are the owner's; events come on the scanning thread.
+// Errors: what goes wrong is a line of the log, and a scan that is not complete.
 //
 // A catalogue that proves damaged is set aside and made from nothing. Files are known by path, size
 // and time; only new and changed ones are read. A file that cannot be read is skipped with one

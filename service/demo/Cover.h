@@ -8,6 +8,7 @@
 
 namespace sonolet::service {
 
+// The sides of a cover in pixels.
 constexpr int coverSize = 320;
 
 // An album's picture, a disc over water in the album's colours: RGB, row by row.

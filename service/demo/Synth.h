@@ -7,7 +7,9 @@
 
 namespace sonolet::service {
 
+// The scale of a tune.
 enum class Mode { Major, Minor, Dorian };
+// What plays the melody; the accompaniment is the same for all.
 enum class Lead { Kalimba, Flute, Guitar };
 
 // A tune in a few words; the rest is composed by rule from the seed.
@@ -23,7 +25,8 @@ struct Score {
     unsigned seed;
 };
 
-// Plays a score: interleaved 16-bit stereo at 44,100 Hz. One score, one sound.
+// Plays a score: interleaved 16-bit stereo at 44,100 Hz. One score, one sound: on every machine and
+// at every time the same samples.
 std::vector<std::int16_t> play(const Score& score);
 
 }  // namespace sonolet::service

@@ -15,11 +15,15 @@ namespace sonolet::service {
 class Images;
 
 // A picture in one size, known by its id. It is loaded once its outcome is there, good or bad.
+//
+// Threads: as for Handle. Ownership: keeps the session's images; the bytes that it hands out live
+// as long as it does.
 class Image : public Handle {
 public:
     Image(std::shared_ptr<Images> owner, std::string imageId);
     ~Image() override;
 
+    // 20 bytes.
     const byte* id() const { return reinterpret_cast<const byte*>(link.data()); }
 
     bool isLoaded() const { return outcome != SP_ERROR_IS_LOADING; }

@@ -10,7 +10,8 @@
 
 namespace sonolet::service {
 
-// Turns an image id into the image: from the cache, else from the picture in the music.
+// Turns an image id into the image: from the cache, else from the picture in the music, which is
+// scaled, put on white and kept in the cache.
 //
 // Threads: belongs to one thread at a time. `log` is told what is wrong with the cache, which no
 // image fails for. Borrows the flag, which ends a load that is under way.

@@ -34,8 +34,9 @@ public:
     Images(const Images&) = delete;
     Images& operator=(const Images&) = delete;
 
-    // `id` is 20 bytes, known or not.
+    // `id` is 20 bytes, known or not. The handle is there at once and loads by itself.
     Ref<sp_image> image(const std::string& id);
+    // 0: as much as seems right.
     void setCacheSize(std::uint64_t megabytes);
 
     // The worker looks for pictures there from here on.

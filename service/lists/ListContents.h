@@ -14,6 +14,14 @@
 namespace sonolet::service {
 
 // The entries of a list as they are shown, with the handles that lead to their items.
+//
+// A change comes in terms of entries, as the log has it, and is answered in terms of places, as the
+// callbacks of the interface want it. An entry that is not there, because this list has already
+// seen it go, is passed over; one to stand before that is not there means the end.
+//
+// Threads: belongs to the thread that uses the library. Ownership: holds a reference of each handle
+// that was asked for. Cost: a change of n entries looks at each entry once, one of a single entry
+// at those behind it.
 template <typename Object>
 class ListContents final {
 public:
@@ -22,14 +30,15 @@ public:
         Ref<Object> handle;  // made when it is asked for
     };
 
-    // What a change did, in places. Of what came or moved, `position` is where the first one is
-    // now; `positions` are where entries were, or where those that came are.
+    // What a change did, in places from 0. Of what came or moved, `position` is where the first one
+    // is now; `positions` are where entries were, or where those that came are.
     struct Effect {
         std::vector<int> positions;
         int position = 0;
         std::vector<Place> gone;
     };
 
+    // Takes these entries for all there are; the handles of those before go.
     void load(std::vector<ListEntry> entries) {
         places.clear();
         places.reserve(entries.size());
@@ -39,7 +48,7 @@ public:
     }
 
     int size() const { return static_cast<int>(places.size()); }
-    // NULL: out of range.
+    // NULL: out of range. Good until the next change.
     Place* at(int index) {
         return index < 0 || index >= size() ? nullptr : &places[static_cast<std::size_t>(index)];
     }
@@ -69,6 +78,7 @@ public:
         return effect;
     }
 
+    // What is gone keeps its handles until the callbacks have told of it.
     Effect remove(const std::vector<std::int64_t>& entries) {
         return take(entries.begin(), entries);
     }
@@ -84,7 +94,8 @@ public:
         return effect;
     }
 
-    // How other entries differ from these: one run of entries gives way to another.
+    // How other entries differ from these: one run of entries gives way to another. For a session
+    // that has missed a part of the log: what both begin and end with need not be told.
     struct Difference {
         std::vector<std::int64_t> gone;
         std::int64_t before = 0;
@@ -111,6 +122,7 @@ public:
 private:
     using Numbers = std::vector<std::int64_t>;
 
+    // Takes the entries from `first` on out, in one pass.
     Effect take(Numbers::const_iterator first, const Numbers& numbers) {
         Effect effect;
         if (numbers.end() - first == 1) {

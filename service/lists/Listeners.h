@@ -7,17 +7,24 @@
 
 namespace sonolet::service {
 
-// The callbacks that are registered with a handle. While they are called any of them may be
-// removed, and is then not called any more; one that was added after the audience was chosen
-// hears nothing.
+// The callbacks that are registered with a handle: records of functions of the interface, each with
+// what the program wants to be handed.
+//
+// While they are called any of them may be removed, and is then not called any more; one that was
+// added after the audience was chosen hears nothing. A record that is registered twice is called
+// twice, and removed once at a time.
+//
+// Threads: belongs to the thread that uses the library, on which callbacks come. Ownership: records
+// and their data are the program's, and must stay until they are removed.
 template <typename Record>
 class Listeners final {
 public:
+    // It hears what is raised from here on.
     void add(const Record* record, void* userdata) {
         listeners.push_back({record, userdata, ++serial});
     }
 
-    // False: it is not there.
+    // The oldest of equal ones. False: it is not there.
     bool remove(const Record* record, const void* userdata) {
         const auto found =
             std::find_if(listeners.begin(), listeners.end(), [&](const Listener& listener) {
@@ -32,14 +39,16 @@ public:
 
     bool empty() const { return listeners.empty(); }
 
-    // Who is to hear of something.
+    // Who is to hear of something: those who were there when it happened, though it is told later.
     struct Audience {
         std::uint64_t first;
         std::uint64_t last;
     };
     Audience all() const { return {1, serial}; }
+    // The one that was added last, alone.
     Audience newest() const { return {serial, serial}; }
 
+    // Calls this function of each record of the audience that has it.
     template <typename... Parameters, typename... Arguments>
     void raise(Audience audience,
                void (*Record::*callback)(Parameters...),

@@ -22,6 +22,10 @@ namespace sonolet::service {
 // A change is to be seen at once; its callbacks come from the session's events:
 // playlist_update_in_progress (not done), the change, playlist_state_changed,
 // playlist_update_in_progress (done). subscribers_changed and playlist_metadata_updated come alone.
+//
+// Threads: as for Handle. Ownership: keeps the session's playlists; entries, rows and handles that
+// it hands out are borrowed until the next change. Errors: numbers of the interface for what the
+// user may not do or what makes no sense, DatabaseError for the rest.
 class Playlist : public Handle {
 public:
     Playlist(std::shared_ptr<Playlists> owner, const Id& listLink);

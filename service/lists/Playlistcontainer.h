@@ -15,6 +15,9 @@ namespace sonolet::service {
 // A user's playlists and folders, or what others see of them: the playlists of his own that he
 // publishes, without folders. Like a playlist it follows the log; container_loaded comes from the
 // events that follow the registration of a callback.
+//
+// Threads: as for Handle. Ownership: keeps the session's playlists, and the handle of each entry
+// that was asked for; entries are borrowed until the next change.
 class Playlistcontainer : public Handle {
 public:
     enum class View { own, published };

@@ -33,6 +33,7 @@ public:
     Playlists(const Playlists&) = delete;
     Playlists& operator=(const Playlists&) = delete;
 
+    // Catches up with what has happened meanwhile, and opens the account's container.
     void logIn(const Account& account);
     void logOut();
     void close();
@@ -43,11 +44,13 @@ public:
     ListStore* store() const { return openStore.get(); }
     const std::shared_ptr<Library>& library() const { return shelves; }
     const std::optional<Account>& account() const { return user; }
+    // Whether entries stay in memory that nobody has asked to keep there.
     bool keepsInRam() const { return inRam; }
     void post(std::function<void()> event) const;
 
     // Looks for changes, the session's own included.
     void catchUp();
+    // Tells each list's listeners that tracks in it may say more now.
     void tellMetadata();
 
     // None: there is no such list, or it is not for this user to see.

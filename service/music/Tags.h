@@ -27,7 +27,9 @@ struct Tags {
     std::string picture;  // the front cover's bytes
 };
 
-// Whether the name's ending is one of a format that can be played.
+// Whether the name's ending, in whatever case, is one of a format that can be played: FLAC, Ogg,
+// Opus, MP3, MPEG-4, AAC or WAV. The ending decides how a file is read, its bytes whether it is
+// one.
 bool isMusicFile(std::string_view fileName);
 
 // What the file's ending says it is, it must be. Reads as much as tags and pictures take and no

@@ -10,7 +10,8 @@
 
 namespace sonolet::service {
 
-// An album as the catalogue has it; as for Track.
+// An album as the catalogue has it; it reads its row as a Track does, and threads, ownership and
+// errors are as there.
 class Album : public Handle {
 public:
     Album(std::shared_ptr<Library> owner, const Id& albumId);
@@ -19,11 +20,14 @@ public:
     const Id& id() const { return link; }
 
     bool isLoaded();
+    // One of its tracks at least is.
     bool isAvailable();
     const std::string& name();
+    // 0 when no tag tells.
     int year();
     sp_albumtype type();
     sp_artist* artist();
+    // An image id of 20 bytes, which lives as long as this, or NULL for an album without a picture.
     const byte* cover(sp_image_size size);
 
 private:

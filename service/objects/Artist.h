@@ -9,7 +9,8 @@
 
 namespace sonolet::service {
 
-// An artist as the catalogue has it; as for Track. The portrait is the cover of the first album.
+// An artist as the catalogue has it; it reads its row as a Track does, and threads, ownership and
+// errors are as there. The portrait is the cover of the first album.
 class Artist : public Handle {
 public:
     Artist(std::shared_ptr<Library> owner, const Id& artistId);
@@ -19,6 +20,7 @@ public:
 
     bool isLoaded();
     const std::string& name();
+    // An image id of 20 bytes, which lives as long as this, or NULL.
     const byte* portrait(sp_image_size size);
 
 private:

@@ -7,8 +7,11 @@
 namespace sonolet::service {
 
 // What every counted handle of the C interface is: an object that lives until its last reference
-// goes. References may be taken and let go on any thread; everything else is for the thread that
-// uses the library.
+// goes. It is made with one reference, which belongs to whoever made it.
+//
+// Threads: references may be taken and let go on any; everything else is for the thread that uses
+// the library. The destructor runs where the last reference goes, so it touches what is locked and
+// nothing else.
 class Handle {
 public:
     Handle() = default;
@@ -20,7 +23,8 @@ public:
 
     void addRef() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
 
-    // False when the last reference has gone already.
+    // False when the last reference has gone already: for a shelf, which may meet a handle that is
+    // just being destroyed.
     bool tryAddRef() noexcept {
         int count = references.load(std::memory_order_relaxed);
         while (count > 0) {
@@ -31,6 +35,7 @@ public:
         return false;
     }
 
+    // The object may be gone when this returns.
     void release() noexcept {
         if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
             delete this;
@@ -41,7 +46,8 @@ private:
     std::atomic<int> references{1};
 };
 
-// Owns one reference of a handle.
+// Owns one reference of a handle, or is empty. Which function takes a reference over and which
+// takes its own is in its name.
 template <typename Object>
 class Ref final {
 public:
@@ -75,6 +81,7 @@ public:
         return adopt(held);
     }
 
+    // Borrowed: good while this or another reference is held.
     Object* get() const { return object; }
     Object* operator->() const { return object; }
     explicit operator bool() const { return object != nullptr; }

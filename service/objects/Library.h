@@ -27,6 +27,7 @@ public:
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
+    // The handle of that id, whether the catalogue knows it or not.
     Ref<sp_track> track(const Id& id);
     Ref<sp_album> album(const Id& id);
     Ref<sp_artist> artist(const Id& id);

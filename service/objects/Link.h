@@ -14,7 +14,10 @@ namespace sonolet::service {
 
 class Library;
 
-// A link and, once asked for, the handle it leads to, which lives as long as the link.
+// A link and, once asked for, the handle it leads to, which lives as long as the link. Links
+// outlive sessions: asked in a later one, they lead into that one's library.
+//
+// Threads: to() is for any, as is counting; the rest is for the thread that uses the library.
 class Link : public Handle {
 public:
     // The same target has the same link while anyone holds it: a program that never releases its

@@ -10,7 +10,11 @@
 namespace sonolet::service {
 
 // The living handles of one kind, one for each key: the same link gives the same handle while
-// anyone holds it. The shelf itself holds none. Any thread.
+// anyone holds it. The shelf itself holds none.
+//
+// Threads: any. `make` runs under the shelf's lock and must not come back to it. Ownership: what is
+// handed out carries a reference; the shelf knows addresses alone, and is told by a handle's
+// destructor to forget them.
 template <typename Key, typename Object>
 class Shelf final {
 public:
@@ -34,6 +38,7 @@ public:
         return Ref<Object>::adopt(lives ? found->second : nullptr);
     }
 
+    // Those that live now, in no order.
     std::vector<Ref<Object>> all() {
         const std::lock_guard<std::mutex> lock(mutex);
         std::vector<Ref<Object>> found;
@@ -46,7 +51,7 @@ public:
         return found;
     }
 
-    // To be called by the destructor of `object`.
+    // To be called by the destructor of `object`. Another one may have taken its place already.
     void forget(const Key& key, const void* object) noexcept {
         const std::lock_guard<std::mutex> lock(mutex);
         const auto found = living.find(key);

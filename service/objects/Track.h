@@ -13,6 +13,10 @@ namespace sonolet::service {
 
 // A track as the catalogue has it. Reads its row when it is asked, and again when the catalogue
 // has changed; what was read stays when the row goes.
+//
+// Threads: as for Handle. Ownership: keeps its library, and the handles of album and artists that
+// it has handed out; texts are good until the library's next edition. Errors: a catalogue that
+// cannot be read is a DatabaseError, which the door turns into an empty answer.
 class Track : public Handle {
 public:
     Track(std::shared_ptr<Library> owner, const Id& trackId);
@@ -21,9 +25,14 @@ public:
     const Id& id() const { return link; }
     const Library& owner() const { return *library; }
 
+    // It was in the catalogue at some time.
     bool isLoaded();
+    // Why it is not loaded: SP_ERROR_IS_LOADING while a scan may still find it, else
+    // SP_ERROR_OTHER_PERMANENT.
     sp_error error();
+    // Its file was there when it was last scanned, and no fault withholds it.
     bool isAvailable();
+    // 0 to 100, by the plays of all users.
     int popularity();
 
     // Empty, 0 or NULL until it is loaded.

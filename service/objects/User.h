@@ -8,7 +8,9 @@
 
 namespace sonolet::service {
 
-// A user of the service; as for Track.
+// A user of the service, who need not exist: a playlist may say who added a track long after that
+// account has gone. It reads the account as a Track does its row, and threads, ownership and errors
+// are as there.
 class User : public Handle {
 public:
     User(std::shared_ptr<Library> owner, std::string canonicalName);
@@ -16,6 +18,7 @@ public:
 
     bool isLoaded();
     const std::string& canonicalName() const { return name; }
+    // The canonical name, for an account that is not there.
     const std::string& displayName();
     const std::string& fullName();
 

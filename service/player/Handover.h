@@ -10,6 +10,9 @@ namespace sonolet::service {
 // An object that passes to GStreamer's threads and back does so under locks of GLib, which the
 // thread sanitizer cannot see. A Handover says so to the sanitizer, from its construction to its
 // end, in whatever thread has the object; in other builds it is nothing.
+//
+// It makes nothing safe: it tells of an order that is there. So it stands only where GLib's own
+// lock has passed the object on, and says so to a tool that would otherwise report a race.
 class Handover final {
 public:
 #ifdef __SANITIZE_THREAD__

@@ -9,7 +9,8 @@
 
 namespace sonolet::service {
 
-// What is on an album.
+// What is on an album: its tracks by disc and number, and each copyright text once. Threads and
+// ownership are as for Query.
 class Albumbrowse : public QueryFor<sp_albumbrowse> {
 public:
     Albumbrowse(Ref<sp_album> browsedAlbum, Callback* completion, void* completionData);
@@ -34,7 +35,8 @@ private:
     const Ref<sp_album> browsed;
     const Id link;
 
-    std::optional<AlbumContents> found;  // the worker's until it is taken
+    // The worker's until it is taken.
+    std::optional<AlbumContents> found;
 
     Ref<sp_artist> artistHandle;
     std::vector<Ref<sp_track>> tracks;

@@ -8,7 +8,8 @@
 
 namespace sonolet::service {
 
-// The albums and the most liked tracks of an artist.
+// The albums and the most liked tracks of an artist; the type leaves one or the other out. Threads
+// and ownership are as for Query.
 class Artistbrowse : public QueryFor<sp_artistbrowse> {
 public:
     Artistbrowse(Ref<sp_artist> browsedArtist,
@@ -36,7 +37,8 @@ private:
     const Id link;
     const sp_artistbrowse_type type;
 
-    std::optional<ArtistContents> found;  // the worker's until it is taken
+    // The worker's until it is taken.
+    std::optional<ArtistContents> found;
 
     std::vector<Ref<sp_album>> albums;
     std::vector<Ref<sp_track>> topTracks;

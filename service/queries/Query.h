@@ -13,7 +13,12 @@ namespace sonolet::service {
 
 // A question to the catalogue, and its answer once it is there.
 //
-// Threads: find() runs on the worker; everything else is for the thread that uses the library.
+// find() is called first, then finish(), then notify(), each once; a query that is cancelled misses
+// the first.
+//
+// Threads: find() runs on the worker; everything else is for the thread that uses the library. What
+// find() leaves aside is the owner's from finish() on. Ownership: whoever has a reference; the
+// session holds one while the query is under way.
 class Query : public Handle {
 public:
     bool isLoaded() const { return loaded; }

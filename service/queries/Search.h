@@ -10,7 +10,11 @@
 
 namespace sonolet::service {
 
-// A search for words.
+// A search for words. It finds by the worker's connection and shows handles of the library; what
+// was wrong with the question is an error, finding nothing is none.
+//
+// Threads: as for Query. Ownership: the handles and texts that it hands out are its own and live as
+// long as it does.
 class Search : public QueryFor<sp_search> {
 public:
     Search(SearchRequest searchRequest,
@@ -21,9 +25,10 @@ public:
 
     sp_error find(QueryStore& store) override;
 
+    // As it was typed.
     const std::string& query() const { return request.text; }
 
-    // Empty, 0 or NULL until it is loaded.
+    // Empty, 0 or NULL until it is loaded. Indexes outside give NULL.
     const std::string& didYouMean() const { return meant; }
     int trackCount() const { return size(tracks); }
     int albumCount() const { return size(albums); }
@@ -36,10 +41,12 @@ public:
         Ref<sp_playlist> handle;
         std::string name;
         std::string uri;
-        std::string imageUri;  // empty: it has none
+        // Empty: it has none.
+        std::string imageUri;
     };
     int playlistCount() const { return size(playlists); }
     const FoundList* playlist(int index) const;
+    // On all pages, whatever page was asked for.
     int totalTracks() const { return totals.tracks; }
     int totalAlbums() const { return totals.albums; }
     int totalArtists() const { return totals.artists; }
@@ -53,7 +60,8 @@ private:
     const SearchRequest request;
     const std::shared_ptr<Playlists> lists;
 
-    SearchAnswer found;  // the worker's until it is taken
+    // The worker's until it is taken.
+    SearchAnswer found;
 
     std::vector<Ref<sp_track>> tracks;
     std::vector<Ref<sp_album>> albums;

@@ -8,10 +8,12 @@
 
 namespace sonolet::service {
 
-// What is played and starred most.
+// What is played and starred most, everywhere, in a country or by a user. Threads and ownership are
+// as for Query.
 class Toplistbrowse : public QueryFor<sp_toplistbrowse> {
 public:
-    // `region` is an sp_toplistregion or a country. `user` names one, or is empty for none.
+    // `listRegion` is an sp_toplistregion or a country as two letters in one number. `listUser`
+    // names one, or is empty for none. `homeCountry` is that of accounts that name none.
     Toplistbrowse(sp_toplisttype listType,
                   int listRegion,
                   std::string listUser,
@@ -40,7 +42,8 @@ private:
     const std::string user;
     const std::string home;
 
-    std::vector<Id> found;  // the worker's until it is taken
+    // The worker's until it is taken.
+    std::vector<Id> found;
 
     std::vector<Ref<sp_artist>> artists;
     std::vector<Ref<sp_album>> albums;

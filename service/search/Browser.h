@@ -9,12 +9,15 @@
 
 namespace sonolet::service {
 
+// What an album is asked for beyond what its handle says.
 struct AlbumContents {
     Id artist;
-    std::vector<Id> tracks;               // by disc and number
-    std::vector<std::string> copyrights;  // each once, in the order of the tracks
+    std::vector<Id> tracks;  // by disc and number
+    // Each once, in the order of the tracks.
+    std::vector<std::string> copyrights;
 };
 
+// What an artist is asked for beyond what the handle says.
 struct ArtistContents {
     std::vector<Id> albums;     // own ones by year, then by year those of others with tracks
     std::vector<Id> topTracks;  // the most played first
@@ -39,7 +42,10 @@ public:
     std::optional<AlbumContents> album(const Id& id);
     std::optional<ArtistContents> artist(const Id& id, bool withAlbums, bool withTracks);
 
+    // Whether there is such an account.
     bool hasUser(const std::string& canonicalName);
+    // Up to a hundred, the most liked first; of equals the order is by name. What nobody in the
+    // scope has played or starred is not in them.
     std::vector<Id> topTracks(const ToplistScope& scope);
     std::vector<Id> topAlbums(const ToplistScope& scope);
     std::vector<Id> topArtists(const ToplistScope& scope);

@@ -11,6 +11,9 @@ namespace sonolet::service {
 
 // What queries read: a connection of their own to the catalogue, with the accounts beside it.
 //
+// It reads alone: what a query finds changes nothing, and a scan that writes meanwhile does not
+// wait.
+//
 // Threads: belongs to one thread at a time. Errors: DatabaseError. Both files must have been opened
 // as Catalogue and Accounts before.
 class QueryStore final {

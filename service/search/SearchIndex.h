@@ -18,26 +18,34 @@ struct Page {
     int count = 0;
 };
 
+// What is asked for: a text as it was typed (SearchText tells what it may say) and a page of each
+// kind.
 struct SearchRequest {
     std::string text;
-    bool suggest = false;  // while someone types: quick, and of everything the first few
+    // While someone types: quick, and of everything the first few.
+    bool suggest = false;
     Page tracks;
     Page albums;
     Page artists;
     Page playlists{};
-    std::optional<std::int64_t> account{};  // whose playlists are found; none: no playlists
+    // Whose playlists are found; none: no playlists.
+    std::optional<std::int64_t> account{};
 };
 
+// One page of a kind, the best first.
 struct FoundPage {
     std::vector<Id> ids;
-    int total = 0;  // on all pages
+    // On all pages. Exact, however many there are.
+    int total = 0;
 };
 
+// A playlist as it was when it was found.
 struct FoundPlaylist {
     Id link;
     std::string owner;  // canonical name
     std::string name;
-    std::string image;  // 20 bytes or none
+    // 20 bytes or none.
+    std::string image;
 };
 
 struct FoundPlaylists {
@@ -68,6 +76,7 @@ class SearchIndex final {
 public:
     explicit SearchIndex(Database& searched);
 
+    // A text without a word finds nothing; one of an index that is damaged is a DatabaseError.
     SearchAnswer search(const SearchRequest& request);
 
 private:
@@ -80,6 +89,7 @@ private:
         // and again.
         std::unordered_map<std::string, std::int64_t> counts = {};
     };
+    // What is put to one index, as it counts, as it ranks, and as it prefers.
     struct Expressions {
         SearchText::Expression count;
         SearchText::Expression rank;
@@ -95,6 +105,7 @@ private:
     FoundPage find(Index& index, const Expressions& by, const Page& page, bool suggest);
     FoundPlaylists findPlaylists(const SearchText& asked, const SearchRequest& request);
     std::int64_t popularityOf(const Index& index, std::int64_t row) const;
+    // Forgets what was kept of a catalogue or of accounts that have changed.
     void refresh();
     std::string suggestion(const SearchRequest& request, const SearchText& asked);
     bool findsAnything(const std::string& text);

@@ -13,11 +13,15 @@ namespace sonolet::service {
 // A word as the search index has it, and where it stands in the text.
 struct Token {
     std::string word;  // in lower case, without diacritics
+    // In bytes, the second behind the word.
     std::size_t begin = 0;
     std::size_t end = 0;
 };
 
-// Splits texts into words as the search index does. Belongs to the thread of its database.
+// Splits texts into words as the search index does: by SQLite's own tokenizer, so that what is
+// asked for and what is indexed never part ways.
+//
+// Threads: that of its database, which must outlive it. Errors: DatabaseError from the constructor.
 class Tokenizer final {
 public:
     explicit Tokenizer(Database& database);

@@ -17,6 +17,7 @@ public:
     // Reads the words when they have changed since.
     void refresh(std::int64_t version);
 
+    // Whether a text of the catalogue has the word, or one that begins so.
     bool has(const std::string& word) const;
     bool hasPrefix(const std::string& start) const;
 

@@ -34,11 +34,16 @@ public:
     Login(const Login&) = delete;
     Login& operator=(const Login&) = delete;
 
-    // Has the worker check credentials in that file from here on.
+    // Has the worker check credentials in that file from here on. To be called before the first
+    // login.
     void use(const std::string& accounts) { accountsFile = accounts; }
 
+    // With a password, or with a blob that an earlier login has handed out. Remembered or not is
+    // decided by the login that succeeds. NULL for what is not given.
     sp_error login(const char* name, const char* password, bool remember, const char* blob);
+    // As the user that is remembered; SP_ERROR_NO_CREDENTIALS without one.
     sp_error relogin();
+    // logged_out comes in its turn, after the queries under way are told that nobody answers them.
     sp_error logout();
     sp_error forgetMe() const;
     std::optional<std::string> rememberedUser() const;

@@ -53,6 +53,7 @@ public:
         power,    // a power cut loses nothing that was committed
     };
 
+    // Makes the file if there is none.
     Database(const std::string& path, Durability durability);
     ~Database();
 
@@ -60,6 +61,7 @@ public:
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
+    // One or more statements whose rows do not matter.
     void execute(const char* sql);
 
     // Reads the whole file, and mends what is mended without a loss. Throws DatabaseError, damaged,
@@ -87,6 +89,7 @@ public:
     fts5_api* fullTextSearch();
     const std::string& path() const { return file; }
 
+    // Throws what SQLite says of its last failure.
     [[noreturn]] void fail(std::string_view sql) const;
 
 private:
@@ -111,7 +114,9 @@ public:
     Cursor& operator=(const Cursor&) = delete;
     Cursor& operator=(Cursor&&) = delete;
 
+    // Goes to the next row, first to the first one. False when there are no more.
     bool next();
+    // What is in a column of the row, from 0.
     std::int64_t integer(int column) const;
     double real(int column) const;
     std::string text(int column) const;  // bytes of a text or a blob, empty for NULL
@@ -122,7 +127,11 @@ private:
     Statement* statement;  // borrowed
 };
 
-// A prepared statement. `database` must outlive it.
+// A prepared statement, which is compiled once and run often. `database` must outlive it, and the
+// text be a literal.
+//
+// One run at a time: a statement whose cursor still lives starts anew, and that cursor goes on with
+// the new rows.
 class Statement final {
 public:
     Statement(Database& preparedFor, const char* statementSql);

@@ -9,7 +9,8 @@
 
 namespace sonolet::service {
 
-// Owns an open file, or none.
+// Owns an open file, or none, and closes it. It is not opened here, so that whoever opens says with
+// which flags, and looks at errno at once.
 class FileDescriptor final {
 public:
     explicit FileDescriptor(int openFile) : number(openFile) {}
@@ -27,7 +28,8 @@ private:
     const int number;  // negative for none
 };
 
-// All of a regular file; nothing for any other kind, one larger than `largest`, or a failure.
+// All of a regular file; nothing for any other kind, one larger than `largest` bytes, or a failure.
+// A file that becomes shorter meanwhile gives what was there.
 std::optional<std::string> readFile(int file, std::uint64_t largest);
 
 // False with errno for what could not be written.

@@ -28,9 +28,11 @@ struct Id {
 
     // Strict: exactly 22 base-62 digits (0-9, a-z, A-Z) whose value fits in 128 bits.
     static std::optional<Id> fromText(std::string_view text);
+    // 16 of them, as a database has them.
     static std::optional<Id> fromBytes(std::string_view bytes);
 
     std::string text() const;
+    // The 16 bytes; borrowed.
     std::string_view view() const;
 
     bool operator==(const Id& other) const { return bytes == other.bytes; }

@@ -12,6 +12,9 @@
 namespace sonolet::service {
 
 // What a link says. Only links that mean something exist.
+//
+// A link is "spotify:" and parts with ":" between them; in a name "%" and two digits are a byte.
+// There is one canonical text for each meaning, whichever of the accepted spellings it came from.
 struct LinkTarget {
     sp_linktype type = SP_LINKTYPE_INVALID;
     Id id;             // of tracks, albums, artists and playlists
@@ -19,11 +22,13 @@ struct LinkTarget {
     int offsetMs = 0;  // of tracks; a link tells whole seconds
     std::string text;  // the canonical text, without the offset
 
+    // Any bytes; nothing for what is no link.
     static std::optional<LinkTarget> parse(std::string_view link);
     static LinkTarget track(const Id& id, int offsetMs);
     static LinkTarget playlist(std::string_view user, const Id& id);
     static LinkTarget starred(std::string_view user);
 
+    // The canonical text, with the offset if there is one.
     std::string asString() const;
 };
 

@@ -27,6 +27,7 @@ public:
     // The oldest event, or an empty function.
     Event pop();
 
+    // How many wait; more may have come when this returns.
     std::size_t size() const;
     void close();
 

@@ -24,6 +24,7 @@ public:
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
+    // Behind those that wait.
     void post(Task task);
 
     // Set once the worker is going: a long task gives up. Any thread.
