@@ -3,6 +3,8 @@
 #include "Logger.h"
 #include "jspp/_detail/callback_manager.h"
 #include "jspp/_detail/globals.h"
+#include "jspp/_detail/guarded.h"
+#include "jspp/_detail/handles.h"
 #include "jspp/_detail/object_manager.h"
 #include "jspp/plugin.h"
 

@@ -1,6 +1,7 @@
 #include "jspp/interface.h"
 
 #include "jspp/_detail/globals.h"
+#include "jspp/_detail/guarded.h"
 #include "jspp/_detail/object_manager.h"
 #include "jspp/_detail/private_record.h"
 

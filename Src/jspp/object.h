@@ -64,15 +64,6 @@ private:
     orvo::shared_ptr<_s_data> data;
 };
 
-namespace __detail {
-
-// Marks, for a collection under way, every script object of the document that a handle refers to.
-void mark_handles(jsplugin_obj* document) noexcept;
-
-// Takes the handles to objects of the document out of the sight of mark_handles().
-void forget_handles(jsplugin_obj* document) noexcept;
-
-}  // namespace __detail
 }  // namespace jspp
 
 #endif

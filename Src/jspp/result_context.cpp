@@ -4,11 +4,6 @@
 
 namespace jspp {
 
-__detail::text_slot& __detail::thread_scratch() noexcept {
-    thread_local text_slot scratch;
-    return scratch;
-}
-
 void result_context::set_type(jsplugin_type type) noexcept {
     result->type = type;
     returned = true;
@@ -79,20 +74,6 @@ void result_context::return_interface(const orvo::shared_ptr<interface>& native,
     set_type(JSP_TYPE_NATIVE_OBJECT);
     result->u.object = obj;
     may_cache = is_cacheable;
-}
-
-void __detail::set_exception(jsplugin_value* slot,
-                             text_slot* scratch,
-                             const char* message) noexcept {
-    if (!slot) {
-        return;
-    }
-    slot->type = JSP_TYPE_STRING;
-    try {
-        slot->u.string = (scratch ? *scratch : thread_scratch()).keep(message);
-    } catch (...) {
-        slot->u.string = "std::bad_alloc";
-    }
 }
 
 }  // namespace jspp

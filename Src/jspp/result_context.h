@@ -1,40 +1,15 @@
 #ifndef SONOLET_JSPP_RESULT_CONTEXT_H
 #define SONOLET_JSPP_RESULT_CONTEXT_H
 
+#include "jspp/_detail/text_slot.h"
 #include "jspp/object.h"
 #include "jspp/orvo/shared_ptr.h"
 
 #include "jsplugin.h"
 
-#include <memory>
 #include <string>
 
 namespace jspp {
-
-namespace __detail {
-
-// The last text that went to the host through an object; made with the first, since most objects
-// answer none.
-class text_slot final {
-public:
-    // The copy, valid until the next.
-    const char* keep(const std::string& text) {
-        if (kept) {
-            *kept = text;
-        } else {
-            kept = std::make_unique<std::string>(text);
-        }
-        return kept->c_str();
-    }
-
-private:
-    std::unique_ptr<std::string> kept;
-};
-
-// For an owner without a slot of its own, a document for example.
-text_slot& thread_scratch() noexcept;
-
-}  // namespace __detail
 
 class interface;
 
@@ -96,29 +71,6 @@ private:
     __detail::text_slot* const text;
 };
 
-namespace __detail {
-
-// Stores an exception's text for the host; never fails. `scratch` as for result_context.
-void set_exception(jsplugin_value* slot, text_slot* scratch, const char* message) noexcept;
-
-// Runs the body of a callback from the host. An exception becomes its text in `slot`, and the
-// answer `exception_code`.
-template <class Body>
-int guarded(jsplugin_value* slot,
-            text_slot* scratch,
-            int exception_code,
-            const Body& body) noexcept {
-    try {
-        return body();
-    } catch (const std::exception& error) {
-        set_exception(slot, scratch, error.what());
-    } catch (...) {
-        set_exception(slot, scratch, "JSPP: Unknown exception type");
-    }
-    return exception_code;
-}
-
-}  // namespace __detail
 }  // namespace jspp
 
 #endif

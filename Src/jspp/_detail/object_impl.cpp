@@ -1,6 +1,7 @@
 #include "Logger.h"
 #include "jspp/_detail/callback_manager.h"
 #include "jspp/_detail/globals.h"
+#include "jspp/_detail/handles.h"
 #include "jspp/call_parameters.h"
 #include "jspp/object.h"
 

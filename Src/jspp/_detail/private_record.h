@@ -1,12 +1,13 @@
 #ifndef SONOLET_JSPP_DETAIL_PRIVATE_RECORD_H
 #define SONOLET_JSPP_DETAIL_PRIVATE_RECORD_H
 
+#include "jspp/_detail/text_slot.h"
 #include "jspp/orvo/shared_ptr.h"
-#include "jspp/result_context.h"
 
 #include "jsplugin.h"
 
 #include <memory>
+#include <utility>
 
 namespace jspp {
 
