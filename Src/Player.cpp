@@ -3,6 +3,9 @@
 #include "Logger.h"
 #include "Session.h"
 
+#include <algorithm>
+#include <iterator>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -12,58 +15,63 @@ namespace {
 
 const Logger logger SONOLET_AT_LOAD("Src/Player");
 
+// What a backend sends. The numbers that are missing are not known.
 enum EventType : unsigned {
     Release = 0,
     NeedData = 1,
+    CancelDataRequests = 3,
     PlaybackFinished = 4,
     VideoResized = 6,
+    DecodeError = 7,
+    SeekCompleted = 8,
+    Untold = 9,
+    DRMRightsError = 10,
+    ParentalRatingError = 11,
+    ParentalRatingChange = 12,
+    ChannelChangeError = 14,
+    ChannelChangeSucceeded = 15,
+    ProgrammesChanged = 16,
+    RecordingError = 17,
+    RecordingStateChange = 18,
+    BufferingProgress = 19,
+    BufferingNetworkError = 20,
+    BufferingIdle = 21,
+    BufferingStreamUnderrun = 22,
+    BufferingStreamBuffered = 23,
+    SubtitlesChanged = 24,
 };
 
-constexpr char noBackend[] = "Could not initialize backend";
+// The events that are only told in the log.
+constexpr struct {
+    EventType type;
+    const char* line;
+} told[] = {
+    {CancelDataRequests, "CancelDataRequests event received"},
+    {DecodeError, "Event: DecodeError"},
+    {SeekCompleted, "Event: SeekCompleted"},
+    {DRMRightsError, "Event: DRMRightsError"},
+    {ParentalRatingError, "Event: ParentalRatingError"},
+    {ParentalRatingChange, "Event: ParentalRatingChange"},
+    {ChannelChangeError, "Event: ChannelChangeError"},
+    {ChannelChangeSucceeded, "Event: ChannelChangeSucceeded"},
+    {ProgrammesChanged, "Event: ProgrammesChanged"},
+    {RecordingError, "Event: RecordingError"},
+    {RecordingStateChange, "Event: RecordingStateChange"},
+    {BufferingProgress, "Event: BufferingProgress"},
+    {BufferingNetworkError, "Event: BufferingNetworkError"},
+    {BufferingIdle, "Event: BufferingIdle"},
+    {BufferingStreamUnderrun, "Event: BufferingStreamUnderrun"},
+    {BufferingStreamBuffered, "Event: BufferingStreamBuffered"},
+    {SubtitlesChanged, "Event: SubtitlesChanged"},
+};
 
-// The events that are only told in the log, by type.
 const char* lineOf(unsigned type) {
-    switch (type) {
-    case 3:
-        return "CancelDataRequests event received";
-    case 7:
-        return "Event: DecodeError";
-    case 8:
-        return "Event: SeekCompleted";
-    case 10:
-        return "Event: DRMRightsError";
-    case 11:
-        return "Event: ParentalRatingError";
-    case 12:
-        return "Event: ParentalRatingChange";
-    case 14:
-        return "Event: ChannelChangeError";
-    case 15:
-        return "Event: ChannelChangeSucceeded";
-    case 16:
-        return "Event: ProgrammesChanged";
-    case 17:
-        return "Event: RecordingError";
-    case 18:
-        return "Event: RecordingStateChange";
-    case 19:
-        return "Event: BufferingProgress";
-    case 20:
-        return "Event: BufferingNetworkError";
-    case 21:
-        return "Event: BufferingIdle";
-    case 22:
-        return "Event: BufferingStreamUnderrun";
-    case 23:
-        return "Event: BufferingStreamBuffered";
-    case 24:
-        return "Event: SubtitlesChanged";
-    case 9:
-        return nullptr;
-    default:
-        return "Unhandled event received";
-    }
+    const auto* const found = std::find_if(std::begin(told), std::end(told),
+                                           [&](const auto& event) { return event.type == type; });
+    return found == std::end(told) ? "Unhandled event received" : found->line;
 }
+
+constexpr char noBackend[] = "Could not initialize backend";
 
 }  // namespace
 
@@ -90,29 +98,6 @@ void Player::requireFree() {
     if (HostCall::isUnderWay()) {
         throw std::runtime_error(noBackend);
     }
-}
-
-Player::GrantedBackend::GrantedBackend(Player& owner) : player(owner), backend(request(owner)) {
-    if (!backend) {
-        throw std::runtime_error(noBackend);
-    }
-    const orvo::scoped_lock lock(player.mutex);
-    ++player.unreleased;
-}
-
-UVABackend* Player::GrantedBackend::request(Player& owner) {
-    const HostCall call;
-    return UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, &owner);
-}
-
-Player::GrantedBackend::~GrantedBackend() {
-    {
-        const HostCall call;
-        UVAFactory::releaseBackend(backend);
-    }
-    const orvo::scoped_lock lock(player.mutex);
-    --player.unreleased;
-    player.released.notify_all();
 }
 
 void Player::awaitReleases() {
@@ -147,10 +132,10 @@ bool Player::handleEvent(UVAEvent* event) noexcept {
                      " PAR=", resized->pixelAspectRatio);
         break;
     }
+    case Untold:
+        break;
     default:
-        if (const char* const line = lineOf(event->type)) {
-            logger.trace(function, line);
-        }
+        logger.trace(function, lineOf(event->type));
     }
     return true;
 }
@@ -226,9 +211,16 @@ void Player::discard(UVAEvent* event) {
 }
 
 void Player::createBackend() {
-    const BackendShare share(new GrantedBackend(*this));
+    // Made before there is anything to be released.
+    const BackendShare share(new GrantedBackend{*this, nullptr}, &destroyBackend);
+    const HostCall call;
+    share->backend = UVAFactory::requestBackend(UVABackend::UVA_BACKEND_MEDIA, this);
+    if (!share->backend) {
+        throw std::runtime_error(noBackend);
+    }
     {
         const orvo::scoped_lock lock(mutex);
+        ++unreleased;
         if (!track) {
             // The backend has asked for its release before it was handed over.
             return;
@@ -238,11 +230,25 @@ void Player::createBackend() {
     UVABackend::SourceDescription source{};
     source.kind = 2;
     UVABackend::SourceDescription* sources[] = {&source, nullptr};
-    const HostCall call;
     // No URL: the data comes through the backend's requests.
-    if ((*share)->setSource("", sources, 0) != 1) {
+    if (share->backend->setSource("", sources, 0) != 1) {
         throw std::runtime_error(noBackend);
     }
+}
+
+void Player::destroyBackend(GrantedBackend* granted) {
+    const std::unique_ptr<GrantedBackend> leaving(granted);
+    if (!leaving->backend) {
+        return;
+    }
+    {
+        const HostCall call;
+        UVAFactory::releaseBackend(leaving->backend);
+    }
+    Player& player = leaving->player;
+    const orvo::scoped_lock lock(player.mutex);
+    --player.unreleased;
+    player.released.notify_all();
 }
 
 Player::BackendShare Player::backendInUse() const {
@@ -257,14 +263,14 @@ void Player::startPlaying() {
 void Player::resume() {
     if (const BackendShare inUse = backendInUse()) {
         const HostCall call;
-        (*inUse)->play();
+        inUse->backend->play();
     }
 }
 
 void Player::pause() {
     if (const BackendShare inUse = backendInUse()) {
         const HostCall call;
-        (*inUse)->pause(0);
+        inUse->backend->pause(0);
     }
 }
 
@@ -272,7 +278,7 @@ double Player::getPosition() {
     double position = 0.0;
     if (const BackendShare inUse = backendInUse()) {
         const HostCall call;
-        (*inUse)->getPosition(position);
+        inUse->backend->getPosition(position);
     }
     return position;
 }
@@ -310,7 +316,7 @@ void Player::handleEventQueue() {
             }
         }
         requests->pop();
-        handleNeedDataEvent(**to, *from, request, status);
+        handleNeedDataEvent(*to->backend, *from, request, status);
     }
 }
 

@@ -59,30 +59,19 @@ private:
     // This thread is inside a call to a backend or its factory.
     class HostCall;
 
-    // A backend that the factory has granted; releases it.
-    class GrantedBackend final {
-    public:
-        // Asks the factory. Throws std::runtime_error("Could not initialize backend").
-        explicit GrantedBackend(Player& owner);
-        ~GrantedBackend();
-        GrantedBackend(const GrantedBackend&) = delete;
-        GrantedBackend& operator=(const GrantedBackend&) = delete;
-
-        UVABackend& operator*() const { return *backend; }
-        UVABackend* operator->() const { return backend; }
-
-    private:
-        static UVABackend* request(Player& owner);
-
+    // A backend that the factory has granted, null until then.
+    struct GrantedBackend {
         Player& player;
-        UVABackend* const backend;
+        UVABackend* backend;
     };
     using BackendShare = orvo::shared_ptr<GrantedBackend>;
 
     void createEventQueue() ORVO_REQUIRES(mutex);
     void createBackend() ORVO_EXCLUDES(mutex);
     void startPlaying();
+    // What the last share of each does.
     static void destroyEventQueue(EventQueue* queue);
+    static void destroyBackend(GrantedBackend* granted);
     void awaitReleases() ORVO_EXCLUDES(mutex);
     static void discard(UVAEvent* event);
     void queueRequest(UVAEvent* request) ORVO_EXCLUDES(mutex);
