@@ -1,11 +1,11 @@
 #ifndef SONOLET_ALBUMBROWSE_H
 #define SONOLET_ALBUMBROWSE_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 
-// What is known of an album: its tracks and copyrights. Made by Factory.
-class Albumbrowse final : public Object {
+// What is known of an album: its tracks and copyrights. Made by Factory. Script thread; empty until
+// libspotify has answered.
+class Albumbrowse final : public Wrapper<sp_albumbrowse> {
 public:
     // The constructor object of the root.
     Albumbrowse();
@@ -15,21 +15,6 @@ public:
 
     // Script: browses an album, and calls a function with the result.
     static void create(jspp::function_context& context);
-
-private:
-    void album(jspp::function_context& context) const;
-    void numCopyrights(jspp::function_context& context) const;
-    void copyright(jspp::function_context& context) const;
-    void artist(jspp::function_context& context) const;
-    void track(jspp::function_context& context) const;
-    void numTracks(jspp::function_context& context) const;
-    void isLoaded(jspp::function_context& context) const;
-    void error(jspp::function_context& context) const;
-    void release(jspp::function_context& context) const;
-
-    void releaseHandle() noexcept override { handle.release(); }
-
-    Handle<sp_albumbrowse> handle;
 };
 
 #endif

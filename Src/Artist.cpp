@@ -1,7 +1,5 @@
 #include "Artist.h"
 
-#include "Factory.h"
-#include "ImageId.h"
 #include "Session.h"
 
 Artist::Artist() {
@@ -11,11 +9,11 @@ Artist::Artist() {
 Artist::Artist(sp_session* librarySession,
                sp_artist* artist,
                const orvo::shared_ptr<LibWrapper>& libraryShare)
-    : Object(librarySession, libraryShare), handle(artist) {
+    : Wrapper(librarySession, artist, libraryShare) {
     static const function_row members[] = {
-        {"name", &Artist::name, ""},
-        {"isLoaded", &Artist::isLoaded, ""},
-        {"portrait", &Artist::portrait, ""},
+        {"name", &Artist::reads<&sp_artist_name>, ""},
+        {"isLoaded", &Artist::reads<&sp_artist_is_loaded>, ""},
+        {"portrait", &Artist::reads<&sp_artist_portrait>, ""},
     };
     static const jspp::name_table& names = *new jspp::name_table(listener_functions(), members);
     _class(names);
@@ -24,19 +22,5 @@ Artist::Artist(sp_session* librarySession,
 void Artist::create(jspp::function_context& context) {
     const std::string link = context.string(0);
     Session::requireLibrarySession();
-    sp_artist* const artist = namedBy(link, &sp_link_as_artist);
-    context.return_interface(Factory::getInstance().createArtist(artist), false);
-}
-
-void Artist::name(jspp::function_context& context) const {
-    context.return_string(sp_artist_name(handle.get()));
-}
-
-void Artist::isLoaded(jspp::function_context& context) const {
-    context.return_boolean(sp_artist_is_loaded(handle.get()));
-}
-
-void Artist::portrait(jspp::function_context& context) const {
-    const auto size = static_cast<sp_image_size>(context.integer(0));
-    returnImageId(sp_artist_portrait(handle.get(), size), context);
+    answer(namedBy(link, &sp_link_as_artist), context);
 }

@@ -1,11 +1,11 @@
 #ifndef SONOLET_ARTIST_H
 #define SONOLET_ARTIST_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 
-// An artist of the catalogue, as script sees it. Made by Factory.
-class Artist final : public Object {
+// An artist of the catalogue, as script sees it. Made by Factory. Script thread; each member asks
+// libspotify anew.
+class Artist final : public Wrapper<sp_artist> {
 public:
     // The constructor object of the root.
     Artist();
@@ -15,18 +15,6 @@ public:
 
     // Script: a new wrapper for the artist that a link names.
     static void create(jspp::function_context& context);
-
-    // Borrowed. Throws when the wrapper has none.
-    sp_artist* getHandle() const { return handle.get(); }
-
-private:
-    void name(jspp::function_context& context) const;
-    void isLoaded(jspp::function_context& context) const;
-    void portrait(jspp::function_context& context) const;
-
-    void releaseHandle() noexcept override { handle.release(); }
-
-    Handle<sp_artist> handle;
 };
 
 #endif

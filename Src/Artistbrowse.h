@@ -1,11 +1,11 @@
 #ifndef SONOLET_ARTISTBROWSE_H
 #define SONOLET_ARTISTBROWSE_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 
-// What is known of an artist: albums and most played tracks. Made by Factory.
-class Artistbrowse final : public Object {
+// What is known of an artist: albums and most played tracks. Made by Factory. Script thread; empty
+// until libspotify has answered.
+class Artistbrowse final : public Wrapper<sp_artistbrowse> {
 public:
     // The constructor object of the root.
     Artistbrowse();
@@ -15,20 +15,6 @@ public:
 
     // Script: browses an artist, and calls a function with the result.
     static void create(jspp::function_context& context);
-
-private:
-    void album(jspp::function_context& context) const;
-    void numAlbums(jspp::function_context& context) const;
-    void artist(jspp::function_context& context) const;
-    void isLoaded(jspp::function_context& context) const;
-    void error(jspp::function_context& context) const;
-    void numTophitTracks(jspp::function_context& context) const;
-    void tophitTrack(jspp::function_context& context) const;
-    void release(jspp::function_context& context) const;
-
-    void releaseHandle() noexcept override { handle.release(); }
-
-    Handle<sp_artistbrowse> handle;
 };
 
 #endif

@@ -1,19 +1,19 @@
 #ifndef SONOLET_IMAGE_ID_H
 #define SONOLET_IMAGE_ID_H
 
-#include "Handle.h"
 #include "base64.h"
-#include "jspp/result_context.h"
 
 #include "libspotify/api.h"
 
+#include <string>
+
 constexpr unsigned imageIdSize = 20;  // bytes
 
-// Answers an image's id as script keeps it, in Base64. Throws when libspotify answered none.
-inline void returnImageId(const byte* id, jspp::result_context& context) {
+// An image's id as script keeps it, in Base64. REQUIRES: `id` is not null.
+inline std::string imageIdText(const byte* id) {
     std::string text;
-    base64_encode(retrieved(id), imageIdSize, text);
-    context.return_string(text);
+    base64_encode(id, imageIdSize, text);
+    return text;
 }
 
 #endif

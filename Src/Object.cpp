@@ -7,6 +7,8 @@ Object::Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& l
     _register();
 }
 
+void Object::release(jspp::function_context&) const {}
+
 void Object::clear() {
     releaseHandle();
     if (losesNames) {

@@ -26,6 +26,9 @@ protected:
     Object();
     Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
 
+    // Script: does nothing. Script's objects go when script lets them go.
+    void release(jspp::function_context& context) const;
+
     // Gives the handle back, and whatever libspotify was told about this wrapper.
     virtual void releaseHandle() noexcept = 0;
 

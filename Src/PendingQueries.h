@@ -1,6 +1,7 @@
 #ifndef SONOLET_PENDING_QUERIES_H
 #define SONOLET_PENDING_QUERIES_H
 
+#include "Answer.h"
 #include "Handle.h"
 #include "jspp/call_parameters.h"
 #include "jspp/object.h"
@@ -20,36 +21,22 @@ public:
     PendingQueries(const PendingQueries&) = delete;
     PendingQueries& operator=(const PendingQueries&) = delete;
 
-    // Starts a query: `request` takes the user data for libspotify and returns the handle that it
-    // created, which is lent to the caller. Throws when there is none. The answer comes from
-    // sp_session_process_events, never from inside the request.
+    // Starts a query and answers its wrapper: `request` takes the completion callback and the user
+    // data for libspotify and returns the handle that it created. Throws when there is none. The
+    // completion comes from sp_session_process_events, never from inside the request.
     template <class Kind, class Request>
-    Kind* start(const jspp::object& callback, const Request& request) {
+    static void
+    start(jspp::function_context& context, const jspp::object& callback, const Request& request) {
+        auto& queries = getInstance().queries;
         auto query = std::make_unique<Query<Kind>>(callback);
         Query<Kind>& pending = *query;
         queries.emplace(&pending, std::move(query));
-        pending.created = request(static_cast<void*>(&pending));
+        pending.created.reset(request(&complete<Kind>, static_cast<void*>(&pending)));
         if (!pending.created) {
             queries.erase(&pending);
             throwNotRetrieved();
         }
-        return pending.created;
-    }
-
-    // libspotify has answered: queues the call of the script function with the wrapper that `wrap`
-    // makes of the result.
-    template <class Kind, class Wrap>
-    void complete(Kind* result, void* userData, const Wrap& wrap) noexcept {
-        try {
-            const std::unique_ptr<Pending> query = take(userData);
-            if (query) {
-                jspp::call_parameters parameters;
-                parameters.add(wrap(result));
-                query->callback.call_delayed(parameters);
-            }
-        } catch (...) {
-            logLost();
-        }
+        answer(pending.created.get(), context);
     }
 
     // The session goes, and nobody answers any more.
@@ -68,14 +55,24 @@ private:
     template <class Kind>
     struct Query final : Pending {
         using Pending::Pending;
-        ~Query() override {
-            if (created) {
-                HandleTraits<Kind>::release(created);
-            }
-        }
-
-        Kind* created = nullptr;  // owned: the reference that the request returned
+        Created<Kind> created;
     };
+
+    // libspotify has answered: queues the call of the script function with another wrapper than the
+    // one that start() answered.
+    template <class Kind>
+    static void complete(Kind* result, void* userData) noexcept {
+        try {
+            const std::unique_ptr<Pending> query = getInstance().take(userData);
+            if (query) {
+                jspp::call_parameters parameters;
+                parameters.add(wrapped(result));
+                query->callback.call_delayed(parameters);
+            }
+        } catch (...) {
+            logLost();
+        }
+    }
 
     PendingQueries() = default;
 

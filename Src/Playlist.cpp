@@ -20,14 +20,6 @@ namespace {
 
 const Logger logger SONOLET_AT_LOAD("Src/Playlist");
 
-std::string textOf(const byte* imageId) {
-    std::string text;
-    if (imageId) {
-        base64_encode(imageId, imageIdSize, text);
-    }
-    return text;
-}
-
 // The text of a link, cut at the size of the buffer. The link is deliberately never released.
 std::string textOf(sp_link* link) {
     std::array<char, 100> buffer{};
@@ -56,32 +48,32 @@ Playlist::Playlist(sp_session* librarySession,
                    sp_playlist* playlist,
                    const orvo::shared_ptr<LibWrapper>& libraryShare,
                    const orvo::shared_ptr<Playlistcontainer>& madeThrough)
-    : Object(librarySession, libraryShare), handle(playlist), container(madeThrough) {
+    : Wrapper(librarySession, playlist, libraryShare), container(madeThrough) {
     init();
 }
 
 void Playlist::init() {
     static const function_row members[] = {
-        {"isInRam", &Playlist::isInRam, ""},
+        {"isInRam", &Playlist::reads<&sp_playlist_is_in_ram>, ""},
         {"getImage", &Playlist::getImage, ""},
-        {"trackCreateTime", &Playlist::trackCreateTime, "n"},
-        {"hasPendingChanges", &Playlist::hasPendingChanges, ""},
-        {"track", &Playlist::track, "n"},
-        {"numSubscribers", &Playlist::numSubscribers, ""},
-        {"updateSubscribers", &Playlist::updateSubscribers, ""},
-        {"getDescription", &Playlist::getDescription, ""},
-        {"trackSeen", &Playlist::trackSeen, "n"},
-        {"numTracks", &Playlist::numTracks, ""},
-        {"setAutolinkTracks", &Playlist::setAutolinkTracks, "b"},
-        {"trackCreator", &Playlist::trackCreator, "n"},
+        {"trackCreateTime", &Playlist::reads<&sp_playlist_track_create_time>, "n"},
+        {"hasPendingChanges", &Playlist::reads<&sp_playlist_has_pending_changes>, ""},
+        {"track", &Playlist::reads<&sp_playlist_track>, "n"},
+        {"numSubscribers", &Playlist::reads<&sp_playlist_num_subscribers>, ""},
+        {"updateSubscribers", &Playlist::does<&sp_playlist_update_subscribers>, ""},
+        {"getDescription", &Playlist::reads<&sp_playlist_get_description>, ""},
+        {"trackSeen", &Playlist::reads<&sp_playlist_track_seen>, "n"},
+        {"numTracks", &Playlist::reads<&sp_playlist_num_tracks>, ""},
+        {"setAutolinkTracks", &Playlist::does<&sp_playlist_set_autolink_tracks>, "b"},
+        {"trackCreator", &Playlist::reads<&sp_playlist_track_creator>, "n"},
         {"subscribers", &Playlist::subscribers, ""},
-        {"setInRam", &Playlist::setInRam, "b"},
-        {"owner", &Playlist::owner, ""},
-        {"trackSetSeen", &Playlist::trackSetSeen, "nb"},
-        {"isLoaded", &Playlist::isLoaded, ""},
-        {"isCollaborative", &Playlist::isCollaborative, ""},
-        {"trackMessage", &Playlist::trackMessage, "n"},
-        {"name", &Playlist::name, ""},
+        {"setInRam", &Playlist::does<&sp_playlist_set_in_ram>, "b"},
+        {"owner", &Playlist::reads<&sp_playlist_owner>, ""},
+        {"trackSetSeen", &Playlist::does<&sp_playlist_track_set_seen>, "nb"},
+        {"isLoaded", &Playlist::reads<&sp_playlist_is_loaded>, ""},
+        {"isCollaborative", &Playlist::reads<&sp_playlist_is_collaborative>, ""},
+        {"trackMessage", &Playlist::reads<&sp_playlist_track_message>, "n"},
+        {"name", &Playlist::reads<&sp_playlist_name>, ""},
         {"uri", &Playlist::uri, ""},
         {"addTracks", &Playlist::addTracks, ""},
         {"placeholderUri", &Playlist::placeholderUri, ""},
@@ -138,74 +130,19 @@ void Playlist::create(jspp::function_context& context) {
     sp_session* const session = Session::requireLibrarySession();
     // Deliberately never released.
     sp_link* const link = retrieved(sp_link_create_from_string(text.c_str()));
-    Created<sp_playlist> created(retrieved(sp_playlist_create(session, link)));
-    const orvo::shared_ptr<Playlist> playlist =
-        Factory::getInstance().createPlaylist(created.get());
-    created.reset();
-    context.return_interface(playlist, false);
+    answer(Created<sp_playlist>(sp_playlist_create(session, link)), context);
 }
 
 // ---- Script functions ----
 
-void Playlist::isInRam(jspp::function_context& context) const {
-    context.return_boolean(sp_playlist_is_in_ram(session, handle.get()));
-}
-
 void Playlist::getImage(jspp::function_context& context) const {
     std::array<byte, imageIdSize> id{};
     if (sp_playlist_get_image(handle.get(), id.data())) {
-        context.return_string(textOf(id.data()));
+        context.return_string(imageIdText(id.data()));
         return;
     }
     logger.error("Playlist::getImage", "Failed to retrieve image id from libspotify");
     context.return_string("");
-}
-
-void Playlist::trackCreateTime(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    context.return_number(sp_playlist_track_create_time(handle.get(), index));
-}
-
-void Playlist::hasPendingChanges(jspp::function_context& context) const {
-    context.return_boolean(sp_playlist_has_pending_changes(handle.get()));
-}
-
-void Playlist::track(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    sp_track* const track = retrieved(sp_playlist_track(handle.get(), index));
-    context.return_interface(Factory::getInstance().createTrack(track), false);
-}
-
-void Playlist::numSubscribers(jspp::function_context& context) const {
-    context.return_number(sp_playlist_num_subscribers(handle.get()));
-}
-
-void Playlist::updateSubscribers(jspp::function_context&) const {
-    sp_playlist_update_subscribers(session, handle.get());
-}
-
-void Playlist::getDescription(jspp::function_context& context) const {
-    context.return_string(sp_playlist_get_description(handle.get()));
-}
-
-void Playlist::trackSeen(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    context.return_boolean(sp_playlist_track_seen(handle.get(), index));
-}
-
-void Playlist::numTracks(jspp::function_context& context) const {
-    context.return_number(sp_playlist_num_tracks(handle.get()));
-}
-
-void Playlist::setAutolinkTracks(jspp::function_context& context) const {
-    const bool link = context.boolean(0);
-    sp_playlist_set_autolink_tracks(handle.get(), link);
-}
-
-void Playlist::trackCreator(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    sp_user* const user = retrieved(sp_playlist_track_creator(handle.get(), index));
-    context.return_interface(Factory::getInstance().createUser(user), false);
 }
 
 void Playlist::subscribers(jspp::function_context& context) const {
@@ -220,39 +157,6 @@ void Playlist::subscribers(jspp::function_context& context) const {
     }
     list.reset();
     context.return_interface(orvo::make_shared<string_array>(std::move(subscribed)), false);
-}
-
-void Playlist::setInRam(jspp::function_context& context) const {
-    const bool inRam = context.boolean(0);
-    sp_playlist_set_in_ram(session, handle.get(), inRam);
-}
-
-void Playlist::owner(jspp::function_context& context) const {
-    sp_user* const user = retrieved(sp_playlist_owner(handle.get()));
-    context.return_interface(Factory::getInstance().createUser(user), false);
-}
-
-void Playlist::trackSetSeen(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    const bool seen = context.boolean(1);
-    sp_playlist_track_set_seen(handle.get(), index, seen);
-}
-
-void Playlist::isLoaded(jspp::function_context& context) const {
-    context.return_boolean(sp_playlist_is_loaded(handle.get()));
-}
-
-void Playlist::isCollaborative(jspp::function_context& context) const {
-    context.return_boolean(sp_playlist_is_collaborative(handle.get()));
-}
-
-void Playlist::trackMessage(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    context.return_string(sp_playlist_track_message(handle.get(), index));
-}
-
-void Playlist::name(jspp::function_context& context) const {
-    context.return_string(sp_playlist_name(handle.get()));
 }
 
 void Playlist::uri(jspp::function_context& context) const {
@@ -272,9 +176,6 @@ void Playlist::placeholderUri(jspp::function_context& context) const {
     sp_track* const track = retrieved(sp_playlist_track(handle.get(), index));
     context.return_string(textOf(sp_link_create_from_track(track, 0)));
 }
-
-// Script's objects go when script lets them go.
-void Playlist::release(jspp::function_context&) const {}
 
 // ---- libspotify's callbacks ----
 
@@ -378,7 +279,7 @@ void Playlist::handleDescriptionChangedEvent(const char* text) {
 }
 
 void Playlist::handleImageChangedEvent(const byte* id) {
-    const std::string text = textOf(id);
+    const std::string text = id ? imageIdText(id) : std::string();
     logger.trace("Playlist::handleImageChangedEvent", "id = ", id ? text : "NULL");
     dispatch_event("ImageChanged", shared_from_this(), text);
 }

@@ -1,8 +1,7 @@
 #ifndef SONOLET_PLAYLIST_H
 #define SONOLET_PLAYLIST_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 #include "jspp/orvo/shared_ptr.h"
 
 #include <vector>
@@ -18,7 +17,7 @@ struct PlaylistInstanceEntry {
 
 // A playlist, as script sees it: its tracks, its settings, and an event for each of libspotify's
 // playlist callbacks. Made by Factory.
-class Playlist final : public Object, public orvo::enable_shared_from_this<Playlist> {
+class Playlist final : public Wrapper<sp_playlist>, public orvo::enable_shared_from_this<Playlist> {
 public:
     // Tracks that an event brings; see TrackArray.h.
     class track_array;
@@ -35,36 +34,14 @@ public:
     // Script: a new wrapper for the playlist that a link names.
     static void create(jspp::function_context& context);
 
-    // Borrowed. Throws when the wrapper has none.
-    sp_playlist* getHandle() const { return handle.get(); }
-
 private:
     void init();
 
-    void isInRam(jspp::function_context& context) const;
     void getImage(jspp::function_context& context) const;
-    void trackCreateTime(jspp::function_context& context) const;
-    void hasPendingChanges(jspp::function_context& context) const;
-    void track(jspp::function_context& context) const;
-    void numSubscribers(jspp::function_context& context) const;
-    void updateSubscribers(jspp::function_context& context) const;
-    void getDescription(jspp::function_context& context) const;
-    void trackSeen(jspp::function_context& context) const;
-    void numTracks(jspp::function_context& context) const;
-    void setAutolinkTracks(jspp::function_context& context) const;
-    void trackCreator(jspp::function_context& context) const;
     void subscribers(jspp::function_context& context) const;
-    void setInRam(jspp::function_context& context) const;
-    void owner(jspp::function_context& context) const;
-    void trackSetSeen(jspp::function_context& context) const;
-    void isLoaded(jspp::function_context& context) const;
-    void isCollaborative(jspp::function_context& context) const;
-    void trackMessage(jspp::function_context& context) const;
-    void name(jspp::function_context& context) const;
     void uri(jspp::function_context& context) const;
     void addTracks(jspp::function_context& context) const;
     void placeholderUri(jspp::function_context& context) const;
-    void release(jspp::function_context& context) const;
 
     JSPP_EVENT_ATTRIBUTE(SubscribersChanged, "SubscribersChanged")
     JSPP_EVENT_ATTRIBUTE(PlaylistRenamed, "PlaylistRenamed")
@@ -107,7 +84,6 @@ private:
     // script thread. Made on first use, never freed.
     static std::vector<PlaylistInstanceEntry>& _instances();
 
-    Handle<sp_playlist> handle;
     std::size_t place = 0;  // of this wrapper among the instances, while there is a handle
     sp_playlist_callbacks callbacks{};  // libspotify keeps its address
     const orvo::shared_ptr<Playlistcontainer> container;

@@ -3,7 +3,6 @@
 #include "Factory.h"
 #include "Logger.h"
 #include "Playlist.h"
-#include "User.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +22,7 @@ std::vector<Playlistcontainer*>& Playlistcontainer::instances() {
 Playlistcontainer::Playlistcontainer(sp_session* librarySession,
                                      sp_playlistcontainer* playlistcontainer,
                                      const orvo::shared_ptr<LibWrapper>& libraryShare)
-    : Object(librarySession, libraryShare) {
+    : Wrapper(librarySession, nullptr, libraryShare) {
     logger.trace("Playlistcontainer::Playlistcontainer", "Initializing playlistcontainer");
     if (librarySession) {
         handle.hold(playlistcontainer);
@@ -40,14 +39,15 @@ Playlistcontainer::Playlistcontainer(sp_session* librarySession,
 void Playlistcontainer::addMembers() {
     static const function_row members[] = {
         {"playlist", &Playlistcontainer::playlist, "n"},
-        {"playlistType", &Playlistcontainer::playlistType, "n"},
-        {"numPlaylists", &Playlistcontainer::numPlaylists, ""},
+        {"playlistType", &Playlistcontainer::reads<&sp_playlistcontainer_playlist_type>, "n"},
+        {"numPlaylists", &Playlistcontainer::reads<&sp_playlistcontainer_num_playlists>, ""},
         {"playlistFolderName", &Playlistcontainer::playlistFolderName, "n"},
-        {"isLoaded", &Playlistcontainer::isLoaded, ""},
-        {"playlistFolderId", &Playlistcontainer::playlistFolderId, "n"},
-        {"owner", &Playlistcontainer::owner, ""},
+        {"isLoaded", &Playlistcontainer::reads<&sp_playlistcontainer_is_loaded>, ""},
+        {"playlistFolderId", &Playlistcontainer::reads<&sp_playlistcontainer_playlist_folder_id>,
+         "n"},
+        {"owner", &Playlistcontainer::reads<&sp_playlistcontainer_owner>, ""},
         {"addPlaylist", &Playlistcontainer::addPlaylist, "o"},
-        {"release", &Playlistcontainer::releaseDummy, ""},
+        {"release", &Playlistcontainer::release, ""},
     };
     static const attribute_row events[] = {
         JSPP_EVENT_ROW(Playlistcontainer, PlaylistAdded),
@@ -86,15 +86,6 @@ void Playlistcontainer::playlist(jspp::function_context& context) const {
                              false);
 }
 
-void Playlistcontainer::playlistType(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    context.return_number(sp_playlistcontainer_playlist_type(handle.get(), index));
-}
-
-void Playlistcontainer::numPlaylists(jspp::function_context& context) const {
-    context.return_number(sp_playlistcontainer_num_playlists(handle.get()));
-}
-
 void Playlistcontainer::playlistFolderName(jspp::function_context& context) const {
     const int index = context.integer(0);
     // Stays empty for what is no folder.
@@ -105,21 +96,6 @@ void Playlistcontainer::playlistFolderName(jspp::function_context& context) cons
     context.return_string(name.data());
 }
 
-void Playlistcontainer::isLoaded(jspp::function_context& context) const {
-    context.return_boolean(sp_playlistcontainer_is_loaded(handle.get()));
-}
-
-void Playlistcontainer::playlistFolderId(jspp::function_context& context) const {
-    const int index = context.integer(0);
-    const sp_uint64 id = sp_playlistcontainer_playlist_folder_id(handle.get(), index);
-    context.return_number(static_cast<double>(id));
-}
-
-void Playlistcontainer::owner(jspp::function_context& context) const {
-    sp_user* const user = retrieved(sp_playlistcontainer_owner(handle.get()));
-    context.return_interface(Factory::getInstance().createUser(user), false);
-}
-
 void Playlistcontainer::addPlaylist(jspp::function_context& context) const {
     const orvo::shared_ptr<Playlist> added = context.interface_of<Playlist>(0);
     sp_playlistcontainer* const to = handle.get();
@@ -127,9 +103,6 @@ void Playlistcontainer::addPlaylist(jspp::function_context& context) const {
     // The outcome shows in the events.
     sp_playlistcontainer_add_playlist(to, link.get());
 }
-
-// Script's objects go when script lets them go.
-void Playlistcontainer::releaseDummy(jspp::function_context&) const {}
 
 // ---- libspotify's callbacks ----
 

@@ -1,15 +1,14 @@
 #ifndef SONOLET_PLAYLISTCONTAINER_H
 #define SONOLET_PLAYLISTCONTAINER_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 #include "jspp/orvo/shared_ptr.h"
 
 #include <vector>
 
 // A user's list of playlists and folders, as script sees it. Made by Factory, which does not clear
 // it at logout.
-class Playlistcontainer final : public Object,
+class Playlistcontainer final : public Wrapper<sp_playlistcontainer>,
                                 public orvo::enable_shared_from_this<Playlistcontainer> {
 public:
     // Throws when container or session is null.
@@ -20,14 +19,8 @@ public:
 
 private:
     void playlist(jspp::function_context& context) const;
-    void playlistType(jspp::function_context& context) const;
-    void numPlaylists(jspp::function_context& context) const;
     void playlistFolderName(jspp::function_context& context) const;
-    void isLoaded(jspp::function_context& context) const;
-    void playlistFolderId(jspp::function_context& context) const;
-    void owner(jspp::function_context& context) const;
     void addPlaylist(jspp::function_context& context) const;
-    void releaseDummy(jspp::function_context& context) const;
 
     void addMembers();
 
@@ -52,8 +45,6 @@ private:
 
     // Every living container; script thread. Made on first use, never freed.
     static std::vector<Playlistcontainer*>& instances();
-
-    Handle<sp_playlistcontainer> handle;
 };
 
 #endif

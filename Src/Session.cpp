@@ -1,19 +1,14 @@
 #include "Session.h"
 
+#include "Answer.h"
 #include "Appkey.h"
 #include "Factory.h"
-#include "Handle.h"
 #include "LibWrapper.h"
 #include "Logger.h"
 #include "PendingQueries.h"
-#include "Playlist.h"
-#include "Playlistcontainer.h"
 #include "SessionConfig.h"
 #include "Track.h"
 #include "TrackFactory.h"
-#include "User.h"
-
-#include <sched.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -156,7 +151,7 @@ void Session::login(jspp::function_context& context) const {
     const sp_error error = sp_session_login(session, userName.c_str(), password.c_str(), rememberMe,
                                             blob.empty() ? nullptr : blob.c_str());
     sp_session_preferred_bitrate(session, SP_BITRATE_320k);
-    context.return_number(error);
+    answer(error, context);
 }
 
 void Session::logout(jspp::function_context&) const {
@@ -168,12 +163,12 @@ void Session::logout(jspp::function_context&) const {
 
 void Session::relogin(jspp::function_context& context) const {
     requireInitialized();
-    context.return_number(sp_session_relogin(session));
+    answer(sp_session_relogin(session), context);
 }
 
 void Session::forgetMe(jspp::function_context& context) const {
     requireInitialized();
-    context.return_number(sp_session_forget_me(session));
+    answer(sp_session_forget_me(session), context);
 }
 
 void Session::rememberedUser(jspp::function_context& context) const {
@@ -194,7 +189,7 @@ void Session::rememberedUser(jspp::function_context& context) const {
 
 void Session::connectionstate(jspp::function_context& context) const {
     requireInitialized();
-    context.return_number(sp_session_connectionstate(session));
+    answer(sp_session_connectionstate(session), context);
 }
 
 void Session::setCacheSize(jspp::function_context& context) const {
@@ -205,81 +200,64 @@ void Session::setCacheSize(jspp::function_context& context) const {
 
 void Session::userCountry(jspp::function_context& context) const {
     requireInitialized();
-    context.return_number(sp_session_user_country(session));
+    answer(sp_session_user_country(session), context);
 }
 
 void Session::user(jspp::function_context& context) const {
     requireInitialized();
-    sp_user* const user = retrieved(sp_session_user(session));
-    context.return_interface(Factory::getInstance().createUser(user), false);
+    answer(sp_session_user(session), context);
 }
 
 void Session::numFriends(jspp::function_context& context) const {
     requireInitialized();
-    context.return_number(sp_session_num_friends(session));
+    answer(sp_session_num_friends(session), context);
 }
 
 void Session::friendAt(jspp::function_context& context) const {
     requireInitialized();
-    sp_user* const user = retrieved(sp_session_friend(session, context.integer(0)));
-    context.return_interface(Factory::getInstance().createUser(user), false);
+    answer(sp_session_friend(session, context.integer(0)), context);
 }
 
 void Session::playlistcontainer(jspp::function_context& context) const {
     requireInitialized();
     logger.trace("Session::Playlistcontainer", "Retrieving playlistcontainer");
-    sp_playlistcontainer* const container = retrieved(sp_session_playlistcontainer(session));
-    context.return_interface(Factory::getInstance().createPlaylistcontainer(container), false);
+    answer(sp_session_playlistcontainer(session), context);
 }
 
 void Session::publishedContainerForUserCreate(jspp::function_context& context) const {
     requireInitialized();
     const std::string userName = context.string(0);
-    Created<sp_playlistcontainer> created(
-        retrieved(sp_session_publishedcontainer_for_user_create(session, userName.c_str())));
-    const orvo::shared_ptr<Playlistcontainer> container =
-        Factory::getInstance().createPlaylistcontainer(created.get());
-    created.reset();
-    context.return_interface(container, false);
+    answer(Created<sp_playlistcontainer>(
+               sp_session_publishedcontainer_for_user_create(session, userName.c_str())),
+           context);
 }
-
-namespace {
-
-// Answers the wrapper of a playlist that a create function of libspotify returned.
-void returnCreated(sp_playlist* handle, jspp::function_context& context) {
-    Created<sp_playlist> created(retrieved(handle));
-    const orvo::shared_ptr<Playlist> playlist = Factory::getInstance().createPlaylist(handle);
-    created.reset();
-    context.return_interface(playlist, false);
-}
-
-}  // namespace
 
 void Session::inboxCreate(jspp::function_context& context) const {
     requireInitialized();
-    returnCreated(sp_session_inbox_create(session), context);
+    answer(Created<sp_playlist>(sp_session_inbox_create(session)), context);
 }
 
 void Session::starredCreate(jspp::function_context& context) const {
     requireInitialized();
-    returnCreated(sp_session_starred_create(session), context);
+    answer(Created<sp_playlist>(sp_session_starred_create(session)), context);
 }
 
 void Session::starredForUserCreate(jspp::function_context& context) const {
     requireInitialized();
     const std::string userName = context.string(0);
-    returnCreated(sp_session_starred_for_user_create(session, userName.c_str()), context);
+    answer(Created<sp_playlist>(sp_session_starred_for_user_create(session, userName.c_str())),
+           context);
 }
 
 void Session::signupGetUnacceptedLicenses(jspp::function_context& context) const {
     requireInitialized();
-    context.return_string(sp_session_signup_get_unaccepted_licenses(session));
+    answer(sp_session_signup_get_unaccepted_licenses(session), context);
 }
 
 void Session::signupPerformAction(jspp::function_context& context) const {
     requireInitialized();
     const auto action = static_cast<sp_signup_action>(context.integer(0));
-    context.return_number(sp_session_signup_perform_action(session, action));
+    answer(sp_session_signup_perform_action(session, action), context);
 }
 
 // ---- Player ----
@@ -314,7 +292,7 @@ void Session::playerPlay(jspp::function_context& context) {
     } else {
         player->pause();
     }
-    context.return_number(error);
+    answer(error, context);
 }
 
 void Session::playerSeek(jspp::function_context& context) const {
@@ -331,7 +309,7 @@ void Session::playerUnload(jspp::function_context&) const {
 void Session::playerPrefetch(jspp::function_context& context) const {
     requireInitialized();
     sp_track* const track = context.interface_of<Track>(0)->getHandle();
-    context.return_number(sp_session_player_prefetch(session, track));
+    answer(sp_session_player_prefetch(session, track), context);
 }
 
 void Session::forceStopPlayback() {

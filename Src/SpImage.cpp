@@ -1,6 +1,5 @@
 #include "SpImage.h"
 
-#include "Factory.h"
 #include "ImageId.h"
 #include "Session.h"
 
@@ -25,13 +24,13 @@ SpImage::SpImage() {
 SpImage::SpImage(sp_session* librarySession,
                  sp_image* image,
                  const orvo::shared_ptr<LibWrapper>& libraryShare)
-    : Object(librarySession, libraryShare), handle(image) {
+    : Wrapper(librarySession, image, libraryShare) {
     static const function_row members[] = {
-        {"isLoaded", &SpImage::isLoaded, ""},
-        {"error", &SpImage::error, ""},
-        {"format", &SpImage::format, ""},
+        {"isLoaded", &SpImage::reads<&sp_image_is_loaded>, ""},
+        {"error", &SpImage::reads<&sp_image_error>, ""},
+        {"format", &SpImage::reads<&sp_image_format>, ""},
         {"data", &SpImage::data, ""},
-        {"id", &SpImage::id, ""},
+        {"id", &SpImage::reads<&sp_image_image_id>, ""},
     };
     static const attribute_row events[] = {JSPP_EVENT_ROW(SpImage, ImageLoaded)};
     static const jspp::name_table& names =
@@ -76,22 +75,7 @@ void SpImage::create(jspp::function_context& context) {
     if (base64_decode(text.data(), idTextSize, id.data(), imageIdSize) != 0) {
         throw std::runtime_error("Failed to decode ID with base64");
     }
-    Created<sp_image> created(retrieved(sp_image_create(session, id.data())));
-    const orvo::shared_ptr<SpImage> image = Factory::getInstance().createSpImage(created.get());
-    created.reset();
-    context.return_interface(image, false);
-}
-
-void SpImage::isLoaded(jspp::function_context& context) const {
-    context.return_boolean(sp_image_is_loaded(handle.get()));
-}
-
-void SpImage::error(jspp::function_context& context) const {
-    context.return_number(sp_image_error(handle.get()));
-}
-
-void SpImage::format(jspp::function_context& context) const {
-    context.return_number(sp_image_format(handle.get()));
+    answer(Created<sp_image>(sp_image_create(session, id.data())), context);
 }
 
 void SpImage::data(jspp::function_context& context) const {
@@ -103,8 +87,4 @@ void SpImage::data(jspp::function_context& context) const {
     std::string text;
     base64_encode(static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), text);
     context.return_string(text);
-}
-
-void SpImage::id(jspp::function_context& context) const {
-    returnImageId(sp_image_image_id(handle.get()), context);
 }

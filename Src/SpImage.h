@@ -1,15 +1,14 @@
 #ifndef SONOLET_SP_IMAGE_H
 #define SONOLET_SP_IMAGE_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 #include "jspp/orvo/shared_ptr.h"
 
 #include <set>
 
 // A picture: a cover or a portrait, as script sees it. Made by Factory. Its id and its data travel
 // in Base64.
-class SpImage final : public Object, public orvo::enable_shared_from_this<SpImage> {
+class SpImage final : public Wrapper<sp_image>, public orvo::enable_shared_from_this<SpImage> {
 public:
     // The constructor object of the root.
     SpImage();
@@ -22,11 +21,7 @@ public:
     static void create(jspp::function_context& context);
 
 private:
-    void isLoaded(jspp::function_context& context) const;
-    void error(jspp::function_context& context) const;
-    void format(jspp::function_context& context) const;
     void data(jspp::function_context& context) const;
-    void id(jspp::function_context& context) const;
 
     JSPP_EVENT_ATTRIBUTE(ImageLoaded, "ImageLoaded")
 
@@ -38,8 +33,6 @@ private:
 
     // Every living picture with a handle; script thread. Made on first use, never freed.
     static std::set<const void*>& instances();
-
-    Handle<sp_image> handle;
 };
 
 #endif

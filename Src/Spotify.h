@@ -27,38 +27,11 @@ public:
     const orvo::shared_ptr<Session>& getSession() const { return session; }
 
 private:
-    // Every attribute answers the object it holds, always the same one.
-    template <class Held>
-    static void answer(const orvo::shared_ptr<Held>& held, jspp::result_context& context) {
-        context.return_interface(held, true);
+    // An attribute that answers the object it holds, always the same one.
+    template <auto Held>
+    void gives(jspp::result_context& context) const {
+        context.return_interface(this->*Held, true);
     }
-
-    void get_session(jspp::result_context& context) const;
-    void get_search(jspp::result_context& context) const;
-    void get_albumbrowse(jspp::result_context& context) const;
-    void get_artistbrowse(jspp::result_context& context) const;
-    void get_spimage(jspp::result_context& context) const;
-    void get_toplistbrowse(jspp::result_context& context) const;
-    void get_sessionconfig(jspp::result_context& context) const;
-    void get_sonolet(jspp::result_context& context) const;
-    void get_track(jspp::result_context& context) const;
-    void get_album(jspp::result_context& context) const;
-    void get_artist(jspp::result_context& context) const;
-    void get_playlist(jspp::result_context& context) const;
-    void get_signup_page_enums(jspp::result_context& context) const;
-    void get_signup_feature_enums(jspp::result_context& context) const;
-    void get_signup_action_enums(jspp::result_context& context) const;
-    void get_error_enums(jspp::result_context& context) const;
-    void get_playlist_type_enums(jspp::result_context& context) const;
-    void get_track_availability_enums(jspp::result_context& context) const;
-    void get_artistbrowse_type_enums(jspp::result_context& context) const;
-    void get_albumtype_enums(jspp::result_context& context) const;
-    void get_image_format_enums(jspp::result_context& context) const;
-    void get_relation_type_enums(jspp::result_context& context) const;
-    void get_toplist_type_enums(jspp::result_context& context) const;
-    void get_toplist_region_enums(jspp::result_context& context) const;
-    void get_search_type_enums(jspp::result_context& context) const;
-    void get_plugin_error_enums(jspp::result_context& context) const;
 
     void errorMessage(jspp::function_context& context) const;
 

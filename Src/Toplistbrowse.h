@@ -1,11 +1,11 @@
 #ifndef SONOLET_TOPLISTBROWSE_H
 #define SONOLET_TOPLISTBROWSE_H
 
-#include "Handle.h"
-#include "Object.h"
+#include "Wrapper.h"
 
-// What is played most, everywhere, in a country or by a user. Made by Factory.
-class Toplistbrowse final : public Object {
+// What is played most, everywhere, in a country or by a user. Made by Factory. Script thread; empty
+// until libspotify has answered.
+class Toplistbrowse final : public Wrapper<sp_toplistbrowse> {
 public:
     // The constructor object of the root.
     Toplistbrowse();
@@ -15,21 +15,6 @@ public:
 
     // Script: asks for a top list, and calls a function with it.
     static void create(jspp::function_context& context);
-
-private:
-    void isLoaded(jspp::function_context& context) const;
-    void error(jspp::function_context& context) const;
-    void numArtists(jspp::function_context& context) const;
-    void artist(jspp::function_context& context) const;
-    void numAlbums(jspp::function_context& context) const;
-    void album(jspp::function_context& context) const;
-    void numTracks(jspp::function_context& context) const;
-    void track(jspp::function_context& context) const;
-    void release(jspp::function_context& context) const;
-
-    void releaseHandle() noexcept override { handle.release(); }
-
-    Handle<sp_toplistbrowse> handle;
 };
 
 #endif
