@@ -31,7 +31,56 @@ constexpr char certificates[] = "/etc/ssl/certs_static/ca-certificates.crt";
 }  // namespace
 
 std::atomic<Session*> Session::instance{nullptr};
-std::atomic<int> Session::visits{0};
+
+// ---- Visits ----
+
+namespace {
+
+std::atomic<int> visits{0};
+thread_local int ownVisits = 0;
+
+// Where a destructor sleeps until the others have left. Never freed: the library's threads go on
+// after the exit handlers.
+struct LeavingRoom {
+    orvo::Mutex mutex;
+    orvo::Condition left;
+    std::atomic<bool> isInUse{false};
+};
+
+LeavingRoom& leavingRoom() {
+    static LeavingRoom& room = *new LeavingRoom;
+    return room;
+}
+
+// A callback cannot be told that there is no memory.
+[[maybe_unused]] const LeavingRoom& madeAtLoad = leavingRoom();
+
+}  // namespace
+
+Session::Visit::Visit() noexcept {
+    ++ownVisits;
+    visits.fetch_add(1);
+}
+
+Session::Visit::~Visit() {
+    --ownVisits;
+    visits.fetch_sub(1);
+    LeavingRoom& room = leavingRoom();
+    if (room.isInUse.load()) {
+        const orvo::scoped_lock lock(room.mutex);
+        room.left.notify_all();
+    }
+}
+
+void Session::Visit::awaitOthers() noexcept {
+    LeavingRoom& room = leavingRoom();
+    const orvo::scoped_lock lock(room.mutex);
+    room.isInUse.store(true);
+    while (visits.load() != ownVisits) {
+        room.left.wait(room.mutex);
+    }
+    room.isInUse.store(false);
+}
 
 Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(pluginObject) {
     static const function_row members[] = {
@@ -84,9 +133,7 @@ Session::~Session() {
     // No callback finds the session any more, and those that did have left.
     Session* expected = this;
     instance.compare_exchange_strong(expected, nullptr);
-    while (visits.load() != 0) {
-        sched_yield();
-    }
+    Visit::awaitOthers();
     // Wrappers that script still holds keep the libspotify session until they go.
     if (session) {
         sp_session_player_unload(session);
@@ -267,19 +314,21 @@ void Session::playerLoad(jspp::function_context& context) {
     logger.trace("Session::playerLoad");
     sp_track* const track = context.interface_of<Track>(0)->getHandle();
     Player::requireFree();
-    setReceiver(nullptr);
+    {
+        const orvo::scoped_lock lock(trackMutex);
+        isReplacingTrack = true;
+    }
     const sp_error error = sp_session_player_load(session, track);
     std::unique_ptr<AudioTrack> replaced = TrackFactory::getInstance().createTrack(track);
-    currentTrack.swap(replaced);
-    setReceiver(currentTrack.get());
+    AudioTrack* const loaded = replaced.get();
+    {
+        const orvo::scoped_lock lock(trackMutex);
+        currentTrack.swap(replaced);
+        isReplacingTrack = false;
+    }
     // The earlier track goes when the player has let it go.
-    player->playTrack(currentTrack.get());
-    context.return_number(error);
-}
-
-void Session::setReceiver(AudioTrack* track) {
-    const orvo::scoped_lock lock(receiverMutex);
-    receiver = track;
+    player->playTrack(loaded);
+    answer(error, context);
 }
 
 void Session::playerPlay(jspp::function_context& context) {
@@ -333,27 +382,18 @@ void Session::triggerTrackCompleteEvent() noexcept {
 // ---- libspotify's callbacks ----
 
 template <auto Handler, class... Arguments>
-void Session::forward(sp_session*, Arguments... arguments) noexcept {
+std::invoke_result_t<decltype(Handler), Session&, Arguments...>
+Session::forward(sp_session*, Arguments... arguments) noexcept {
+    using Result = std::invoke_result_t<decltype(Handler), Session&, Arguments...>;
     try {
-        withInstance([&](Session& current) { (current.*Handler)(arguments...); });
+        const Visit visit;
+        if (Session* const current = instance.load()) {
+            return (current->*Handler)(arguments...);
+        }
     } catch (...) {
         logger.error("Session::forward", "a callback failed and its event is lost");
     }
-}
-
-int Session::forwardDelivery(sp_session*,
-                             const sp_audioformat* format,
-                             const void* frames,
-                             int numFrames) noexcept {
-    int taken = 0;
-    try {
-        withInstance([&](Session& current) {
-            taken = current.handleMusicDeliveryEvent(format, frames, numFrames);
-        });
-    } catch (...) {
-        logger.error("Session::forwardDelivery", "a delivery failed and is refused");
-    }
-    return taken;
+    return Result();
 }
 
 const sp_session_callbacks& Session::libraryCallbacks() {
@@ -365,7 +405,7 @@ const sp_session_callbacks& Session::libraryCallbacks() {
         table.connection_error = &forward<&Session::handleConnectionErrorEvent>;
         table.message_to_user = &forward<&Session::handleMessageToUserEvent>;
         table.notify_main_thread = &forward<&Session::handleNotifyMainThreadEvent>;
-        table.music_delivery = &forwardDelivery;
+        table.music_delivery = &forward<&Session::handleMusicDeliveryEvent>;
         table.play_token_lost = &forward<&Session::handlePlayTokenLostEvent>;
         table.log_message = &forward<&Session::handleLogMessageEvent>;
         table.end_of_track = &forward<&Session::handleEndOfTrackEvent>;
@@ -415,18 +455,18 @@ int Session::handleMusicDeliveryEvent(const sp_audioformat* format,
                                       const void* frames,
                                       int numFrames) {
     logger.trace("Session::handleMusicDeliveryEvent");
-    const orvo::scoped_lock lock(receiverMutex);
-    if (!receiver) {
+    const orvo::scoped_lock lock(trackMutex);
+    if (!currentTrack || isReplacingTrack) {
         return 0;
     }
-    if (!receiver->isInitialized()) {
+    if (!currentTrack->isInitialized()) {
         TrackSettingsStruct settings{format->sample_type,
                                      static_cast<unsigned>(format->sample_rate),
                                      static_cast<unsigned>(format->channels), 0};
-        receiver->initialize(&settings);
+        currentTrack->initialize(&settings);
     }
-    const unsigned taken = receiver->write(static_cast<const unsigned char*>(frames),
-                                           static_cast<unsigned>(numFrames));
+    const unsigned taken = currentTrack->write(static_cast<const unsigned char*>(frames),
+                                               static_cast<unsigned>(numFrames));
     return taken == 0 ? 0 : numFrames;
 }
 
@@ -443,9 +483,9 @@ void Session::handleLogMessageEvent(const char* message) {
 void Session::handleEndOfTrackEvent() {
     logger.trace("Session::handleEndOfTrackEvent");
     {
-        const orvo::scoped_lock lock(receiverMutex);
-        if (receiver) {
-            receiver->setLoaded();
+        const orvo::scoped_lock lock(trackMutex);
+        if (currentTrack && !isReplacingTrack) {
+            currentTrack->setLoaded();
         }
     }
     triggerEndOfTrackEvent();

@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <memory>
+#include <type_traits>
 
 // The one session with the music service, as script sees it: account, player and events. It exists
 // from start-up and is connected to libspotify when script calls "create".
@@ -58,24 +59,23 @@ public:
     void triggerTrackCompleteEvent() noexcept;
 
 private:
-    // Counts who is inside withInstance(), for the destructor to wait.
+    // Who is inside withInstance(), on any thread. The destructor sleeps until everybody has left,
+    // but for its own thread: a process may exit from inside a callback.
     class Visit final {
     public:
-        Visit() noexcept { visits.fetch_add(1); }
-        ~Visit() { visits.fetch_sub(1); }
+        Visit() noexcept;
+        ~Visit();
         Visit(const Visit&) = delete;
         Visit& operator=(const Visit&) = delete;
+
+        static void awaitOthers() noexcept;
     };
 
-    void setReceiver(TellusClientNamespace::AudioTrack* track);
-
     static const sp_session_callbacks& libraryCallbacks();
+    // A callback: runs the handler on the instance. Answers what it does, 0 without an instance.
     template <auto Handler, class... Arguments>
-    static void forward(sp_session* from, Arguments... arguments) noexcept;
-    static int forwardDelivery(sp_session* from,
-                               const sp_audioformat* format,
-                               const void* frames,
-                               int numFrames) noexcept;
+    static std::invoke_result_t<decltype(Handler), Session&, Arguments...>
+    forward(sp_session* from, Arguments... arguments) noexcept;
 
     void requireInitialized() const;
 
@@ -145,22 +145,21 @@ private:
     void handleConnectToFacebookEvent(const char* permissions);
     void handleShowTrialWelcomeEvent();
 
-    static std::atomic<int> visits;
-
     const orvo::shared_ptr<Sonolet> sonolet;
 
     // Script thread only.
     sp_session* session = nullptr;  // owned by the LibWrapper that create() makes
     bool spotifyInitialized = false;
     int nextTimeout = 0;  // milliseconds; what libspotify asks for, and the fixed poll ignores
-    // The player lets the track go before the track does.
-    std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack;
-    std::unique_ptr<TellusClientNamespace::Player> player;
 
-    // The current track, for the library's thread. Null while a track is being replaced: what the
-    // library delivers then is refused, and comes again.
-    orvo::Mutex receiverMutex;
-    TellusClientNamespace::AudioTrack* receiver ORVO_GUARDED_BY(receiverMutex) = nullptr;
+    // The library's thread fills the track, unless it is just being replaced: what is delivered
+    // then is refused, and comes again. Only the script thread replaces it.
+    orvo::Mutex trackMutex;
+    std::unique_ptr<TellusClientNamespace::AudioTrack> currentTrack ORVO_GUARDED_BY(trackMutex);
+    bool isReplacingTrack ORVO_GUARDED_BY(trackMutex) = false;
+
+    // After the track: the player lets it go before it goes.
+    std::unique_ptr<TellusClientNamespace::Player> player;
 };
 
 #endif

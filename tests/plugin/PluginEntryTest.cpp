@@ -63,6 +63,12 @@ TEST_F(PluginEntryTest, TheSessionIsReleasedOnceWhenTheProcessExits) {
             exit(0);  // NOLINT(concurrency-mt-unsafe): the one thread
         },
         testing::ExitedWithCode(0), "released 1 of 1 sessions");
+    const auto exitInsideACallback = [this] {
+        createSession();
+        host.reset();
+        Session::withInstance([](Session&) { exit(0); });  // NOLINT(concurrency-mt-unsafe)
+    };
+    EXPECT_EXIT(exitInsideACallback(), testing::ExitedWithCode(0), "released 1 of 1 sessions");
 }
 
 // A wrapper of every kind that libspotify calls back, a queued call, and music.
