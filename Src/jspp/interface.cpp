@@ -108,18 +108,6 @@ void interface::_remove(const std::string& name) {
     part.names.remove(name);
 }
 
-name_table interface::names() const {
-    name_table all = shared ? *shared : name_table();
-    if (own_part* const part = own_in_use()) {
-        const orvo::scoped_lock lock(part->mutex);
-        for (const std::string& name : part->removed) {
-            all.remove(name);
-        }
-        all.add(part->names);
-    }
-    return all;
-}
-
 const name_table::readable* interface::find(std::string_view name,
                                             name_table::readable& copy) const {
     if (own_part* const part = own_in_use()) {

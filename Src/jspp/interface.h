@@ -55,9 +55,6 @@ public:
                        jsplugin_notify** notify_b,
                        jsplugin_notify** notify_c) const;
 
-    // Everything that the object answers to at this moment.
-    name_table names() const;
-
 protected:
     interface();
 
@@ -92,6 +89,8 @@ protected:
     bool has_table_mutex() const noexcept;  // false: nobody has asked for it yet
 
 private:
+    friend struct __detail::inspection;  // tests
+
     // What an object has beside its class.
     struct own_part {
         orvo::Mutex mutex;

@@ -40,15 +40,6 @@ void name_table::add_setter(const std::string& name, set_member member) {
     add_to(setters, name, member);
 }
 
-void name_table::add(const name_table& other) {
-    for (const auto& [name, value] : other.readables) {
-        add(name, value);
-    }
-    for (const auto& [name, member] : other.setters) {
-        add_setter(name, member);
-    }
-}
-
 void name_table::remove(std::string_view name) {
     remove_from(readables, name);
     remove_from(setters, name);

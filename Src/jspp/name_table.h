@@ -17,6 +17,8 @@ class result_context;
 
 namespace __detail {
 
+struct inspection;
+
 // A member function of a class derived from interface, or a free function, behind one type. The
 // conversion of the member pointer keeps its `this` adjustment.
 template <class... Arguments>
@@ -124,8 +126,6 @@ public:
         }
     }
 
-    void add(const name_table& other);
-
     // Removes the name for reading and for writing.
     void remove(std::string_view name);
 
@@ -133,13 +133,13 @@ public:
     const readable* find(std::string_view name) const noexcept;
     const set_member* find_setter(std::string_view name) const noexcept;
 
-    const std::map<std::string, readable, std::less<>>& all() const noexcept { return readables; }
-
     // For names that the table does not have.
     catch_all_get any_getter;
     catch_all_set any_setter;
 
 private:
+    friend struct __detail::inspection;  // tests
+
     std::map<std::string, readable, std::less<>> readables;
     std::map<std::string, set_member, std::less<>> setters;
 };

@@ -44,8 +44,6 @@ public:
         return native;
     }
 
-    int count() const noexcept { return argc; }
-
 private:
     const jsplugin_value& at(int i) const;
     const jsplugin_value& at(int i, jsplugin_type type, const char* complaint) const;

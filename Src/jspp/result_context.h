@@ -50,7 +50,6 @@ public:
     void return_interface(const orvo::shared_ptr<interface>& native, bool is_cacheable);
 
     bool has_result() const noexcept { return returned; }
-    bool cacheable() const noexcept { return may_cache; }
 
     // The answer of a getter that has run.
     int getter_answer() const noexcept {

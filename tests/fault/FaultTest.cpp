@@ -1,10 +1,10 @@
 #include "../fakes/FakeBackend.h"
 #include "../fakes/FakeLog.h"
 #include "../fakes/Faults.h"
+#include "../fakes/Inspection.h"
 #include "Allocations.h"
 #include "Spotify.h"
 #include "Visitor.h"
-#include "jspp/_detail/object_manager.h"
 
 #include <gtest/gtest.h>
 #include <stdio.h>
@@ -85,7 +85,7 @@ protected:
         EXPECT_EQ(spotify.sessionsReleased, spotify.sessionsCreated);
         EXPECT_EQ(factory.held(), 0);
         EXPECT_EQ(FakeRequest::alive, 0);
-        EXPECT_EQ(jspp::__detail::objects().size(), 0U);
+        EXPECT_EQ(jspp::__detail::inspection::size(), 0U);
         factory.backends.clear();
     }
 

@@ -1,10 +1,10 @@
 #include "../fakes/FakeBackend.h"
 #include "../fakes/FakeLog.h"
 #include "../fakes/Faults.h"
+#include "../fakes/Inspection.h"
 #include "Allocations.h"
 #include "Spotify.h"
 #include "Visitor.h"
-#include "jspp/_detail/object_manager.h"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -19,7 +19,7 @@ namespace {
 // What is in use, at a moment.
 struct Figures {
     Figures()
-        : registered(jspp::__detail::objects().size()), plugin(Allocations::held()),
+        : registered(jspp::__detail::inspection::size()), plugin(Allocations::held()),
           heap(mallinfo2().uordblks) {}
 
     std::size_t registered;

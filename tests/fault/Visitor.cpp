@@ -2,6 +2,7 @@
 
 #include "../fakes/FakeBackend.h"
 #include "../fakes/Faults.h"
+#include "../fakes/Inspection.h"
 #include "jspp/_detail/object_manager.h"
 #include "jspp/_detail/private_record.h"
 #include "jspp/interface.h"
@@ -46,7 +47,7 @@ void complete(Kind* query, bool once) {
 jspp::name_table namesOf(const jspp::interface& native) {
     const bool counting = std::exchange(Faults::get().counting, false);
     const InPlugin inside;
-    jspp::name_table names = native.names();
+    jspp::name_table names = jspp::__detail::inspection::names(native);
     Faults::get().counting = counting;
     return names;
 }
@@ -207,7 +208,7 @@ void Visitor::visit(jsplugin_obj* object, bool isConstructor) {
     std::vector<Name>& names = tables[kind];
     if (names.empty()) {
         const jspp::name_table table = namesOf(native);
-        for (const auto& [name, readable] : table.all()) {
+        for (const auto& [name, readable] : jspp::__detail::inspection::readables(table)) {
             const auto* const function = std::get_if<jspp::name_table::function>(&readable);
             names.push_back({name, function == nullptr ? "" : function->signature,
                              function != nullptr, table.find_setter(name) != nullptr});

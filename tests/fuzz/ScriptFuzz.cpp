@@ -5,6 +5,7 @@
 #include "../fakes/FakeHost.h"
 #include "../fakes/FakeLog.h"
 #include "../fakes/Faults.h"
+#include "../fakes/Inspection.h"
 #include "../fault/Visitor.h"
 #include "Input.h"
 #include "Spotify.h"
@@ -17,6 +18,7 @@
 
 namespace {
 
+using jspp::__detail::inspection;
 using jspp::__detail::objects;
 
 class Pages {
@@ -55,13 +57,13 @@ private:
         if (input.byte() % 8 == 0 || !objects().is_object(object)) {
             return others[input.byte() % 7];
         }
-        const jspp::name_table names = jspp::__detail::private_record::of(object).self->names();
-        if (names.all().empty()) {
+        const jspp::name_table names =
+            inspection::names(*jspp::__detail::private_record::of(object).self);
+        const auto& all = inspection::readables(names);
+        if (all.empty()) {
             return "item";
         }
-        return std::next(names.all().begin(),
-                         input.below(static_cast<unsigned>(names.all().size())))
-            ->first;
+        return std::next(all.begin(), input.below(static_cast<unsigned>(all.size())))->first;
     }
 
     Value value() {
@@ -250,7 +252,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(spotify.sessionsReleased == spotify.sessionsCreated, "a session is left");
     require(factory.held() == 0, "a backend is left");
     require(FakeRequest::alive == 0, "a request is left");
-    require(objects().size() == 0, "something is left in the registry");
+    require(inspection::size() == 0, "something is left in the registry");
     samples.search->listeners.clear();
     samples.albumbrowse->listeners.clear();
     samples.artistbrowse->listeners.clear();

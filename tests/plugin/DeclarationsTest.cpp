@@ -15,8 +15,8 @@ struct Names {
 };
 Names namesOf(const jspp::interface& object) {
     Names names;
-    const jspp::name_table table = object.names();
-    for (const auto& [name, value] : table.all()) {
+    const jspp::name_table table = jspp::__detail::inspection::names(object);
+    for (const auto& [name, value] : jspp::__detail::inspection::readables(table)) {
         names.all.push_back(name);
         const std::string readOnly = table.find_setter(name) ? "" : "readonly ";
         if (std::holds_alternative<jspp::name_table::function>(value)) {

@@ -5,8 +5,8 @@
 #include "../fakes/FakeHost.h"
 #include "../fakes/FakeLog.h"
 #include "../fakes/FakeSpotify.h"
+#include "../fakes/Inspection.h"
 #include "Spotify.h"
-#include "jspp/_detail/object_manager.h"
 #include "jspp/orvo/shared_ptr.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ protected:
         g_spotify_instance_Spotify = orvo::shared_ptr<Spotify>(new Spotify);
     }
 
-    static std::size_t registrySize() { return jspp::__detail::objects().size(); }
+    static std::size_t registrySize() { return jspp::__detail::inspection::size(); }
 
     jsplugin_obj* find(const std::string& path) { return host->find(page, path); }
     Answer call(const std::string& path, const std::string& name, const Values& values = {}) {

@@ -1,3 +1,4 @@
+#include "../fakes/Inspection.h"
 #include "jspp/_detail/object_manager.h"
 #include "jspp/object.h"
 
@@ -6,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
+using jspp::__detail::inspection;
 using jspp::__detail::object_manager;
 
 TEST(Registry, AnObjectBelongsToItsParentsDocumentUntilItIsAddedAgainOrTheDocumentGoes) {
@@ -15,7 +17,7 @@ TEST(Registry, AnObjectBelongsToItsParentsDocumentUntilItIsAddedAgainOrTheDocume
     registry.add_object(&child, &other, false);
     registry.add_object(&child, &parent, true);
     registry.add_object(&function, &child, false);
-    EXPECT_EQ(registry.size(), 3U);
+    EXPECT_EQ(inspection::size(registry), 3U);
     EXPECT_EQ(registry.find_most_parent(&function), &document);
     EXPECT_TRUE(registry.has_children(&child, &document) && registry.is_object(&child));
     EXPECT_FALSE(registry.has_children(&child, &parent));
@@ -25,7 +27,7 @@ TEST(Registry, AnObjectBelongsToItsParentsDocumentUntilItIsAddedAgainOrTheDocume
 
     registry.remove_parent(&document);
     registry.remove_object(&parent);
-    EXPECT_EQ(registry.size(), 0U);
+    EXPECT_EQ(inspection::size(registry), 0U);
     EXPECT_FALSE(registry.does_exist(&function) || registry.has_children(&function, &document));
     try {
         registry.find_most_parent(&function);
@@ -59,5 +61,5 @@ TEST(Registry, TheLastHandleToAnUnknownObjectTakesItsEntryAwayButNoKnownOneNorAL
         first.reset();
         EXPECT_EQ(fresh.get(), &unknown) << "the stale handle was counted with the fresh";
     }
-    EXPECT_EQ(registry.size(), 0U);
+    EXPECT_EQ(inspection::size(registry), 0U);
 }

@@ -202,9 +202,4 @@ object_manager::found object_manager::find(jsplugin_obj* obj, serial id) const n
     return {known->document, known->is_object};
 }
 
-std::size_t object_manager::size() const noexcept {
-    const orvo::scoped_lock lock(mutex);
-    return entries.size();
-}
-
 }  // namespace jspp::__detail

@@ -45,7 +45,8 @@ public:
     serial add_handle(jsplugin_obj* obj, jsplugin_obj* parent) ORVO_EXCLUDES(mutex);
     void remove_handle(jsplugin_obj* obj, serial id) noexcept ORVO_EXCLUDES(mutex);
 
-    // Throws std::runtime_error when `obj` is not registered.
+    // The document of `obj`. Throws std::runtime_error when `obj` is not registered. The registry's
+    // interface has it for callers that know their object; the framework's own never know.
     jsplugin_obj* find_most_parent(jsplugin_obj* obj) const ORVO_EXCLUDES(mutex);
 
     // The same for an owner that may be a document: what is not registered is its own document.
@@ -53,6 +54,7 @@ public:
 
     bool has_children(jsplugin_obj* obj, jsplugin_obj* document) const noexcept
         ORVO_EXCLUDES(mutex);
+    // Of the registry's interface; the framework asks for the document, too, with find().
     bool does_exist(jsplugin_obj* obj) const noexcept ORVO_EXCLUDES(mutex);
 
     // True for a plain object of this framework: only then may its plugin_private be read as one.
@@ -74,10 +76,9 @@ public:
     // wider atomics; never 0.
     std::size_t changes() const noexcept { return handle_changes.load(std::memory_order_acquire); }
 
-    // Entries at this moment.
-    std::size_t size() const noexcept ORVO_EXCLUDES(mutex);
-
 private:
+    friend struct inspection;  // tests
+
     // Entries of one document hang in a list, newest first.
     struct entry;
     using node = std::pair<jsplugin_obj* const, entry>;  // of the table: object and entry

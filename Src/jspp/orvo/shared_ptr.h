@@ -235,7 +235,6 @@ template <class T>
 class enable_shared_from_this {
 public:
     shared_ptr<T> shared_from_this() const noexcept { return self.lock(); }
-    weak_ptr<T> weak_from_this() const noexcept { return self; }
 
 protected:
     enable_shared_from_this() = default;
