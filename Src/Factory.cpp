@@ -4,6 +4,7 @@
 #include "Albumbrowse.h"
 #include "Artist.h"
 #include "Artistbrowse.h"
+#include "Object.h"
 #include "Playlist.h"
 #include "Playlistcontainer.h"
 #include "Search.h"
@@ -26,30 +27,31 @@ void Factory::setSession(sp_session* librarySession,
     library = libraryShare;
 }
 
-template <class Wrapper, class... Arguments>
-orvo::shared_ptr<Wrapper> Factory::create(Made<Wrapper>& made, const Arguments&... arguments) {
-    orvo::shared_ptr<Wrapper> wrapper(new Wrapper(session, arguments...));
-    auto& wrappers = made.wrappers;
-    if (wrappers.size() >= made.cleanAt) {
+void Factory::Made::add(const orvo::shared_ptr<Object>& wrapper) {
+    if (wrappers.size() >= cleanAt) {
         wrappers.erase(std::remove_if(wrappers.begin(), wrappers.end(),
                                       [](const auto& weak) { return weak.expired(); }),
                        wrappers.end());
-        made.cleanAt = std::max<std::size_t>(16, 2 * wrappers.size());
+        cleanAt = std::max<std::size_t>(16, 2 * wrappers.size());
     }
     wrappers.push_back(wrapper);
-    return wrapper;
 }
 
-template <class Wrapper>
-void Factory::clear(Made<Wrapper>& made) {
-    // The list is empty before the first handle goes: nothing that follows from that finds it half
-    // cleared.
-    const Made<Wrapper> leaving = std::exchange(made, {});
-    for (const auto& weak : leaving.wrappers) {
-        if (const orvo::shared_ptr<Wrapper> wrapper = weak.lock()) {
+void Factory::Made::clear() {
+    // Empty before the first handle goes: nothing that follows from that finds it half cleared.
+    const Made leaving = std::exchange(*this, {});
+    for (const orvo::weak_ptr<Object>& weak : leaving.wrappers) {
+        if (const orvo::shared_ptr<Object> wrapper = weak.lock()) {
             wrapper->clear();
         }
     }
+}
+
+template <class Kept, class Kind>
+orvo::shared_ptr<Kept> Factory::create(Made& made, Kind* handle) {
+    orvo::shared_ptr<Kept> wrapper(new Kept(session, handle, library));
+    made.add(wrapper);
+    return wrapper;
 }
 
 orvo::shared_ptr<Playlist> Factory::createPlaylist(sp_playlist* handle) {
@@ -58,43 +60,45 @@ orvo::shared_ptr<Playlist> Factory::createPlaylist(sp_playlist* handle) {
 
 orvo::shared_ptr<Playlist>
 Factory::createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container, sp_playlist* handle) {
-    return create(playlists, handle, library, container);
+    orvo::shared_ptr<Playlist> wrapper(new Playlist(session, handle, library, container));
+    playlists.add(wrapper);
+    return wrapper;
 }
 
 orvo::shared_ptr<Album> Factory::createAlbum(sp_album* handle) {
-    return create(albums, handle, library);
+    return create<Album>(albums, handle);
 }
 
 orvo::shared_ptr<Artist> Factory::createArtist(sp_artist* handle) {
-    return create(artists, handle, library);
+    return create<Artist>(artists, handle);
 }
 
 orvo::shared_ptr<Track> Factory::createTrack(sp_track* handle) {
-    return create(tracks, handle, library);
+    return create<Track>(tracks, handle);
 }
 
 orvo::shared_ptr<User> Factory::createUser(sp_user* handle) {
-    return create(users, handle, library);
+    return create<User>(users, handle);
 }
 
 orvo::shared_ptr<Albumbrowse> Factory::createAlbumbrowse(sp_albumbrowse* handle) {
-    return create(albumbrowses, handle, library);
+    return create<Albumbrowse>(albumbrowses, handle);
 }
 
 orvo::shared_ptr<Artistbrowse> Factory::createArtistbrowse(sp_artistbrowse* handle) {
-    return create(artistbrowses, handle, library);
+    return create<Artistbrowse>(artistbrowses, handle);
 }
 
 orvo::shared_ptr<Search> Factory::createSearch(sp_search* handle) {
-    return create(searches, handle, library);
+    return create<Search>(searches, handle);
 }
 
 orvo::shared_ptr<Toplistbrowse> Factory::createToplistbrowse(sp_toplistbrowse* handle) {
-    return create(toplistbrowses, handle, library);
+    return create<Toplistbrowse>(toplistbrowses, handle);
 }
 
 orvo::shared_ptr<SpImage> Factory::createSpImage(sp_image* handle) {
-    return create(images, handle, library);
+    return create<SpImage>(images, handle);
 }
 
 orvo::shared_ptr<Playlistcontainer> Factory::createPlaylistcontainer(sp_playlistcontainer* handle) {
@@ -115,41 +119,41 @@ void Factory::clearObjects() {
 }
 
 void Factory::clearPlaylists() {
-    clear(playlists);
+    playlists.clear();
 }
 
 void Factory::clearAlbums() {
-    clear(albums);
+    albums.clear();
 }
 
 void Factory::clearArtists() {
-    clear(artists);
+    artists.clear();
 }
 
 void Factory::clearTracks() {
-    clear(tracks);
+    tracks.clear();
 }
 
 void Factory::clearUsers() {
-    clear(users);
+    users.clear();
 }
 
 void Factory::clearAlbumbrowses() {
-    clear(albumbrowses);
+    albumbrowses.clear();
 }
 
 void Factory::clearArtistbrowses() {
-    clear(artistbrowses);
+    artistbrowses.clear();
 }
 
 void Factory::clearSearches() {
-    clear(searches);
+    searches.clear();
 }
 
 void Factory::clearToplistbrowses() {
-    clear(toplistbrowses);
+    toplistbrowses.clear();
 }
 
 void Factory::clearSpImages() {
-    clear(images);
+    images.clear();
 }

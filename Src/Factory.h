@@ -13,6 +13,7 @@ class Album;
 class Albumbrowse;
 class Artist;
 class Artistbrowse;
+class Object;
 class Playlist;
 class Playlistcontainer;
 class Search;
@@ -65,32 +66,35 @@ public:
 private:
     // The wrappers of one kind, in order of making. The dead among them go whenever the list has
     // doubled since they last went.
-    template <class Wrapper>
-    struct Made {
-        std::vector<orvo::weak_ptr<Wrapper>> wrappers;
+    class Made final {
+    public:
+        void add(const orvo::shared_ptr<Object>& wrapper);
+        // Clears the living, and forgets all.
+        void clear();
+
+    private:
+        std::vector<orvo::weak_ptr<Object>> wrappers;
         std::size_t cleanAt = 16;
     };
 
     Factory() = default;
 
-    template <class Wrapper, class... Arguments>
-    orvo::shared_ptr<Wrapper> create(Made<Wrapper>& made, const Arguments&... arguments);
-    template <class Wrapper>
-    static void clear(Made<Wrapper>& made);
+    template <class Kept, class Kind>
+    orvo::shared_ptr<Kept> create(Made& made, Kind* handle);
 
     sp_session* session = nullptr;
     orvo::shared_ptr<LibWrapper> library;
 
-    Made<Playlist> playlists;
-    Made<Album> albums;
-    Made<Artist> artists;
-    Made<Track> tracks;
-    Made<User> users;
-    Made<Albumbrowse> albumbrowses;
-    Made<Artistbrowse> artistbrowses;
-    Made<Search> searches;
-    Made<Toplistbrowse> toplistbrowses;
-    Made<SpImage> images;
+    Made playlists;
+    Made albums;
+    Made artists;
+    Made tracks;
+    Made users;
+    Made albumbrowses;
+    Made artistbrowses;
+    Made searches;
+    Made toplistbrowses;
+    Made images;
 };
 
 #endif

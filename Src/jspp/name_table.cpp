@@ -32,6 +32,26 @@ void remove_from(Table& table, std::string_view name) {
 
 }  // namespace
 
+// Out of line, for every class has a table.
+name_table::name_table() = default;
+name_table::name_table(const name_table& other) = default;
+name_table::~name_table() = default;
+
+void name_table::add(const function_row* rows, std::size_t count) {
+    for (const function_row* row = rows; row != rows + count; ++row) {
+        add(row->name, function{row->member, row->signature});
+    }
+}
+
+void name_table::add(const attribute_row* rows, std::size_t count) {
+    for (const attribute_row* row = rows; row != rows + count; ++row) {
+        add(row->name, row->getter);
+        if (row->setter) {
+            add_setter(row->name, row->setter);
+        }
+    }
+}
+
 void name_table::add(const std::string& name, readable value) {
     add_to(readables, name, std::move(value));
 }

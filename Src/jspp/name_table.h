@@ -3,6 +3,8 @@
 
 #include "jspp/orvo/shared_ptr.h"
 
+#include <cstddef>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -99,32 +101,20 @@ public:
     using readable =
         std::variant<function, get_member, orvo::shared_ptr<interface>, double, bool, std::string>;
 
-    name_table() = default;
+    name_table();
+    name_table(const name_table& other);
+    name_table(name_table&&) = delete;
+    name_table& operator=(const name_table&) = delete;
+    ~name_table();
 
     // The table of a class: the names of `base`, then those of the rows.
     template <class... Rows>
     explicit name_table(const name_table& base, const Rows&... rows) : name_table(base) {
-        (add(rows), ...);
+        (add(rows, std::size(rows)), ...);
     }
 
     void add(const std::string& name, readable value);
     void add_setter(const std::string& name, set_member member);
-
-    template <std::size_t Count>
-    void add(const function_row (&rows)[Count]) {
-        for (const function_row& row : rows) {
-            add(row.name, function{row.member, row.signature});
-        }
-    }
-    template <std::size_t Count>
-    void add(const attribute_row (&rows)[Count]) {
-        for (const attribute_row& row : rows) {
-            add(row.name, row.getter);
-            if (row.setter) {
-                add_setter(row.name, row.setter);
-            }
-        }
-    }
 
     // Removes the name for reading and for writing.
     void remove(std::string_view name);
@@ -139,6 +129,9 @@ public:
 
 private:
     friend struct __detail::inspection;  // tests
+
+    void add(const function_row* rows, std::size_t count);
+    void add(const attribute_row* rows, std::size_t count);
 
     std::map<std::string, readable, std::less<>> readables;
     std::map<std::string, set_member, std::less<>> setters;
