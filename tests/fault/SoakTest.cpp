@@ -43,6 +43,10 @@ TEST_P(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
     FakeLog::get().reset();
     FakeLog::get().threshold = 5;
     FakeLog::get().keepsLines = false;
+    {
+        const InPlugin inside;
+        g_spotify_instance_Spotify = orvo::shared_ptr<Spotify>(new Spotify);
+    }
     FakeSpotify& spotify = FakeSpotify::get();
     FakeFactory& factory = FakeFactory::get();
     Samples samples;
@@ -78,6 +82,7 @@ TEST_P(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
             std::cout << "day " << day << ": " << now.registered << " registered, "
                       << now.plugin.blocks << " blocks of " << now.plugin.bytes << " bytes, heap "
                       << now.heap / 1024 << " KiB\n";
+            ASSERT_GT(now.registered, 100U) << "the page found nothing to use";
             if (day == 2) {
                 onTheSecond = now;
             } else if (day > 2) {
