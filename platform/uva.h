@@ -9,7 +9,8 @@
 
 #define SONOLET_UVA_CLASS __attribute__((visibility("default")))
 
-// Something that a backend tells its client. Types 1 and 6 have classes of their own.
+// Something that a backend tells its client. Types 1 and 6 have classes of their own; type 0 asks
+// the client to release the backend, type 4 tells that the stream has been played to its end.
 class SONOLET_UVA_CLASS UVAEvent {
 public:
     explicit UVAEvent(unsigned eventType) : type(eventType) {}
@@ -37,6 +38,7 @@ public:
     unsigned char* data;  // new[]
 };
 
+// The picture's size has changed; sound alone has none.
 class SONOLET_UVA_CLASS VideoResizedEvent : public UVAEvent {
 public:
     VideoResizedEvent(int newWidth, int newHeight, double newPixelAspectRatio)
@@ -53,9 +55,10 @@ class UVABackend;
 // UVAFactory::releaseBackend returns.
 class SONOLET_UVA_CLASS UVAClient {
 public:
-    // A NeedDataEvent is the client's until it answers with writeData; any other event stays the
-    // backend's and is valid during the call.
+    // Any thread. True: the event has been seen to. A NeedDataEvent is the client's until it
+    // answers with writeData; any other event stays the backend's and is valid during the call.
     virtual bool handleEvent(UVAEvent* event) = 0;
+    // Null: the stream is not protected. Another backend stays the client's.
     virtual UVABackend* getDRMBackend(const char* system) = 0;
     virtual ~UVAClient() = default;
 };
@@ -66,6 +69,7 @@ public:
     enum UVABackendType { UVA_BACKEND_MEDIA = 1 };
     enum WriteDataStatus { WRITE_DATA_OK = 0, WRITE_DATA_END_OF_STREAM = 1 };
 
+    // `kind` 2: a stream that comes through requests. The rest is 0.
     struct SourceDescription {
         int kind;
         int reserved[7];
@@ -74,9 +78,12 @@ public:
     // `sources` is null-terminated; the backend copies it before it returns, and the caller frees
     // its own. An empty url: the data comes through NeedDataEvents. 1 on success.
     virtual int setSource(const char* url, SourceDescription** sources, int flags) = 0;
+    // Begins or goes on with what was asked for; requests come as long as there is room.
     virtual void play() = 0;
+    // Holds the output where it is; `mode` 0. What is buffered stays.
     virtual void pause(int mode) = 0;
-    virtual void getPosition(double& position) = 0;  // seconds
+    // Stores the seconds that have been played; 0 at the beginning.
+    virtual void getPosition(double& position) = 0;
 
     // Answers a request with `size` bytes in its data; the event is the backend's again.
     // No bytes with WRITE_DATA_OK: nothing yet. WRITE_DATA_END_OF_STREAM: nothing follows.
@@ -84,9 +91,11 @@ public:
     virtual ~UVABackend() = default;
 };
 
+// Symbols of the host process. Both may run script before they return.
 class SONOLET_UVA_CLASS UVAFactory {
 public:
-    // Null when the device has no backend to give.
+    // Null when the device has no backend to give; else one that is the caller's until it releases
+    // it. Script thread. Events may come before this returns.
     static UVABackend* requestBackend(UVABackend::UVABackendType type, UVAClient* client);
 
     // When this returns the client gets no more events. May be called from the backend's own event
