@@ -12,7 +12,8 @@
 
 // What libspotify answered, as script gets it: an overload for each kind of result. Script thread.
 
-// A new wrapper of a handle, made by the factory; of a null handle, too.
+// A new wrapper of a handle, made by the factory; of a null handle, too, but for a container, whose
+// wrapper throws.
 orvo::shared_ptr<jspp::interface> wrapped(sp_album* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_albumbrowse* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_artist* handle);
@@ -25,6 +26,7 @@ orvo::shared_ptr<jspp::interface> wrapped(sp_toplistbrowse* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_track* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_user* handle);
 
+// Exactly one of the kinds: an enumeration is no number by itself.
 template <class Result, class... Kinds>
 constexpr bool isOneOf = (std::is_same_v<Result, Kinds> || ...);
 

@@ -14,12 +14,14 @@ public:
 
     virtual void read(char* out, const unsigned& offset, const unsigned& length);
     virtual void write(const char* data, const unsigned& length);
+    // Bytes in all, and bytes still free; a ring tells neither.
     virtual unsigned getSize() const;
     virtual unsigned getSpace() const;
     virtual bool canRead(const unsigned& offset, const unsigned& length) const;
     virtual bool canWrite(const unsigned& length) const;
     virtual void writeToFile(const char* path) = 0;
 
+    // For buffers that tell their space. Equality is enough.
     bool hasEnoughSpace(const unsigned& length) const;
 };
 

@@ -5,7 +5,8 @@
 
 #include <memory>
 
-// Makes the buffer of a track. One instance, made on first use and never freed; any thread.
+// Makes the buffer of a track, so that AudioTrack need not know which kind it is. One instance,
+// made on first use and never freed; any thread.
 class BufferFactory final {
 public:
     static BufferFactory& getInstance();

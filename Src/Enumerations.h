@@ -6,7 +6,8 @@
 #include <initializer_list>
 
 // The named constants that script compares libspotify's numbers with: one object for each group,
-// nothing but numbers in it.
+// nothing but numbers in it, and the root's attribute of the group answers it. Constants are named
+// as libspotify's, and the compiler takes their values from there. Script thread.
 
 // The plug-in's own error codes.
 enum SpPluginError {
@@ -15,6 +16,8 @@ enum SpPluginError {
     SP_PLUGIN_ERROR_NO_AUDIO = 2,
 };
 
+// Base of the groups: registers each constant under its name. A new group is a class here, its
+// constants in Enumerations.cpp, and an attribute of Spotify.
 class Enumeration : public jspp::interface {
 public:
     ~Enumeration() override = default;
@@ -28,6 +31,7 @@ protected:
     Enumeration(std::initializer_list<Constant> constants);
 };
 
+// Pages, features (bits) and actions of the sign-up flow.
 class SpSignupPageEnums final : public Enumeration {
 public:
     SpSignupPageEnums();
@@ -43,21 +47,25 @@ public:
     SpSignupActionEnums();
 };
 
+// What functions and events call an error; there is no constant of value 4.
 class SpErrorEnums final : public Enumeration {
 public:
     SpErrorEnums();
 };
 
+// Entries of a container.
 class SpPlaylistTypeEnums final : public Enumeration {
 public:
     SpPlaylistTypeEnums();
 };
 
+// For completeness: Track.getAvailability narrows it to a boolean.
 class SpTrackAvailabilityEnums final : public Enumeration {
 public:
     SpTrackAvailabilityEnums();
 };
 
+// What Artistbrowse.create is asked to leave out.
 class SpArtistbrowseTypeEnums final : public Enumeration {
 public:
     SpArtistbrowseTypeEnums();
@@ -68,6 +76,7 @@ public:
     SpAlbumTypeEnums();
 };
 
+// The unknown format is -1.
 class SpImageFormatEnums final : public Enumeration {
 public:
     SpImageFormatEnums();
@@ -78,6 +87,7 @@ public:
     SpRelationTypeEnums();
 };
 
+// The two first arguments of Toplistbrowse.create; a region may be a country's number, too.
 class SpToplistTypeEnums final : public Enumeration {
 public:
     SpToplistTypeEnums();
@@ -94,6 +104,7 @@ public:
     SpSearchTypeEnums();
 };
 
+// The plug-in's own, above.
 class SpPluginErrorEnums final : public Enumeration {
 public:
     SpPluginErrorEnums();

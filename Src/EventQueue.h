@@ -7,8 +7,9 @@
 
 #include <deque>
 
-// A backend's events on their way from its thread to the script thread. Any thread. Does not own
-// the events.
+// A backend's events on their way from its thread to the script thread, in the order they came. Any
+// thread. Does not own the events: who empties it answers or frees them. push() throws when there
+// is no memory, and has then taken nothing.
 class EventQueue {
 public:
     EventQueue() = default;

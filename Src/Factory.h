@@ -23,7 +23,9 @@ class Track;
 class User;
 
 // Makes every wrapper of a libspotify handle, a new one on each request, and clears those that
-// still live at logout. Script thread; made on first use, never freed.
+// still live at logout. Nothing is ever looked up by handle. Script thread; made on first use,
+// never freed. Ownership: wrappers belong to who asks; the factory remembers them weakly. Errors:
+// memory alone.
 class Factory final {
 public:
     static Factory& getInstance();
@@ -52,6 +54,7 @@ public:
 
     // Every living wrapper loses its handle and its recorded script names.
     void clearObjects();
+    // In this order; each kind by itself.
     void clearPlaylists();
     void clearAlbums();
     void clearArtists();
@@ -82,6 +85,7 @@ private:
     template <class Kept, class Kind>
     orvo::shared_ptr<Kept> create(Made& made, Kind* handle);
 
+    // Null and empty before the session is created and after it has gone.
     sp_session* session = nullptr;
     orvo::shared_ptr<LibWrapper> library;
 

@@ -7,71 +7,32 @@
 #include <stdexcept>
 #include <string>
 
-// The add-ref and release functions of a kind of libspotify handle.
+// The add-ref and release functions of a kind of libspotify handle. Script thread, as all of
+// libspotify.
 template <class Kind>
 struct HandleTraits;
 
-template <>
-struct HandleTraits<sp_track> {
-    static constexpr auto addRef = &sp_track_add_ref;
-    static constexpr auto release = &sp_track_release;
-};
-template <>
-struct HandleTraits<sp_album> {
-    static constexpr auto addRef = &sp_album_add_ref;
-    static constexpr auto release = &sp_album_release;
-};
-template <>
-struct HandleTraits<sp_artist> {
-    static constexpr auto addRef = &sp_artist_add_ref;
-    static constexpr auto release = &sp_artist_release;
-};
-template <>
-struct HandleTraits<sp_user> {
-    static constexpr auto addRef = &sp_user_add_ref;
-    static constexpr auto release = &sp_user_release;
-};
-template <>
-struct HandleTraits<sp_search> {
-    static constexpr auto addRef = &sp_search_add_ref;
-    static constexpr auto release = &sp_search_release;
-};
-template <>
-struct HandleTraits<sp_albumbrowse> {
-    static constexpr auto addRef = &sp_albumbrowse_add_ref;
-    static constexpr auto release = &sp_albumbrowse_release;
-};
-template <>
-struct HandleTraits<sp_artistbrowse> {
-    static constexpr auto addRef = &sp_artistbrowse_add_ref;
-    static constexpr auto release = &sp_artistbrowse_release;
-};
-template <>
-struct HandleTraits<sp_toplistbrowse> {
-    static constexpr auto addRef = &sp_toplistbrowse_add_ref;
-    static constexpr auto release = &sp_toplistbrowse_release;
-};
-template <>
-struct HandleTraits<sp_image> {
-    static constexpr auto addRef = &sp_image_add_ref;
-    static constexpr auto release = &sp_image_release;
-};
-template <>
-struct HandleTraits<sp_playlist> {
-    static constexpr auto addRef = &sp_playlist_add_ref;
-    static constexpr auto release = &sp_playlist_release;
-};
-template <>
-struct HandleTraits<sp_playlistcontainer> {
-    static constexpr auto addRef = &sp_playlistcontainer_add_ref;
-    static constexpr auto release = &sp_playlistcontainer_release;
-};
-template <>
-struct HandleTraits<sp_link> {
-    static constexpr auto addRef = &sp_link_add_ref;
-    static constexpr auto release = &sp_link_release;
-};
+#define SONOLET_COUNTED(kind)                                                                      \
+    template <>                                                                                    \
+    struct HandleTraits<kind> {                                                                    \
+        static constexpr auto addRef = &kind##_add_ref;                                            \
+        static constexpr auto release = &kind##_release;                                           \
+    }
+SONOLET_COUNTED(sp_album);
+SONOLET_COUNTED(sp_albumbrowse);
+SONOLET_COUNTED(sp_artist);
+SONOLET_COUNTED(sp_artistbrowse);
+SONOLET_COUNTED(sp_image);
+SONOLET_COUNTED(sp_link);
+SONOLET_COUNTED(sp_playlist);
+SONOLET_COUNTED(sp_playlistcontainer);
+SONOLET_COUNTED(sp_search);
+SONOLET_COUNTED(sp_toplistbrowse);
+SONOLET_COUNTED(sp_track);
+SONOLET_COUNTED(sp_user);
+#undef SONOLET_COUNTED
 
+// What script hears when libspotify has nothing, or a wrapper has no handle any more.
 [[noreturn]] inline void throwNotRetrieved() {
     throw std::runtime_error("Failed to retrieve object from Spotify");
 }
@@ -100,6 +61,8 @@ public:
 
     explicit Handle(Kind* borrowed) noexcept { hold(borrowed); }
 
+    // The destructor gives back what is left. Not copied: each wrapper takes a reference of its
+    // own.
     ~Handle() { release(); }
 
     Handle(const Handle&) = delete;
@@ -116,6 +79,7 @@ public:
     // The handle, borrowed. Throws when there is none: null is never passed to libspotify.
     Kind* get() const { return retrieved(handle); }
 
+    // False: none was given, libspotify refused one, or it has been given back.
     explicit operator bool() const noexcept { return handle != nullptr; }
 
     // Gives the reference back; nothing is left.
@@ -130,6 +94,7 @@ private:
     Kind* handle = nullptr;
 };
 
+// Gives a reference back, for an owner that is no Handle.
 struct HandleRelease {
     template <class Kind>
     void operator()(Kind* handle) const noexcept {

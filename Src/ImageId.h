@@ -7,6 +7,7 @@
 
 #include <string>
 
+// Images have ids of a fixed length, which libspotify hands out and takes back as bytes.
 constexpr unsigned imageIdSize = 20;  // bytes
 
 // An image's id as script keeps it, in Base64. REQUIRES: `id` is not null.

@@ -14,6 +14,7 @@ public:
     LibWrapper(const LibWrapper&) = delete;
     LibWrapper& operator=(const LibWrapper&) = delete;
 
+    // Borrowed, valid as long as a share. Never null.
     sp_session* getSession() const noexcept { return session; }
 
 private:

@@ -30,6 +30,7 @@ public:
     explicit Logger(const char* sourceFile, int line = __builtin_LINE()) noexcept
         : file(sourceFile), context(KlogContext::GetLogContext("Sonolet", sourceFile, line)) {}
 
+    // A line of everyday life, and one of what went wrong. Parts are anything that a stream takes.
     template <class... Parts>
     void trace(Place place, const Parts&... parts) const noexcept {
         write(Trace, place, parts...);
@@ -55,6 +56,7 @@ private:
         }
     }
 
+    // Both live as long as the process.
     const char* const file;
     KlogContext* const context;  // owned by the log library
 };

@@ -13,7 +13,8 @@
 // the answer. Script thread; made on first use, never freed.
 //
 // A query belongs to its request until it is answered: a page that keeps only its function still
-// gets its answer.
+// gets its answer, and so does one whose host refused the script object of the query. A function
+// whose document has gone is not called; its query stays until libspotify answers it.
 class PendingQueries final {
 public:
     static PendingQueries& getInstance();
@@ -43,6 +44,7 @@ public:
     void clear() noexcept { queries.clear(); }
 
 private:
+    // A query of any kind, and the function that waits.
     struct Pending {
         explicit Pending(const jspp::object& function) : callback(function) {}
         Pending(const Pending&) = delete;

@@ -16,7 +16,9 @@ struct PlaylistInstanceEntry {
 };
 
 // A playlist, as script sees it: its tracks, its settings, and an event for each of libspotify's
-// playlist callbacks. Made by Factory.
+// playlist callbacks, whose first argument is the playlist. Made by Factory. Script thread.
+// Ownership: a reference to the handle and one registration of callbacks, both given back at
+// logout; its names leave the script object then.
 class Playlist final : public Wrapper<sp_playlist>, public orvo::enable_shared_from_this<Playlist> {
 public:
     // Tracks that an event brings; see TrackArray.h.
@@ -35,8 +37,10 @@ public:
     static void create(jspp::function_context& context);
 
 private:
+    // Registers names and callbacks, for a wrapper that has a handle.
     void init();
 
+    // Script functions that are more than one call of libspotify.
     void getImage(jspp::function_context& context) const;
     void subscribers(jspp::function_context& context) const;
     void uri(jspp::function_context& context) const;

@@ -18,10 +18,12 @@ public:
     ~Playlistcontainer() override;
 
 private:
+    // Script functions that are more than one call of libspotify.
     void playlist(jspp::function_context& context) const;
     void playlistFolderName(jspp::function_context& context) const;
     void addPlaylist(jspp::function_context& context) const;
 
+    // Registers the names of the class.
     void addMembers();
 
     JSPP_EVENT_ATTRIBUTE(PlaylistAdded, "PlaylistAdded")

@@ -21,7 +21,9 @@
 // Threads: script functions, the poll and forceStopPlayback() belong to the script thread; the
 // handlers of music_delivery, end_of_track, log_message and notify_main_thread, and
 // triggerTrackCompleteEvent(), may be called from any. Events are posted, never delivered from
-// inside a callback.
+// inside a callback. Ownership: a share of the libspotify session goes to every wrapper by way
+// of the factory, so that it may outlive this object. Errors: each script function throws "Spotify
+// is not initialized" before "create" has succeeded; libspotify's own are answered as numbers.
 class Session final : public jspp::event_dispatcher<jspp::interface>,
                       public orvo::enable_shared_from_this<Session> {
 public:
@@ -77,12 +79,14 @@ private:
     static std::invoke_result_t<decltype(Handler), Session&, Arguments...>
     forward(sp_session* from, Arguments... arguments) noexcept;
 
+    // Throws what script hears before "create".
     void requireInitialized() const;
 
     // ---- Script functions ----
     void create(jspp::function_context& context);
     void relogin(jspp::function_context& context) const;
     void playerLoad(jspp::function_context& context);
+    // "friend" is a word of the language.
     void friendAt(jspp::function_context& context) const;
     void numFriends(jspp::function_context& context) const;
     void userCountry(jspp::function_context& context) const;
@@ -121,6 +125,7 @@ private:
     JSPP_EVENT_ATTRIBUTE(ShowTrialWelcome, "ShowTrialWelcome")
 
     // ---- Handlers of libspotify's callbacks ----
+    // Each tells itself in the log and posts its event; see the table in libraryCallbacks().
     void handleLoggedInEvent(sp_error error);
     void handleLoggedOutEvent();
     void handleMetadataUpdatedEvent();
@@ -131,6 +136,7 @@ private:
     void handlePlayTokenLostEvent();
     void handleLogMessageEvent(const char* message);
     void handleEndOfTrackEvent();
+    // Not yet what is heard: the backend plays what it has.
     void triggerEndOfTrackEvent();
     void handleStreamingErrorEvent(sp_error error);
     void handleUserinfoUpdatedEvent();

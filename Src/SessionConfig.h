@@ -7,15 +7,19 @@
 
 #include <string>
 
-// The options that a page sets before it creates the session. Script thread.
+// The options that a page sets before it creates the session, as attributes that can be read and
+// written. Script thread. Errors: a value of another kind throws "Not a string" or "Not a boolean",
+// and the old one stays. What is set after the session was created has no effect.
 class SessionConfig final : public jspp::interface {
 public:
+    // Registers the attributes in the order of the fields.
     SessionConfig();
 
     // Fills in the options. The texts are borrowed: they are valid until script sets them anew.
     void apply(sp_session_config& config) const;
 
 private:
+    // The accessors of an attribute that is one field.
     template <std::string SessionConfig::*Field>
     void getText(jspp::result_context& context) const {
         context.return_string(this->*Field);
@@ -33,6 +37,7 @@ private:
         this->*Field = context.boolean(0);
     }
 
+    // Registers the attribute of a field.
     template <std::string SessionConfig::*Field>
     void text(const std::string& name) {
         _attribute_get(name, &SessionConfig::getText<Field>);
@@ -44,6 +49,7 @@ private:
         _attribute_set(name, &SessionConfig::setFlag<Field>);
     }
 
+    // What a page that sets nothing gets; libspotify takes an empty proxy as none.
     std::string userAgent = "User-Agent string";
     bool compressPlaylists = false;
     bool dontSaveMetadataForPlaylists = false;

@@ -7,7 +7,8 @@
 #include <string>
 
 // The plug-in itself, as script sees it: its version and the progress of playback. "Error" and
-// "LogMessage" take listeners, but nothing raises them.
+// "LogMessage" take listeners, but nothing raises them. One object, owned by the root and the
+// session; it outlives the player that tells it.
 class Sonolet final : public jspp::event_dispatcher<jspp::interface> {
 public:
     Sonolet();
@@ -22,6 +23,7 @@ private:
     JSPP_EVENT_ATTRIBUTE(LogMessage, "LogMessage")
     JSPP_EVENT_ATTRIBUTE(TrackComplete, "TrackComplete")
 
+    // Script: this interface's version and the library's, "12.8/" and what sp_build_id says.
     void version(jspp::function_context& context) const;
 
     const std::string versionText;

@@ -19,11 +19,13 @@
 #include "jspp/orvo/shared_ptr.h"
 
 // The root of all that a page sees, under the global name "Spotify". There is one, from load to
-// process exit. Script thread.
+// process exit. Script thread. Ownership: shares of everything it answers; script objects own
+// shares, too, so that what a page still holds outlives the root.
 class Spotify final : public jspp::event_dispatcher<jspp::interface> {
 public:
     Spotify();
 
+    // For the plug-in's hooks. Never null.
     const orvo::shared_ptr<Session>& getSession() const { return session; }
 
 private:
@@ -33,6 +35,7 @@ private:
         context.return_interface(this->*Held, true);
     }
 
+    // Script: libspotify's text of an error's number.
     void errorMessage(jspp::function_context& context) const;
 
     orvo::shared_ptr<Session> session;  // made with the Sonolet below
@@ -50,6 +53,7 @@ private:
     const orvo::shared_ptr<Artist> artist{new Artist};
     const orvo::shared_ptr<Playlist> playlist{new Playlist};
 
+    // The groups of constants.
     const orvo::shared_ptr<SpSignupPageEnums> spSignupPageEnums{new SpSignupPageEnums};
     const orvo::shared_ptr<SpSignupFeatureEnums> spSignupFeatureEnums{new SpSignupFeatureEnums};
     const orvo::shared_ptr<SpSignupActionEnums> spSignupActionEnums{new SpSignupActionEnums};

@@ -9,7 +9,8 @@
 #include <vector>
 
 // A list of tracks with the shape of a script array: "length", "item" and decimal indexes, all
-// read-only. Every other name is refused with "bad_lexical_cast".
+// read-only. Every other name is refused with "bad_lexical_cast", an index that is not there with
+// "Out of bounds array access". Script thread; the list never changes and keeps its tracks alive.
 class Playlist::track_array final : public jspp::interface {
 public:
     explicit track_array(std::vector<orvo::shared_ptr<Track>> tracks);

@@ -18,6 +18,7 @@ public:
     TrackFactory& operator=(const TrackFactory&) = delete;
 
     // REQUIRES: `track` is not null.
+    // As long as libspotify says the track is; its format comes with its first delivery.
     std::unique_ptr<AudioTrack> createTrack(sp_track* track) const;
 
 private:

@@ -29,6 +29,8 @@ public:
         virtual jsplugin_value get_value(jsplugin_obj* context) const = 0;
     };
 
+    // Each appends one argument. A number reaches script as a double, a handle as its script
+    // object.
     void add(double number);
     void add(int number);
     void add(bool boolean);
@@ -38,6 +40,7 @@ public:
     void add_null();
     void add_undefined();
 
+    // An interface; its script object is made in the document that is called, when it is.
     template <class T>
     void add(const orvo::shared_ptr<T>& native) {
         values.push_back(orvo::shared_ptr<_s_value_base>(new _s_value_interface<T>(native)));
@@ -61,6 +64,7 @@ private:
         const jsplugin_value value;
     };
 
+    // The host's value points at the held text.
     class _s_value_string final : public _s_value_base {
     public:
         explicit _s_value_string(std::string held) : text(std::move(held)) {}
@@ -102,6 +106,7 @@ private:
         mutable object kept;
     };
 
+    // In order; shared with copies, since a call is queued for each listener.
     std::vector<orvo::shared_ptr<_s_value_base>> values;
 };
 

@@ -43,9 +43,11 @@ protected:
     // nothing.
     void _register();
 
+    // Script: (event, function). The same function may be added again; the oldest entry goes first.
     void add_event_listener(function_context& context);
     void remove_event_listener(function_context& context);
 
+    // What the accessors of an "on" attribute do. Null without a handler, or when it has gone.
     void get_handler(const std::string& event, result_context& context) const;
     void set_handler(const std::string& event, const parameter_context& context);
 

@@ -6,7 +6,9 @@
 
 namespace jspp {
 
-// One call from script: its arguments, and the place for its result.
+// One call from script: its arguments, and the place for its result. A member function reads the
+// one and answers through the other; one that answers nothing gives script undefined. Valid for the
+// length of the call, on the script thread.
 class function_context final : public parameter_context, public result_context {
 public:
     function_context(jsplugin_obj* this_object,

@@ -6,6 +6,7 @@
 
 namespace jspp {
 
+// Reaches script as an exception with that text, when a page uses a name that is no index.
 class bad_lexical_cast final : public std::bad_cast {
 public:
     const char* what() const noexcept override { return "bad_lexical_cast"; }
@@ -16,6 +17,7 @@ public:
 template <class T>
 T lexical_cast(const std::string& text);
 
+// The two kinds of index there are.
 template <>
 int lexical_cast<int>(const std::string& text);
 template <>

@@ -64,6 +64,8 @@ private:
 
 }  // namespace __detail
 
+// Members by what script does: calls a function, reads an attribute, writes one; the last two also
+// get the name, for classes that answer to any.
 using function_member = __detail::callee<function_context&>;
 using get_member = __detail::callee<result_context&>;
 using set_member = __detail::callee<parameter_context&>;
@@ -102,6 +104,7 @@ public:
         std::variant<function, get_member, orvo::shared_ptr<interface>, double, bool, std::string>;
 
     name_table();
+    // A class that has its base's names starts from a copy; nothing is assigned or moved.
     name_table(const name_table& other);
     name_table(name_table&&) = delete;
     name_table& operator=(const name_table&) = delete;
@@ -113,6 +116,7 @@ public:
         (add(rows, std::size(rows)), ...);
     }
 
+    // A name for reading, and one for writing.
     void add(const std::string& name, readable value);
     void add_setter(const std::string& name, set_member member);
 

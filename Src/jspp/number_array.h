@@ -9,7 +9,8 @@
 namespace jspp {
 
 // A list of numbers with the shape of a script array: "length", "item" and decimal indexes. Script
-// may assign items, not add any. Every other name is refused with "bad_lexical_cast".
+// may assign items, not add any. Every other name is refused with "bad_lexical_cast", an index that
+// is not there with "Out of bounds array access". Script thread.
 class number_array final : public interface {
 public:
     explicit number_array(std::vector<double> values);

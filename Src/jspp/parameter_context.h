@@ -27,6 +27,7 @@ public:
     // A number as an int: truncated toward zero, saturated at the ends of the range, NaN is 0.
     int integer(int i) const;
 
+    // Exactly of the kind: nothing is converted.
     bool boolean(int i) const;
     std::string string(int i) const;
 

@@ -13,7 +13,8 @@ using string_array_c = std::vector<std::string>;
 }  // namespace __detail
 
 // A list of texts with the shape of a script array: "length", "item" and decimal indexes, all
-// read-only. Every other name is refused with "bad_lexical_cast".
+// read-only. Every other name is refused with "bad_lexical_cast", an index that is not there with
+// "Invalid index". Script thread; the list never changes.
 class string_array final : public jspp::interface {
 public:
     explicit string_array(__detail::string_array_c texts);
@@ -22,6 +23,7 @@ private:
     void get_length(jspp::result_context& context) const;
     void item(jspp::function_context& context) const;
     void index_get(const std::string& name, jspp::result_context& context) const;
+    // Where both ways to an item meet.
     void return_item(int index, jspp::result_context& context) const;
 
     const __detail::string_array_c items;

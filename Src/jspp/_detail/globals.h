@@ -5,7 +5,8 @@
 
 namespace jspp::__detail {
 
-// The host's functions; set by jsplugin_capabilities, null before. Script thread only.
+// The host's functions; set by jsplugin_capabilities, null before; the host's table
+// lives as long as the process. Script thread only, and under no lock.
 extern jsplugin_callbacks* g_orvo_callbacks;
 
 }  // namespace jspp::__detail

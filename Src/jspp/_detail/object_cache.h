@@ -9,7 +9,8 @@
 namespace jspp::__detail {
 
 // The script objects of one interface, one for each document. Nearly always there is one document,
-// so the first entry stands in the cache itself. Not thread-safe.
+// so the first entry stands in the cache itself. Script thread. Owns nothing and asks nobody:
+// whoever finds an object asks the registry whether it is still that document's.
 class object_cache final {
 public:
     // Null when there is none.
@@ -24,43 +25,15 @@ public:
         return entry == others->end() ? nullptr : entry->second;
     }
 
-    // In place of an earlier one.
-    void set(jsplugin_obj* document, jsplugin_obj* object) {
-        if (others) {
-            const auto entry = others->find(document);
-            if (entry != others->end()) {
-                entry->second = object;
-                return;
-            }
-        }
-        if (!first_document || document == first_document) {
-            first_document = document;
-            first = object;
-            return;
-        }
-        if (!others) {
-            others = std::make_unique<std::map<jsplugin_obj*, jsplugin_obj*>>();
-        }
-        others->emplace(document, object);
-    }
+    // In place of an earlier one. Throws when there is no memory, which the first document needs
+    // none of.
+    void set(jsplugin_obj* document, jsplugin_obj* object);
 
-    // Removes the document's entry if it is this object.
-    void erase(jsplugin_obj* document, jsplugin_obj* object) noexcept {
-        if (document == first_document) {
-            if (object == first) {
-                first_document = first = nullptr;
-            }
-            return;
-        }
-        if (others) {
-            const auto entry = others->find(document);
-            if (entry != others->end() && entry->second == object) {
-                others->erase(entry);
-            }
-        }
-    }
+    // Removes the document's entry if it is this object: a later one may have come in its place.
+    void erase(jsplugin_obj* document, jsplugin_obj* object) noexcept;
 
 private:
+    // Both null, or neither.
     jsplugin_obj* first_document = nullptr;
     jsplugin_obj* first = nullptr;
     std::unique_ptr<std::map<jsplugin_obj*, jsplugin_obj*>> others;

@@ -63,9 +63,11 @@ public:
         }
     }
 
+    // Valid as long as the use.
     private_record& record;
 
 private:
+    // Uses are nested as the callbacks are.
     record_use* const outer;
     std::unique_ptr<private_record> orphan;
 

@@ -7,7 +7,8 @@
 namespace jspp::__detail {
 
 // The last text that went to the host through an object; made with the first, since most objects
-// answer none. Script thread. A slot that is moved takes its text along, at the same address.
+// answer none. The host copies a text before it calls again, so one is enough. Script thread. A
+// slot that is moved takes its text along, at the same address.
 class text_slot final {
 public:
     // The copy, valid until the next.

@@ -7,7 +7,8 @@
 
 namespace orvo {
 
-// A POSIX mutex with default attributes: not recursive, any thread.
+// A POSIX mutex with default attributes: not recursive, any thread. Locked with scoped_lock alone,
+// never while somebody outside is called.
 class ORVO_CAPABILITY("mutex") Mutex final {
 public:
     Mutex() = default;
@@ -17,6 +18,7 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
+    // For scoped_lock and Condition. REQUIRES: this thread does not hold it.
     void lock() noexcept ORVO_ACQUIRE() { pthread_mutex_lock(&mutex); }
     void unlock() noexcept ORVO_RELEASE() { pthread_mutex_unlock(&mutex); }
 
@@ -39,6 +41,7 @@ public:
     void wait(Mutex& held) noexcept ORVO_REQUIRES(held) {
         pthread_cond_wait(&condition, &held.mutex);
     }
+    // Any thread; the mutex need not be held.
     void notify_all() noexcept { pthread_cond_broadcast(&condition); }
 
 private:

@@ -20,12 +20,14 @@ class enable_shared_from_this;
 
 namespace __detail {
 
+// What all pointers to one object share. It outlives the object while there are weak pointers.
 struct count_block {
     std::atomic<int> strong{1};
     // The weak pointers, and one more for all the strong ones together: whoever takes it to 0
     // frees the block.
     std::atomic<int> weak{1};
 
+    // REQUIRES: the caller has a share, or a weak pointer for the second.
     void add_strong() noexcept { strong.fetch_add(1, std::memory_order_relaxed); }
     void add_weak() noexcept { weak.fetch_add(1, std::memory_order_relaxed); }
 
@@ -55,8 +57,8 @@ void link_self(const shared_ptr<T>&, const volatile void*) noexcept {}
 
 }  // namespace __detail
 
-// One of the owners of an object. The last one to go destroys it, with the deleter where there is
-// one, else with delete.
+// One of the owners of an object, or none. The last one to go destroys it, with the deleter where
+// there is one, else with delete. Nothing throws but the constructor that takes an object over.
 template <class T>
 class shared_ptr {
 public:
@@ -107,6 +109,7 @@ public:
 
     ~shared_ptr() { decreaseRef(); }
 
+    // What it held before goes after the assignment: its destructor finds the new state.
     shared_ptr& operator=(shared_ptr other) noexcept {
         swap(other);
         return *this;
@@ -124,14 +127,17 @@ public:
         counts->drop_weak();
     }
 
+    // The same, under the name that others know.
     void reset() noexcept { decreaseRef(); }
 
+    // No count changes.
     void swap(shared_ptr& other) noexcept {
         std::swap(block, other.block);
         std::swap(pointer, other.pointer);
         std::swap(deleter, other.deleter);
     }
 
+    // Borrowed; null for none. The operators REQUIRE an object.
     T* get() const noexcept { return pointer; }
     T& operator*() const noexcept { return *pointer; }
     T* operator->() const noexcept { return pointer; }
@@ -152,6 +158,7 @@ private:
         }
     }
 
+    // All three null, or the first two not; a pointer to a part has no deleter.
     __detail::count_block* block = nullptr;
     T* pointer = nullptr;
     deleter_type deleter = nullptr;
@@ -166,7 +173,7 @@ bool operator!=(const shared_ptr<T>& a, const shared_ptr<U>& b) noexcept {
     return a.get() != b.get();
 }
 
-// Refers to an object without owning it.
+// Refers to an object without owning it; lock() tells whether it is still there.
 template <class T>
 class weak_ptr {
 public:
@@ -201,6 +208,7 @@ public:
         }
     }
 
+    // As for owners: in one step, and nothing throws.
     weak_ptr& operator=(weak_ptr other) noexcept {
         std::swap(block, other.block);
         std::swap(pointer, other.pointer);
@@ -219,6 +227,8 @@ public:
         return owner;
     }
 
+    // True once the object has gone. False may be old when it returns, unless the caller's thread
+    // is the one that destroys.
     bool expired() const noexcept {
         return !block || block->strong.load(std::memory_order_acquire) < 1;
     }

@@ -3,6 +3,9 @@
 
 // Clang's thread safety annotations, checked with -Wthread-safety; other compilers read nothing.
 // https://clang.llvm.org/docs/ThreadSafetyAnalysis.html
+//
+// A type or object that is a lock, a type that holds one, a field that needs one, a function that
+// is called with it held, takes it, gives it up, or must be called without.
 #if defined(__clang__)
 #define ORVO_THREAD_ANNOTATION(x) __attribute__((x))
 #else
