@@ -37,7 +37,7 @@ public:
     static void create(jspp::function_context& context);
 
 private:
-    // Registers names and callbacks, for a wrapper that has a handle.
+    // Registers the names and, where there is a handle, the callbacks.
     void init();
 
     // Script functions that are more than one call of libspotify.
