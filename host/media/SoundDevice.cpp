@@ -22,14 +22,15 @@ constexpr gint64 longestBlock = 2 * G_TIME_SPAN_SECOND;
 constexpr GstClockTime asleepLead = 400 * GST_MSECOND;  // the blocks of all that connect by then
 constexpr GstClockTime awakeLead = 50 * GST_MSECOND;    // one of the client's, and some
 
-// When the client came, on the monotonic clock; 0: there is none.
+GstElement* client = nullptr;  // (owned) never freed
+// When it came, on the monotonic clock; 0: there is none.
 std::atomic<gint64> wokenAt{0};
 
 void keepServerAwake() {
     static std::once_flag once;
     std::call_once(once, [] {
         GError* error = nullptr;
-        GstElement* const client = gst_parse_launch(wakeClient, &error);
+        client = gst_parse_launch(wakeClient, &error);
         g_clear_error(&error);
         // Without it, pauses between streams are longer.
         if (client != nullptr &&
