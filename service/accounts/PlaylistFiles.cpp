@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -14,6 +15,25 @@ namespace sonolet::service {
 namespace {
 
 constexpr char listener[] = "listener";
+
+// So many entries are changed between two looks at the flag.
+constexpr std::size_t entriesAtOnce = 1000;
+
+// Nobody waits any more: what was begun is undone.
+struct Interrupted {};
+
+// Calls `action` with one part of the numbers or entries after the other.
+template <typename Elements, typename Action>
+void inParts(const Elements& all, const StopFlag& stop, Action action) {
+    for (std::size_t done = 0; done < all.size(); done += entriesAtOnce) {
+        if (stop) {
+            throw Interrupted();
+        }
+        const auto begin = all.begin() + static_cast<std::ptrdiff_t>(done);
+        const std::size_t count = std::min(entriesAtOnce, all.size() - done);
+        action(Elements(begin, begin + static_cast<std::ptrdiff_t>(count)));
+    }
+}
 
 std::vector<std::string> namesOf(const std::string& folder) {
     std::vector<std::string> names = {folder};
@@ -52,7 +72,11 @@ void PlaylistFiles::update(const std::vector<std::string>& files) {
         }
         found.insert(music + '/' + file);
         if (const std::optional<Wanted> wanted = read(file)) {
-            take(music + '/' + file, *wanted);
+            try {
+                take(music + '/' + file, *wanted);
+            } catch (const Interrupted&) {
+                return;
+            }
         }
     }
     for (const ListStore::Source& source : store.sources()) {
@@ -144,9 +168,9 @@ void PlaylistFiles::setTracks(const ListRow& list, const std::vector<Id>& tracks
     for (auto track = start.second; track != end.second.base(); ++track) {
         come.push_back({EntryKind::item, *track, std::nullopt});
     }
-    store.remove(list, gone);
-    store.insert(list, end.first.base() == entries.end() ? 0 : end.first.base()->id, come,
-                 listener);
+    const std::int64_t before = end.first.base() == entries.end() ? 0 : end.first.base()->id;
+    inParts(gone, stop, [&](const auto& part) { store.remove(list, part); });
+    inParts(come, stop, [&](const auto& part) { store.insert(list, before, part, listener); });
 }
 
 void PlaylistFiles::lose(const ListStore::Source& source) {

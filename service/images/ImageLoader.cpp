@@ -38,7 +38,7 @@ std::optional<std::string> ImageLoader::load(const std::string& id) {
     if (!picture) {
         return std::nullopt;
     }
-    std::string jpeg = scaledJpeg(*picture, longerSides[size]);
+    std::string jpeg = scaledJpeg(*picture, longerSides[size], stop);
     try {
         cache.put(id, jpeg);
     } catch (const std::exception& error) {

@@ -3,6 +3,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -68,7 +69,7 @@ void chooseSize(GdkPixbufLoader* loader, gint width, gint height, gpointer data)
     }
 }
 
-Pixbuf decode(const std::string& picture, int longerSide) {
+Pixbuf decode(const std::string& picture, int longerSide, const StopFlag& stop) {
     const char* format = formatOf(picture);
     GError* error = nullptr;
     const std::unique_ptr<GdkPixbufLoader, Unref> loader(
@@ -78,9 +79,15 @@ Pixbuf decode(const std::string& picture, int longerSide) {
     }
     Wanted wanted{longerSide};
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(&chooseSize), &wanted);
-    const bool written =
-        gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(picture.data()),
-                                picture.size(), &error) != FALSE;
+    // A little at a time: a picture may unpack to a thousand times as much.
+    constexpr std::size_t step = 16 << 10;
+    bool written = true;
+    const auto goesOn = [&] { return written && !stop && wanted.pixels <= mostPixels; };
+    for (std::size_t done = 0; done < picture.size() && goesOn(); done += step) {
+        written = gdk_pixbuf_loader_write(
+                      loader.get(), reinterpret_cast<const guchar*>(picture.data()) + done,
+                      std::min(step, picture.size() - done), &error) != FALSE;
+    }
     // A loader must be closed in any case; the first error is the one that tells.
     const bool closed = gdk_pixbuf_loader_close(loader.get(), written ? &error : nullptr) != FALSE;
     if (wanted.pixels > mostPixels) {
@@ -90,6 +97,10 @@ Pixbuf decode(const std::string& picture, int longerSide) {
                                  " are unpacked");
     }
     GdkPixbuf* decoded = gdk_pixbuf_loader_get_pixbuf(loader.get());
+    if (stop) {
+        g_clear_error(&error);
+        throw std::runtime_error("nobody waits for the picture any more");
+    }
     if (!written || !closed || decoded == nullptr) {
         fail(error, "the picture is damaged");
     }
@@ -113,8 +124,8 @@ Pixbuf onWhite(Pixbuf pixbuf) {
 
 }  // namespace
 
-std::string scaledJpeg(const std::string& picture, int longerSide) {
-    const Pixbuf pixbuf = onWhite(decode(picture, longerSide));
+std::string scaledJpeg(const std::string& picture, int longerSide, const StopFlag& stop) {
+    const Pixbuf pixbuf = onWhite(decode(picture, longerSide, stop));
     if (pixbuf == nullptr) {
         throw std::runtime_error("there is not enough memory for the picture");
     }

@@ -1,6 +1,8 @@
 #ifndef SONOLET_SERVICE_IMAGES_JPEG_H
 #define SONOLET_SERVICE_IMAGES_JPEG_H
 
+#include "music/MusicFile.h"
+
 #include <string>
 
 namespace sonolet::service {
@@ -9,8 +11,9 @@ namespace sonolet::service {
 // that is needed, never larger, upright, on white where it is transparent.
 //
 // Throws std::runtime_error for what is no such picture, is damaged, or has more pixels than any
-// cover; the last is told from the picture's header, before anything is unpacked.
-std::string scaledJpeg(const std::string& picture, int longerSide);
+// cover; the last is told from the picture's header, before anything is unpacked. Throws too, soon,
+// once `stop` is set.
+std::string scaledJpeg(const std::string& picture, int longerSide, const StopFlag& stop);
 
 }  // namespace sonolet::service
 

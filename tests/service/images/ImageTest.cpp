@@ -2,6 +2,7 @@
 
 #include "TestMusic.h"
 #include "TestSession.h"
+#include "images/Jpeg.h"
 
 #include <attachedpictureframe.h>
 #include <flacfile.h>
@@ -163,6 +164,8 @@ TEST(ImageTest, WhatCannotBeShownIsAnError) {
         EXPECT_EQ(image.load(), SP_ERROR_OTHER_PERMANENT) << title;
     }
     EXPECT_LT(session.log.find("4290250000 pixels"), session.log.rfind("4290250000 pixels"));
+    EXPECT_NO_THROW(service::scaledJpeg(jpeg, 64, service::StopFlag(false)));
+    EXPECT_THROW(service::scaledJpeg(jpeg, 64, service::StopFlag(true)), std::runtime_error);
     const std::string unsized = cover("Text").replace(19, 1, "\3");
     EXPECT_EQ(TestImage(session, unsized).load(), SP_ERROR_OTHER_PERMANENT);
     EXPECT_EQ(TestImage(session, std::string(20, '\0')).load(), SP_ERROR_OTHER_PERMANENT);

@@ -384,6 +384,19 @@ TEST_F(PlaylistTest, PlaylistFilesOfTheMusicBecomePlaylists) {
                                    "\nNumberOfEntries=2\n");
     music.write("bad.pls", "File1=a/First.wav\n");
     music.write("bad.m3u", "caf\xe9.wav\n");
+    std::string whole;
+    Lines many;
+    for (int place = 0; place < 2500; ++place) {
+        many.emplace_back(place % 3 == 0 ? "First" : "Second");
+        whole += "a/" + many.back() + ".wav\n";
+    }
+    many.emplace_back("z");
+    music.write("z.m3u", whole);
+    std::string tooLong;
+    while (tooLong.size() < 200002) {
+        tooLong += "x\n";
+    }
+    music.write("zz.m3u", tooLong);
     std::filesystem::create_symlink(outside, music.path("link.m3u8"));
     const auto lists = [&] {
         start();
@@ -397,18 +410,19 @@ TEST_F(PlaylistTest, PlaylistFilesOfTheMusicBecomePlaylists) {
         return found;
     };
     const Lines evening = {"First", "Second", "Third", "Evening"};
-    EXPECT_EQ(lists(), (std::vector<Lines>{evening, {"Third", "First", "numbers"}}));
+    EXPECT_EQ(lists(), (std::vector<Lines>{evening, {"Third", "First", "numbers"}, many}));
     for (const char* line : {"mixed.m3u8: 4 of 7 entries",
-                             "/bad.pls: ", "/bad.m3u: ", "/link.m3u8: it is a symbolic link"}) {
+                             "/bad.pls: ", "/bad.m3u: ", "/link.m3u8: it is a symbolic link",
+                             "/zz.m3u: it has more than 100000 entries"}) {
         EXPECT_THAT(session->log, HasSubstr(line));
     }
     playlist("export Evening " + music.path("a/z.m3u8"));
     playlist("remove Evening 0 1");
     music.write("numbers.PLS", "[playlist]\nFile1=a/Second.wav\n");
-    const std::vector<Lines> later = {{"Third", "Evening"}, {"Second", "numbers"}, evening};
+    const std::vector<Lines> later = {{"Third", "Evening"}, {"Second", "numbers"}, many, evening};
     EXPECT_EQ(lists(), later) << "what the user changes stays while the file does";
     std::filesystem::remove(music.path("a/z.m3u8"));
-    EXPECT_EQ(lists().size(), 2U);
+    EXPECT_EQ(lists().size(), 3U);
 }
 
 TEST_F(PlaylistTest, ListsRestWhileNobodyIsLoggedInAndCatchUpLater) {
