@@ -36,7 +36,9 @@ public:
     // The canonical form of a name; throws when it cannot be a name.
     static std::string canonicalName(std::string_view name);
 
+    // By name.
     std::vector<Account> all();
+    // In whatever spelling; nothing for a name that nobody has.
     std::optional<Account> find(std::string_view name);
 
     void add(std::string_view name, const Secret& password);
@@ -53,13 +55,16 @@ public:
     // A fresh text that checkBlob accepts for this user; the oldest of many is forgotten.
     std::string issueBlob(std::int64_t account);
 
+    // One user is remembered at a time, for the sessions to come.
     void remember(std::int64_t account);
     void forget();
     std::optional<Account> remembered();
 
+    // What sessions are to do, by name; not of an account.
     void setSetting(const char* name, std::string_view value);
     std::optional<std::string> setting(const char* name);
 
+    // One more play of the track to its end.
     void recordPlay(std::int64_t account, const Id& track);
     // 0 to 100: on a logarithmic scale, 100 is the track that was played most.
     int popularity(const Id& track);

@@ -88,7 +88,8 @@ sp_error release(Object* object) noexcept {
     return SP_ERROR_OK;
 }
 
-// A reference of the callee's own to a handle that the caller holds.
+// A reference of the callee's own to a handle that the caller holds. Borrowed handles come in from
+// the interface; whatever keeps one begins with this.
 template <typename Object>
 Ref<Object> shared(Object* object) noexcept {
     object->addRef();
@@ -96,6 +97,8 @@ Ref<Object> shared(Object* object) noexcept {
 }
 
 // The query that `make` makes, under way, with a reference for the caller; NULL without a session.
+// The session keeps a reference of its own until the query is told, so that one that was released
+// at once is told all the same.
 template <typename Object, typename Make>
 Object* askSession(const sp_session* handle, Make make) noexcept {
     return guardedOr<Object*>(nullptr, [&]() -> Object* {

@@ -46,7 +46,8 @@ struct ArtistRow {
     std::string portrait;  // pictureDigestSize bytes or none
 };
 
-// The line that tells how a damaged catalogue made room.
+// The line that tells how a damaged catalogue made room: a copy of it stands beside an empty one,
+// which a scan fills. Throws as Database::setAside.
 std::string setCatalogueAside(const DatabaseError& damage);
 
 // Makes the catalogue's tables, or brings them up to date.
@@ -58,6 +59,7 @@ void migrateCatalogue(Database& database);
 // DatabaseError.
 class Catalogue final {
 public:
+    // Makes the file, or brings its tables up to date. A damaged one is an error here.
     explicit Catalogue(const std::string& file);
 
     // Nothing for what the catalogue does not have. What is gone is there still, and not available.

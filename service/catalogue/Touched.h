@@ -37,7 +37,9 @@ public:
     void finish();
 
 private:
+    // Among files with the same tags the first by path has the link of the tags.
     void giveLinks(const Id& key);
+    // What an album is in sum: its year, type, cover, and whether any of it is there.
     void summarise(std::int64_t album);
     void updateSummary(std::int64_t album);
     void summariseArtist(std::int64_t artist);

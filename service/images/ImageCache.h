@@ -22,6 +22,7 @@ public:
     void setLimit(std::uint64_t megabytes);
 
     // The image, or nothing. A damaged file is taken away.
+    // A file that is not whole is taken away and not found.
     std::optional<std::string> find(const std::string& id);
 
     // Throws std::system_error when the file cannot be written.

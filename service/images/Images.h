@@ -52,12 +52,14 @@ public:
 private:
     friend class Image;
 
+    // What the worker has to say of an id.
     struct Outcome {
         bool found = true;
         sp_error error = SP_ERROR_OK;
         std::string jpeg;
     };
 
+    // Has the worker look for it.
     void request(const std::string& id);
     Outcome load(const std::string& id);
     void finish(const std::string& id, const Outcome& outcome, bool mayAppear);

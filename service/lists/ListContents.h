@@ -25,6 +25,7 @@ namespace sonolet::service {
 template <typename Object>
 class ListContents final {
 public:
+    // An entry, and the handle of what it stands for.
     struct Place {
         ListEntry entry;
         Ref<Object> handle;  // made when it is asked for
@@ -47,6 +48,7 @@ public:
         }
     }
 
+    // As the interface counts.
     int size() const { return static_cast<int>(places.size()); }
     // NULL: out of range. Good until the next change.
     Place* at(int index) {
@@ -62,7 +64,8 @@ public:
         return index;
     }
 
-    // Before the entry `before`, 0: at the end.
+    // Before the entry `before`, 0: at the end. They stand together, in the order in which they
+    // come.
     Effect insert(std::int64_t before, std::vector<ListEntry> entries) {
         Effect effect;
         effect.position = before == 0 ? size() : find(before);
@@ -149,6 +152,7 @@ private:
         return effect;
     }
 
+    // Lets them stand there, the first at `position`.
     void put(int position, std::vector<Place> fresh) {
         places.insert(places.begin() + position, std::make_move_iterator(fresh.begin()),
                       std::make_move_iterator(fresh.end()));

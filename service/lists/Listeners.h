@@ -73,6 +73,7 @@ private:
         std::uint64_t serial;
     };
 
+    // The first with a later serial, or NULL.
     const Listener* after(std::uint64_t last) const {
         const auto next = std::upper_bound(
             listeners.begin(), listeners.end(), last,

@@ -55,13 +55,16 @@ public:
 
     // None: there is no such list, or it is not for this user to see.
     Ref<sp_playlist> open(const LinkTarget& link);
+    // Whether there is such a list or not: a handle that is not loaded stands for none.
     Ref<sp_playlist> playlist(const Id& link);
+    // Anybody's, by name; none while nobody is logged in.
     Ref<sp_playlist> starred(const std::string& userName);
     Ref<sp_playlist> inbox();
     // NULL while nobody is logged in.
     sp_playlistcontainer* container() const { return own.get(); }
     Ref<sp_playlistcontainer> published(const std::string& userName);
 
+    // By whoever is logged in.
     bool isStarred(const Id& track) const;
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 

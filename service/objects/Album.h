@@ -22,6 +22,7 @@ public:
     bool isLoaded();
     // One of its tracks at least is.
     bool isAvailable();
+    // Empty, 0 or NULL until it is loaded.
     const std::string& name();
     // 0 when no tag tells.
     int year();

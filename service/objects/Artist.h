@@ -19,6 +19,7 @@ public:
     const Id& id() const { return link; }
 
     bool isLoaded();
+    // Empty or NULL until it is loaded.
     const std::string& name();
     // An image id of 20 bytes, which lives as long as this, or NULL.
     const byte* portrait(sp_image_size size);

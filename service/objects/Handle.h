@@ -86,7 +86,7 @@ public:
     Object* operator->() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 
-    // Hands the reference to the caller.
+    // Hands the reference to the caller, who passes it on to the program; this is empty then.
     Object* detach() { return std::exchange(object, nullptr); }
 
 private:

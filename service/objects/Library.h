@@ -41,7 +41,7 @@ public:
     std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
     exchange(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
 
-    // What a fault takes away for a while.
+    // What a fault takes away for a while. Handles ask each time, since it comes back by itself.
     void setFaults(std::shared_ptr<const Faults> shown) { faults = std::move(shown); }
     bool isWithheld(const Id& track) const {
         return faults != nullptr && faults->isUnavailable(track);
@@ -51,6 +51,7 @@ public:
     unsigned edition() const { return currentEdition; }
     // True when something has changed since; begins a new edition.
     bool refreshCatalogue();
+    // The same for users, plays and stars.
     bool refreshAccounts();
 
     // Why something that is not in the catalogue is not there.

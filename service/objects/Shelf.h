@@ -30,7 +30,7 @@ public:
         return Ref<Object>::adopt(place);
     }
 
-    // The living handle, or none.
+    // The living handle, or none: without making one for somebody who only has news for it.
     Ref<Object> find(const Key& key) {
         const std::lock_guard<std::mutex> lock(mutex);
         const auto found = living.find(key);

@@ -43,7 +43,7 @@ public:
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
-    // Copies up to `count` frames out.
+    // Copies up to `count` frames out; fewer are no sign of the end.
     [[nodiscard]] Outcome read(std::int16_t* out, std::size_t count);
 
     // The next read() goes on from here, also after the end. Behind the end there is nothing.

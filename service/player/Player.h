@@ -53,6 +53,7 @@ public:
     // Goes on from `offsetMs`, playing or paused as before; behind the end lies the end of track.
     sp_error seek(int offsetMs);
 
+    // Silent from here on; there need not be anything loaded.
     sp_error unload();
 
     // Opens the file that load() is likely to be given next, so that it starts at once.

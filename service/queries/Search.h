@@ -45,6 +45,7 @@ public:
         std::string imageUri;
     };
     int playlistCount() const { return size(playlists); }
+    // NULL for an index outside; borrowed, as long as the search lives.
     const FoundList* playlist(int index) const;
     // On all pages, whatever page was asked for.
     int totalTracks() const { return totals.tracks; }

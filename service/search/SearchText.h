@@ -31,6 +31,7 @@ public:
     // Of the tracks those whose titles begin with the words; empty when filters or phrases say
     // more.
     Expression titleStartExpression() const;
+    // Empty for filters that albums, or artists, do not have.
     Expression albumExpression(bool ranked) const;
     Expression artistExpression(bool ranked) const;
 
@@ -49,7 +50,7 @@ public:
 private:
     enum class Field { any, artist, album, title, year };
 
-    // Words in sequence.
+    // Words in sequence, in one field or in any.
     struct Term {
         Field field = Field::any;
         std::vector<Token> tokens;

@@ -20,7 +20,7 @@ public:
               Playlists& sessionLists,
               std::shared_ptr<Faults> shownFaults);
 
-    // Posts the turns that are due.
+    // Posts the turns that are due since the last call, in the order of their times.
     void post();
 
 private:

@@ -12,6 +12,10 @@ namespace sonolet::service {
 
 // Posts what a service would send: on a slow connection it comes later, and none overtakes another.
 //
+// How late is asked of the faults when the answer is ready, not when the question was. An answer is
+// held here until release() meets its time; nobody wakes the owner for that but the timeout that
+// untilNext() gives.
+//
 // Threads: answer() is for any, the rest belongs to the thread that processes events.
 class LateAnswers final {
 public:

@@ -32,10 +32,14 @@ public:
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
-    // Paused at the track's start.
+    // Paused at the track's start. What was loaded before is gone, whether this succeeds or not.
     sp_error load(Track& track);
+    // Playing takes the account's token: other sessions that play for it stop. Without a track
+    // SP_ERROR_NO_STREAM_AVAILABLE.
     sp_error play(bool on);
+    // A place outside the track is SP_ERROR_INVALID_INDATA.
     sp_error seek(int offsetMs);
+    // Opens what is likely to be loaded next, so that it starts at once.
     sp_error prefetch(Track& track);
     // Unloads.
     void stop();

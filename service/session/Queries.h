@@ -20,6 +20,9 @@ namespace sonolet::service {
 // Each is told once: with its answer, or with SP_ERROR_OTHER_TRANSIENT when it was cancelled
 // before.
 //
+// A session that was released tells nobody; its queries are loaded nevertheless, for those who hold
+// them.
+//
 // Threads: the owner's, but for what the worker does by itself. The worker must end before this.
 class Queries final {
 public:

@@ -27,8 +27,9 @@ public:
     Scan(const Scan&) = delete;
     Scan& operator=(const Scan&) = delete;
 
-    // Ends the one that is under way.
+    // Ends the one that is under way. Reads the names of the databases anew.
     void start();
+    // Joins its thread; what it has not committed is found again by the next.
     void stop() { scanner.reset(); }
 
     // Sets the catalogue's file aside and makes it again, when the error is a sign that it is

@@ -41,6 +41,7 @@ public:
     // Throws ServiceError for a configuration that cannot be used.
     explicit Session(const sp_session_config& config);
 
+    // A session that could not be made has no thread and has called nothing but its log.
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 

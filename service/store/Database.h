@@ -15,6 +15,9 @@
 namespace sonolet::service {
 
 // A failure of SQLite: what was asked, of which file, and what it answered.
+//
+// What went wrong decides what a session does about it: a file that is damaged is set aside, what
+// passes is tried again by whoever wanted it, and everything else is told.
 class DatabaseError final : public std::runtime_error {
 public:
     DatabaseError(int resultCode, const std::string& databaseFile, const std::string& text)
@@ -181,7 +184,8 @@ private:
     sqlite3_stmt* statement = nullptr;  // owned
 };
 
-// Takes the write lock now and undoes everything unless commit() was called.
+// Takes the write lock now and undoes everything unless commit() was called. Others see all of the
+// change or nothing.
 class Transaction final {
 public:
     explicit Transaction(Database& changed);

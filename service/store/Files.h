@@ -32,7 +32,8 @@ private:
 // A file that becomes shorter meanwhile gives what was there.
 std::optional<std::string> readFile(int file, std::uint64_t largest);
 
-// False with errno for what could not be written.
+// All of the bytes, however many calls that takes. False with errno for what could not be written;
+// a part of them may have been.
 bool writeFile(int file, const std::string& bytes);
 
 }  // namespace sonolet::service
