@@ -35,9 +35,9 @@ orvo::shared_ptr<jspp::number_array> arrayOf(const int* positions, int count) {
 
 }  // namespace
 
-std::vector<PlaylistInstanceEntry>& Playlist::_instances() {
-    static auto& instances = *new std::vector<PlaylistInstanceEntry>;
-    return instances;
+std::vector<PlaylistInstanceEntry>& Playlist::instances() {
+    static auto& living = *new std::vector<PlaylistInstanceEntry>;
+    return living;
 }
 
 Playlist::Playlist() {
@@ -100,8 +100,8 @@ void Playlist::init() {
     loseNamesAtLogout();
     // Last: a constructor that throws leaves no callback behind.
     if (handle) {
-        place = _instances().size();
-        _instances().push_back({handle.get(), this});
+        place = instances().size();
+        instances().push_back({handle.get(), this});
         callbacks = libraryCallbacks();
         sp_playlist_add_callbacks(handle.get(), &callbacks, this);
     }
@@ -116,10 +116,10 @@ void Playlist::releaseHandle() noexcept {
         return;
     }
     // Nobody asks for the order.
-    std::vector<PlaylistInstanceEntry>& instances = _instances();
-    instances[place] = instances.back();
-    instances[place].owner->place = place;
-    instances.pop_back();
+    std::vector<PlaylistInstanceEntry>& living = instances();
+    living[place] = living.back();
+    living[place].owner->place = place;
+    living.pop_back();
     sp_playlist_remove_callbacks(handle.get(), &callbacks, this);
     handle.release();
 }
@@ -181,12 +181,12 @@ void Playlist::placeholderUri(jspp::function_context& context) const {
 
 template <auto Handler, class... Arguments>
 void Playlist::route(sp_playlist* playlist, Arguments... arguments, void* userData) noexcept {
-    const std::vector<PlaylistInstanceEntry>& instances = _instances();
-    const auto entry = std::find_if(
-        instances.begin(), instances.end(), [&](const PlaylistInstanceEntry& instance) {
+    const std::vector<PlaylistInstanceEntry>& living = instances();
+    const auto entry =
+        std::find_if(living.begin(), living.end(), [&](const PlaylistInstanceEntry& instance) {
             return instance.playlist == playlist && instance.owner == userData;
         });
-    if (entry == instances.end()) {
+    if (entry == living.end()) {
         return;
     }
     try {

@@ -86,7 +86,7 @@ private:
 
     // Every living wrapper. Read by callbacks, changed by construction and destruction: all on the
     // script thread. Made on first use, never freed.
-    static std::vector<PlaylistInstanceEntry>& _instances();
+    static std::vector<PlaylistInstanceEntry>& instances();
 
     std::size_t place = 0;  // of this wrapper among the instances, while there is a handle
     sp_playlist_callbacks callbacks{};  // libspotify keeps its address
