@@ -84,9 +84,9 @@ Pixbuf decode(const std::string& picture, int longerSide, const StopFlag& stop) 
     bool written = true;
     const auto goesOn = [&] { return written && !stop && wanted.pixels <= mostPixels; };
     for (std::size_t done = 0; done < picture.size() && goesOn(); done += step) {
-        written = gdk_pixbuf_loader_write(
-                      loader.get(), reinterpret_cast<const guchar*>(picture.data()) + done,
-                      std::min(step, picture.size() - done), &error) != FALSE;
+        written = gdk_pixbuf_loader_write(loader.get(),
+                                          reinterpret_cast<const guchar*>(picture.data()) + done,
+                                          std::min(step, picture.size() - done), &error) != FALSE;
     }
     // A loader must be closed in any case; the first error is the one that tells.
     const bool closed = gdk_pixbuf_loader_close(loader.get(), written ? &error : nullptr) != FALSE;

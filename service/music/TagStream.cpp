@@ -42,8 +42,9 @@ bool TagStream::pay(std::int64_t count) {
 
 TagLib::ByteVector TagStream::readBlock(unsigned long length) {
     const std::int64_t end = place < cutFrom ? std::min(cutFrom, size) : size;
-    const std::int64_t count = std::min<std::int64_t>(std::min<unsigned long>(length, LONG_MAX),
-                                                      std::max<std::int64_t>(end - place, 0));
+    const std::int64_t count =
+        std::min(static_cast<std::int64_t>(std::min<unsigned long>(length, LONG_MAX)),
+                 std::max<std::int64_t>(end - place, 0));
     searchLeft -= count <= smallStep ? count : 0;
     if (count == 0 || searchLeft < 0 || !pay(count)) {
         return {};

@@ -1,5 +1,7 @@
 #include "player/FileSource.h"
 
+#include "player/Handover.h"
+
 #include <gst/base/gstbasesrc.h>
 
 #include <cstdint>
@@ -18,6 +20,7 @@ struct FileSource {
 };
 
 const MusicFile& fileOf(gpointer source) {
+    const Handover visit(source);
     return **static_cast<FileSource*>(source)->file;
 }
 
@@ -66,6 +69,7 @@ gboolean query(GstBaseSrc* source, GstQuery* asked) {
 }
 
 void finalize(GObject* source) {
+    const Handover fromTheirThreads(source);
     delete reinterpret_cast<FileSource*>(source)->file;
     G_OBJECT_CLASS(parentClass)->finalize(source);
 }
@@ -99,6 +103,7 @@ GstElement* makeFileSource(std::shared_ptr<const MusicFile> file) {
     reinterpret_cast<FileSource*>(element)->file = new File(std::move(file));
     constexpr guint blockSize = 64 << 10;
     gst_base_src_set_blocksize(GST_BASE_SRC_CAST(element), blockSize);
+    const Handover toTheirThreads(element);
     return element;
 }
 
