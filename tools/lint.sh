@@ -40,7 +40,7 @@ compiled_of() {
         elif [[ -e $root/${source%.h}.cpp ]]; then
             echo "${source%.h}.cpp"
         else
-            git_here grep -lE "#include \"([^\"]*/)?${source##*/}\"" -- '*.cpp' | head -n 1
+            git_here grep -lE "#include \"([^\"]*/)?${source##*/}\"" -- '*.cpp' | sed -n 1p || true
         fi
     done | sort -u
 }

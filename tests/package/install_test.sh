@@ -20,7 +20,8 @@ check() {
 
 rm -rf "$work"
 mkdir -p "$root" "$work/home"
-check "the packages are built" cpack --config "$build/CPackConfig.cmake" -B "$work"
+check "the packages are built" cpack --config "$build/CPackConfig.cmake" -B "$work" \
+    -D CPACK_DEBIAN_COMPRESSION_TYPE=none
 for package in sonolet-plugin sonolet-host libspotify12-local; do
     files=("$work/${package}"_*.deb)
     check "$package is there" test -f "${files[0]}"

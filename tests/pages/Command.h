@@ -22,6 +22,7 @@ struct Outcome {
 inline Outcome run(const std::vector<std::string>& command,
                    const std::map<std::string, std::string>& variables) {
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command) {
         words.push_back(const_cast<char*>(word.c_str()));
     }
