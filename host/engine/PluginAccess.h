@@ -11,6 +11,7 @@ class PluginCalls;
 
 // Accesses of script as calls of the plug-in: converts what goes in and out, and turns each answer
 // into what script sees.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and a member
 class PluginAccess final : public ObjectAccess {
 public:
     PluginAccess(JSGlobalContextRef scriptContext,

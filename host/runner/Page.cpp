@@ -105,7 +105,7 @@ void Page::run(const std::string& script, const std::string& file) {
     }
 }
 
-JSValueRef Page::evaluate(const std::string& script, const std::string& file) {
+JSValueRef Page::evaluate(const std::string& script, const std::string& file) const {
     const text::EngineString source(script);
     const text::EngineString url(file);
     JSValueRef exception = nullptr;
@@ -114,7 +114,7 @@ JSValueRef Page::evaluate(const std::string& script, const std::string& file) {
 }
 
 // As in a worker, but by path from the page's folder.
-void Page::importScripts(size_t argc, const JSValueRef argv[]) {
+void Page::importScripts(size_t argc, const JSValueRef argv[]) const {
     for (size_t i = 0; i < argc; ++i) {
         const std::string file = (folder / text::toUtf8(context.ref, argv[i])).string();
         if (const JSValueRef exception = evaluate(read(file), file)) {

@@ -53,9 +53,9 @@ private:
     };
 
     void installWindow(bool exposeGc);
-    void importScripts(size_t argc, const JSValueRef argv[]);
+    void importScripts(size_t argc, const JSValueRef argv[]) const;
     // Answers the exception, or null.
-    JSValueRef evaluate(const std::string& script, const std::string& file);
+    JSValueRef evaluate(const std::string& script, const std::string& file) const;
     void reportRejections();
 
     PageOwner& owner;

@@ -24,8 +24,9 @@ Frames soundOf(Frames frames) {
 // wakes the server and of the one that follows it.
 TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
     const Place place("sound");
-    const Outcome played = run({BIN_DIR "/sonolet-host", PAGES_DIR "/two-tracks.js", "--speed",
-                                "20", "--audio", "wav:" + place.file("source.wav")},
+    const std::string page = PAGES_DIR "/two-tracks.js";
+    const Outcome played = run({BIN_DIR "/sonolet-host", page, "--speed", "20", "--audio",
+                                "wav:" + place.file("source.wav")},
                                {});
     ASSERT_EQ(played.exitCode, 0) << played.errors;
     const Frames source =

@@ -28,7 +28,13 @@ public:
         const std::size_t id = answer.find(key) + key.size();
         session += '/' + answer.substr(id, answer.find('"', id) - id);
     }
-    ~WebDriver() { ask("DELETE", "", ""); }
+    ~WebDriver() {
+        try {
+            ask("DELETE", "", "");
+        } catch (const std::exception&) {
+            // Its session goes with it.
+        }
+    }
 
     WebDriver(const WebDriver&) = delete;
     WebDriver& operator=(const WebDriver&) = delete;
