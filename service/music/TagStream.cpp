@@ -15,12 +15,19 @@ constexpr std::int64_t mostInSteps = 4 << 20;
 constexpr std::int64_t longestSearch = 1 << 20;
 // What a step costs, however small.
 constexpr std::int64_t leastCost = 16;
+// A level of boxes takes some 300 bytes, in an instrumented build a few times that.
+constexpr std::ptrdiff_t deepestStack = 512 << 10;
+
+const char* stackHere() {
+    return static_cast<const char*>(__builtin_frame_address(0));
+}
 
 }  // namespace
 
 TagStream::TagStream(const MusicFile& musicFile, const StopFlag& stopFlag)
-    : file(musicFile), stop(stopFlag), size(std::min<std::int64_t>(file.size(), LONG_MAX)),
-      bytesLeft(mostBytes), stepsLeft(mostInSteps), searchLeft(longestSearch) {}
+    : file(musicFile), stop(stopFlag), stack(stackHere()),
+      size(std::min<std::int64_t>(file.size(), LONG_MAX)), bytesLeft(mostBytes),
+      stepsLeft(mostInSteps), searchLeft(longestSearch) {}
 
 void TagStream::cutOut(std::int64_t from, std::int64_t count) {
     cutFrom = from;
@@ -34,7 +41,7 @@ bool TagStream::pay(std::int64_t count) {
     }
     std::int64_t& left = count <= smallStep ? stepsLeft : bytesLeft;
     left -= std::max(count, leastCost);
-    if (current == State::open && left < 0) {
+    if (current == State::open && (left < 0 || stack - stackHere() > deepestStack)) {
         current = State::exhausted;
     }
     return current == State::open;

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 
 namespace sonolet::service {
@@ -16,7 +17,8 @@ namespace sonolet::service {
 // The library looks for what it does not find to the end of a file, in small steps. A search that
 // has seen a mebibyte is told that this is the end. There is a limit for all small steps and one
 // for all that is read; behind these, once the flag is set and when the file cannot be read, the
-// stream is empty, at which the library gives up.
+// stream is empty, at which the library gives up. It does so, too, for a library that has gone
+// down into boxes in boxes, a call for each, until the stack is in danger.
 //
 // Threads: belongs to one, the flag aside. Units: bytes. Ownership: borrows file and flag.
 class TagStream final : public TagLib::IOStream {
@@ -53,7 +55,8 @@ private:
 
     const MusicFile& file;
     const StopFlag& stop;
-    std::int64_t size;  // without what is cut out
+    const char* const stack;  // where its maker stood
+    std::int64_t size;        // without what is cut out
     std::int64_t cutFrom = LONG_MAX;
     std::int64_t cutSize = 0;
     State current = State::open;

@@ -26,6 +26,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace sonolet::service {
@@ -34,6 +35,9 @@ namespace {
 
 constexpr std::array<std::string_view, 11> endings = {"flac", "ogg", "oga", "opus", "mp3", "m4a",
                                                       "m4b",  "mp4", "aac", "wav",  "wave"};
+
+constexpr unsigned mostArtists = 1000;
+constexpr unsigned mostApeItems = 10'000;
 
 std::string endingOf(std::string_view fileName) {
     const std::size_t dot = fileName.rfind('.');
@@ -181,7 +185,11 @@ Tags tagsOf(TagLib::File& file) {
     Tags tags;
     tags.title = first(properties, "TITLE");
     if (const auto artists = properties.find("ARTIST"); artists != properties.end()) {
+        unsigned looked = 0;
         for (const TagLib::String& artist : artists->second) {
+            if (++looked > mostArtists) {
+                break;
+            }
             std::string name = cleaned(artist);
             if (!name.empty() &&
                 std::find(tags.artists.begin(), tags.artists.end(), name) == tags.artists.end()) {
@@ -217,9 +225,30 @@ Tags tagsOf(TagLib::File& file) {
     return tags;
 }
 
+// Whether an APE tag, which is behind the sound and perhaps before an ID3v1 tag, has more items
+// than count: the library takes them all, and there is no way to stop it.
+bool overflowsWithApeItems(const MusicFile& file) {
+    constexpr int footerSize = 32;
+    constexpr int id3v1Size = 128;
+    for (const int behind : {footerSize, footerSize + id3v1Size}) {
+        std::array<unsigned char, 20> footer{};
+        if (file.size() < behind ||
+            file.read(file.size() - behind, footer.data(), footer.size()) < footer.size() ||
+            std::memcmp(footer.data(), "APETAGEX", 8) != 0) {
+            continue;
+        }
+        const std::uint32_t items = footer[16] | footer[17] << 8U | footer[18] << 16U |
+                                    static_cast<std::uint32_t>(footer[19]) << 24U;
+        return items > mostApeItems;
+    }
+    return false;
+}
+
 // The ending decides; Ogg alone hides several formats behind one.
-std::unique_ptr<TagLib::File>
-openFile(TagStream& stream, TagFrames& frames, const std::string& ending) {
+std::unique_ptr<TagLib::File> openFile(const MusicFile& musicFile,
+                                       TagStream& stream,
+                                       TagFrames& frames,
+                                       const std::string& ending) {
     if (ending == "ogg" || ending == "oga") {
         std::unique_ptr<TagLib::File> file = std::make_unique<TagLib::Ogg::Vorbis::File>(&stream);
         if (!file->isValid()) {
@@ -241,6 +270,9 @@ openFile(TagStream& stream, TagFrames& frames, const std::string& ending) {
     }
     if (ending == "m4a" || ending == "m4b" || ending == "mp4") {
         return std::make_unique<TagLib::MP4::File>(&stream);
+    }
+    if (overflowsWithApeItems(musicFile)) {
+        throw UnreadableFile("its tags do not end, or it is damaged");
     }
     // An ADTS stream carries its tags as MP3 does, but has frames of its own.
     return std::make_unique<TagLib::MPEG::File>(&stream, &frames, ending != "aac");
@@ -276,7 +308,7 @@ Tags readTags(const MusicFile& file, const StopFlag& stop) {
             const std::int64_t begin = adtsStart(file);
             stream.cutOut(begin, std::max<std::int64_t>(file.size() - begin - tail, 0));
         }
-        const std::unique_ptr<TagLib::File> tagged = openFile(stream, frames, ending);
+        const std::unique_ptr<TagLib::File> tagged = openFile(file, stream, frames, ending);
         requireOpen(stream);
         if (!tagged->isValid()) {
             throw UnreadableFile("this is no " + ending + " file, or a damaged one");

@@ -169,6 +169,29 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     while (frames.size() < 20U << 20) {
         frames += "TIT2\0\0\0\2\0\0\3a"s;
     }
+    std::string boxes = "\0\0\0\x0c"
+                        "ftypM4A "s;
+    for (unsigned left = 200'000; left-- > 0;) {
+        boxes += {'\0',
+                  static_cast<char>(left >> 13),
+                  static_cast<char>(left >> 5),
+                  static_cast<char>((left & 31) << 3),
+                  'm',
+                  'o',
+                  'o',
+                  'v'};
+    }
+    const std::string soundless = "\xff\xfb\x90\0"s + std::string(413, '\0');
+    music.write("boxes.m4a", boxes);
+    music.write("items.mp3", soundless + soundless + "APETAGEX\xd0\7\0\0\x20\0\0\0\0\0\1\0"s +
+                                 std::string(12, '\0'));
+    std::string artists = "\0\0\0\0\xd0\7\0\0"s;
+    for (int artist = 1000; artist < 3000; ++artist) {
+        artists += "\x0b\0\0\0ARTIST="s + std::to_string(artist);
+    }
+    music.write("crowd.flac",
+                "fLaC\0\0\0\x22\x10\0\x10\0\0\0\0\0\0\0\x0a\xc4\x42\xf0\0\6\xba\xa8"s +
+                    std::string(16, '\0') + "\x84\0\x75\x38"s + artists);
     music.write("bomb.mp3", bomb);
     music.write("frames.mp3", frames);
     for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
@@ -189,13 +212,14 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     // What long files do hold is found all the same, and what is not counted is guessed.
     music.write("long.aac", adtsFrames(20000, 400) + "TAG" + "Long" + std::string(121, '\0'));
     music.write("many.aac", adtsFrames(1500000, 7));
-    EXPECT_THAT(scanned(), HasSubstr(": 2 tracks, 2 new, 0 changed, 0 removed, 7 skipped"));
+    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 9 skipped"));
     const TestSession session(TestSession::State::Scanned);
     const auto duration = [](const char* title) {
         return sp_track_duration(trackOf(TestMusic::link(title)).get());
     };
     EXPECT_EQ(duration("Long"), 20000LL * 1024 * 1000 / 44100);
     EXPECT_NEAR(duration("many"), 1500000LL * 1024 * 1000 / 44100, 100000);
+    EXPECT_EQ(sp_track_num_artists(trackOf(TestMusic::link("crowd")).get()), 1000);
 }
 
 TEST(Catalogue, OpensNothingButRegularFilesAndNeverWaits) {
