@@ -96,15 +96,14 @@ JSValueRef callFunction(JSContextRef context,
     return record->access.call(*record, thisObject, argc, argv, exception);
 }
 
+// Null when it throws: a function of fronts.js does where the stack ends, or the memory.
 JSObjectRef
 call(JSContextRef context, JSObjectRef function, std::initializer_list<JSValueRef> arguments = {}) {
-    JSValueRef exception = nullptr;
     const JSValueRef result = JSObjectCallAsFunction(context, function, nullptr, arguments.size(),
-                                                     arguments.begin(), &exception);
-    if (exception != nullptr) {
-        throw std::runtime_error("fronts.js: " + text::toUtf8(context, exception));
-    }
-    return JSValueIsObject(context, result) ? JSValueToObject(context, result, nullptr) : nullptr;
+                                                     arguments.begin(), nullptr);
+    return result != nullptr && JSValueIsObject(context, result)
+               ? JSValueToObject(context, result, nullptr)
+               : nullptr;
 }
 
 // REQUIRES: the member is an object.
@@ -151,6 +150,9 @@ Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbe
     offer("take", native<&Fronts::takeNative>);
     offer("part", native<&Fronts::partNative>);
     kernel = call(context, JSValueToObject(context, evaluated, nullptr), {natives});
+    if (kernel == nullptr) {
+        throw std::runtime_error("the script engine lacks what fronts.js needs");
+    }
     JSValueProtect(context, kernel);
     makeBatch = member(context, kernel, "makeBatch");
     dropBatch = member(context, kernel, "dropBatch");
@@ -243,8 +245,13 @@ JSObjectRef Fronts::makeObject(std::int32_t& number) {
             each = newNumber();
         }
         shared->batch = batchNumbers;
-        call(context, makeBatch);
         used = 0;
+        batch[0] = nullptr;
+        call(context, makeBatch);
+        if (batch[0] == nullptr) {
+            dropUnused();
+            return nullptr;
+        }
     }
     number = batchNumbers[used];
     return batch[used++];
@@ -262,20 +269,23 @@ JSObjectRef Fronts::make(ObjectRecord& record) {
     const NativeCallbacks& callbacks = record.callbacks;
     if (callbacks.call == nullptr) {
         record.object = makeObject(record.number);
-        table().add(record.object, record);
         reportMemory(costOfObject);
     } else {
         record.object = makeFunction(record);
         if (callbacks.getter != nullptr || callbacks.setter != nullptr) {
+            callables[&record] = record.object;
             record.number = newNumber();
             shared->batch[0] = record.number;
-            callables[&record] = record.object;
             record.object = call(context, makeFunctionFront, {record.object});
-            table().add(record.object, record);
         }
+    }
+    if (record.object == nullptr) {
+        forget(record);
+        return nullptr;
     }
     if (record.number != 0) {
         numbered[static_cast<std::size_t>(record.number)] = &record;
+        table().add(record.object, record);
     }
     // Until it is returned the front lives by being on the stack.
     record.weak.set(context, record.object);

@@ -30,7 +30,8 @@ public:
     Fronts(const Fronts&) = delete;
     Fronts& operator=(const Fronts&) = delete;
 
-    // A new front, which is the record's from here on.
+    // A new front, which is the record's from here on. Null when the engine has no stack or memory
+    // left for it.
     JSObjectRef make(ObjectRecord& record);
 
     // The same for a function that lives as long as the front that keeps it.
@@ -79,7 +80,7 @@ private:
     ObjectRecord* recordNumbered(std::int32_t number) const noexcept {
         return numbered[static_cast<std::size_t>(number)];
     }
-    JSObjectRef makeObject(std::int32_t& number);
+    JSObjectRef makeObject(std::int32_t& number);  // null as make() does
     JSObjectRef makeFunction(ObjectRecord& record);
     void reportMemory(std::size_t bytes);
 

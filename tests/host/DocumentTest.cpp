@@ -233,6 +233,17 @@ TEST_F(DocumentTest, NeitherAPageNorAScriptThatRunsForLongGrows) {
     EXPECT_LE(host.document->objects().size(), 10000U);
 }
 
+TEST_F(DocumentTest, AScriptMayEndTheStackAnywhere) {
+    expect({
+        {"var made = []; function deep() { made.push(Probe.make().text); deep(); }"
+         "for (let i = 0; i < 50; ++i) { try { (function pad(n) { n > 0 ? pad(n - 1) : deep(); "
+         "})(i);"
+         "} catch (e) { made.push(e.name); } } made.includes('RangeError')",
+         "true"},
+        {"Probe.make().text", "first"},
+    });
+}
+
 TEST_F(DocumentTest, ALongListenerDoesNotGrowAndItsCallerKeepsWhatItHas) {
     std::size_t sizeInside = 0;
     host.define("measure", [&] { sizeInside = host.document->objects().size(); });
