@@ -80,7 +80,7 @@ void nativeTrack() {
         }
     }
     report(atMost("Track made and destroyed natively", median(subject), "ns",
-                  "std::make_shared of its size", median(peer), 4));
+                  "std::make_shared of its size", median(peer), 3));
 }
 
 template <class Pointer>

@@ -141,6 +141,10 @@ TEST_F(DocumentTest, ObjectsStandWhatPagesDoToThem) {
         {"Object.prototype.injected = 3; Probe.injected", "3"},
         {"delete Object.prototype.injected; Probe.injected", "undefined"},
         {"new Proxy(Probe, {}).text", "first"},
+        {"const named = Probe.named; [typeof named, named(7), named.constant, named.text = 'x',"
+         "named.text, Probe.named === named, Probe.echo(named) === named, named.call.length]",
+         "function,7,42,x,x,true,true,1"},
+        {"named instanceof Function && named.echo(1) + named.describe(named)", "1native 1"},
         {"const fresh = Probe.make(); fresh.constant; fresh.expando = 1; Reflect.ownKeys(fresh)",
          "expando,constant"},
         {"const many = Probe.make(); for (let i = 0; i < 5000; ++i) many['n' + i % 2500];"

@@ -142,8 +142,11 @@ jsplugin_obj* makeObject(jsplugin_obj* ctx) {
 
 jsplugin_obj* makeFunction(jsplugin_obj* ctx, const std::string& name) {
     jsplugin_obj* object = nullptr;
+    // The one that has names as objects have.
+    const bool hasNames = name == "named";
     const int code =
-        host->create_function(ctx, nullptr, nullptr, call, destructor, nullptr, &object);
+        host->create_function(ctx, hasNames ? getter : nullptr, hasNames ? setter : nullptr, call,
+                              destructor, hasNames ? trace : nullptr, &object);
     return created(code, object, name);
 }
 
@@ -172,8 +175,8 @@ const std::map<std::string, Answer> fixedCalls = {
     {"throwing", {JSP_CALL_EXCEPTION, text("thrown by the plug-in")}},
 };
 const std::set<std::string> functionNames = {
-    "again",   "describe", "echo",     "fire",      "hold",     "listen",   "make",    "missing",
-    "nothing", "readsOf",  "remember", "startPoll", "throwing", "unlisten", "callWith"};
+    "again", "describe", "echo",    "fire",     "hold",      "listen",   "make",     "missing",
+    "named", "nothing",  "readsOf", "remember", "startPoll", "throwing", "unlisten", "callWith"};
 
 int getter(jsplugin_obj* object, const char* nameText, jsplugin_value* result) {
     const std::string name = nameText;
@@ -297,7 +300,7 @@ int call(jsplugin_obj* self,
     if (argc == 0) {
         return answerString(result, JSP_CALL_EXCEPTION, "Not enough arguments");
     }
-    if (name == "echo") {
+    if (name == "echo" || name == "named") {
         return argv[0].type == JSP_TYPE_STRING
                    ? answerString(result, JSP_CALL_VALUE, argv[0].u.string)
                    : answer(result, JSP_CALL_VALUE, argv[0]);
