@@ -212,8 +212,7 @@ int interface::make_function(jsplugin_obj* obj,
                              const function_member* of_class,
                              jsplugin_value* result) const {
     objects().require_object(obj);
-    auto made = std::make_unique<script_function>(
-        script_function{name, of_class ? shared : nullptr, of_class});
+    auto made = std::make_unique<script_function>(name, of_class ? shared : nullptr, of_class);
     jsplugin_obj* function = nullptr;
     const int answer = g_orvo_callbacks->create_function(
         obj, nullptr, nullptr, &_static_call, &_static_call_destructor, nullptr, &function);

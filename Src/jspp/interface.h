@@ -2,6 +2,7 @@
 #define SONOLET_JSPP_INTERFACE_H
 
 #include "jspp/_detail/object_cache.h"
+#include "jspp/_detail/pool.h"
 #include "jspp/function_context.h"
 #include "jspp/name_table.h"
 #include "jspp/orvo/mutex.h"
@@ -101,7 +102,12 @@ private:
 
     // What hangs in the plugin_private of a function object. The member is a shortcut for objects
     // with these class names, and null when an object's own name was read.
-    struct script_function {
+    struct script_function : __detail::pooled<script_function> {
+        script_function(const char* first_name,
+                        const name_table* class_names,
+                        const function_member* class_member)
+            : name(first_name), names(class_names), member(class_member) {}
+
         std::string name;
         const name_table* names;
         const function_member* member;

@@ -1,6 +1,7 @@
 #ifndef SONOLET_JSPP_DETAIL_OBJECT_MANAGER_H
 #define SONOLET_JSPP_DETAIL_OBJECT_MANAGER_H
 
+#include "jspp/_detail/pool.h"
 #include "jspp/orvo/mutex.h"
 
 #include "jsplugin.h"
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <unordered_map>
 #include <utility>
 
@@ -100,7 +102,12 @@ private:
     void forget_last_object(const jsplugin_obj* obj) noexcept;
 
     mutable orvo::Mutex mutex;
-    std::unordered_map<jsplugin_obj*, entry> entries ORVO_GUARDED_BY(mutex);
+    std::unordered_map<jsplugin_obj*,
+                       entry,
+                       std::hash<jsplugin_obj*>,
+                       std::equal_to<>,
+                       pool_allocator<node>>
+        entries ORVO_GUARDED_BY(mutex);
     std::unordered_map<jsplugin_obj*, node*> newest_of ORVO_GUARDED_BY(mutex);  // by document
     serial last_id ORVO_GUARDED_BY(mutex) = 0;
 

@@ -1,6 +1,7 @@
 #ifndef SONOLET_JSPP_DETAIL_PRIVATE_RECORD_H
 #define SONOLET_JSPP_DETAIL_PRIVATE_RECORD_H
 
+#include "jspp/_detail/pool.h"
 #include "jspp/_detail/text_slot.h"
 #include "jspp/orvo/shared_ptr.h"
 
@@ -17,7 +18,7 @@ namespace __detail {
 
 // What hangs in the plugin_private of a script object made for an interface. Freed by the object's
 // destructor, or by the callback that the host was in when it destroyed the object.
-struct private_record {
+struct private_record : pooled<private_record> {
     private_record(const orvo::shared_ptr<interface>& native, jsplugin_obj* home) noexcept
         : self(native), document(home) {}
 
