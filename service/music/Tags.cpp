@@ -28,6 +28,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <numeric>
+#include <utility>
 
 namespace sonolet::service {
 
@@ -37,7 +39,7 @@ constexpr std::array<std::string_view, 11> endings = {"flac", "ogg", "oga", "opu
                                                       "m4b",  "mp4", "aac", "wav",  "wave"};
 
 constexpr unsigned mostArtists = 1000;
-constexpr unsigned mostApeItems = 10'000;
+constexpr unsigned mostItems = 10'000;  // of one tag
 
 std::string endingOf(std::string_view fileName) {
     const std::size_t dot = fileName.rfind('.');
@@ -225,8 +227,68 @@ Tags tagsOf(TagLib::File& file) {
     return tags;
 }
 
-// Whether an APE tag, which is behind the sound and perhaps before an ID3v1 tag, has more items
-// than count: the library takes them all, and there is no way to stop it.
+std::uint32_t littleEndian(const unsigned char* bytes) {
+    return bytes[0] | bytes[1] << 8U | bytes[2] << 16U |
+           static_cast<std::uint32_t>(bytes[3]) << 24U;
+}
+
+// The size of an Ogg page's header with its table, and of its body; 0 where there is no page.
+std::pair<std::int64_t, std::int64_t> oggPage(const MusicFile& file, std::int64_t at) {
+    std::array<unsigned char, 27 + 255> header{};
+    if (file.read(at, header.data(), header.size()) < 27 ||
+        std::memcmp(header.data(), "OggS", 4) != 0) {
+        return {0, 0};
+    }
+    const auto* const table = header.data() + 27;
+    return {27 + header[26], std::accumulate(table, table + header[26], std::int64_t{0})};
+}
+
+// Where Vorbis comments begin, in an Ogg stream behind the name of their packet; 0: nowhere.
+std::int64_t commentsOf(const MusicFile& file) {
+    constexpr int mostBlocks = 1000;
+    std::array<unsigned char, 10> start{};
+    file.read(0, start.data(), start.size());
+    std::int64_t at = 0;
+    if (std::memcmp(start.data(), "ID3", 3) == 0) {
+        at = 10 + (start[6] << 21U | start[7] << 14U | start[8] << 7U | start[9]);
+        file.read(at, start.data(), start.size());
+    }
+    if (std::memcmp(start.data(), "fLaC", 4) == 0) {
+        at += 4;
+        for (int block = 0; block < mostBlocks && file.read(at, start.data(), 4) == 4; ++block) {
+            if ((start[0] & 0x7fU) == 4) {
+                return at + 4;
+            }
+            at += 4 + (start[1] << 16U | start[2] << 8U | start[3]);
+        }
+        return 0;
+    }
+    const auto [firstHeader, firstBody] = oggPage(file, 0);
+    const auto [header, body] = oggPage(file, firstHeader + firstBody);
+    const std::int64_t packet = firstHeader + firstBody + header;
+    if (header == 0 || file.read(packet, start.data(), 8) < 8) {
+        return 0;
+    }
+    if (std::memcmp(start.data(), "OpusTags", 8) == 0) {
+        return packet + 8;
+    }
+    return std::memcmp(start.data(), "\3vorbis", 7) == 0 ? packet + 7
+           : start[0] == 4                               ? packet + 4
+                                                         : 0;
+}
+
+// The library takes all items of a tag, and there is no way to stop it.
+bool overflowsWithComments(const MusicFile& file) {
+    std::array<unsigned char, 4> number{};
+    const std::int64_t at = commentsOf(file);
+    if (at == 0 || file.read(at, number.data(), 4) < 4 ||
+        file.read(at + 4 + littleEndian(number.data()), number.data(), 4) < 4) {
+        return false;
+    }
+    return littleEndian(number.data()) > mostItems;
+}
+
+// The same of an APE tag, which is behind the sound and perhaps before an ID3v1 tag.
 bool overflowsWithApeItems(const MusicFile& file) {
     constexpr int footerSize = 32;
     constexpr int id3v1Size = 128;
@@ -237,9 +299,7 @@ bool overflowsWithApeItems(const MusicFile& file) {
             std::memcmp(footer.data(), "APETAGEX", 8) != 0) {
             continue;
         }
-        const std::uint32_t items = footer[16] | footer[17] << 8U | footer[18] << 16U |
-                                    static_cast<std::uint32_t>(footer[19]) << 24U;
-        return items > mostApeItems;
+        return littleEndian(footer.data() + 16) > mostItems;
     }
     return false;
 }
@@ -249,6 +309,9 @@ std::unique_ptr<TagLib::File> openFile(const MusicFile& musicFile,
                                        TagStream& stream,
                                        TagFrames& frames,
                                        const std::string& ending) {
+    if (overflowsWithComments(musicFile)) {
+        throw UnreadableFile("its tags do not end, or it is damaged");
+    }
     if (ending == "ogg" || ending == "oga") {
         std::unique_ptr<TagLib::File> file = std::make_unique<TagLib::Ogg::Vorbis::File>(&stream);
         if (!file->isValid()) {

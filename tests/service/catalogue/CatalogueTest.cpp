@@ -185,13 +185,32 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     music.write("boxes.m4a", boxes);
     music.write("items.mp3", soundless + soundless + "APETAGEX\xd0\7\0\0\x20\0\0\0\0\0\1\0"s +
                                  std::string(12, '\0'));
+    const std::string flac = "fLaC\0\0\0\x22\x10\0\x10\0\0\0\0\0\0\0\x0a\xc4\x42\xf0\0\6\xba\xa8"s +
+                             std::string(16, '\0');
+    // Twenty thousand comments without a letter.
+    const std::string comments = "\0\0\0\0\x20\x4e\0\0"s + std::string(80'000, '\0');
+    music.write("comments.flac", flac + "\x84\1\x38\x88" + comments);
+    const auto page = [](int kind, const std::string& body) {
+        const std::string table(body.size() / 255 + 1, '\xff');
+        return "OggS\0"s + static_cast<char>(kind) + std::string(20, '\0') +
+               static_cast<char>(table.size()) + table.substr(1) +
+               static_cast<char>(body.size() % 255) + body;
+    };
+    music.write("comments.opus", page(2, "OpusHead\1\2\0\0\x80\xbb\0\0\0\0\0"s) +
+                                     page(0, "OpusTags" + comments.substr(0, 60'000)));
+    for (const char* name : {"comments.flac", "comments.opus"}) {
+        try {
+            service::readTags(service::MusicFile(music.path(name)), service::StopFlag(false));
+            ADD_FAILURE() << name;
+        } catch (const service::UnreadableFile& error) {
+            EXPECT_THAT(error.what(), HasSubstr("its tags do not end")) << name;
+        }
+    }
     std::string artists = "\0\0\0\0\xd0\7\0\0"s;
     for (int artist = 1000; artist < 3000; ++artist) {
         artists += "\x0b\0\0\0ARTIST="s + std::to_string(artist);
     }
-    music.write("crowd.flac",
-                "fLaC\0\0\0\x22\x10\0\x10\0\0\0\0\0\0\0\x0a\xc4\x42\xf0\0\6\xba\xa8"s +
-                    std::string(16, '\0') + "\x84\0\x75\x38"s + artists);
+    music.write("crowd.flac", flac + "\x84\0\x75\x38"s + artists);
     music.write("bomb.mp3", bomb);
     music.write("frames.mp3", frames);
     for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
@@ -212,7 +231,7 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     // What long files do hold is found all the same, and what is not counted is guessed.
     music.write("long.aac", adtsFrames(20000, 400) + "TAG" + "Long" + std::string(121, '\0'));
     music.write("many.aac", adtsFrames(1500000, 7));
-    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 9 skipped"));
+    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 11 skipped"));
     const TestSession session(TestSession::State::Scanned);
     const auto duration = [](const char* title) {
         return sp_track_duration(trackOf(TestMusic::link(title)).get());
