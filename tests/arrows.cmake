@@ -13,7 +13,7 @@ set(service_sees platform)
 # Rooms of the service.
 set(rooms
     "store:"
-    "work:"
+    "threads:"
     "faults: store"
     "music: store"
     "accounts: music store"
@@ -22,9 +22,9 @@ set(rooms
     "objects: accounts catalogue faults store"
     "lists: accounts objects"
     "queries: lists objects search"
-    "images: catalogue music objects store work"
+    "images: catalogue music objects store threads"
     "player: music"
-    "session: accounts catalogue faults images lists music objects player queries store work"
+    "session: accounts catalogue faults images lists music objects player queries store threads"
     "api: images lists objects queries session"
     "tools: accounts catalogue faults search store"
     "demo: tools")

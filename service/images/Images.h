@@ -5,8 +5,8 @@
 #include "images/ImageLoader.h"
 #include "objects/Library.h"
 #include "objects/Shelf.h"
-#include "work/EventQueue.h"
-#include "work/Worker.h"
+#include "threads/EventQueue.h"
+#include "threads/Worker.h"
 
 #include <functional>
 #include <memory>

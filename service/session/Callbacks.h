@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_SESSION_CALLBACKS_H
 #define SONOLET_SERVICE_SESSION_CALLBACKS_H
 
-#include "work/EventQueue.h"
+#include "threads/EventQueue.h"
 
 #include "libspotify/api.h"
 

@@ -3,7 +3,7 @@
 
 #include "queries/Query.h"
 #include "session/LateAnswers.h"
-#include "work/Worker.h"
+#include "threads/Worker.h"
 
 #include <atomic>
 #include <functional>

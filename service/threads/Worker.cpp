@@ -1,4 +1,4 @@
-#include "work/Worker.h"
+#include "threads/Worker.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "work/EventQueue.h"
+#include "threads/EventQueue.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
-#ifndef SONOLET_SERVICE_WORK_WORKER_H
-#define SONOLET_SERVICE_WORK_WORKER_H
+#ifndef SONOLET_SERVICE_THREADS_WORKER_H
+#define SONOLET_SERVICE_THREADS_WORKER_H
 
 #include <atomic>
 #include <condition_variable>
