@@ -31,6 +31,8 @@ struct Account {
 // DatabaseError, and std::runtime_error for a name or password that cannot be used.
 class Accounts final {
 public:
+    // Makes the file, its tables and the first account, if they are not there. A damaged file is an
+    // error here: what becomes of it is for the one who opens it to say.
     explicit Accounts(const std::string& file);
 
     // The canonical form of a name; throws when it cannot be a name.
@@ -41,14 +43,18 @@ public:
     // In whatever spelling; nothing for a name that nobody has.
     std::optional<Account> find(std::string_view name);
 
+    // Throws std::runtime_error, too, for an empty password and for a user who is there already.
+    // Takes as long as a hash is hard: not for the thread that a page waits for.
     void add(std::string_view name, const Secret& password);
     // Forgets blobs and the remembered user with it. False: no such user.
     bool setPassword(std::string_view name, const Secret& password);
+    // His playlists go with him, and leave the containers of others. False: no such user.
     bool remove(std::string_view name);
     // Two letters, in whatever case. False: no such user.
     bool setCountry(std::string_view name, std::string_view country);
 
-    // Both take the same time for a user who does not exist.
+    // Nothing when name and secret do not belong together, whichever of them is wrong.
+    // checkPassword takes the same time for a user who does not exist.
     std::optional<Account> checkPassword(std::string_view name, const Secret& password);
     std::optional<Account> checkBlob(std::string_view name, const Secret& blob);
 
@@ -58,10 +64,12 @@ public:
     // One user is remembered at a time, for the sessions to come.
     void remember(std::int64_t account);
     void forget();
+    // Nothing, too, for one who was removed since.
     std::optional<Account> remembered();
 
     // What sessions are to do, by name; not of an account.
     void setSetting(const char* name, std::string_view value);
+    // Nothing: it was never set.
     std::optional<std::string> setting(const char* name);
 
     // One more play of the track to its end.
@@ -71,6 +79,7 @@ public:
 
     // Who plays for an account: the latest taker's text.
     void takePlayToken(std::int64_t account, const std::string& token);
+    // Empty: nobody has played for this account yet.
     std::string playToken(std::int64_t account);
 
     // Changes whenever another process or thread has changed the file.

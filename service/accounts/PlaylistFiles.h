@@ -24,6 +24,8 @@ class PlaylistFiles final {
 public:
     using Log = std::function<void(std::string line)>;
 
+    // The catalogue and the accounts are opened here, as connections of this object's own. Borrows
+    // the flag.
     PlaylistFiles(std::string musicFolder,
                   const std::string& catalogueFile,
                   const std::string& accountsFile,

@@ -88,12 +88,17 @@ public:
     explicit CatalogueWriter(const std::string& file);
 
     // Empty for one that the catalogue does not know.
+    // Paths of folders are relative to the folder of music, with "/" between and none at the end;
+    // the folder of music itself is "".
     KnownFolder folder(const std::string& path);
     // The paths of the folders that had music when they were last seen.
+    // In no order.
     std::vector<std::string> folders();
+    // How many tracks have a file now: what the log tells in the end.
     std::int64_t presentTracks();
 
     // All or nothing: one transaction, at whose end links, sums and words agree with the files.
+    // Other connections see all of it or nothing; who writes meanwhile waits.
     void apply(const ScanBatch& batch);
 
 private:

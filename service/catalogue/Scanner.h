@@ -41,6 +41,8 @@ struct ScanEvents {
 // the next scan goes on from there.
 class Scanner final {
 public:
+    // The catalogue is made if it is not there. `log` and `finished` must be given, and all three
+    // stay callable until the destructor returns.
     Scanner(std::string musicFolder, std::string catalogueFile, ScanEvents scanEvents);
 
     // Stops within a file and joins.

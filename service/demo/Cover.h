@@ -15,6 +15,7 @@ constexpr int coverSize = 320;
 std::vector<unsigned char> paintCover(const DemoAlbum& album);
 
 // The same as a JPEG file.
+// Throws std::runtime_error with the path and the cause.
 void writeCover(const DemoAlbum& album, const std::string& path);
 
 }  // namespace sonolet::service

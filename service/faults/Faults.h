@@ -38,9 +38,11 @@ public:
 
     bool isOffline() const { return active(Kind::offline) != nullptr; }
     // What every login is answered with.
+    // Nothing: logins are answered as they are on other days.
     std::optional<sp_error> login() const;
     // How much later an answer comes, in the time of the machine.
     Clock::duration delay() const;
+    // Whether a fault names this track now.
     bool isUnavailable(const Id& track) const;
 
     // What has begun, or has ended, since it was asked last. In the order of the times.

@@ -19,20 +19,26 @@ class ImageLoader final {
 public:
     using Log = std::function<void(std::string)>;
 
+    // Nothing is opened yet: the cache's folder is made and the catalogue is opened when the first
+    // image is loaded.
     ImageLoader(const std::string& cacheFolder,
                 std::string catalogue,
                 std::string musicFolder,
                 Log logLine,
                 const StopFlag& stopFlag);
 
+    // From the next load on.
     void setCatalogue(const std::string& file) {
         catalogueFile = file;
         source.reset();
     }
+    // 0: as much as seems right. What is too much goes at once.
     void setCacheSize(std::uint64_t megabytes) { cache.setLimit(megabytes); }
 
-    // The JPEG, or nothing when there is no such image. Throws std::exception when there is one
-    // that cannot be shown.
+    // `id` is 20 bytes: the picture's digest and the size. The JPEG, or nothing when the catalogue
+    // has no such picture or the size is none. Throws std::exception when there is one that cannot
+    // be read, is no picture, or was given up because of the flag. Takes up to some hundred
+    // milliseconds for a picture that is not kept yet.
     std::optional<std::string> load(const std::string& id);
 
 private:

@@ -34,7 +34,8 @@ public:
     Images(const Images&) = delete;
     Images& operator=(const Images&) = delete;
 
-    // `id` is 20 bytes, known or not. The handle is there at once and loads by itself.
+    // `id` is 20 bytes, known or not. The handle is there at once and loads by itself; while a scan
+    // goes on, one that is not found is not given up. Empty after close().
     Ref<sp_image> image(const std::string& id);
     // 0: as much as seems right.
     void setCacheSize(std::uint64_t megabytes);

@@ -28,6 +28,7 @@ namespace sonolet::service {
 // user may not do or what makes no sense, DatabaseError for the rest.
 class Playlist : public Handle {
 public:
+    // For Playlists alone, which has one handle for each list.
     Playlist(std::shared_ptr<Playlists> owner, const Id& listLink);
     ~Playlist() override;
 
@@ -35,6 +36,7 @@ public:
     bool isLoaded() const { return known.id != 0; }
     // Of the list; says nothing when it is not loaded.
     const ListRow& row() const { return known; }
+    // NULL when it is not loaded.
     sp_user* owner();
 
     int trackCount();
@@ -43,7 +45,8 @@ public:
     sp_user* creator(int index);
     const ListEntry* entry(int index);
 
-    // By whoever is logged in.
+    // By whoever is logged in. Before the entry at `position`, or at the end for trackCount(); a
+    // position outside is SP_ERROR_INDEX_OUT_OF_RANGE.
     sp_error addTracks(const std::vector<Id>& tracks, int position);
     sp_error setSeen(int index, bool seen);
 

@@ -22,15 +22,19 @@ class Playlistcontainer : public Handle {
 public:
     enum class View { own, published };
 
+    // For Playlists alone, which has one handle for each container and view. Reads the entries.
     Playlistcontainer(std::shared_ptr<Playlists> owner, ListRow containerRow, View shownView);
     ~Playlistcontainer() override;
 
     int size() const { return contents.size(); }
     // NULL: out of range.
+    // Indexes are from 0, the two ends of a folder counted.
     const ListEntry* entry(int index);
     // Of a folder's ends a handle that is never loaded.
     sp_playlist* playlist(int index);
+    // SP_PLAYLIST_TYPE_PLACEHOLDER for an index outside, and for a playlist that is there no more.
     sp_playlist_type type(int index);
+    // Borrowed; never NULL.
     sp_user* owner() const { return ownerHandle.get(); }
 
     // Appends a playlist of this or another user; NULL when it is there already or nowhere, or when
@@ -38,9 +42,11 @@ public:
     sp_playlist* add(const LinkTarget& link);
 
     void addCallbacks(const sp_playlistcontainer_callbacks* record, void* userdata);
+    // False: that pair is not registered.
     bool removeCallbacks(const sp_playlistcontainer_callbacks* record, const void* userdata);
 
-    // To be called for a line of the log, and when the log was lost.
+    // To be called for a line of the log, and when the log was lost. A line that this has seen
+    // already is passed over; callbacks come from the events.
     void apply(const ListChange& change);
     void reload();
 

@@ -66,6 +66,7 @@ public:
 
     // By whoever is logged in.
     bool isStarred(const Id& track) const;
+    // SP_ERROR_PERMISSION_DENIED while nobody is logged in. The change is in the list at once.
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
 private:

@@ -19,6 +19,7 @@ struct PlaylistFile {
     std::string name;  // empty: it has none
     std::vector<std::string> entries;
 
+    // By the name's ending, in whatever case; nothing is opened.
     static bool isOne(std::string_view fileName);
 
     // Opens the file itself, not what a symbolic link leads to. Throws MalformedPlaylist, also

@@ -40,6 +40,7 @@ protected:
 
 private:
     const StopFlag& stop;
+    // Counted while a tag is read, in functions that the library declares const.
     mutable std::uint64_t compressed = 0;  // bytes
     mutable unsigned frames = 0;
 };

@@ -37,6 +37,7 @@ public:
     }
 
     TagLib::FileName name() const override { return file.path().c_str(); }
+    // Fewer bytes at the end, and none where reading ends.
     TagLib::ByteVector readBlock(unsigned long length) override;
     bool readOnly() const override { return true; }
     bool isOpen() const override { return true; }

@@ -33,7 +33,8 @@ struct Tags {
 bool isMusicFile(std::string_view fileName);
 
 // What the file's ending says it is, it must be. Reads as much as tags and pictures take and no
-// more, whatever the file holds. Throws UnreadableFile, also once `stop` is set.
+// more, whatever the file holds. Throws UnreadableFile, with a cause for the log, also once `stop`
+// is set. Any thread, one for each file.
 Tags readTags(const MusicFile& file, const StopFlag& stop);
 
 }  // namespace sonolet::service

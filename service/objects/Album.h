@@ -14,6 +14,7 @@ namespace sonolet::service {
 // errors are as there.
 class Album : public Handle {
 public:
+    // For Library::album() alone, which has one handle for each id.
     Album(std::shared_ptr<Library> owner, const Id& albumId);
     ~Album() override;
 
@@ -26,7 +27,9 @@ public:
     const std::string& name();
     // 0 when no tag tells.
     int year();
+    // SP_ALBUMTYPE_UNKNOWN until it is loaded.
     sp_albumtype type();
+    // Borrowed, and the same until the catalogue names another.
     sp_artist* artist();
     // An image id of 20 bytes, which lives as long as this, or NULL for an album without a picture.
     const byte* cover(sp_image_size size);

@@ -13,11 +13,13 @@ namespace sonolet::service {
 // errors are as there. The portrait is the cover of the first album.
 class Artist : public Handle {
 public:
+    // For Library::artist() alone, which has one handle for each id.
     Artist(std::shared_ptr<Library> owner, const Id& artistId);
     ~Artist() override;
 
     const Id& id() const { return link; }
 
+    // It was in the catalogue at some time.
     bool isLoaded();
     // Empty or NULL until it is loaded.
     const std::string& name();

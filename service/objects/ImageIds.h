@@ -15,7 +15,8 @@ public:
     // `digest` is pictureDigestSize bytes, or empty for no picture.
     void set(const std::string& digest);
 
-    // 20 bytes, or NULL without a picture or for a size that is none.
+    // 20 bytes, or NULL without a picture or for a size that is none. Borrowed: for a new picture
+    // they change in place, and they go with this object.
     const byte* id(sp_image_size size) const;
 
 private:

@@ -21,6 +21,7 @@ namespace sonolet::service {
 // nothing new to say.
 class Library final : public std::enable_shared_from_this<Library> {
 public:
+    // Neither may be NULL. A scan is taken to be under way until setScanned().
     Library(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
     ~Library();
 
@@ -33,9 +34,10 @@ public:
     Ref<sp_artist> artist(const Id& id);
     Ref<sp_user> user(const std::string& canonicalName);
 
-    // NULL after close().
+    // NULL after close(). Borrowed until exchange() or close().
     Catalogue* catalogue() const { return openCatalogue.get(); }
     Accounts* accounts() const { return openAccounts.get(); }
+    // Handles answer from here on what they have read already.
     void close();
     // Goes on with others, whose music is yet to be scanned; those before.
     std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
@@ -55,6 +57,7 @@ public:
     bool refreshAccounts();
 
     // Why something that is not in the catalogue is not there.
+    // SP_ERROR_IS_LOADING while a scan may still find it.
     sp_error absence() const { return scanning ? SP_ERROR_IS_LOADING : SP_ERROR_OTHER_PERMANENT; }
     void setScanned() { scanning = false; }
     bool isScanning() const { return scanning; }

@@ -31,7 +31,8 @@ public:
 
     const LinkTarget& where() const { return target; }
 
-    // NULL when the link is of another kind. `library` is the living session's.
+    // NULL when the link is of another kind. `library` is the living session's, or NULL, for which
+    // there is no handle. Borrowed: as long as the link, or until it is asked with another library.
     sp_track* track(const std::shared_ptr<Library>& library);
     sp_album* album(const std::shared_ptr<Library>& library);
     sp_artist* artist(const std::shared_ptr<Library>& library);

@@ -13,13 +13,16 @@ namespace sonolet::service {
 // are as there.
 class User : public Handle {
 public:
+    // For Library::user() alone, which has one handle for each name.
     User(std::shared_ptr<Library> owner, std::string canonicalName);
     ~User() override;
 
+    // The account is there: false again once it has been removed.
     bool isLoaded();
     const std::string& canonicalName() const { return name; }
     // The canonical name, for an account that is not there.
     const std::string& displayName();
+    // Empty for an account that this has never seen.
     const std::string& fullName();
 
 private:

@@ -37,6 +37,8 @@ public:
 
     // Starts to decode at once. `readyToRead` is called whenever read() may have something new to
     // say.
+    // What cannot be decoded is no exception: the first read() that knows answers Failed.
+    // `readyToRead` may be called before the constructor has returned.
     Decoder(std::shared_ptr<const MusicFile> musicFile, std::function<void()> readyToRead);
     ~Decoder();
 
@@ -46,7 +48,8 @@ public:
     // Copies up to `count` frames out; fewer are no sign of the end.
     [[nodiscard]] Outcome read(std::int16_t* out, std::size_t count);
 
-    // The next read() goes on from here, also after the end. Behind the end there is nothing.
+    // The next read() goes on from here, also after the end, exact to the frame. Behind the end
+    // there is nothing; below 0 is the start. What is ready already is dropped.
     void seek(int offsetMs);
 
     const std::string& path() const { return file->path(); }

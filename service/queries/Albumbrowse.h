@@ -13,14 +13,17 @@ namespace sonolet::service {
 // ownership are as for Query.
 class Albumbrowse : public QueryFor<sp_albumbrowse> {
 public:
+    // Under way once it is handed to Queries::ask(); until then nobody looks.
     Albumbrowse(Ref<sp_album> browsedAlbum, Callback* completion, void* completionData);
     ~Albumbrowse() override;
 
+    // SP_ERROR_OTHER_PERMANENT for an album that the catalogue does not have.
     sp_error find(QueryStore& store) override;
 
     sp_album* album() const { return browsed.get(); }
 
-    // Empty, 0 or NULL until it is loaded.
+    // Empty, 0 or NULL until it is loaded, and NULL for an index outside. Handles and texts are
+    // borrowed, for as long as this lives.
     sp_artist* artist() const { return artistHandle.get(); }
     int trackCount() const { return size(tracks); }
     sp_track* track(int index) const { return at(tracks, index); }

@@ -18,11 +18,14 @@ public:
                  void* completionData);
     ~Artistbrowse() override;
 
+    // SP_ERROR_INVALID_INDATA for a type that is none, SP_ERROR_OTHER_PERMANENT for an artist that
+    // the catalogue does not have.
     sp_error find(QueryStore& store) override;
 
     sp_artist* artist() const { return browsed.get(); }
 
-    // 0 or NULL until it is loaded.
+    // 0 or NULL until it is loaded, for what the type leaves out, and for an index outside. Handles
+    // are borrowed, for as long as this lives.
     int albumCount() const { return size(albums); }
     sp_album* album(int index) const { return at(albums, index); }
     int topTrackCount() const { return size(topTracks); }

@@ -22,9 +22,11 @@ namespace sonolet::service {
 class Query : public Handle {
 public:
     bool isLoaded() const { return loaded; }
+    // SP_ERROR_IS_LOADING until it is loaded.
     sp_error error() const { return result; }
 
-    // Looks for the answer and keeps it aside; nothing that the owner reads changes.
+    // Looks for the answer and keeps it aside; nothing that the owner reads changes. Answers what
+    // error() is to be. What it throws is a line of the log and SP_ERROR_OTHER_PERMANENT.
     virtual sp_error find(QueryStore& store) = 0;
 
     // The query is loaded from here on: with what was found, or with an error and nothing.

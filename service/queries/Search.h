@@ -17,12 +17,14 @@ namespace sonolet::service {
 // long as it does.
 class Search : public QueryFor<sp_search> {
 public:
+    // The playlists make handles of those that are found.
     Search(SearchRequest searchRequest,
            std::shared_ptr<Playlists> sessionPlaylists,
            Callback* completion,
            void* completionData);
     ~Search() override;
 
+    // SP_ERROR_INVALID_INDATA for a page with a negative number.
     sp_error find(QueryStore& store) override;
 
     // As it was typed.

@@ -40,6 +40,7 @@ public:
 
     // Nothing when the catalogue does not have it.
     std::optional<AlbumContents> album(const Id& id);
+    // What is not wanted is not looked for, and is empty.
     std::optional<ArtistContents> artist(const Id& id, bool withAlbums, bool withTracks);
 
     // Whether there is such an account.

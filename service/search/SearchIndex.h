@@ -48,6 +48,7 @@ struct FoundPlaylist {
     std::string image;
 };
 
+// One page of them, by name.
 struct FoundPlaylists {
     std::vector<FoundPlaylist> lists;
     int total = 0;  // on all pages
@@ -76,7 +77,9 @@ class SearchIndex final {
 public:
     explicit SearchIndex(Database& searched);
 
-    // A text without a word finds nothing; one of an index that is damaged is a DatabaseError.
+    // A text without a word finds nothing; one of an index that is damaged is a DatabaseError. What
+    // was counted and read is kept, so that the first search after a change takes longer. Whoever
+    // asks has seen to it that no page is negative.
     SearchAnswer search(const SearchRequest& request);
 
 private:

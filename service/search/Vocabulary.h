@@ -12,6 +12,7 @@ namespace sonolet::service {
 // for a large catalogue; what was read is kept until the catalogue changes. As for Database.
 class Vocabulary final {
 public:
+    // Knows no word before the first refresh().
     explicit Vocabulary(Database& searched);
 
     // Reads the words when they have changed since.

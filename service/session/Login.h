@@ -22,6 +22,7 @@ namespace sonolet::service {
 // answer that is a failure of the service is SP_ERROR_OTHER_PERMANENT and a line of the log.
 class Login final {
 public:
+    // Borrows what it is given by reference; the worker must have ended before this goes.
     Login(Callbacks& sessionCallbacks,
           LateAnswers& lateAnswers,
           Worker& sessionWorker,
@@ -45,8 +46,11 @@ public:
     sp_error relogin();
     // logged_out comes in its turn, after the queries under way are told that nobody answers them.
     sp_error logout();
+    // Who is logged in stays so.
     sp_error forgetMe() const;
+    // A canonical name.
     std::optional<std::string> rememberedUser() const;
+    // Disconnected: somebody is logged in, and a fault has taken the connection.
     sp_connectionstate connectionState() const;
 
     // NULL while nobody is logged in.
@@ -63,6 +67,8 @@ public:
     // What the locale says; 0 when it names no territory.
     static int homeCountry();
 
+    // Lets go of the handles. What is still under way finds nobody: the callbacks are closed
+    // before.
     void close();
 
 private:

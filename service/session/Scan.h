@@ -27,7 +27,8 @@ public:
     Scan(const Scan&) = delete;
     Scan& operator=(const Scan&) = delete;
 
-    // Ends the one that is under way. Reads the names of the databases anew.
+    // Ends the one that is under way, which may take as long as a read from the disk. Reads the
+    // names of the databases anew. Playlist files are taken only while the accounts are in files.
     void start();
     // Joins its thread; what it has not committed is found again by the next.
     void stop() { scanner.reset(); }

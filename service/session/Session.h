@@ -22,6 +22,7 @@ class ServiceError final : public std::runtime_error {
 public:
     ServiceError(sp_error errorCode, const std::string& text)
         : std::runtime_error(text), code(errorCode) {}
+    // What the caller is answered; what() is for standard error.
     sp_error number() const { return code; }
 
 private:
@@ -51,11 +52,13 @@ public:
     // Joins every thread. The player is silent, the library empty from here on.
     void close();
 
-    // Handles what waits, and tells after how many milliseconds to be called again at the latest.
+    // Handles what waits, and tells after how many milliseconds to be called again at the latest
+    // (0: at once; NULL: nobody asks). What fails meanwhile is a line of the log.
     sp_error processEvents(int* nextTimeout);
     void* userdata() const { return userData; }
 
     const std::shared_ptr<Library>& library() const { return shelves; }
+    // The parts, borrowed: for as long as the session is held.
     Playlists& playlists() const { return *lists; }
     Login& login() const { return *logins; }
     Playback& playback() const { return *player; }
@@ -66,9 +69,11 @@ public:
 
     // `id` is 20 bytes, known or not.
     Ref<sp_image> image(const std::string& id) { return images->image(id); }
-    // For all sessions to come too. 0: as much as seems right.
+    // For all sessions to come too. 0: as much as seems right. DatabaseError when it cannot be
+    // kept.
     sp_error setCacheSize(std::size_t megabytes) const;
 
+    // As Playlists::setStarred(); metadata_updated follows from the events.
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
 protected:

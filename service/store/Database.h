@@ -56,7 +56,8 @@ public:
         power,    // a power cut loses nothing that was committed
     };
 
-    // Makes the file if there is none.
+    // Makes the file if there is none. Throws DatabaseError for one that is no database, or that
+    // cannot be opened; the folder must be there.
     Database(const std::string& path, Durability durability);
     ~Database();
 
@@ -87,6 +88,7 @@ public:
     // Changes whenever another connection, of this process or another, has committed.
     std::int64_t dataVersion();
 
+    // Borrowed, for what this class has no words for.
     sqlite3* handle() const { return connection; }
     // SQLite's full-text search, to be extended; of the connection.
     fts5_api* fullTextSearch();
@@ -143,7 +145,8 @@ public:
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
 
-    // Binds the values to ?1, ?2, ... and starts.
+    // Binds the values to ?1, ?2, ... and starts. Values are copied; a value that is not there
+    // binds NULL, and so does a place without a value. Nothing is read before the first next().
     template <typename... Values>
     Cursor run(const Values&... values) {
         rewind();
@@ -194,6 +197,7 @@ public:
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
+    // Throws when the disk is full: everything is undone then. At most once.
     void commit();
 
 private:

@@ -22,14 +22,16 @@ public:
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
+    // Borrowed: for as long as this lives. Negative: there is no open file.
     int get() const { return number; }
 
 private:
     const int number;  // negative for none
 };
 
-// All of a regular file; nothing for any other kind, one larger than `largest` bytes, or a failure.
-// A file that becomes shorter meanwhile gives what was there.
+// All of a regular file from where it stands; nothing for any other kind, one larger than `largest`
+// bytes, or a failure. A file that becomes shorter meanwhile gives what was there. Blocks as long
+// as the disk does.
 std::optional<std::string> readFile(int file, std::uint64_t largest);
 
 // All of the bytes, however many calls that takes. False with errno for what could not be written;

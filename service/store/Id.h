@@ -28,7 +28,7 @@ struct Id {
 
     // Strict: exactly 22 base-62 digits (0-9, a-z, A-Z) whose value fits in 128 bits.
     static std::optional<Id> fromText(std::string_view text);
-    // 16 of them, as a database has them.
+    // 16 of them, as a database has them; nothing for any other number.
     static std::optional<Id> fromBytes(std::string_view bytes);
 
     std::string text() const;
@@ -41,6 +41,7 @@ struct Id {
 };
 
 // What two spellings of one name have in common: Unicode form, case and white space do not count.
+// Of bytes that are no UTF-8 what stands for them is U+FFFD.
 std::string normalised(std::string_view name);
 
 // Two hexadecimal digits for each byte.

@@ -24,6 +24,8 @@ struct LinkTarget {
 
     // Any bytes; nothing for what is no link.
     static std::optional<LinkTarget> parse(std::string_view link);
+    // The three make what parse() makes of their texts, but that `offsetMs` keeps its part of a
+    // second; less than 0 is 0.
     static LinkTarget track(const Id& id, int offsetMs);
     static LinkTarget playlist(std::string_view user, const Id& id);
     static LinkTarget starred(std::string_view user);

@@ -29,6 +29,7 @@ public:
 
     // How many wait; more may have come when this returns.
     std::size_t size() const;
+    // Drops what waits, too. A second call does nothing.
     void close();
 
 private:

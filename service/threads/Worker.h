@@ -24,7 +24,8 @@ public:
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    // Behind those that wait.
+    // Behind those that wait. A task may post others. What is dropped at the end is destroyed on
+    // the thread that destroys the worker.
     void post(Task task);
 
     // Set once the worker is going: a long task gives up. Any thread.

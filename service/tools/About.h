@@ -7,8 +7,8 @@
 namespace sonolet::service {
 
 // Answers --help, -h and --version on standard output, which every program takes as its first
-// argument; false when it is none of them, and the program goes on. The version is that of the
-// project, compiled in.
+// argument; false when it is none of them, and the program goes on. True: there is nothing more to
+// do, and the program ends with 0. The version is that of the project, compiled in.
 inline bool tellsAbout(const std::string& program, const char* usage, int argc, char** argv) {
     const std::string first = argc > 1 ? argv[1] : "";
     if (first == "--version") {

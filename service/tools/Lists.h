@@ -16,9 +16,10 @@ namespace sonolet::service {
 
 std::string quoted(const std::string& text);
 
-// A number that is all of the text.
+// A number that is all of the text, digits alone; nothing for any other text.
 std::optional<std::size_t> number(const std::string& text);
 
+// The canonical link of a playlist, or of a user's starred list.
 std::string linkOf(const ListRow& list);
 
 // One user's lists, and what the arguments of a command line mean among them.
@@ -26,6 +27,8 @@ std::string linkOf(const ListRow& list);
 // Threads: one. Errors: std::runtime_error that says in words for the terminal which name leads
 // nowhere or to several; DatabaseError.
 struct Lists {
+    // Opens accounts and catalogue, also beside a session that runs, which sees each change when it
+    // looks for changes next.
     explicit Lists(const StatePaths& paths);
 
     // To be called first.
