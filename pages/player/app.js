@@ -1,17 +1,17 @@
 // @ts-check
 // Starts the player and joins its parts: the session decides whether the sign-in or the app is seen.
 
-import { closeDialog, openDialog } from "./dialog.js";
-import { byId, h, icon, replace } from "./dom.js";
-import { forgetImages } from "./images.js";
-import { shownName, watchMetadata } from "./library.js";
-import { notify } from "./notices.js";
-import { reset, watchPlayer } from "./playback.js";
-import { startRemote } from "./remote.js";
-import { parseAddress, startRouter, stopRouter } from "./router.js";
-import { Scope } from "./scope.js";
-import { connection, signOut, signedIn, signedOut, startSession } from "./session.js";
-import { startTheme, toggleTheme } from "./theme.js";
+import { closeDialog, openDialog, openMenu } from "./page/dialog.js";
+import { byId, h, icon, replace } from "./page/dom.js";
+import { forgetImages } from "./music/images.js";
+import { shownName, watchMetadata } from "./music/library.js";
+import { notify } from "./page/notices.js";
+import { reset, watchPlayer } from "./music/playback.js";
+import { startRemote } from "./page/remote.js";
+import { parseAddress, startRouter, stopRouter } from "./page/router.js";
+import { Scope } from "./page/scope.js";
+import { connection, signOut, signedIn, signedOut, startSession } from "./music/session.js";
+import { hasMargins, setMargins, startTheme, toggleTheme } from "./page/theme.js";
 import { albumView } from "./views/album.js";
 import { artistView } from "./views/artist.js";
 import { homeView } from "./views/home.js";
@@ -54,13 +54,8 @@ function start() {
     startSignIn();
     startSearchField();
     startPlayerBar();
-    byId("theme").addEventListener("click", toggleTheme);
-    byId("keys").addEventListener("click", showKeys);
+    byId("menu").addEventListener("click", showMenu);
     byId("back").addEventListener("click", () => history.back());
-    byId("sign-out").addEventListener("click", () => {
-        closeApp();
-        signOut();
-    });
     signedIn.add(openApp);
     signedOut.add((why) => {
         closeApp();
@@ -104,6 +99,19 @@ function closeApp() {
         signedInScope = null;
         forgetImages();
     }
+}
+
+function showMenu() {
+    openMenu(shownName(), [
+        { label: "Light or dark", icon: icon("theme"), run: toggleTheme },
+        { label: hasMargins() ? "No margins" : "Margins for a television that hides its edges",
+            icon: icon("screen"), run: () => setMargins(!hasMargins()) },
+        { label: "Keys", icon: icon("keys"), run: showKeys },
+        { label: "Sign out", icon: icon("exit"), run: () => {
+            closeApp();
+            signOut();
+        } },
+    ]);
 }
 
 function showKeys() {

@@ -1,73 +1,12 @@
-#include "Command.h"
-#include "Place.h"
-#include "WebDriver.h"
+#include "PlayerPage.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 using testing::HasSubstr;
 
 namespace {
 
-// For the body of every function that runs in the page. Keys go where the focus is.
-constexpr const char* helpers = R"js(
-    const find = (selector) => document.querySelector(selector);
-    const text = (selector) => find(selector) ? find(selector).textContent : '';
-    const until = (look) => new Promise((resolve, reject) => {
-        const end = performance.now() + 100000;
-        const poll = () => {
-            const seen = look();
-            seen ? resolve(seen) : performance.now() < end ? setTimeout(poll, 20)
-                : reject(`nothing for ${look}; there is ${document.body.innerText}`);
-        };
-        poll();
-    });
-    const press = (...keys) => keys.forEach((key) => document.activeElement.dispatchEvent(
-        new KeyboardEvent('keydown', { key, bubbles: true, cancelable: true })));
-    const fill = (selector, value) => {
-        find(selector).value = value;
-        find(selector).dispatchEvent(new Event('input'));
-    };
-    const signIn = (password) => {
-        fill('#name', 'listener');
-        fill('#password', password);
-        find('#signin-button').click();
-    };
-    const focused = () => document.activeElement.getAttribute('aria-label') ||
-        document.activeElement.textContent;
-)js";
-
-// The player in a browser, as a person uses it.
-class Player : public testing::Test {
-protected:
-    Player() { page.open("file://" PLAYER_DIR "/index.html"); }
-
-    std::string evaluate(const std::string& body) { return page.evaluate(helpers + body); }
-
-    // Signs in and, when the library has been read, goes to a place of the player.
-    void enter(const std::string& address) {
-        const std::string outcome =
-            evaluate("await until(() => !find('#signin').hidden); signIn('listener');"
-                     "await until(() => find('.card')); location.hash = '" +
-                     address + "'; return 'there';");
-        ASSERT_EQ(outcome, R"("there")");
-    }
-
-    // Another process of the same user; what it prints.
-    static std::string playlist(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), BIN_DIR "/sonolet-playlist");
-        const Outcome outcome = run(arguments, {});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        return outcome.output.substr(0, outcome.output.find('\n'));
-    }
-
-    Place place{std::string("player") +
-                testing::UnitTest::GetInstance()->current_test_info()->name()};
-    WebDriver page{{"--audio", "null"}};
-};
+class Player : public PlayerPage {};
 
 TEST_F(Player, SaysThatThePasswordIsWrongAndLetsTryAgain) {
     EXPECT_EQ(evaluate("await until(() => !find('#signin').hidden); signIn('wrong');"

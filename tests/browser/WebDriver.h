@@ -42,6 +42,14 @@ public:
     void open(const std::string& address) {
         call("POST", "/url", "{\"url\":" + quoted(address) + "}");
     }
+    // The page's size, once it has it.
+    void resize(int width, int height) {
+        const std::string size = std::to_string(width) + ',' + std::to_string(height);
+        call("POST", "/window/rect",
+             "{\"width\":" + std::to_string(width) + ",\"height\":" + std::to_string(height) + '}');
+        evaluate("while (`${[innerWidth, innerHeight]}` !== '" + size +
+                 "') { await new Promise(requestAnimationFrame); }");
+    }
     void reload() { call("POST", "/refresh", "{}"); }
 
     // Runs the body of an async function in the page; what it returns, as JSON.

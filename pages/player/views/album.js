@@ -1,14 +1,14 @@
 // @ts-check
 
-import { clock, counted, h, put } from "../dom.js";
-import { tint } from "../images.js";
-import { ImageSize, browseAlbum, coverId, describeAlbum, findAlbum, list, path } from "../library.js";
-import { remember } from "../router.js";
-import { FixedTracks } from "../tracklist.js";
+import { clock, counted, h, named, put } from "../page/dom.js";
+import { tint } from "../music/images.js";
+import { ImageSize, browseAlbum, coverId, describeAlbum, findAlbum, list, path } from "../music/library.js";
+import { remember } from "../page/router.js";
+import { FixedTracks } from "../music/tracklist.js";
 import { cover, hero, playButtons } from "./parts.js";
 import { playAsked, playFrom, trackTable } from "./track-table.js";
 
-/** @param {import("../router.js").View} view */
+/** @param {import("../page/router.js").View} view */
 export async function albumView({ root, scope, args, options, subject, title }) {
     /** @type {Spotify.Album} */
     const album = subject || await scope.until(findAlbum(args));
@@ -27,7 +27,7 @@ export async function albumView({ root, scope, args, options, subject, title }) 
         hero({
             picture, kind, title: about.title,
             facts: [
-                h("a", { href: artist, onclick: () => remember(artist, browsed.artist()) }, about.artist),
+                h("a", { href: artist, onclick: () => remember(artist, browsed.artist()) }, named(about.artist)),
                 [about.year || "", counted(tracks.length, "track"), totalTime(tracks)]
                     .filter(Boolean).map((fact) => ` · ${fact}`).join(""),
             ],

@@ -1,12 +1,12 @@
 // @ts-check
 
-import { counted, h, put } from "../dom.js";
-import { ImageSize, attempt, browseArtist, findArtist, list } from "../library.js";
-import { FixedTracks } from "../tracklist.js";
+import { counted, h, put } from "../page/dom.js";
+import { ImageSize, attempt, browseArtist, findArtist, list } from "../music/library.js";
+import { FixedTracks } from "../music/tracklist.js";
 import { albumCard, cover, empty, hero, playButtons, section } from "./parts.js";
 import { playFrom, trackTable } from "./track-table.js";
 
-/** @param {import("../router.js").View} view */
+/** @param {import("../page/router.js").View} view */
 export async function artistView({ root, scope, args, subject, title }) {
     /** @type {Spotify.Artist} */
     const artist = subject || await scope.until(findArtist(args));

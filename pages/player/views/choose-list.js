@@ -1,12 +1,12 @@
 // @ts-check
 
-import { openDialog } from "../dialog.js";
-import { counted, h, icon, put } from "../dom.js";
-import { addTo, list, mayChange } from "../library.js";
-import { notify } from "../notices.js";
+import { openDialog } from "../page/dialog.js";
+import { counted, h, icon, named, put, quoted } from "../page/dom.js";
+import { addTo, list, mayChange } from "../music/library.js";
+import { notify } from "../page/notices.js";
 import { empty } from "./parts.js";
 
-/** @typedef {import("../library.js").TrackInfo} TrackInfo */
+/** @typedef {import("../music/library.js").TrackInfo} TrackInfo */
 
 /**
  * Asks for one of the user's playlists and adds the track to it.
@@ -20,17 +20,17 @@ export function chooseList(track, info) {
         .filter((i) => container.playlistType(i) === SP_PLAYLIST_TYPE_PLAYLIST)
         .map((i) => container.playlist(i))
         .filter(mayChange);
-    openDialog(`Add “${info.title}” to`, (body, close) => {
+    openDialog(`Add ${quoted(info.title)} to`, (body, close) => {
         const menu = h("div", { class: "menu" });
         for (const playlist of playlists) {
             put(menu, h("button", { type: "button", class: "menu-item", onclick: () => {
                 close();
                 if (addTo(playlist, track)) {
-                    notify(`“${info.title}” is now in “${playlist.name()}”.`);
+                    notify(`${quoted(info.title)} is now in ${quoted(playlist.name())}.`);
                 } else {
-                    notify(`“${playlist.name()}” could not be changed.`, null, "error");
+                    notify(`${quoted(playlist.name())} could not be changed.`, null, "error");
                 }
-            } }, icon("list"), h("span", null, playlist.name()),
+            } }, icon("list"), named(playlist.name()),
             h("span", { class: "menu-note" }, counted(playlist.numTracks(), "track"))));
         }
         body.append(playlists.length > 0 ? menu : empty("list", "No playlist",

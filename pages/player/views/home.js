@@ -1,15 +1,15 @@
 // @ts-check
 
-import { h, put, replace } from "../dom.js";
-import { albumsOf, list, metadataArrived, search, shownName, topList } from "../library.js";
-import { debounce } from "../scope.js";
-import { FixedTracks } from "../tracklist.js";
+import { h, put, replace } from "../page/dom.js";
+import { albumsOf, list, metadataArrived, search, shownName, topList } from "../music/library.js";
+import { debounce } from "../page/scope.js";
+import { FixedTracks } from "../music/tracklist.js";
 import { albumCard, empty, section } from "./parts.js";
 import { trackTable } from "./track-table.js";
 
 const MOST_ALBUMS = 12;
 
-/** @typedef {import("../router.js").View} View */
+/** @typedef {import("../page/router.js").View} View */
 
 /** @param {View} view */
 export async function homeView(view) {

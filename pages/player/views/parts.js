@@ -1,12 +1,12 @@
 // @ts-check
 // What several views are made of.
 
-import { h, icon } from "../dom.js";
-import { showImage } from "../images.js";
-import { ImageSize, attempt, coverId, describeAlbum, path } from "../library.js";
-import { remember } from "../router.js";
+import { h, icon, named } from "../page/dom.js";
+import { showImage } from "../music/images.js";
+import { ImageSize, attempt, coverId, describeAlbum, path } from "../music/library.js";
+import { remember } from "../page/router.js";
 
-/** @typedef {import("../dom.js").Child} Child */
+/** @typedef {import("../page/dom.js").Child} Child */
 
 /**
  * A picture's place; it has a drawing of its own until and unless there is a picture.
@@ -38,8 +38,9 @@ export function albumCard(album) {
     return h("a", { class: "card", href: address, "data-key": address,
         onclick: () => remember(address, album) },
     cover(coverId(album, ImageSize.normal)),
-    h("span", { class: "card-title" }, title),
-    h("span", { class: "card-note" }, [artist, year || ""].filter(Boolean).join(" · ")));
+    h("span", { class: "card-title two-lines" }, named(title)),
+    h("span", { class: "card-note two-lines" }, artist && named(artist), artist && year ? " · " : "",
+        year ? String(year) : ""));
 }
 
 /** @param {Spotify.Artist} artist */
@@ -49,7 +50,7 @@ export function artistCard(artist) {
     return h("a", { class: "card round", href: address, "data-key": address,
         onclick: () => remember(address, artist) },
     cover(attempt(() => artist.portrait(ImageSize.normal), "")),
-    h("span", { class: "card-title" }, name),
+    h("span", { class: "card-title two-lines" }, named(name)),
     h("span", { class: "card-note" }, "Artist"));
 }
 
@@ -75,7 +76,7 @@ export function hero({ picture, kind, title, facts = [], actions = [] }) {
         picture,
         h("div", { class: "hero-text" },
             h("p", { class: "kind" }, kind),
-            h("h1", { class: title.length > 28 ? "long" : "" }, title),
+            h("h1", { class: title.length > 28 ? "two-lines long" : "two-lines" }, named(title)),
             h("p", { class: "facts" }, facts),
             h("div", { class: "actions" }, actions)));
 }
@@ -104,7 +105,7 @@ export function button(name, label, onclick, kind = "quiet") {
 
 /**
  * Play and shuffle, for a whole list.
- * @param {import("../tracklist.js").TrackList} tracks
+ * @param {import("../music/tracklist.js").TrackList} tracks
  * @param {(index: number, shuffled: boolean) => void} play */
 export function playButtons(tracks, play) {
     const start = button("play", "Play", () => play(0, false), "primary");

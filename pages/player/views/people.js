@@ -1,12 +1,12 @@
 // @ts-check
 
-import { counted, h, icon, put } from "../dom.js";
-import { list, path } from "../library.js";
+import { counted, h, icon, named, put } from "../page/dom.js";
+import { list, path } from "../music/library.js";
 import { empty } from "./parts.js";
 
 /**
  * Everybody else, or what one of them has published.
- * @param {import("../router.js").View} view
+ * @param {import("../page/router.js").View} view
  */
 export async function peopleView({ root, scope, args, title }) {
     const { Session } = Spotify;
@@ -17,7 +17,7 @@ export async function peopleView({ root, scope, args, title }) {
         put(root, names.length === 0
             ? empty("people", "Nobody else", "Other accounts of this service are listed here.")
             : h("div", { class: "menu" }, names.map((name) => h("a", { class: "menu-item",
-                href: path("people", name), "data-key": name }, icon("people"), name))));
+                href: path("people", name), "data-key": name }, icon("people"), named(name)))));
         return;
     }
     const [name] = args;
@@ -36,7 +36,7 @@ export async function peopleView({ root, scope, args, title }) {
         }
     };
     title(name);
-    put(root, h("h1", null, name), lists);
+    put(root, h("h1", null, named(name)), lists);
     scope.listen(container, "ContainerLoaded", fill);
     fill();
 }
@@ -44,5 +44,5 @@ export async function peopleView({ root, scope, args, title }) {
 /** @param {string} href @param {string} name @param {string} label @param {string} note */
 function item(href, name, label, note) {
     return h("a", { class: "menu-item", href, "data-key": href },
-        icon(name), h("span", null, label), h("span", { class: "menu-note" }, note));
+        icon(name), named(label), h("span", { class: "menu-note" }, note));
 }

@@ -1,11 +1,11 @@
 // @ts-check
 // The bar below all views: what plays, where it is, and the buttons.
 
-import { byId, clock, h, icon, replace } from "../dom.js";
-import { showImage } from "../images.js";
-import { starsChanged } from "../library.js";
-import { changed, next, now, previous, progressed, queue, seek, toggle } from "../playback.js";
-import { debounce } from "../scope.js";
+import { byId, clock, h, icon, named, replace } from "../page/dom.js";
+import { showImage } from "../music/images.js";
+import { starsChanged } from "../music/library.js";
+import { changed, next, now, previous, progressed, queue, seek, toggle } from "../music/playback.js";
+import { debounce } from "../page/scope.js";
 import { openAlbum, openArtist, setStar } from "./track-table.js";
 
 const STEP = 5000; // of the arrow keys, in milliseconds
@@ -80,9 +80,9 @@ function fill() {
     showImage(byId("bar-cover"), info ? info.cover : "");
     replace(byId("bar-text"), info
         ? [h("button", { type: "button", class: "text-button bar-title", onclick: () => openAlbum(track) },
-            info.title),
+            h("span", { class: "two-lines" }, named(info.title))),
         h("button", { type: "button", class: "text-button bar-artists", onclick: () => openArtist(track) },
-            info.artists.join(", "))]
+            h("span", { class: "two-lines" }, named(info.artists.join(", "))))]
         : h("span", { class: "bar-artists" }, "Nothing is playing"));
     fillStar();
 }

@@ -1,16 +1,16 @@
 // @ts-check
 // What plays, large, and the queue.
 
-import { byId, h, iconButton, put, replace } from "../dom.js";
-import { tint } from "../images.js";
-import { ImageSize, albumOf, coverId } from "../library.js";
-import { changed, now, queue, skip } from "../playback.js";
-import { debounce } from "../scope.js";
-import { VirtualList } from "../virtual-list.js";
+import { byId, h, iconButton, named, put, replace } from "../page/dom.js";
+import { tint } from "../music/images.js";
+import { ImageSize, albumOf, coverId } from "../music/library.js";
+import { changed, now, queue, skip } from "../music/playback.js";
+import { debounce } from "../page/scope.js";
+import { VirtualList } from "../page/virtual-list.js";
 import { cover, empty, section } from "./parts.js";
 import { openAlbum, openArtist, trackRow } from "./track-table.js";
 
-/** @param {import("../router.js").View} view */
+/** @param {import("../page/router.js").View} view */
 export async function playingView({ root, scope, title }) {
     title("Now playing");
     root.classList.add("playing");
@@ -27,20 +27,21 @@ export async function playingView({ root, scope, title }) {
         shown = key;
         if (now.info === null || now.track === null) {
             replace(left, h("h1", { class: "unseen" }, "Now playing"),
-                empty("note", "Nothing is playing", "Choose a track or an album to begin."));
+                empty("note", "Nothing is playing", "Choose a track or an album to begin.",
+                    h("a", { class: "button quiet", href: "#/home" }, "To the library")));
             return;
         }
         const { track, info } = now;
         const picture = cover(coverId(albumOf(track), ImageSize.large), "largest");
         tint(picture, scope);
         replace(left, picture,
-            h("h1", { class: info.title.length > 28 ? "long" : "" }, info.title),
+            h("h1", { class: info.title.length > 28 ? "two-lines long" : "two-lines" }, named(info.title)),
             h("p", { class: "facts" },
                 h("button", { type: "button", class: "text-button", onclick: () => openArtist(track) },
-                    info.artists.join(", ")),
+                    named(info.artists.join(", "))),
                 " · ",
                 h("button", { type: "button", class: "text-button", onclick: () => openAlbum(track) },
-                    info.album)));
+                    named(info.album))));
     };
     const table = new VirtualList({
         scroller: byId("main"), scope, label: "Queue", length: queue.remaining,

@@ -1,14 +1,14 @@
 // @ts-check
 
-import { counted, h, put, replace } from "../dom.js";
-import { ImageSize, albumOf, attempt, coverId, list, mayChange, ownName, path } from "../library.js";
-import { notify } from "../notices.js";
-import { debounce } from "../scope.js";
-import { PlaylistTracks } from "../tracklist.js";
+import { counted, h, named, put, quoted, replace } from "../page/dom.js";
+import { ImageSize, albumOf, attempt, coverId, list, mayChange, ownName, path } from "../music/library.js";
+import { notify } from "../page/notices.js";
+import { debounce } from "../page/scope.js";
+import { PlaylistTracks } from "../music/tracklist.js";
 import { cover, empty, hero, mosaic, playButtons, button } from "./parts.js";
 import { playAsked, playFrom, trackTable } from "./track-table.js";
 
-/** @typedef {import("../router.js").View} View */
+/** @typedef {import("../page/router.js").View} View */
 
 /** @param {View} view */
 export async function playlistView(view) {
@@ -94,7 +94,7 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
 function facts(playlist) {
     const owner = attempt(() => playlist.owner().canonicalName(), "");
     return [
-        owner !== "" && owner !== ownName() && h("a", { href: path("people", owner) }, owner),
+        owner !== "" && owner !== ownName() && h("a", { href: path("people", owner) }, named(owner)),
         [counted(playlist.numTracks(), "track"), playlist.isCollaborative() && "everyone may add",
             playlist.getDescription()].filter(Boolean).join(" · "),
     ];
@@ -128,6 +128,6 @@ function addButton(playlist) {
         container.playlistType(i) === SP_PLAYLIST_TYPE_PLAYLIST && container.playlist(i).uri() === link);
     return there ? [] : [button("plus", "Keep", () => {
         container.addPlaylist(playlist);
-        notify(`“${playlist.name()}” is among your playlists.`);
+        notify(`${quoted(playlist.name())} is among your playlists.`);
     })];
 }

@@ -1,12 +1,12 @@
 // @ts-check
 // Search as one types.
 
-import { byId, counted, h, put, replace } from "../dom.js";
-import { albumsOf, artistsOf, path, search } from "../library.js";
-import { announce } from "../notices.js";
-import { go, parseAddress, readdress } from "../router.js";
-import { Scope, Signal, debounce } from "../scope.js";
-import { SearchTracks } from "../tracklist.js";
+import { byId, counted, h, put, quoted, replace } from "../page/dom.js";
+import { albumsOf, artistsOf, path, search } from "../music/library.js";
+import { announce } from "../page/notices.js";
+import { go, parseAddress, readdress } from "../page/router.js";
+import { Scope, Signal, debounce } from "../page/scope.js";
+import { SearchTracks } from "../music/tracklist.js";
 import { albumCard, artistCard, empty, section } from "./parts.js";
 import { trackTable } from "./track-table.js";
 
@@ -43,13 +43,13 @@ export function startSearchField() {
     byId("search-form").addEventListener("submit", (event) => event.preventDefault());
 }
 
-/** @param {import("../router.js").View} view */
+/** @param {import("../page/router.js").View} view */
 export async function searchView({ root, scope, args, title }) {
     let answers = new Scope();
     let wanted = "";
     const show = async (/** @type {string} */ query) => {
         wanted = query;
-        title(query ? `“${query}”` : "Search");
+        title(query ? quoted(query) : "Search");
         const found = query === "" ? null : await scope.until(search(query,
             { tracks: SearchTracks.page, albums: 10, artists: 4 }));
         if (query !== wanted) {
@@ -104,7 +104,7 @@ function showResults(root, scope, query, found) {
         `${counted(found.totalAlbums(), "album")}, ${counted(found.totalArtists(), "artist")}`);
     if (total === 0) {
         const better = found.didYouMean();
-        put(root, empty("search", `Nothing found for “${query}”`,
+        put(root, empty("search", `Nothing found for ${quoted(query)}`,
             better ? "Perhaps you mean something else:" : "Try fewer or other words.",
             better && h("a", { class: "button primary", href: path("search", better) }, better)));
         return;

@@ -2,15 +2,15 @@
 // The user's playlists and folders. The interface lets a page add a playlist that exists, by its
 // link; what is made, renamed, moved or removed elsewhere shows here as it happens.
 
-import { openDialog } from "../dialog.js";
-import { byId, h, icon, put, replace } from "../dom.js";
-import { attempt, list, path, watchStars } from "../library.js";
-import { notify } from "../notices.js";
-import { parseAddress } from "../router.js";
-import { debounce } from "../scope.js";
-import { VirtualList } from "../virtual-list.js";
+import { openDialog } from "../page/dialog.js";
+import { byId, h, icon, put, quoted, replace } from "../page/dom.js";
+import { attempt, list, path, watchStars } from "../music/library.js";
+import { notify } from "../page/notices.js";
+import { parseAddress } from "../page/router.js";
+import { debounce } from "../page/scope.js";
+import { VirtualList } from "../page/virtual-list.js";
 
-/** @typedef {import("../scope.js").Scope} Scope */
+/** @typedef {import("../page/scope.js").Scope} Scope */
 
 /**
  * A line of the tree.
@@ -34,7 +34,7 @@ export function fillSidebar(scope) {
     /** @type {Entry[]} */
     let entries = [];
     const tree = new VirtualList({
-        scroller: byId("lists"), scope, label: "Playlists", role: "tree", length: 0,
+        scroller: byId("places"), scope, label: "Playlists", role: "tree", length: 0,
         row: (index, rowScope) => row(container, entries[index], rowScope, build),
     });
     const build = () => {
@@ -108,7 +108,7 @@ function row(container, { index, depth, kind, folder = 0 }, scope, rebuild) {
         };
         line.setAttribute("aria-expanded", String(!shut.has(folder)));
         put(line, icon("folder"),
-            h("span", { class: "tree-name" }, container.playlistFolderName(index)), icon("chevron"));
+            h("bdi", { class: "tree-name two-lines" }, container.playlistFolderName(index)), icon("chevron"));
         line.addEventListener("click", flip);
         line.addEventListener("keydown", (event) => {
             if (event.key === "Enter") {
@@ -119,7 +119,7 @@ function row(container, { index, depth, kind, folder = 0 }, scope, rebuild) {
     }
     const playlist = container.playlist(index);
     const uri = playlist.uri();
-    const name = h("span", { class: "tree-name" });
+    const name = h("bdi", { class: "tree-name two-lines" });
     const fill = () => {
         name.textContent = playlist.name() || (playlist.isLoaded() ? "(no name)" : "…");
     };
@@ -157,8 +157,8 @@ function askForLink(container) {
             const before = container.numPlaylists();
             container.addPlaylist(playlist);
             close();
-            notify(container.numPlaylists() > before ? `“${playlist.name()}” is among your playlists.`
-                : `“${playlist.name()}” is among your playlists already.`);
+            notify(`${quoted(playlist.name())} is among your playlists${
+                container.numPlaylists() > before ? "" : " already"}.`);
         } },
         h("label", { for: "list-link" }, "Link of the playlist"), field, error,
         h("button", { class: "button primary" }, "Add")));

@@ -1,7 +1,7 @@
 // @ts-check
 
-import { byId, icon, replace } from "../dom.js";
-import { signIn } from "../session.js";
+import { byId, icon, replace } from "../page/dom.js";
+import { signIn } from "../music/session.js";
 
 /** @type {() => HTMLInputElement} */
 const nameField = () => byId("name");

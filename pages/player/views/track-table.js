@@ -1,20 +1,20 @@
 // @ts-check
 // A table of tracks: what rows look like, and what can be done with one track.
 
-import { openMenu } from "../dialog.js";
-import { byId, clock, h, icon, iconButton, replace } from "../dom.js";
-import { showImage } from "../images.js";
+import { openMenu } from "../page/dialog.js";
+import { byId, clock, h, icon, iconButton, named, quoted, replace } from "../page/dom.js";
+import { showImage } from "../music/images.js";
 import { albumOf, attempt, describeAlbum, describeTrack, metadataArrived, path, starsChanged }
-    from "../library.js";
-import { notify } from "../notices.js";
-import { changed, now, play, queue, toggle } from "../playback.js";
-import { go, remember } from "../router.js";
-import { VirtualList } from "../virtual-list.js";
+    from "../music/library.js";
+import { notify } from "../page/notices.js";
+import { changed, now, play, queue, toggle } from "../music/playback.js";
+import { go, remember } from "../page/router.js";
+import { VirtualList } from "../page/virtual-list.js";
 import { chooseList } from "./choose-list.js";
 
-/** @typedef {import("../library.js").TrackInfo} TrackInfo */
-/** @typedef {import("../tracklist.js").TrackList} TrackList */
-/** @typedef {import("../scope.js").Scope} Scope */
+/** @typedef {import("../music/library.js").TrackInfo} TrackInfo */
+/** @typedef {import("../music/tracklist.js").TrackList} TrackList */
+/** @typedef {import("../page/scope.js").Scope} Scope */
 
 /**
  * @typedef {object} TableOptions
@@ -86,9 +86,9 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     const lead = h("span", { class: "track-lead", role: "gridcell" });
     const picture = h("span", { class: "cover tiny" });
     const number = h("span", { class: "track-number" });
-    const title = h("span", { class: "track-title" });
+    const title = h("span", { class: "track-title two-lines" });
     const under = h("span", { class: "track-under" });
-    const album = h("span", { class: "track-album", role: "gridcell" });
+    const album = numbered || buttons ? null : h("span", { class: "track-album two-lines", role: "gridcell" });
     const length = h("span", { class: "track-time", role: "gridcell" });
     const star = iconButton("star", "Star", { class: "icon-button star", tabindex: "-1",
         onclick: () => track && setStar(track, !track.isStarred()) });
@@ -97,8 +97,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     lead.append(numbered ? number : picture, h("span", { class: "track-state" }, icon("play")));
     const row = h("div", { class: `track ${numbered ? "numbered" : ""}`, role: "row" },
         lead, h("span", { class: "track-name", role: "gridcell" }, title, under), album,
-        h("span", { class: "track-actions", role: "gridcell" }, buttons || star), length,
-        h("span", { class: "track-actions", role: "gridcell" }, more));
+        h("span", { class: "track-actions", role: "gridcell" }, buttons || star, more), length);
 
     const mark = () => {
         const current = info !== null && now.info !== null && now.info.key === info.key;
@@ -114,10 +113,12 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
             return;
         }
         const artists = info.artists.join(", ");
-        title.textContent = info.title;
-        replace(under, note && h("em", null, `“${note}” `),
+        replace(title, named(info.title));
+        replace(under, note && h("em", null, `${quoted(note)} `),
             artists !== by && link(artists, () => openArtist(track)));
-        replace(album, numbered ? null : link(info.album, () => openAlbum(track)));
+        if (album !== null) {
+            replace(album, link(info.album, () => openAlbum(track)));
+        }
         number.textContent = `${numbered === "discs" ? `${info.disc}.` : ""}${info.index}`;
         length.textContent = clock(info.duration);
         if (!numbered) {
@@ -132,7 +133,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     };
     const activate = () => {
         if (info !== null && !info.available) {
-            notify(`“${info.title}” is not available.`, null, "error");
+            notify(`${quoted(info.title)} is not available.`, null, "error");
         } else if (row.classList.contains("current") && now.status !== "stopped") {
             toggle();
         } else {
@@ -162,7 +163,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
  * @param {string} text
  * @param {() => void} onclick */
 function link(text, onclick) {
-    return h("span", { class: "link", onclick }, text);
+    return h("span", { class: "link", onclick }, named(text));
 }
 
 /** @param {Spotify.Track} track @param {boolean} starred */
@@ -196,11 +197,11 @@ export function openTrackMenu(track, info) {
     openMenu(info.title, [
         { label: "Play next", icon: icon("next"), run: () => {
             queue.addNext(track);
-            notify(`“${info.title}” plays next.`);
+            notify(`${quoted(info.title)} plays next.`);
         } },
         { label: "Add to the queue", icon: icon("queue"), run: () => {
             queue.add(track);
-            notify(`“${info.title}” is in the queue.`);
+            notify(`${quoted(info.title)} is in the queue.`);
         } },
         { label: "Add to a playlist …", icon: icon("plus"), run: () => chooseList(track, info) },
         { label: track.isStarred() ? "Remove the star" : "Star", icon: icon("star"),

@@ -9,7 +9,7 @@
 //   close()       takes its listeners back
 
 import { list, search } from "./library.js";
-import { Scope, Signal } from "./scope.js";
+import { Scope, Signal } from "../page/scope.js";
 
 /** @typedef {FixedTracks | PlaylistTracks | SearchTracks} TrackList */
 

@@ -1,7 +1,8 @@
 // @ts-check
-// Light or dark: what the system says, until the user chooses.
+// Light or dark: what the system says, until the user chooses; and margins for screens that hide
+// their edges.
 
-import { attempt } from "./library.js";
+import { attempt } from "../music/library.js";
 
 const dark = window.matchMedia("(prefers-color-scheme: dark)");
 /** @type {string | null} */
@@ -15,6 +16,7 @@ function apply() {
 export function startTheme(asked) {
     // Storage throws where the user forbids it.
     chosen = asked || attempt(() => localStorage.getItem("theme"), null);
+    setMargins(attempt(() => localStorage.getItem("margins"), null) === "on");
     apply();
     dark.addListener(apply); // older engines have no addEventListener here
 }
@@ -24,4 +26,15 @@ export function toggleTheme() {
     chosen = theme;
     attempt(() => localStorage.setItem("theme", theme), undefined);
     apply();
+}
+
+export function hasMargins() {
+    return document.documentElement.dataset.margins === "on";
+}
+
+/** @param {boolean} wanted */
+export function setMargins(wanted) {
+    document.documentElement.dataset.margins = wanted ? "on" : "off";
+    attempt(() => localStorage.setItem("margins", wanted ? "on" : "off"), undefined);
+    window.dispatchEvent(new Event("resize")); // lists measure their rows again
 }

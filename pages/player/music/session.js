@@ -1,7 +1,7 @@
 // @ts-check
 // Signing in and out, and the connection.
 
-import { Signal } from "./scope.js";
+import { Signal } from "../page/scope.js";
 
 /** @type {"out" | "signing in" | "in"} */
 let state = "out";

@@ -1,9 +1,9 @@
 // @ts-check
 // Covers and portraits: from image ids to pictures in elements.
 
-import { byId } from "./dom.js";
+import { byId } from "../page/dom.js";
 import { attempt } from "./library.js";
-import { debounce } from "./scope.js";
+import { debounce } from "../page/scope.js";
 
 const LIMIT = 16e6; // characters of pictures that are kept
 const AT_ONCE = 24; // an answer takes a few ticks of the plug-in, however small it is
@@ -130,7 +130,7 @@ function place(element, id, picture) {
 /**
  * Gives the view's background the tone of its picture, until the view ends.
  * @param {HTMLElement} element a .cover that shows one or will
- * @param {import("./scope.js").Scope} scope
+ * @param {import("../page/scope.js").Scope} scope
  */
 export function tint(element, scope) {
     const content = byId("main").parentElement || document.body;

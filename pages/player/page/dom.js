@@ -76,6 +76,31 @@ export function iconButton(name, label, attributes) {
 }
 
 /**
+ * A name as it came: in its own direction, whatever stands beside it, and in the font of its language.
+ * @param {string} text
+ */
+export function named(text) {
+    return h("bdi", { lang: languageOf(text) }, text);
+}
+
+/**
+ * The same among the words of a sentence.
+ * @param {string} text
+ */
+export function quoted(text) {
+    return `“\u2068${text}\u2069”`;
+}
+
+/**
+ * Han characters look different in Chinese and Japanese; kana and hangul tell.
+ * @param {string} text
+ */
+function languageOf(text) {
+    return /[\u3040-\u30ff]/.test(text) ? "ja" : /[\u1100-\u11ff\uac00-\ud7af]/.test(text) ? "ko"
+        : /[\u3400-\u9fff]/.test(text) ? "zh" : null;
+}
+
+/**
  * The element of index.html with this id.
  * @template {HTMLElement} [T=HTMLElement]
  * @param {string} id

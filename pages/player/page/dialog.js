@@ -2,7 +2,7 @@
 // One dialog at a time over the page: menus, choices, help. Its focus stays inside (remote.js moves
 // only among what is in it) and goes back to where it was.
 
-import { byId, h, iconButton, put } from "./dom.js";
+import { byId, h, iconButton, named, put } from "./dom.js";
 
 /** @type {(() => void) | null} */
 let closeOpen = null;
@@ -40,7 +40,7 @@ export function openDialog(title, fill) {
     const dialog = h("div", { class: "dialog", role: "dialog", "aria-modal": "true",
         "aria-label": title, tabindex: "-1" },
     h("header", { class: "dialog-head" },
-        h("h2", null, title),
+        h("h2", null, named(title)),
         iconButton("close", "Close", { onclick: close })),
     body);
     const veil = h("div", { class: "veil", onclick: (/** @type {Event} */ event) => {

@@ -2,9 +2,10 @@
 // The script interface as promises and plain data. Wrappers of the plug-in are costly (each call
 // that hands one out makes a new one), so views keep what they read and not what they read it from.
 
-import { Signal } from "./scope.js";
+import { quoted } from "../page/dom.js";
+import { Signal } from "../page/scope.js";
 
-/** @typedef {import("./scope.js").Scope} Scope */
+/** @typedef {import("../page/scope.js").Scope} Scope */
 
 /** Sizes that `cover` and `portrait` take: 300, 64 and 640 pixels. */
 export const ImageSize = /** @type {const} */ ({ normal: 0, small: 1, large: 2 });
@@ -291,7 +292,7 @@ function phrase(name) {
 function required(thing, name) {
     if (thing === undefined) {
         throw new ServiceError(Spotify.SP_ERROR.SP_ERROR_OTHER_PERMANENT,
-            `“${name}” is not in the library.`);
+            `${quoted(name)} is not in the library.`);
     }
     return thing;
 }

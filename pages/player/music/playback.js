@@ -2,9 +2,10 @@
 // Plays the queue through the session's player and tells where it is.
 
 import { ServiceError, attempt, describeTrack, whenLoaded } from "./library.js";
-import { announce, notify } from "./notices.js";
+import { quoted } from "../page/dom.js";
+import { announce, notify } from "../page/notices.js";
 import { Queue } from "./queue.js";
-import { Signal } from "./scope.js";
+import { Signal } from "../page/scope.js";
 
 /** @typedef {import("./tracklist.js").TrackList} TrackList */
 /** @typedef {import("./library.js").TrackInfo} TrackInfo */
@@ -177,7 +178,7 @@ function start(track, from, playing) {
         return;
     }
     if (error !== SP_ERROR.SP_ERROR_OK) {
-        fail(`“${title}” cannot be played: ${Spotify.errorMessage(error)}`);
+        fail(`${quoted(title)} cannot be played: ${Spotify.errorMessage(error)}`);
         return;
     }
     offset = from;

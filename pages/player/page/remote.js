@@ -4,7 +4,7 @@
 
 import { closeDialog, focusRoot } from "./dialog.js";
 import { byId } from "./dom.js";
-import { next, now, previous, stop, toggle } from "./playback.js";
+import { next, now, previous, stop, toggle } from "../music/playback.js";
 
 const FOCUSABLE = "a[href], button, input, [tabindex]";
 /** Devices name their back key in their own ways. */
@@ -131,10 +131,21 @@ function arrow(target, direction, typing) {
         lastInView !== null && lastInView.isConnected;
     const found = returns ? lastInView : nearest(target, direction);
     if (found !== null) {
-        found.focus();
-        found.scrollIntoView({ block: "nearest", inline: "nearest" });
+        found.focus({ preventScroll: true });
+        reveal(found);
     }
     return found !== null || direction === "Up" || direction === "Down";
+}
+
+/**
+ * Scrolls until the focus is seen, with what belongs to it: above the head of a view is its top.
+ * @param {HTMLElement} element
+ */
+export function reveal(element) {
+    if (element.closest(".hero")) {
+        byId("main").scrollTop = 0;
+    }
+    element.scrollIntoView({ block: "nearest", inline: "nearest" });
 }
 
 /**

@@ -1,7 +1,7 @@
 // @ts-check
 // What plays next. Knows nothing of sound.
 
-import { Signal } from "./scope.js";
+import { Signal } from "../page/scope.js";
 
 /** @typedef {import("./tracklist.js").TrackList} TrackList */
 /** @typedef {import("./tracklist.js").Change} Change */

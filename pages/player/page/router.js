@@ -4,7 +4,8 @@
 // what it throws becomes an error with a way out.
 
 import { byId, h, icon, replace } from "./dom.js";
-import { picturesShown } from "./images.js";
+import { picturesShown } from "../music/images.js";
+import { reveal } from "./remote.js";
 import { Scope } from "./scope.js";
 
 /**
@@ -172,9 +173,10 @@ function restore(address) {
     const target = (key && Array.from(main.querySelectorAll("[data-key]")).find(
         (element) => element.getAttribute("data-key") === key)) ||
         main.querySelector("[data-first]") || main.querySelector("[role=row], .card, .menu-item") ||
-        main.querySelector("a, button");
+        main.querySelector("a, button") || byId("back");
     if (target instanceof HTMLElement) {
         target.focus({ preventScroll: true });
+        reveal(target);
     }
 }
 
