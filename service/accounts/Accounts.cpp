@@ -64,7 +64,7 @@ Accounts::Migration::Migration(Database& database) {
     database.migrate({schema, countrySchema, listSchema});
 }
 
-Accounts::Accounts(const std::string& file)
+Accounts::Accounts(const std::string& file, First first)
     : database(file, Database::Durability::power), migration(database),
       listAccounts(database,
                    "SELECT id, name, display_name, full_name, country FROM accounts ORDER BY name"),
@@ -102,7 +102,9 @@ Accounts::Accounts(const std::string& file)
         const std::string hash = hashPassword(Secret(listener));
         Transaction transaction(database);
         if (!setting("created")) {
-            insertAccount.execute(listener, listener, hash);
+            if (first == First::listener) {
+                insertAccount.execute(listener, listener, hash);
+            }
             putSetting.execute("created", "1");
         }
         transaction.commit();

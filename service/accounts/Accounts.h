@@ -24,16 +24,19 @@ struct Account {
 // The users of the service and what belongs to each: credentials, play counts.
 //
 // Passwords are kept as yescrypt hashes alone, blobs as digests alone. The account "listener" with
-// the password "listener" is there from the start. Tracks are named by their ids, so that what a
-// user keeps outlives the catalogue.
+// the password "listener" is there from the start, unless a file is begun without. Tracks are named
+// by their ids, so that what a user keeps outlives the catalogue.
 //
 // Threads: an object belongs to one thread at a time; several may be open on one file. Errors:
 // DatabaseError, and std::runtime_error for a name or password that cannot be used.
 class Accounts final {
 public:
+    // Whom a file has that is new.
+    enum class First { listener, nobody };
+
     // Makes the file, its tables and the first account, if they are not there. A damaged file is an
     // error here: what becomes of it is for the one who opens it to say.
-    explicit Accounts(const std::string& file);
+    explicit Accounts(const std::string& file, First first = First::listener);
 
     // The canonical form of a name; throws when it cannot be a name.
     static std::string canonicalName(std::string_view name);

@@ -17,10 +17,10 @@ constexpr std::array<int, 3> longerSides = {300, 64, 640};
 
 ImageLoader::ImageLoader(const std::string& cacheFolder,
                          std::string catalogue,
-                         std::string musicFolder,
+                         Open openPictures,
                          Log logLine,
                          const StopFlag& stopFlag)
-    : catalogueFile(std::move(catalogue)), music(std::move(musicFolder)), log(std::move(logLine)),
+    : catalogueFile(std::move(catalogue)), open(std::move(openPictures)), log(std::move(logLine)),
       stop(stopFlag), cache(cacheFolder + "/images") {}
 
 std::optional<std::string> ImageLoader::load(const std::string& id) {
@@ -31,10 +31,11 @@ std::optional<std::string> ImageLoader::load(const std::string& id) {
     if (std::optional<std::string> cached = cache.find(id)) {
         return cached;
     }
-    if (!source) {
-        source.emplace(catalogueFile, music, stop);
+    if (pictures == nullptr) {
+        pictures = open(catalogueFile);
     }
-    const std::optional<std::string> picture = source->find(id.substr(0, pictureDigestSize));
+    const std::optional<std::string> picture =
+        pictures->find(id.substr(0, pictureDigestSize), longerSides[size]);
     if (!picture) {
         return std::nullopt;
     }

@@ -2,15 +2,16 @@
 #define SONOLET_SERVICE_IMAGES_IMAGE_LOADER_H
 
 #include "images/ImageCache.h"
-#include "images/PictureSource.h"
+#include "source/Source.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace sonolet::service {
 
-// Turns an image id into the image: from the cache, else from the picture in the music, which is
+// Turns an image id into the image: from the cache, else from the source's picture, which is
 // scaled, put on white and kept in the cache.
 //
 // Threads: belongs to one thread at a time. `log` is told what is wrong with the cache, which no
@@ -19,18 +20,21 @@ class ImageLoader final {
 public:
     using Log = std::function<void(std::string)>;
 
+    // Where pictures come from, of a catalogue's file.
+    using Open = std::function<std::unique_ptr<Pictures>(const std::string& catalogue)>;
+
     // Nothing is opened yet: the cache's folder is made and the catalogue is opened when the first
     // image is loaded.
     ImageLoader(const std::string& cacheFolder,
                 std::string catalogue,
-                std::string musicFolder,
+                Open openPictures,
                 Log logLine,
                 const StopFlag& stopFlag);
 
     // From the next load on.
     void setCatalogue(const std::string& file) {
         catalogueFile = file;
-        source.reset();
+        pictures.reset();
     }
     // 0: as much as seems right. What is too much goes at once.
     void setCacheSize(std::uint64_t megabytes) { cache.setLimit(megabytes); }
@@ -43,11 +47,11 @@ public:
 
 private:
     std::string catalogueFile;
-    const std::string music;
+    const Open open;
     const Log log;
     const StopFlag& stop;
     ImageCache cache;
-    std::optional<PictureSource> source;  // opened on first use
+    std::unique_ptr<Pictures> pictures;  // opened on first use
 };
 
 }  // namespace sonolet::service

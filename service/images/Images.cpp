@@ -53,7 +53,7 @@ void Images::request(const std::string& id) {
         return;
     }
     // A scan may end while the worker looks; what it added last is seen by a look after its end.
-    const bool mayAppear = library->isScanning();
+    const bool mayAppear = library->isSettling();
     worker.post([this, id, mayAppear] {
         if (!shelf.find(id)) {
             return;  // nobody holds it any more
@@ -85,7 +85,7 @@ void Images::finish(const std::string& id, const Outcome& outcome, bool mayAppea
     }
     if (outcome.found || !mayAppear) {
         image->finish(outcome.error, outcome.jpeg);
-    } else if (library->isScanning()) {
+    } else if (library->isSettling()) {
         missing.insert(id);
     } else {
         request(id);

@@ -1,26 +1,16 @@
 #ifndef SONOLET_SERVICE_MUSIC_MUSIC_FILE_H
 #define SONOLET_SERVICE_MUSIC_MUSIC_FILE_H
 
+#include "music/Sound.h"
 #include "store/Files.h"
 
 #include <sys/stat.h>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 
 namespace sonolet::service {
-
-// A file in the folder of music that cannot be opened, or is not what it says it is: why.
-class UnreadableFile final : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// Set, from any thread, once nobody waits any more for what is being read.
-using StopFlag = std::atomic<bool>;
 
 // An open file in the folder of music: the one door to its bytes.
 //
@@ -28,20 +18,19 @@ using StopFlag = std::atomic<bool>;
 // what was opened must be a regular file. It stays that file, whatever takes its name meanwhile.
 //
 // Threads: constant after construction, for any. Units: bytes.
-class MusicFile final {
+class MusicFile final : public Sound {
 public:
     enum class Links { follow, refuse };
 
     // Throws UnreadableFile.
     explicit MusicFile(std::string path, Links links = Links::follow);
 
-    const std::string& path() const { return location; }
+    const std::string& path() const override { return location; }
     // What it was when it was opened.
     const struct stat& status() const { return opened; }
-    std::int64_t size() const { return opened.st_size; }
+    std::int64_t size() const override { return opened.st_size; }
 
-    // Copies up to `count` bytes out; fewer at the end, none behind it. Throws UnreadableFile.
-    std::size_t read(std::int64_t offset, void* to, std::size_t count) const;
+    std::size_t read(std::int64_t offset, void* to, std::size_t count) const override;
 
     // All of it. Throws UnreadableFile, also when it has more than `largest` bytes.
     std::string contents(std::int64_t largest) const;

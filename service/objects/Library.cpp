@@ -9,9 +9,12 @@
 
 namespace sonolet::service {
 
-Library::Library(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse)
+Library::Library(std::unique_ptr<Catalogue> catalogueToUse,
+                 std::unique_ptr<Accounts> accountsToUse,
+                 Source& musicSource)
     : openCatalogue(std::move(catalogueToUse)), openAccounts(std::move(accountsToUse)),
-      catalogueVersion(openCatalogue->version()), accountsVersion(openAccounts->version()) {}
+      catalogueVersion(openCatalogue->version()), accountsVersion(openAccounts->version()),
+      source(&musicSource) {}
 
 Library::~Library() = default;
 
@@ -34,7 +37,7 @@ Ref<sp_user> Library::user(const std::string& canonicalName) {
 void Library::close() {
     openCatalogue.reset();
     openAccounts.reset();
-    scanning = false;
+    source = nullptr;
 }
 
 std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
@@ -45,7 +48,6 @@ Library::exchange(std::unique_ptr<Catalogue> catalogueToUse,
     catalogueVersion = openCatalogue->version();
     accountsVersion = openAccounts->version();
     ++currentEdition;
-    scanning = true;
     return {std::move(catalogueToUse), std::move(accountsToUse)};
 }
 

@@ -5,6 +5,7 @@
 #include "catalogue/Catalogue.h"
 #include "faults/Faults.h"
 #include "objects/Shelf.h"
+#include "source/Source.h"
 
 #include "libspotify/api.h"
 
@@ -21,8 +22,10 @@ namespace sonolet::service {
 // nothing new to say.
 class Library final : public std::enable_shared_from_this<Library> {
 public:
-    // Neither may be NULL. A scan is taken to be under way until setScanned().
-    Library(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
+    // Neither may be NULL. The source must live until close().
+    Library(std::unique_ptr<Catalogue> catalogueToUse,
+            std::unique_ptr<Accounts> accountsToUse,
+            Source& musicSource);
     ~Library();
 
     Library(const Library&) = delete;
@@ -39,7 +42,7 @@ public:
     Accounts* accounts() const { return openAccounts.get(); }
     // Handles answer from here on what they have read already.
     void close();
-    // Goes on with others, whose music is yet to be scanned; those before.
+    // Goes on with others; those before.
     std::pair<std::unique_ptr<Catalogue>, std::unique_ptr<Accounts>>
     exchange(std::unique_ptr<Catalogue> catalogueToUse, std::unique_ptr<Accounts> accountsToUse);
 
@@ -57,10 +60,12 @@ public:
     bool refreshAccounts();
 
     // Why something that is not in the catalogue is not there.
-    // SP_ERROR_IS_LOADING while a scan may still find it.
-    sp_error absence() const { return scanning ? SP_ERROR_IS_LOADING : SP_ERROR_OTHER_PERMANENT; }
-    void setScanned() { scanning = false; }
-    bool isScanning() const { return scanning; }
+    // SP_ERROR_IS_LOADING while it may still come.
+    sp_error absence(sp_linktype kind, const Id& id) const {
+        return source == nullptr ? SP_ERROR_OTHER_PERMANENT : source->absence(kind, id);
+    }
+    // More may come into the catalogue by itself.
+    bool isSettling() const { return source != nullptr && source->isSettling(); }
 
 private:
     friend class Track;
@@ -74,7 +79,7 @@ private:
     std::int64_t catalogueVersion = -1;
     std::int64_t accountsVersion = -1;
     unsigned currentEdition = 1;
-    bool scanning = true;
+    Source* source;  // borrowed; NULL after close()
 
     Shelf<Id, sp_track> tracks;
     Shelf<Id, sp_album> albums;

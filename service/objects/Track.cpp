@@ -38,7 +38,7 @@ bool Track::isLoaded() {
 }
 
 sp_error Track::error() {
-    return isLoaded() ? SP_ERROR_OK : library->absence();
+    return isLoaded() ? SP_ERROR_OK : library->absence(SP_LINKTYPE_TRACK, link);
 }
 
 bool Track::isAvailable() {

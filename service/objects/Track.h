@@ -27,7 +27,7 @@ public:
 
     // It was in the catalogue at some time.
     bool isLoaded();
-    // Why it is not loaded: SP_ERROR_IS_LOADING while a scan may still find it, else
+    // Why it is not loaded: SP_ERROR_IS_LOADING while the source may still find it, else
     // SP_ERROR_OTHER_PERMANENT.
     sp_error error();
     // Its file was there when it was last scanned, and no fault withholds it.
@@ -43,7 +43,7 @@ public:
     sp_album* album();
     int artistCount();
     sp_artist* artist(int index);
-    // Relative to the folder of music.
+    // By which the source knows it.
     const std::string& path();
 
 private:

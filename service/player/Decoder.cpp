@@ -48,7 +48,7 @@ void initialiseOnce() {
 // callbacks come from streaming threads and only leave notes here.
 class Decoder::Pipeline final {
 public:
-    Pipeline(const std::shared_ptr<const MusicFile>& file, std::function<void()> ready);
+    Pipeline(const std::shared_ptr<const Sound>& file, std::function<void()> ready);
     ~Pipeline();
 
     Pipeline(const Pipeline&) = delete;
@@ -68,7 +68,7 @@ public:
     std::size_t consumed = 0;  // bytes
 
 private:
-    void build(const std::shared_ptr<const MusicFile>& file);
+    void build(const std::shared_ptr<const Sound>& file);
     void note(std::string why);
     std::string explain(const GError& cause) const;
     void moved() {
@@ -99,8 +99,7 @@ private:
     std::string need;
 };
 
-Decoder::Pipeline::Pipeline(const std::shared_ptr<const MusicFile>& file,
-                            std::function<void()> ready)
+Decoder::Pipeline::Pipeline(const std::shared_ptr<const Sound>& file, std::function<void()> ready)
     : wakeReader(std::move(ready)), bin(gst_pipeline_new(nullptr)) {
     build(file);
 }
@@ -111,7 +110,7 @@ Decoder::Pipeline::~Pipeline() {
     const Handover fromTheirThreads(this);
 }
 
-void Decoder::Pipeline::build(const std::shared_ptr<const MusicFile>& file) {
+void Decoder::Pipeline::build(const std::shared_ptr<const Sound>& file) {
     GstElement* source = makeFileSource(file);
     gst_bin_add(GST_BIN(bin.get()), source);
     const auto add = [this](const char* factory) {
@@ -262,8 +261,8 @@ GstBusSyncReply Decoder::Pipeline::message(GstBus*, GstMessage* message, gpointe
     return GST_BUS_DROP;
 }
 
-Decoder::Decoder(std::shared_ptr<const MusicFile> musicFile, std::function<void()> readyToRead)
-    : file(std::move(musicFile)), ready(std::move(readyToRead)) {
+Decoder::Decoder(std::shared_ptr<const Sound> decodedSound, std::function<void()> readyToRead)
+    : file(std::move(decodedSound)), ready(std::move(readyToRead)) {
     initialiseOnce();
     pipeline = std::make_unique<Pipeline>(file, ready);
 }

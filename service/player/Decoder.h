@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_PLAYER_DECODER_H
 #define SONOLET_SERVICE_PLAYER_DECODER_H
 
-#include "music/MusicFile.h"
+#include "music/Sound.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -39,7 +39,7 @@ public:
     // say.
     // What cannot be decoded is no exception: the first read() that knows answers Failed.
     // `readyToRead` may be called before the constructor has returned.
-    Decoder(std::shared_ptr<const MusicFile> musicFile, std::function<void()> readyToRead);
+    Decoder(std::shared_ptr<const Sound> decodedSound, std::function<void()> readyToRead);
     ~Decoder();
 
     Decoder(const Decoder&) = delete;
@@ -64,7 +64,7 @@ private:
     bool takeSample();
     bool performSeek();
 
-    const std::shared_ptr<const MusicFile> file;
+    const std::shared_ptr<const Sound> file;
     const std::function<void()> ready;
     std::string reason;
     std::unique_ptr<Pipeline> pipeline;

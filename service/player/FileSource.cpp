@@ -11,7 +11,7 @@ namespace sonolet::service {
 
 namespace {
 
-using File = std::shared_ptr<const MusicFile>;
+using File = std::shared_ptr<const Sound>;
 
 // An object of GObject's, which knows neither constructors nor destructors.
 struct FileSource {
@@ -19,17 +19,29 @@ struct FileSource {
     File* file;  // owned; constant once there are other threads
 };
 
-const MusicFile& fileOf(gpointer source) {
+const Sound& fileOf(gpointer source) {
     const Handover visit(source);
     return **static_cast<FileSource*>(source)->file;
 }
 
-gboolean isSeekable(GstBaseSrc*) {
-    return TRUE;
+gboolean isSeekable(GstBaseSrc* source) {
+    return fileOf(source).size() >= 0 ? TRUE : FALSE;
 }
 
 gboolean getSize(GstBaseSrc* source, guint64* size) {
-    *size = static_cast<guint64>(fileOf(source).size());
+    const std::int64_t known = fileOf(source).size();
+    *size = static_cast<guint64>(known);
+    return known >= 0 ? TRUE : FALSE;
+}
+
+// A read that waits ends when the element stops or is sought in.
+gboolean unlock(GstBaseSrc* source) {
+    fileOf(source).wakeReaders(true);
+    return TRUE;
+}
+
+gboolean stopUnlocking(GstBaseSrc* source) {
+    fileOf(source).wakeReaders(false);
     return TRUE;
 }
 
@@ -85,6 +97,8 @@ void initialiseClass(gpointer type, gpointer) {
     auto* base = GST_BASE_SRC_CLASS(type);
     base->is_seekable = isSeekable;
     base->get_size = getSize;
+    base->unlock = unlock;
+    base->unlock_stop = stopUnlocking;
     base->fill = fill;
     base->query = query;
 }
@@ -98,8 +112,10 @@ GType typeOf() {
 
 }  // namespace
 
-GstElement* makeFileSource(std::shared_ptr<const MusicFile> file) {
+GstElement* makeFileSource(std::shared_ptr<const Sound> file) {
     auto* element = GST_ELEMENT_CAST(g_object_new(typeOf(), nullptr));
+    // An earlier source of the same sound may have left it awake.
+    file->wakeReaders(false);
     reinterpret_cast<FileSource*>(element)->file = new File(std::move(file));
     constexpr guint blockSize = 64 << 10;
     gst_base_src_set_blocksize(GST_BASE_SRC_CAST(element), blockSize);

@@ -1,7 +1,7 @@
 #ifndef SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
 #define SONOLET_SERVICE_PLAYER_FILE_SOURCE_H
 
-#include "music/MusicFile.h"
+#include "music/Sound.h"
 
 #include <gst/gst.h>
 
@@ -13,7 +13,7 @@ namespace sonolet::service {
 // goes, and names the file when it is asked, for what an ending tells. It is read on GStreamer's
 // threads; a file that can be read no more is an error message on the bus. GStreamer is
 // initialised.
-GstElement* makeFileSource(std::shared_ptr<const MusicFile> file);
+GstElement* makeFileSource(std::shared_ptr<const Sound> file);
 
 }  // namespace sonolet::service
 

@@ -27,17 +27,7 @@ constexpr std::chrono::milliseconds longestPause{20};
 
 constexpr AudioFormat format{Decoder::sampleRate, Decoder::channels};
 
-using File = std::shared_ptr<const MusicFile>;
-
-// A file that cannot be read is none, and a line that says why.
-File openFile(const std::string& path, std::string& line) {
-    try {
-        return std::make_shared<const MusicFile>(path);
-    } catch (const UnreadableFile& error) {
-        line = path + ": " + error.what();
-        return nullptr;
-    }
-}
+using File = std::shared_ptr<const Sound>;
 
 }  // namespace
 
@@ -45,7 +35,8 @@ File openFile(const std::string& path, std::string& line) {
 // thread takes them before it does anything else and then shows `seen`.
 class Player::Engine final {
 public:
-    explicit Engine(PlayerEvents toOwner) : events(std::move(toOwner)), thread([this] { run(); }) {}
+    Engine(PlayerEvents toOwner, OpenSound opener)
+        : events(std::move(toOwner)), openSound(std::move(opener)), thread([this] { run(); }) {}
     ~Engine();
 
     Engine(const Engine&) = delete;
@@ -66,6 +57,7 @@ private:
         std::optional<int> seekMs;
     };
 
+    File openFile(const std::string& path, std::string& line) const;
     void submit(Lock& lock);
 
     void run();
@@ -79,6 +71,7 @@ private:
     std::unique_ptr<Decoder> open(const File& file);
 
     const PlayerEvents events;
+    const OpenSound openSound;
 
     std::mutex mutex;
     std::condition_variable wake;  // for the thread: orders, decoded sound, the end
@@ -115,6 +108,16 @@ Player::Engine::~Engine() {
     }
     wake.notify_all();
     thread.join();
+}
+
+// A file that cannot be read is none, and a line that says why.
+File Player::Engine::openFile(const std::string& path, std::string& line) const {
+    try {
+        return openSound(path);
+    } catch (const UnreadableFile& error) {
+        line = path + ": " + error.what();
+        return nullptr;
+    }
 }
 
 // Hands the orders over and waits until no event of the time before them is in flight.
@@ -339,7 +342,8 @@ void Player::Engine::call(Lock& lock, Event event) {
     idle.notify_all();
 }
 
-Player::Player(PlayerEvents events) : engine(std::make_unique<Engine>(std::move(events))) {}
+Player::Player(PlayerEvents events, OpenSound openSound)
+    : engine(std::make_unique<Engine>(std::move(events), std::move(openSound))) {}
 
 Player::~Player() = default;
 

@@ -1,6 +1,8 @@
 #ifndef SONOLET_SERVICE_PLAYER_PLAYER_H
 #define SONOLET_SERVICE_PLAYER_PLAYER_H
 
+#include "music/MusicFile.h"
+
 #include "libspotify/api.h"
 
 #include <functional>
@@ -27,6 +29,13 @@ struct PlayerEvents {
     std::function<void(std::string line)> log;
 };
 
+// Opens what a path names, without waiting for its bytes. Throws UnreadableFile.
+using OpenSound = std::function<std::shared_ptr<const Sound>(const std::string& path)>;
+
+inline std::shared_ptr<const Sound> openMusicFile(const std::string& path) {
+    return std::make_shared<const MusicFile>(path);
+}
+
 // Plays one file at a time: decodes it on a thread of its own and delivers it in blocks of 2,048
 // frames (the last of a track is shorter), as fast as they are taken.
 //
@@ -35,7 +44,7 @@ struct PlayerEvents {
 // flight and none will follow. After seek() too, no frame from before the seek is delivered.
 class Player final {
 public:
-    explicit Player(PlayerEvents events);
+    explicit Player(PlayerEvents events, OpenSound openSound = openMusicFile);
 
     // Stops within one event and joins the thread.
     ~Player();

@@ -12,8 +12,8 @@ Albumbrowse::Albumbrowse(Ref<sp_album> browsedAlbum, Callback* completion, void*
 
 Albumbrowse::~Albumbrowse() = default;
 
-sp_error Albumbrowse::find(QueryStore& store) {
-    found = store.browser.album(link);
+sp_error Albumbrowse::find(Answers& answers) {
+    found = answers.album(link);
     return found ? SP_ERROR_OK : SP_ERROR_OTHER_PERMANENT;
 }
 

@@ -18,7 +18,7 @@ public:
     ~Albumbrowse() override;
 
     // SP_ERROR_OTHER_PERMANENT for an album that the catalogue does not have.
-    sp_error find(QueryStore& store) override;
+    sp_error find(Answers& answers) override;
 
     sp_album* album() const { return browsed.get(); }
 

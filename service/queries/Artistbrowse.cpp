@@ -16,12 +16,12 @@ Artistbrowse::Artistbrowse(Ref<sp_artist> browsedArtist,
 
 Artistbrowse::~Artistbrowse() = default;
 
-sp_error Artistbrowse::find(QueryStore& store) {
+sp_error Artistbrowse::find(Answers& answers) {
     if (type < SP_ARTISTBROWSE_FULL || type > SP_ARTISTBROWSE_NO_ALBUMS) {
         return SP_ERROR_INVALID_INDATA;
     }
-    found = store.browser.artist(link, type != SP_ARTISTBROWSE_NO_ALBUMS,
-                                 type != SP_ARTISTBROWSE_NO_TRACKS);
+    found =
+        answers.artist(link, type != SP_ARTISTBROWSE_NO_ALBUMS, type != SP_ARTISTBROWSE_NO_TRACKS);
     return found ? SP_ERROR_OK : SP_ERROR_OTHER_PERMANENT;
 }
 

@@ -20,7 +20,7 @@ public:
 
     // SP_ERROR_INVALID_INDATA for a type that is none, SP_ERROR_OTHER_PERMANENT for an artist that
     // the catalogue does not have.
-    sp_error find(QueryStore& store) override;
+    sp_error find(Answers& answers) override;
 
     sp_artist* artist() const { return browsed.get(); }
 

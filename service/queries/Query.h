@@ -3,7 +3,7 @@
 
 #include "objects/Handle.h"
 #include "objects/Library.h"
-#include "search/QueryStore.h"
+#include "source/Answers.h"
 
 #include "libspotify/api.h"
 
@@ -26,8 +26,9 @@ public:
     sp_error error() const { return result; }
 
     // Looks for the answer and keeps it aside; nothing that the owner reads changes. Answers what
-    // error() is to be. What it throws is a line of the log and SP_ERROR_OTHER_PERMANENT.
-    virtual sp_error find(QueryStore& store) = 0;
+    // error() is to be. What it throws is a line of the log, and
+    // SP_ERROR_OTHER_PERMANENT unless it has a number of its own.
+    virtual sp_error find(Answers& answers) = 0;
 
     // The query is loaded from here on: with what was found, or with an error and nothing.
     void finish(sp_error error, Library& library);

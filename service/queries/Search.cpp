@@ -18,13 +18,13 @@ Search::Search(SearchRequest searchRequest,
 
 Search::~Search() = default;
 
-sp_error Search::find(QueryStore& store) {
+sp_error Search::find(Answers& answers) {
     for (const Page& page : {request.tracks, request.albums, request.artists, request.playlists}) {
         if (page.offset < 0 || page.count < 0) {
             return SP_ERROR_INVALID_INDATA;
         }
     }
-    found = store.index.search(request);
+    found = answers.search(request);
     return SP_ERROR_OK;
 }
 

@@ -25,7 +25,7 @@ public:
     ~Search() override;
 
     // SP_ERROR_INVALID_INDATA for a page with a negative number.
-    sp_error find(QueryStore& store) override;
+    sp_error find(Answers& answers) override;
 
     // As it was typed.
     const std::string& query() const { return request.text; }

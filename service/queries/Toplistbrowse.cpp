@@ -28,7 +28,7 @@ Toplistbrowse::Toplistbrowse(sp_toplisttype listType,
 
 Toplistbrowse::~Toplistbrowse() = default;
 
-sp_error Toplistbrowse::find(QueryStore& store) {
+sp_error Toplistbrowse::find(Answers& answers) {
     ToplistScope scope;
     scope.home = home;
     if (region == SP_TOPLIST_REGION_USER) {
@@ -36,7 +36,7 @@ sp_error Toplistbrowse::find(QueryStore& store) {
             return SP_ERROR_PERMISSION_DENIED;
         }
         scope.user = normalised(user);
-        if (!store.browser.hasUser(*scope.user)) {
+        if (!answers.hasUser(*scope.user)) {
             return SP_ERROR_NO_SUCH_USER;
         }
     } else if (isCountry(region)) {
@@ -45,18 +45,11 @@ sp_error Toplistbrowse::find(QueryStore& store) {
     } else if (region != SP_TOPLIST_REGION_EVERYWHERE) {
         return SP_ERROR_INVALID_INDATA;
     }
-    switch (type) {
-    case SP_TOPLIST_TYPE_ARTISTS:
-        found = store.browser.topArtists(scope);
-        return SP_ERROR_OK;
-    case SP_TOPLIST_TYPE_ALBUMS:
-        found = store.browser.topAlbums(scope);
-        return SP_ERROR_OK;
-    case SP_TOPLIST_TYPE_TRACKS:
-        found = store.browser.topTracks(scope);
-        return SP_ERROR_OK;
+    if (type < SP_TOPLIST_TYPE_ARTISTS || type > SP_TOPLIST_TYPE_TRACKS) {
+        return SP_ERROR_INVALID_INDATA;
     }
-    return SP_ERROR_INVALID_INDATA;
+    found = answers.top(type, scope);
+    return SP_ERROR_OK;
 }
 
 void Toplistbrowse::take(Library& library) {

@@ -24,7 +24,7 @@ public:
 
     // SP_ERROR_PERMISSION_DENIED for a user's list while nobody is logged in, SP_ERROR_NO_SUCH_USER
     // for one whom nobody knows, SP_ERROR_INVALID_INDATA for a region or type that is none.
-    sp_error find(QueryStore& store) override;
+    sp_error find(Answers& answers) override;
 
     // 0 or NULL until it is loaded, for everything that is not of the list's type, and for an index
     // outside. A hundred at most.

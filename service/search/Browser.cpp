@@ -97,24 +97,15 @@ bool Browser::hasUser(const std::string& canonicalName) {
     return findUser.run(canonicalName).next();
 }
 
-std::vector<Id> Browser::top(Statement& statement, const ToplistScope& scope) {
+std::vector<Id> Browser::top(sp_toplisttype type, const ToplistScope& scope) {
+    Statement& statement = type == SP_TOPLIST_TYPE_ARTISTS  ? artistList
+                           : type == SP_TOPLIST_TYPE_ALBUMS ? albumList
+                                                            : trackList;
     std::vector<Id> links;
     for (Cursor row = statement.run(scope.user, scope.country, scope.home); row.next();) {
         links.push_back(row.id(0).value_or(Id()));
     }
     return links;
-}
-
-std::vector<Id> Browser::topTracks(const ToplistScope& scope) {
-    return top(trackList, scope);
-}
-
-std::vector<Id> Browser::topAlbums(const ToplistScope& scope) {
-    return top(albumList, scope);
-}
-
-std::vector<Id> Browser::topArtists(const ToplistScope& scope) {
-    return top(artistList, scope);
 }
 
 }  // namespace sonolet::service

@@ -3,6 +3,8 @@
 
 #include "store/Database.h"
 
+#include "libspotify/api.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,13 +49,9 @@ public:
     bool hasUser(const std::string& canonicalName);
     // Up to a hundred, the most liked first; of equals the order is by name. What nobody in the
     // scope has played or starred is not in them.
-    std::vector<Id> topTracks(const ToplistScope& scope);
-    std::vector<Id> topAlbums(const ToplistScope& scope);
-    std::vector<Id> topArtists(const ToplistScope& scope);
+    std::vector<Id> top(sp_toplisttype type, const ToplistScope& scope);
 
 private:
-    static std::vector<Id> top(Statement& statement, const ToplistScope& scope);
-
     Database& database;
     Statement findAlbum;
     Statement listAlbumTracks;

@@ -15,11 +15,12 @@ Login::Login(Callbacks& sessionCallbacks,
              Worker& sessionWorker,
              Queries& sessionQueries,
              Playback& sessionPlayback,
+             Source& musicSource,
              std::shared_ptr<Playlists> sessionLists,
              std::shared_ptr<const Faults> shownFaults)
     : callbacks(sessionCallbacks), late(lateAnswers), worker(sessionWorker),
-      queries(sessionQueries), playback(sessionPlayback), lists(std::move(sessionLists)),
-      faults(std::move(shownFaults)) {}
+      queries(sessionQueries), playback(sessionPlayback), source(musicSource),
+      lists(std::move(sessionLists)), faults(std::move(shownFaults)) {}
 
 Login::~Login() = default;
 
@@ -30,67 +31,50 @@ sp_error Login::login(const char* name, const char* password, bool remember, con
     }
     const std::string wanted = name;
     const Secret secret(hasBlob ? blob : password);
-    checkCredentials(
-        [wanted, secret, hasBlob](Accounts& store) {
-            return hasBlob ? store.checkBlob(wanted, secret) : store.checkPassword(wanted, secret);
-        },
-        remember, true);
+    checkCredentials([this, wanted, secret, hasBlob, remember](Accounts& store) {
+        return source.admit(store, wanted, secret, hasBlob, remember);
+    });
     return SP_ERROR_OK;
 }
 
 sp_error Login::relogin() {
-    const std::optional<Account> remembered = accounts().remembered();
-    if (!remembered) {
+    if (!source.remembered(accounts())) {
         return SP_ERROR_NO_CREDENTIALS;
     }
-    checkCredentials([](Accounts& store) { return store.remembered(); }, false, false);
+    checkCredentials([this](Accounts& store) { return source.admitRemembered(store); });
     return SP_ERROR_OK;
 }
 
-// The worker opens a connection of its own, since a check takes as long as its hash is hard.
-void Login::checkCredentials(Check check, bool remember, bool issueBlob) {
+// The worker opens a connection of its own.
+void Login::checkCredentials(Check check) {
     const unsigned attempt = ++lastAttempt;
     pending = true;
     if (const std::optional<sp_error> refused = faults->login()) {
-        late.answer([this, attempt, refused] { end(attempt, std::nullopt, {}, *refused); });
+        late.answer([this, attempt, refused] { end(attempt, {std::nullopt, *refused, {}}); });
         return;
     }
-    worker.post([this, attempt, remember, issueBlob, file = accountsFile,
-                 check = std::move(check)] {
-        std::optional<Account> found;
-        std::string blob;
-        sp_error error = SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+    worker.post([this, attempt, file = accountsFile, check = std::move(check)] {
+        Admission outcome;
         try {
             Accounts store(file);
-            found = check(store);
-            // Who is right is let in, though the disk be full.
-            if (found && remember) {
-                callbacks.orLog("The user is not remembered", [&] { store.remember(found->id); });
-            }
-            if (found && issueBlob) {
-                callbacks.orLog("There is no new blob", [&] { blob = store.issueBlob(found->id); });
-            }
+            outcome = check(store);
         } catch (const std::exception& failure) {
             callbacks.log(std::string("Login failed: ") + failure.what());
-            found.reset();
-            error = SP_ERROR_OTHER_PERMANENT;
+            outcome = {std::nullopt, SP_ERROR_OTHER_PERMANENT, {}};
         }
-        late.answer([this, attempt, found, blob, error] { end(attempt, found, blob, error); });
+        late.answer([this, attempt, outcome] { end(attempt, outcome); });
     });
 }
 
-void Login::end(unsigned attempt,
-                const std::optional<Account>& found,
-                const std::string& blob,
-                sp_error error) {
+void Login::end(unsigned attempt, const Admission& outcome) {
     if (attempt != lastAttempt) {
         return;
     }
     pending = false;
-    if (found) {
-        enter(*found, blob);
+    if (outcome.account) {
+        enter(*outcome.account, outcome.blob);
     } else {
-        callbacks.raise(&sp_session_callbacks::logged_in, error);
+        callbacks.raise(&sp_session_callbacks::logged_in, outcome.error);
     }
 }
 
@@ -108,6 +92,7 @@ void Login::enter(const Account& found, const std::string& blob) {
     }
     userHandle = lists->library()->user(found.name);
     lists->logIn(found);
+    source.enter(found);
     refreshFriends();
     callbacks.log("Logged in as " + found.name);
     callbacks.raise(&sp_session_callbacks::logged_in, SP_ERROR_OK);
@@ -127,6 +112,7 @@ sp_error Login::logout() {
     playback.stop();
     userHandle = {};
     friends.clear();
+    source.leave();
     lists->logOut();
     callbacks.post([this, cancelled = queries.cancel()] {
         queries.tell(cancelled);
@@ -135,21 +121,29 @@ sp_error Login::logout() {
     return SP_ERROR_OK;
 }
 
+void Login::expel(sp_error why) {
+    if (account()) {
+        callbacks.log(account()->name + " is logged in no more");
+        static_cast<void>(logout());
+        callbacks.raise(&sp_session_callbacks::connection_error, why);
+    }
+}
+
 sp_error Login::forgetMe() const {
-    accounts().forget();
+    source.forget(accounts());
     return SP_ERROR_OK;
 }
 
 std::optional<std::string> Login::rememberedUser() const {
-    const std::optional<Account> remembered = accounts().remembered();
-    return remembered ? std::optional<std::string>(remembered->name) : std::nullopt;
+    return source.remembered(accounts());
 }
 
 sp_connectionstate Login::connectionState() const {
     if (!account()) {
         return SP_CONNECTION_STATE_LOGGED_OUT;
     }
-    return faults->isOffline() ? SP_CONNECTION_STATE_DISCONNECTED : SP_CONNECTION_STATE_LOGGED_IN;
+    const bool away = faults->isOffline() || source.isAway();
+    return away ? SP_CONNECTION_STATE_DISCONNECTED : SP_CONNECTION_STATE_LOGGED_IN;
 }
 
 bool Login::refreshFriends() {

@@ -5,6 +5,7 @@
 #include "session/LateAnswers.h"
 #include "session/Playback.h"
 #include "session/Queries.h"
+#include "source/Source.h"
 
 #include <functional>
 #include <memory>
@@ -14,9 +15,9 @@
 
 namespace sonolet::service {
 
-// Who is logged in, and how one comes to be. The worker checks credentials, since that takes as
-// long as a hash is hard; the answer comes by logged_in, in its turn. A logout, and another login,
-// make an answer that is still under way void.
+// Who is logged in, and how one comes to be. The source says who may be, on a worker, since that
+// takes as long as a hash is hard or a network slow; the answer comes by logged_in, in its turn. A
+// logout, and another login, make an answer that is still under way void.
 //
 // Threads: the session's owner. Errors: numbers of the interface for what cannot be asked; an
 // answer that is a failure of the service is SP_ERROR_OTHER_PERMANENT and a line of the log.
@@ -28,6 +29,7 @@ public:
           Worker& sessionWorker,
           Queries& sessionQueries,
           Playback& sessionPlayback,
+          Source& musicSource,
           std::shared_ptr<Playlists> sessionLists,
           std::shared_ptr<const Faults> shownFaults);
     ~Login();
@@ -46,6 +48,8 @@ public:
     sp_error relogin();
     // logged_out comes in its turn, after the queries under way are told that nobody answers them.
     sp_error logout();
+    // The source lets the one who is logged in stay no longer.
+    void expel(sp_error why);
     // Who is logged in stays so.
     sp_error forgetMe() const;
     // A canonical name.
@@ -72,15 +76,12 @@ public:
     void close();
 
 private:
-    using Check = std::function<std::optional<Account>(Accounts&)>;
+    using Check = std::function<Admission(Accounts&)>;
 
     Accounts& accounts() const { return *lists->library()->accounts(); }
     const std::optional<Account>& account() const { return lists->account(); }
-    void checkCredentials(Check check, bool remember, bool issueBlob);
-    void end(unsigned attempt,
-             const std::optional<Account>& found,
-             const std::string& blob,
-             sp_error error);
+    void checkCredentials(Check check);
+    void end(unsigned attempt, const Admission& outcome);
     void enter(const Account& found, const std::string& blob);
 
     // Constant after construction.
@@ -89,6 +90,7 @@ private:
     Worker& worker;
     Queries& queries;
     Playback& playback;
+    Source& source;
     const std::shared_ptr<Playlists> lists;  // knows who is logged in
     const std::shared_ptr<const Faults> faults;
 

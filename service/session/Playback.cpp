@@ -7,10 +7,11 @@ namespace sonolet::service {
 Playback::Playback(Callbacks& sessionCallbacks,
                    std::shared_ptr<Playlists> sessionLists,
                    std::shared_ptr<const Faults> shownFaults,
-                   std::string musicFolder)
+                   Source& musicSource)
     : callbacks(sessionCallbacks), lists(std::move(sessionLists)), faults(std::move(shownFaults)),
-      music(std::move(musicFolder)), token(randomText(16)),
-      player(std::make_unique<Player>(events())) {}
+      source(musicSource), token(randomText(16)),
+      player(std::make_unique<Player>(
+          events(), [this](const std::string& path) { return source.openSound(path); })) {}
 
 PlayerEvents Playback::events() {
     PlayerEvents events;
@@ -46,6 +47,7 @@ void Playback::countPlay() {
     callbacks.post([this, ended] {
         if (ended && account()) {
             accounts().recordPlay(account()->id, *ended);
+            source.played(*ended);
         }
     });
 }
@@ -68,6 +70,7 @@ sp_error Playback::load(Track& track) {
     soundFrom = Faults::Clock::now() + faults->delay();
     const sp_error error = player->load(path(track));
     if (error == SP_ERROR_OK) {
+        begun = false;
         loadedDurationMs = track.durationMs();
         const std::lock_guard<std::mutex> lock(loadedMutex);
         loaded = track.id();
@@ -84,6 +87,10 @@ sp_error Playback::play(bool on) {
                         [this] { accounts().takePlayToken(account()->id, token); });
     }
     playing = on;
+    if (on && !begun) {
+        begun = true;
+        source.playing(*loaded);
+    }
     return player->play(on);
 }
 

@@ -6,6 +6,7 @@
 #include "objects/Track.h"
 #include "player/Player.h"
 #include "session/Callbacks.h"
+#include "source/Source.h"
 
 #include <atomic>
 #include <memory>
@@ -27,7 +28,7 @@ public:
     Playback(Callbacks& sessionCallbacks,
              std::shared_ptr<Playlists> sessionLists,
              std::shared_ptr<const Faults> shownFaults,
-             std::string musicFolder);
+             Source& musicSource);
 
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
@@ -58,14 +59,14 @@ private:
     void countPlay();
     Accounts& accounts() const { return *lists->library()->accounts(); }
     const std::optional<Account>& account() const { return lists->account(); }
-    std::string path(Track& track) const { return music + '/' + track.path(); }
+    std::string path(Track& track) const { return source.soundPath(track.path()); }
     sp_error playable(Track& track) const;
 
     // Constant after construction.
     Callbacks& callbacks;
     const std::shared_ptr<Playlists> lists;
     const std::shared_ptr<const Faults> faults;
-    const std::string music;
+    Source& source;
     const std::string token;  // names this session among those of an account
 
     // Before this the player's sound is still on its way.
@@ -73,6 +74,7 @@ private:
 
     // State below is the owner thread's.
     bool playing = false;
+    bool begun = false;  // since it was loaded
     int loadedDurationMs = 0;
 
     // The track whose end the player may report; set once load() has returned.

@@ -8,17 +8,17 @@ Queries::Queries(Callbacks& sessionCallbacks,
                  LateAnswers& lateAnswers,
                  Worker& sessionWorker,
                  std::shared_ptr<Library> sessionLibrary,
+                 Source& musicSource,
                  std::shared_ptr<const Faults> shownFaults,
                  Hooks toSession)
     : callbacks(sessionCallbacks), late(lateAnswers), worker(sessionWorker),
-      library(std::move(sessionLibrary)), faults(std::move(shownFaults)),
+      library(std::move(sessionLibrary)), source(musicSource), faults(std::move(shownFaults)),
       hooks(std::move(toSession)) {}
 
-void Queries::use(const std::string& catalogue, const std::string& accounts) {
-    worker.post([this, catalogue, accounts] {
-        store.reset();
-        catalogueFile = catalogue;
-        accountsFile = accounts;
+void Queries::use(const Kept& files) {
+    worker.post([this, files] {
+        answers.reset();
+        kept = files;
     });
 }
 
@@ -35,13 +35,16 @@ void Queries::find(unsigned number, Query& query) {
     }
     sp_error error = SP_ERROR_OTHER_PERMANENT;
     try {
-        if (store == nullptr) {
-            store = std::make_unique<QueryStore>(catalogueFile, accountsFile);
+        if (answers == nullptr) {
+            answers = source.answers(kept);
         }
-        error = faults->isOffline() ? SP_ERROR_OTHER_TRANSIENT : query.find(*store);
+        error = faults->isOffline() ? SP_ERROR_OTHER_TRANSIENT : query.find(*answers);
+    } catch (const SourceError& failure) {
+        callbacks.log(std::string("A query was not answered: ") + failure.what());
+        error = failure.number();
     } catch (const std::exception& failure) {
         callbacks.log(std::string("A query failed: ") + failure.what());
-        store.reset();
+        answers.reset();
         if (const auto* database = dynamic_cast<const DatabaseError*>(&failure)) {
             hooks.damaged(*database);
         }
@@ -85,7 +88,7 @@ void Queries::tell(const std::vector<Ref<Query>>& cancelled) const {
 }
 
 void Queries::close() {
-    store.reset();
+    answers.reset();
     cancel();
 }
 

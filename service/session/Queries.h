@@ -3,6 +3,7 @@
 
 #include "queries/Query.h"
 #include "session/LateAnswers.h"
+#include "source/Source.h"
 #include "threads/Worker.h"
 
 #include <atomic>
@@ -37,6 +38,7 @@ public:
             LateAnswers& lateAnswers,
             Worker& sessionWorker,
             std::shared_ptr<Library> sessionLibrary,
+            Source& musicSource,
             std::shared_ptr<const Faults> shownFaults,
             Hooks toSession);
 
@@ -44,7 +46,7 @@ public:
     Queries& operator=(const Queries&) = delete;
 
     // Has the worker look in these databases from here on.
-    void use(const std::string& catalogue, const std::string& accounts);
+    void use(const Kept& files);
 
     void ask(Ref<Query> query);
 
@@ -64,6 +66,7 @@ private:
     LateAnswers& late;
     Worker& worker;
     const std::shared_ptr<Library> library;
+    Source& source;
     const std::shared_ptr<const Faults> faults;
     const Hooks hooks;
 
@@ -74,9 +77,8 @@ private:
     std::atomic<unsigned> cancelledQueries{0};  // up to this number nobody waits for an answer
 
     // State below is the worker's.
-    std::unique_ptr<QueryStore> store;
-    std::string catalogueFile;
-    std::string accountsFile;
+    std::unique_ptr<Answers> answers;
+    Kept kept;
 };
 
 }  // namespace sonolet::service

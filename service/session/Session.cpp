@@ -52,7 +52,7 @@ Session::Session(const sp_session_config& config)
     try {
         makeParts(config);
     } catch (const std::exception& error) {
-        worker.reset();  // its tasks use the other parts
+        endWorkers();  // their tasks use the other parts
         throw ServiceError(SP_ERROR_API_INITIALIZATION_FAILED, error.what());
     }
 }
@@ -62,50 +62,78 @@ Session::~Session() = default;
 void Session::makeParts(const sp_session_config& config) {
     const auto log = [this](std::string line) { callbacks.log(std::move(line)); };
     paths = StatePaths::prepare(config.settings_location, config.cache_location);
-    music = musicFolder();
-    log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " + music);
-    storage = std::make_unique<Storage>(paths.accountsFile(), paths.catalogueFile(music), log);
+    source = openSource();
+    log("Settings in " + paths.settings + ", cache in " + paths.cache + ", music in " +
+        source->description());
+    storage = std::make_unique<Storage>(source->files(paths), source->firstAccount(), log);
     Storage::Opened opened = storage->begin();
-    shelves = std::make_shared<Library>(std::move(opened.catalogue), std::move(opened.accounts));
+    shelves =
+        std::make_shared<Library>(std::move(opened.catalogue), std::move(opened.accounts), *source);
     shelves->setFaults(faults);
     lists = std::make_shared<Playlists>(
         shelves, [this](EventQueue::Event event) { callbacks.post(std::move(event)); },
         !config.initially_unload_playlists);
-    worker = std::make_unique<Worker>();
+    checker = std::make_unique<Worker>();
+    answerer = std::make_unique<Worker>();
+    painter = std::make_unique<Worker>();
     makeImages();
     questions = std::make_unique<Queries>(
-        callbacks, late, *worker, shelves, faults,
+        callbacks, late, *answerer, shelves, *source, faults,
         Queries::Hooks{[this] { lookForChanges(); },
                        [this](const DatabaseError& error) { rebuildDamaged(error); }});
-    questions->use(storage->catalogue(), storage->accounts());
-    player = std::make_unique<Playback>(callbacks, lists, faults, music);
-    logins = std::make_unique<Login>(callbacks, late, *worker, *questions, *player, lists, faults);
-    logins->use(storage->accounts());
+    questions->use(storage->kept());
+    player = std::make_unique<Playback>(callbacks, lists, faults, *source);
+    logins = std::make_unique<Login>(callbacks, late, *checker, *questions, *player, *source, lists,
+                                     faults);
+    logins->use(storage->kept().accounts);
     faultShow = std::make_unique<FaultShow>(callbacks, *player, *lists, faults);
-    scan = std::make_unique<Scan>(callbacks, *storage, music, [this] { scanned(); });
+}
+
+std::unique_ptr<Source> Session::openSource() {
+    SourceEvents events;
+    events.log = [this](std::string line) { callbacks.log(std::move(line)); };
+    events.post = [this](EventQueue::Event event) { callbacks.post(std::move(event)); };
+    events.settled = [this] { settled(); };
+    events.connection = [this](sp_error error) {
+        callbacks.raise(&sp_session_callbacks::connection_error, error);
+    };
+    events.expelled = [this](sp_error why) { logins->expel(why); };
+    return makeSource(std::move(events));
 }
 
 void Session::start() {
-    scan->start();
+    source->start(storage->kept());
 }
 
 void Session::makeImages() {
     const ImageLoader::Log log = [this](std::string line) { callbacks.log(std::move(line)); };
-    auto loader = std::make_unique<ImageLoader>(paths.cache, storage->catalogue(), music, log,
-                                                worker->stopFlag());
+    auto loader = std::make_unique<ImageLoader>(
+        paths.cache, storage->kept().catalogue,
+        [this](const std::string& catalogue) {
+            return source->pictures(catalogue, painter->stopFlag());
+        },
+        log, painter->stopFlag());
     images = std::make_shared<Images>(
-        std::move(loader), shelves, *worker,
+        std::move(loader), shelves, *painter,
         [this](EventQueue::Event event) { late.answer(std::move(event)); }, log);
-    const std::string megabytes = shelves->accounts()->setting(cacheSetting).value_or("0");
-    images->setCacheSize(std::strtoull(megabytes.c_str(), nullptr, 10));
+    const std::string kept = shelves->accounts()->setting(cacheSetting).value_or("0");
+    const std::uint64_t megabytes = std::strtoull(kept.c_str(), nullptr, 10);
+    images->setCacheSize(megabytes);
+    source->setCacheSize(megabytes);
+}
+
+void Session::endWorkers() {
+    checker.reset();
+    answerer.reset();
+    painter.reset();
 }
 
 void Session::close() {
     callbacks.silence();
     // Each joins its thread; what those still post is dropped with the queue.
     player->close();
-    scan->stop();
-    worker.reset();
+    source->stop();
+    endWorkers();
     images->close();
     callbacks.close();
     late.clear();
@@ -172,22 +200,23 @@ void Session::keepAgain() {
     if (!opened) {
         return;
     }
-    scan->stop();
+    source->stop();
     const auto before =
         shelves->exchange(std::move(opened->catalogue), std::move(opened->accounts));
     lists->reopen();
-    questions->use(storage->catalogue(), storage->accounts());
-    logins->use(storage->accounts());
-    images->setCatalogue(storage->catalogue());
-    scan->start();
-    // The worker may still be in what was in memory.
-    worker->post([inMemory = std::move(opened->before)] {});
+    questions->use(storage->kept());
+    logins->use(storage->kept().accounts);
+    images->setCatalogue(storage->kept().catalogue);
+    source->start(storage->kept());
+    // The workers may still be in what was in memory.
+    for (Worker* worker : {checker.get(), answerer.get(), painter.get()}) {
+        worker->post([inMemory = opened->before] {});
+    }
 }
 
-void Session::scanned() {
+void Session::settled() {
     // The last changes may be younger than the last look.
     shelves->refreshCatalogue();
-    shelves->setScanned();
     images->catalogueChanged();
     lists->tellMetadata();
     callbacks.raise(&sp_session_callbacks::metadata_updated);
@@ -196,6 +225,7 @@ void Session::scanned() {
 sp_error Session::setCacheSize(std::size_t megabytes) const {
     shelves->accounts()->setSetting(cacheSetting, std::to_string(megabytes));
     images->setCacheSize(megabytes);
+    source->setCacheSize(megabytes);
     return SP_ERROR_OK;
 }
 

@@ -4,7 +4,8 @@
 #include "images/Images.h"
 #include "session/FaultShow.h"
 #include "session/Login.h"
-#include "session/Scan.h"
+#include "session/Storage.h"
+#include "source/Source.h"
 #include "store/StatePaths.h"
 
 #include "libspotify/api.h"
@@ -32,8 +33,8 @@ private:
 // The one session of a process. It makes its parts, lets them meet and ends them in an order in
 // which none outlives what it uses; what it can do is theirs.
 //
-// Threads: the operations belong to the thread that calls processEvents(). The scan, the worker and
-// the player have threads of their own, which reach the owner through the event queue;
+// Threads: the operations belong to the thread that calls processEvents(). The source, the workers
+// and the player have threads of their own, which reach the owner through the event queue;
 // music_delivery and end_of_track alone are called on the player's. No lock is held while a
 // callback runs. A callback may call any operation: a processEvents() inside one does nothing, and
 // after close() no further callback runs.
@@ -46,7 +47,7 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    // Starts the scan. The session is known by its handle from here on.
+    // Starts the source. The session is known by its handle from here on.
     void start();
 
     // Joins every thread. The player is silent, the library empty from here on.
@@ -65,7 +66,7 @@ public:
     Queries& queries() const { return *questions; }
 
     // Makes the catalogue again when this is a sign that it is damaged. Any thread.
-    void rebuildDamaged(const DatabaseError& error) { scan->rebuild(error); }
+    void rebuildDamaged(const DatabaseError& error) { source->rebuild(error); }
 
     // `id` is 20 bytes, known or not.
     Ref<sp_image> image(const std::string& id) { return images->image(id); }
@@ -84,7 +85,9 @@ private:
     void makeImages();
     void lookForChanges();
     void keepAgain();
-    void scanned();
+    void settled();
+    std::unique_ptr<Source> openSource();
+    void endWorkers();
     int timeout() const;
 
     // Constant after construction.
@@ -93,19 +96,20 @@ private:
     std::shared_ptr<Faults> faults;
     LateAnswers late;
     StatePaths paths;
-    std::string music;
 
     // The parts, each after those it uses; made once, gone in close() where they have a thread.
+    std::unique_ptr<Source> source;
     std::unique_ptr<Storage> storage;
     std::shared_ptr<Library> shelves;
     std::shared_ptr<Playlists> lists;
-    std::unique_ptr<Worker> worker;
+    std::unique_ptr<Worker> checker;   // of logins
+    std::unique_ptr<Worker> answerer;  // of queries
+    std::unique_ptr<Worker> painter;   // of images
     std::shared_ptr<Images> images;
     std::unique_ptr<Queries> questions;
     std::unique_ptr<Playback> player;
     std::unique_ptr<Login> logins;
     std::unique_ptr<FaultShow> faultShow;
-    std::unique_ptr<Scan> scan;
 
     bool dispatching = false;  // the owner thread's
 };

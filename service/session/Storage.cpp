@@ -54,11 +54,11 @@ bool isNoRoom(const std::exception& failure) {
 
 // A database in memory lives as long as it is open.
 struct Storage::Copies {
-    Copies(const std::string& accountsFile, const std::string& catalogueFile)
-        : accountsOpen(copied(accountsFile, accounts)),
-          catalogueOpen(copied(catalogueFile, catalogue)) {
+    Copies(const Kept& files, Accounts::First first)
+        : accountsOpen(copied(files.accounts, accounts)),
+          catalogueOpen(copied(files.catalogue, catalogue)) {
         // Makes the account that is there from the start, if there was no file.
-        static_cast<void>(Accounts(accounts));
+        static_cast<void>(Accounts(accounts, first));
     }
 
     const std::string accounts = nameInMemory();
@@ -67,23 +67,18 @@ struct Storage::Copies {
     const std::unique_ptr<Database> catalogueOpen;
 };
 
-Storage::Storage(std::string accountsFile, std::string catalogueFile, Log logLine)
-    : accountsOnDisk(std::move(accountsFile)), catalogueOnDisk(std::move(catalogueFile)),
-      log(std::move(logLine)) {}
+Storage::Storage(Kept files, Accounts::First first, Log logLine)
+    : onDisk(std::move(files)), firstAccount(first), log(std::move(logLine)) {}
 
 Storage::~Storage() = default;
 
-std::string Storage::accounts() const {
-    return isKept() ? accountsOnDisk : copies->accounts + "&mode=ro";
-}
-
-std::string Storage::catalogue() const {
-    return isKept() ? catalogueOnDisk : copies->catalogue;
+Kept Storage::kept() const {
+    return isKept() ? onDisk : Kept{copies->accounts + "&mode=ro", copies->catalogue, false};
 }
 
 std::unique_ptr<Accounts> Storage::openAccounts() {
     try {
-        auto opened = std::make_unique<Accounts>(accounts());
+        auto opened = std::make_unique<Accounts>(kept().accounts, firstAccount);
         opened->connection().check();
         return opened;
     } catch (const DatabaseError& error) {
@@ -101,13 +96,13 @@ std::unique_ptr<Accounts> Storage::openAccounts() {
         std::fprintf(stderr, "libspotify: %s\n", complaint.c_str());
         log(complaint);
     }
-    return std::make_unique<Accounts>(accounts());
+    return std::make_unique<Accounts>(kept().accounts, firstAccount);
 }
 
 Storage::Opened Storage::open() {
     Opened opened;
     opened.accounts = openAccounts();
-    opened.catalogue = Catalogue::openOrBegin(catalogue(), log);
+    opened.catalogue = Catalogue::openOrBegin(kept().catalogue, log);
     return opened;
 }
 
@@ -120,7 +115,7 @@ Storage::Opened Storage::begin() {
         }
         log(std::string("Nothing can be kept until there is room: ") + error.what());
     }
-    copies = std::make_shared<Copies>(accountsOnDisk, catalogueOnDisk);
+    copies = std::make_shared<Copies>(onDisk, firstAccount);
     return open();
 }
 

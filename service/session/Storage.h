@@ -3,6 +3,7 @@
 
 #include "accounts/Accounts.h"
 #include "catalogue/Catalogue.h"
+#include "source/Source.h"
 
 #include <chrono>
 #include <functional>
@@ -34,7 +35,7 @@ public:
         std::shared_ptr<const void> before;
     };
 
-    Storage(std::string accountsFile, std::string catalogueFile, Log logLine);
+    Storage(Kept files, Accounts::First first, Log logLine);
     ~Storage();
 
     Storage(const Storage&) = delete;
@@ -47,9 +48,7 @@ public:
     bool isKept() const { return copies == nullptr; }
 
     // What Accounts, Catalogue and the like are opened with.
-    std::string accounts() const;
-    std::string catalogue() const;
-    const std::string& catalogueFile() const { return catalogueOnDisk; }
+    Kept kept() const;
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -59,8 +58,8 @@ private:
     std::unique_ptr<Accounts> openAccounts();
 
     // Constant after construction.
-    const std::string accountsOnDisk;
-    const std::string catalogueOnDisk;
+    const Kept onDisk;
+    const Accounts::First firstAccount;
     const Log log;
 
     std::shared_ptr<Copies> copies;

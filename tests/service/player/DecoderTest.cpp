@@ -1,6 +1,7 @@
 #include "player/Decoder.h"
 
 #include "TestFiles.h"
+#include "music/MusicFile.h"
 
 #include <gmock/gmock.h>
 #include <gst/gst.h>

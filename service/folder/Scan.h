@@ -1,9 +1,8 @@
-#ifndef SONOLET_SERVICE_SESSION_SCAN_H
-#define SONOLET_SERVICE_SESSION_SCAN_H
+#ifndef SONOLET_SERVICE_FOLDER_SCAN_H
+#define SONOLET_SERVICE_FOLDER_SCAN_H
 
 #include "catalogue/Scanner.h"
-#include "session/Callbacks.h"
-#include "session/Storage.h"
+#include "source/Source.h"
 
 #include <atomic>
 #include <functional>
@@ -12,26 +11,24 @@
 
 namespace sonolet::service {
 
-// The scan that brings a session's catalogue up to date, once; and once more when the catalogue
-// proves damaged or is another.
+// The scan that brings a session's catalogue up to date with a folder of music, once; and once more
+// when the catalogue proves damaged or is another, or the folder has changed.
 //
 // Threads: the session's owner, but for rebuild().
 class Scan final {
 public:
-    // `over` is told when a scan has ended by itself, on the owner's thread.
-    Scan(Callbacks& sessionCallbacks,
-         const Storage& sessionStorage,
-         std::string musicFolder,
-         std::function<void()> over);
+    // `over` is told when a scan has ended by itself, on the owner's thread. Borrows the events.
+    Scan(const SourceEvents& toSession, std::string musicFolder, std::function<void()> over);
 
     Scan(const Scan&) = delete;
     Scan& operator=(const Scan&) = delete;
 
-    // Ends the one that is under way, which may take as long as a read from the disk. Reads the
-    // names of the databases anew. Playlist files are taken only while the accounts are in files.
-    void start();
+    // Ends the one that is under way, which may take as long as a read from the disk. Playlist
+    // files are taken only while the accounts are in files.
+    void start(const Kept& kept);
     // Joins its thread; what it has not committed is found again by the next.
     void stop() { scanner.reset(); }
+    bool isRunning() const { return running; }
 
     // Sets the catalogue's file aside and makes it again, when the error is a sign that it is
     // damaged. Any thread.
@@ -39,12 +36,12 @@ public:
 
 private:
     // Constant after construction.
-    Callbacks& callbacks;
-    const Storage& storage;
+    const SourceEvents& events;
     const std::string music;
-    const std::string catalogueFile;
     const std::function<void()> tellOver;
 
+    Kept where;
+    bool running = false;
     std::atomic<bool> rebuilding{false};  // from here to the end of the scan
     std::unique_ptr<Scanner> scanner;     // last: its thread uses the above
 };

@@ -1,6 +1,7 @@
-#include "images/PictureSource.h"
+#include "folder/FolderPictures.h"
 
 #include "catalogue/Catalogue.h"
+#include "music/MusicFile.h"
 #include "music/Tags.h"
 
 #include <set>
@@ -22,9 +23,9 @@ std::optional<std::string> read(const std::string& path, bool embedded, const St
 
 }  // namespace
 
-PictureSource::PictureSource(const std::string& catalogueFile,
-                             std::string musicFolder,
-                             const StopFlag& stopFlag)
+FolderPictures::FolderPictures(const std::string& catalogueFile,
+                               std::string musicFolder,
+                               const StopFlag& stopFlag)
     : music(std::move(musicFolder)), stop(stopFlag),
       database(catalogueFile, Database::Durability::process),
       listFiles(database,
@@ -34,7 +35,7 @@ PictureSource::PictureSource(const std::string& catalogueFile,
                 " AND COALESCE(t.picture_digest, f.picture_digest) = ?1"
                 " ORDER BY t.disc, t.number, t.link") {}
 
-std::optional<std::string> PictureSource::find(const std::string& digest) {
+std::optional<std::string> FolderPictures::find(const std::string& digest, int) {
     std::set<std::string> tried;
     for (Cursor row = listFiles.run(Blob{digest}); row.next();) {
         const std::string folder = row.text(0);

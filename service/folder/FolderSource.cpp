@@ -1,0 +1,75 @@
+#include "folder/FolderSource.h"
+
+#include "folder/FolderAnswers.h"
+#include "folder/FolderPictures.h"
+#include "music/MusicFile.h"
+
+#include <utility>
+
+namespace sonolet::service {
+
+FolderSource::FolderSource(SourceEvents toSession, std::string musicFolder)
+    : events(std::move(toSession)), music(std::move(musicFolder)), scan(events, music, [this] {
+          settling = false;
+          events.settled();
+      }) {}
+
+Kept FolderSource::files(const StatePaths& paths) const {
+    return {paths.accountsFile(), paths.catalogueFile(music)};
+}
+
+void FolderSource::start(const Kept& kept) {
+    settling = true;
+    scan.start(kept);
+}
+
+template <typename Action>
+void FolderSource::orLog(const char* consequence, Action action) const {
+    try {
+        action();
+    } catch (const std::exception& error) {
+        events.log(std::string(consequence) + ": " + error.what());
+    }
+}
+
+Admission FolderSource::admit(
+    Accounts& store, const std::string& name, const Secret& secret, bool isBlob, bool remember) {
+    Admission admission;
+    admission.account = isBlob ? store.checkBlob(name, secret) : store.checkPassword(name, secret);
+    if (!admission.account) {
+        return admission;
+    }
+    // Who is right is let in, though the disk be full.
+    const std::int64_t id = admission.account->id;
+    if (remember) {
+        orLog("The user is not remembered", [&] { store.remember(id); });
+    }
+    orLog("There is no new blob", [&] { admission.blob = store.issueBlob(id); });
+    return admission;
+}
+
+Admission FolderSource::admitRemembered(Accounts& store) {
+    Admission admission;
+    admission.account = store.remembered();
+    return admission;
+}
+
+std::optional<std::string> FolderSource::remembered(Accounts& store) {
+    const std::optional<Account> account = store.remembered();
+    return account ? std::optional<std::string>(account->name) : std::nullopt;
+}
+
+std::unique_ptr<Answers> FolderSource::answers(const Kept& kept) {
+    return std::make_unique<FolderAnswers>(kept);
+}
+
+std::unique_ptr<Pictures> FolderSource::pictures(const std::string& catalogue,
+                                                 const StopFlag& stop) {
+    return std::make_unique<FolderPictures>(catalogue, music, stop);
+}
+
+std::shared_ptr<const Sound> FolderSource::openSound(const std::string& soundPath) {
+    return std::make_shared<const MusicFile>(soundPath);
+}
+
+}  // namespace sonolet::service

@@ -1,0 +1,61 @@
+#ifndef SONOLET_SERVICE_FOLDER_FOLDER_SOURCE_H
+#define SONOLET_SERVICE_FOLDER_FOLDER_SOURCE_H
+
+#include "folder/Scan.h"
+#include "source/Source.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace sonolet::service {
+
+// Music in a folder on this machine: a scan fills the catalogue, which then answers everything, and
+// the accounts are those of this machine.
+class FolderSource final : public Source {
+public:
+    FolderSource(SourceEvents toSession, std::string musicFolder);
+
+    std::string description() const override { return music; }
+    Kept files(const StatePaths& paths) const override;
+    Accounts::First firstAccount() const override { return Accounts::First::listener; }
+
+    void start(const Kept& kept) override;
+    void stop() override { scan.stop(); }
+    void rebuild(const DatabaseError& error) override { scan.rebuild(error); }
+
+    bool isSettling() const override { return settling; }
+    sp_error absence(sp_linktype, const Id&) override {
+        return settling ? SP_ERROR_IS_LOADING : SP_ERROR_OTHER_PERMANENT;
+    }
+
+    Admission admit(Accounts& store,
+                    const std::string& name,
+                    const Secret& secret,
+                    bool isBlob,
+                    bool remember) override;
+    Admission admitRemembered(Accounts& store) override;
+    std::optional<std::string> remembered(Accounts& store) override;
+    void forget(Accounts& store) override { store.forget(); }
+
+    std::unique_ptr<Answers> answers(const Kept& kept) override;
+    std::unique_ptr<Pictures> pictures(const std::string& catalogue, const StopFlag& stop) override;
+    std::string soundPath(const std::string& path) const override { return music + '/' + path; }
+    std::shared_ptr<const Sound> openSound(const std::string& soundPath) override;
+
+private:
+    // What fails is a line that begins with the consequence.
+    template <typename Action>
+    void orLog(const char* consequence, Action action) const;
+
+    // Constant after construction.
+    const SourceEvents events;
+    const std::string music;
+
+    bool settling = true;  // until the first scan of these files is over
+    Scan scan;
+};
+
+}  // namespace sonolet::service
+
+#endif
