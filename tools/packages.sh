@@ -15,6 +15,11 @@ browser_test_packages=(
     webkit2gtk-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
     curl procps python3
 )
+# What all of dev needs.
+whole_packages=(
+    "${build_packages[@]}" "${test_packages[@]}"
+    "${browser_packages[@]}" "${browser_test_packages[@]}" "${package_packages[@]}"
+)
 bench_packages=(
     libbenchmark-dev libboost-dev libjack-jackd2-dev libssl-dev
     pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio

@@ -40,16 +40,36 @@ test_preset() {
     fi
     say "$preset: testing"
     timed "$preset: tests" run_tests "$preset" "$log"
-    local bad all
+    count_tests "$preset" "$log"
+}
+
+# count_tests NAME LOG: adds what CTest says at the end of LOG to passed, failed and skipped.
+count_tests() {
+    local name=$1 log=$2 bad all left_out
     if ! read -r bad all < <(sed -n \
         's/.*tests passed, \([0-9]*\) tests\{0,1\} failed out of \([0-9]*\).*/\1 \2/p' "$log"); then
-        say "$preset: the tests did not run to their end"
+        say "$name: the tests did not run to their end"
         failed=$((failed + 1))
         return
     fi
-    local left_out
     left_out=$(grep -c '\*\*\*Skipped' "$log" || true)
     passed=$((passed + all - bad - left_out))
     failed=$((failed + bad))
     skipped=$((skipped + left_out))
+}
+
+# test_root: the same for the whole system on 32 bits, as "./sonolet test dev" in the root i386.
+test_root() {
+    local log=$root/build/i386-root$home_in_root/build/test-dev.log
+    timed "i386: system" make_root i386 i386 apt "${whole_packages[@]}"
+    copy_project i386
+    in_namespaces rm -f "$log"
+    say "i386: building and testing in build/i386-root"
+    timed "i386: build and tests" in_root i386 ./sonolet test dev || true
+    if [[ -e $log ]]; then
+        count_tests i386 "$log"
+    else
+        say "i386: not built"
+        failed=$((failed + 1))
+    fi
 }
