@@ -8,7 +8,7 @@ build_packages=(
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
     libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev
 )
-browser_packages=(libwebkit2gtk-4.1-dev)
+browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
 package_packages=(dpkg-dev file)
 test_packages=(libgtest-dev libgmock-dev binutils node-typescript man-db)
 browser_test_packages=(

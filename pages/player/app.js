@@ -8,7 +8,7 @@ import { shownName, watchMetadata } from "./music/library.js";
 import { notify } from "./page/notices.js";
 import { reset, watchPlayer } from "./music/playback.js";
 import { startRemote } from "./page/remote.js";
-import { parseAddress, startRouter, stopRouter } from "./page/router.js";
+import { parseAddress, reload, startRouter, stopRouter } from "./page/router.js";
 import { Scope } from "./page/scope.js";
 import { connection, signOut, signedIn, signedOut, startSession } from "./music/session.js";
 import { hasMargins, setMargins, startTheme, toggleTheme } from "./page/theme.js";
@@ -21,7 +21,7 @@ import { playingView } from "./views/playing.js";
 import { inboxView, playlistView, starredView } from "./views/playlist.js";
 import { searchView, startSearchField } from "./views/search.js";
 import { fillSidebar } from "./views/sidebar.js";
-import { showSignIn, showSigningIn, startSignIn } from "./views/signin.js";
+import { showGreeting, showSignIn, showSigningIn, startSignIn } from "./views/signin.js";
 
 const views = {
     home: homeView,
@@ -62,7 +62,11 @@ function start() {
         showSignIn(why);
     });
     connection.add((connected) => {
+        const back = connected && !byId("connection").hidden;
         byId("connection").hidden = connected;
+        if (back && signedInScope !== null) {
+            reload();
+        }
     });
     try {
         if (startSession()) {
@@ -76,7 +80,8 @@ function start() {
     }
     watchMetadata();
     watchPlayer();
-    Spotify.Session.addEventListener("MessageToUser", (message) => notify(message));
+    Spotify.Session.addEventListener("MessageToUser", (message) =>
+        signedInScope === null ? showGreeting(message) : notify(message));
 }
 
 function openApp() {

@@ -129,6 +129,27 @@ void Login::expel(sp_error why) {
     }
 }
 
+void Login::greet() {
+    if (hasGreeted || lastAttempt != 0 || source.firstAccount() != Accounts::First::listener) {
+        return;
+    }
+    hasGreeted = true;
+    worker.post([this, file = accountsFile] {
+        callbacks.orLog("Nobody is greeted", [&] {
+            if (!Accounts(file).checkPassword("listener", Secret("listener"))) {
+                return;
+            }
+            late.answer([this] {
+                if (lastAttempt == 0) {
+                    callbacks.raise(&sp_session_callbacks::message_to_user,
+                                    "This is a demo of the service: sign in as listener, with the "
+                                    "password listener.");
+                }
+            });
+        });
+    });
+}
+
 sp_error Login::forgetMe() const {
     source.forget(accounts());
     return SP_ERROR_OK;

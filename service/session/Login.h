@@ -50,6 +50,9 @@ public:
     sp_error logout();
     // The source lets the one who is logged in stay no longer.
     void expel(sp_error why);
+    // Once, and only if nobody has asked to log in: has message_to_user say who can, while the first
+    // account has its first password.
+    void greet();
     // Who is logged in stays so.
     sp_error forgetMe() const;
     // A canonical name.
@@ -99,6 +102,7 @@ private:
     std::vector<Ref<sp_user>> friends;
     unsigned lastAttempt = 0;  // an outcome of an earlier one is dropped
     bool pending = false;
+    bool hasGreeted = false;
 };
 
 }  // namespace sonolet::service

@@ -153,6 +153,7 @@ sp_error Session::processEvents(int* nextTimeout) {
         } catch (const std::exception& error) {
             callbacks.log(error.what());
         }
+        logins->greet();
         faultShow->post();
         late.release();
         callbacks.handleEvents();

@@ -8,12 +8,61 @@ namespace {
 
 class Player : public PlayerPage {};
 
-TEST_F(Player, SaysThatThePasswordIsWrongAndLetsTryAgain) {
-    EXPECT_EQ(evaluate("await until(() => !find('#signin').hidden); signIn('wrong');"
+TEST_F(Player, SaysWhoMaySignInAndThatThePasswordIsWrongAndLetsTryAgain) {
+    EXPECT_THAT(evaluate("await until(() => !find('#signin').hidden);"
+                         "return until(() => text('#signin-hint'));"),
+                HasSubstr("sign in as listener, with the password listener"));
+    EXPECT_EQ(evaluate("signIn('wrong');"
                        "await until(() => text('#signin-error'));"
-                       "return [text('#signin-error'), find('#app').hidden, focused()];"),
-              R"(["The name or the password is wrong.",true,""])");
+                       "return [text('#signin-error'), find('#app').hidden, focused(),"
+                       "    find('#name').value];"),
+              R"(["The name or the password is wrong.",true,"","listener"])");
+    page.reload();
+    EXPECT_EQ(evaluate("await until(() => !find('#signin').hidden);"
+                       "return [find('#name').value, document.activeElement.id];"),
+              R"(["listener","password"])");
     EXPECT_EQ(evaluate("signIn('listener'); return until(() => !find('#app').hidden);"), "true");
+}
+
+TEST_F(Player, LoadsTheViewAgainWhenTheConnectionIsBack) {
+    enter("#/album/Ines Orrell/Small Hours");
+    EXPECT_EQ(evaluate("await until(() => find('[aria-rowindex=\"3\"]'));"
+                       "const { connection } = await import('./music/session.js');"
+                       "connection.emit(true);"  // nothing was lost
+                       "find('[aria-rowindex=\"3\"]').focus();"
+                       "const before = find('.view');"
+                       "connection.emit(false);"
+                       "const told = !find('#connection').hidden && find('.view') === before;"
+                       "connection.emit(true);"
+                       "await until(() => find('.view') !== before && find('.track'));"
+                       "await until(() => focused().startsWith('Before the Birds'));"
+                       "return [told, find('#connection').hidden];"),
+              "[true,true]");
+}
+
+TEST_F(Player, DrawsACoverForWhatHasNone) {
+    EXPECT_EQ(evaluate(R"js(
+        const { artwork } = await import('./music/artwork.js');
+        const luminance = (colour) => [.2126, .7152, .0722].reduce((sum, part, i) => {
+            const value = colour[i] / 255;
+            return sum + part * (value <= .04045 ? value / 12.92 : ((value + .055) / 1.055) ** 2.4);
+        }, .05);
+        const pictures = new Set();
+        let least = 99;
+        for (let i = 0; i < 200; ++i) {
+            const picture = artwork(`Album ${i}`);
+            const svg = decodeURIComponent(picture);
+            const [one, other] = [...svg.matchAll(/fill="rgb\(([^)]*)\)"/g)].map(([, colour]) =>
+                luminance(colour.split(',').map(Number)));
+            least = Math.min(least, Math.max(one, other) / Math.min(one, other));
+            pictures.add(picture).add(artwork(`Album ${i}`));
+            const image = new Image();
+            image.src = picture;
+            await image.decode();
+        }
+        return [pictures.size, least > 2.95];
+    )js"),
+              "[200,true]");
 }
 
 TEST_F(Player, PlaysAndSeeksWhatASearchFinds) {

@@ -2,6 +2,7 @@
 // Covers and portraits: from image ids to pictures in elements.
 
 import { byId } from "../page/dom.js";
+import { artwork } from "./artwork.js";
 import { attempt } from "./library.js";
 import { debounce } from "../page/scope.js";
 
@@ -25,17 +26,23 @@ const loading = new Set();
 const loadSoon = debounce(20, loadMore); // by then rows that are only scrolled past have gone
 
 /**
- * Shows the picture `id` in a .cover element as soon as it is there; without one the element keeps
- * its drawing. `id` is what `cover`, `portrait` and `getImage` answer.
+ * Shows the picture `id` in a .cover element as soon as it is there; when there is none, artwork
+ * that is made from `name`. `id` is what `cover`, `portrait` and `getImage` answer.
  * @param {HTMLElement} element
  * @param {string} id
+ * @param {string} name of the album, artist or list; "" leaves the element's drawing
  */
-export function showImage(element, id) {
-    if (element.dataset.image === id) {
+export function showImage(element, id, name) {
+    if (element.dataset.image === id && element.dataset.name === name) {
         return;
     }
     element.dataset.image = id;
+    element.dataset.name = name;
     element.textContent = "";
+    if (!id && name) {
+        place(element, id, artwork(name));
+        return;
+    }
     const picture = kept.get(id);
     if (picture) {
         place(element, id, picture);
@@ -73,6 +80,9 @@ function load(id, elements) {
             const picture = `data:image/jpeg;base64,${base64}`;
             keep(id, picture);
             elements.forEach((element) => place(element, id, picture));
+        } else {
+            elements.forEach((element) => element.dataset.name &&
+                place(element, id, artwork(element.dataset.name)));
         }
         loadSoon();
     };

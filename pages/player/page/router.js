@@ -81,6 +81,11 @@ export function parseAddress() {
     return { name: parts[0] || "home", args: parts.slice(1), options: new URLSearchParams(options) };
 }
 
+/** The view once more, where it is, for what may have come meanwhile. */
+export function reload() {
+    show();
+}
+
 async function show() {
     leave();
     const address = location.hash;

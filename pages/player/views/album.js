@@ -20,7 +20,7 @@ export async function albumView({ root, scope, args, options, subject, title }) 
     const tracks = new FixedTracks(browsed.numTracks(), (i) => browsed.track(i));
     title(`${about.title} by ${about.artist}`);
 
-    const picture = cover(coverId(album, ImageSize.large), "large");
+    const picture = cover(coverId(album, ImageSize.large), about.title, "large");
     tint(picture, scope);
     const artist = path("artist", about.artist);
     put(root,

@@ -18,7 +18,7 @@ export async function artistView({ root, scope, args, subject, title }) {
     const others = albums.filter((album) => !own.includes(album));
     title(name);
     put(root, hero({
-        picture: cover(attempt(() => artist.portrait(ImageSize.large), ""), "large round"),
+        picture: cover(attempt(() => artist.portrait(ImageSize.large), ""), name, "large round"),
         kind: "Artist", title: name, facts: [counted(albums.length, "album")],
         actions: tracks.length > 0
             ? playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled)) : [],

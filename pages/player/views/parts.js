@@ -9,27 +9,29 @@ import { remember } from "../page/router.js";
 /** @typedef {import("../page/dom.js").Child} Child */
 
 /**
- * A picture's place; it has a drawing of its own until and unless there is a picture.
+ * A picture's place; what has no picture gets one made from its name.
  * @param {string} id of the image; "" for none
+ * @param {string} name
  * @param {string} [kind] further classes
  */
-export function cover(id, kind = "") {
+export function cover(id, name, kind = "") {
     const element = h("div", { class: `cover ${kind}`, "aria-hidden": "true" });
-    showImage(element, id);
+    showImage(element, id, name);
     return element;
 }
 
 /**
  * Four covers in one, for what has no picture itself.
  * @param {string[]} ids
+ * @param {string} name
  */
-export function mosaic(ids) {
+export function mosaic(ids, name) {
     const different = Array.from(new Set(ids.filter(Boolean)));
     if (different.length < 4) {
-        return cover(different[0] || "");
+        return cover(different[0] || "", name);
     }
     return h("div", { class: "cover mosaic", "aria-hidden": "true" },
-        different.slice(0, 4).map((id) => cover(id)));
+        different.slice(0, 4).map((id) => cover(id, "")));
 }
 
 /** @param {Spotify.Album} album */
@@ -37,7 +39,7 @@ export function albumCard(album) {
     const { title, artist, year, path: address } = describeAlbum(album);
     return h("a", { class: "card", href: address, "data-key": address,
         onclick: () => remember(address, album) },
-    cover(coverId(album, ImageSize.normal)),
+    cover(coverId(album, ImageSize.normal), title),
     h("span", { class: "card-title two-lines" }, named(title)),
     h("span", { class: "card-note two-lines" }, artist && named(artist), artist && year ? " · " : "",
         year ? String(year) : ""));
@@ -49,7 +51,7 @@ export function artistCard(artist) {
     const address = path("artist", name);
     return h("a", { class: "card round", href: address, "data-key": address,
         onclick: () => remember(address, artist) },
-    cover(attempt(() => artist.portrait(ImageSize.normal), "")),
+    cover(attempt(() => artist.portrait(ImageSize.normal), ""), name),
     h("span", { class: "card-title two-lines" }, named(name)),
     h("span", { class: "card-note" }, "Artist"));
 }

@@ -77,7 +77,7 @@ function fill() {
     slider().disabled = info === null;
     slider().max = String(info ? info.duration : 1);
     byId("length").textContent = info ? clock(info.duration) : "";
-    showImage(byId("bar-cover"), info ? info.cover : "");
+    showImage(byId("bar-cover"), info ? info.cover : "", info ? info.album : "");
     replace(byId("bar-text"), info
         ? [h("button", { type: "button", class: "text-button bar-title", onclick: () => openAlbum(track) },
             h("span", { class: "two-lines" }, named(info.title))),

@@ -32,7 +32,7 @@ export async function playingView({ root, scope, title }) {
             return;
         }
         const { track, info } = now;
-        const picture = cover(coverId(albumOf(track), ImageSize.large), "largest");
+        const picture = cover(coverId(albumOf(track), ImageSize.large), info.album, "largest");
         tint(picture, scope);
         replace(left, picture,
             h("h1", { class: info.title.length > 28 ? "two-lines long" : "two-lines" }, named(info.title)),

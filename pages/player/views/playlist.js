@@ -56,7 +56,7 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
         title(current);
         const focused = head.contains(document.activeElement);
         replace(head, hero({
-            picture: picture(playlist, image), kind, title: current,
+            picture: picture(playlist, image, current), kind, title: current,
             facts: facts(playlist),
             actions: tracks.length === 0 ? []
                 : playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled))
@@ -104,14 +104,15 @@ function facts(playlist) {
  * The playlist's own picture, else covers of its first tracks.
  * @param {Spotify.Playlist} playlist
  * @param {string} own image id
+ * @param {string} name
  */
-function picture(playlist, own) {
+function picture(playlist, own, name) {
     if (own !== "") {
-        return cover(own, "large");
+        return cover(own, name, "large");
     }
     const few = Math.min(playlist.numTracks(), 16);
     const covers = mosaic(list(few, (i) =>
-        coverId(attempt(() => albumOf(playlist.track(i)), null), ImageSize.normal)));
+        coverId(attempt(() => albumOf(playlist.track(i)), null), ImageSize.normal)), name);
     covers.classList.add("large");
     return covers;
 }

@@ -1,6 +1,7 @@
 // @ts-check
 
 import { byId, icon, replace } from "../page/dom.js";
+import { attempt } from "../music/library.js";
 import { signIn } from "../music/session.js";
 
 /** @type {() => HTMLInputElement} */
@@ -9,6 +10,7 @@ const nameField = () => byId("name");
 const passwordField = () => byId("password");
 
 export function startSignIn() {
+    nameField().value = attempt(() => localStorage.getItem("name"), null) || "";
     byId("signin-form").addEventListener("submit", (event) => {
         event.preventDefault();
         const [name, password] = [nameField(), passwordField()];
@@ -20,6 +22,7 @@ export function startSignIn() {
         }
         wait(true);
         const remembered = /** @type {HTMLInputElement} */ (byId("remember")).checked;
+        attempt(() => localStorage.setItem("name", name.value), undefined);
         signIn(name.value, password.value, remembered);
         password.value = "";
     });
@@ -38,6 +41,14 @@ export function showSignIn(why, hopeless = false) {
     const field = nameField().value === "" ? nameField() : passwordField();
     field.focus();
     document.documentElement.dataset.ready = "true";
+}
+
+/**
+ * What the service says while nobody is signed in, such as who may be.
+ * @param {string} message
+ */
+export function showGreeting(message) {
+    byId("signin-hint").textContent = message;
 }
 
 /** While the remembered user is signed in. That is mostly done before there is time to see it. */

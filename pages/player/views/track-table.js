@@ -122,7 +122,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
         number.textContent = `${numbered === "discs" ? `${info.disc}.` : ""}${info.index}`;
         length.textContent = clock(info.duration);
         if (!numbered) {
-            showImage(picture, info.cover);
+            showImage(picture, info.cover, info.album);
         }
         star.setAttribute("aria-pressed", String(info.starred));
         row.classList.toggle("missing", !info.available);
