@@ -31,6 +31,7 @@ function(sonolet_install_library target component folder rpath)
 endfunction()
 
 sonolet_install_library(Sonolet plugin lib "$ORIGIN")
+sonolet_install_library(Sonolet-layer plugin lib "$ORIGIN")
 install(FILES pages/spotify.d.ts DESTINATION ${CMAKE_INSTALL_DATADIR}/sonolet COMPONENT plugin)
 install(FILES docs/script-interface.md docs/integration.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT plugin)

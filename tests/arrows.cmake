@@ -4,10 +4,11 @@
 cmake_minimum_required(VERSION 3.25)
 
 # Folders of the repository, and the platform's declarations; nobody else.
-set(folders platform Src host service)
+set(folders platform Src host layer service)
 set(platform_sees)
 set(Src_sees platform)
 set(host_sees platform)
+set(layer_sees platform)
 set(service_sees platform)
 
 # Rooms of the service.

@@ -3,7 +3,7 @@
 
 build=$root/build/dev
 jobs=$(nproc)
-run_targets=(Sonolet kellog spotify12 sonolet-host sonolet-fault sonolet-user sonolet-index
+run_targets=(Sonolet Sonolet-layer kellog spotify12 sonolet-host sonolet-fault sonolet-user sonolet-index
     sonolet-playlist sonolet-demo)
 browser_targets=(sonolet-browser)
 

@@ -56,6 +56,6 @@ lint_sources() {
     say "clang-tidy: ${#compiled[@]} sources"
     (cd "$root" && printf '%s\0' "${compiled[@]}" |
         xargs -0 -r -P "$jobs" -n 1 clang-tidy-14 -p "$lint_build" --quiet \
-            --header-filter="^$root/(Src|host|service|tests|bench)/" >&2 2>/dev/null) || status=1
+            --header-filter="^$root/(Src|host|layer|service|tests|bench)/" >&2 2>/dev/null) || status=1
     return "$status"
 }

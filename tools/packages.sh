@@ -6,7 +6,7 @@ build_packages=(
     libjavascriptcoregtk-4.1-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
-    libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev
+    libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev nlohmann-json3-dev
 )
 browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
 package_packages=(dpkg-dev file)

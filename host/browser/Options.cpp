@@ -122,6 +122,8 @@ Shows a web page with the plug-in's globals in a window, until that is closed.
                      (default: auto)
   --plugin FILE      the plug-in (default: ../lib/libSonolet.so.1.0 beside this
                      program)
+  --trace FILE       write a timeline of what passes between the plug-in and
+                     the rest, for a trace viewer (docs/watching.md)
   --log LEVEL        write log lines from this level: trace, error, none or a
                      number (default: error)
   --fault SPEC       faults of the music service at given times, as

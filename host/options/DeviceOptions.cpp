@@ -79,12 +79,21 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
         setSink(audio, value);
     } else if (option == "--plugin") {
         plugin = value;
+    } else if (option == "--trace") {
+        if (value.empty()) {
+            throw std::invalid_argument("--trace takes a file");
+        }
+        trace = std::filesystem::absolute(value).string();
     } else if (option == "--log") {
         logLevel = level(value);
     } else {
         return false;
     }
     return true;
+}
+
+std::string DeviceOptions::library() const {
+    return trace.empty() ? plugin : besideProgram("libSonolet-layer.so.1.0");
 }
 
 void DeviceOptions::setEnvironment() const {
@@ -97,6 +106,10 @@ void DeviceOptions::setEnvironment() const {
     }
     if (audio.speed != 1) {
         setenv("SONOLET_SPEED", std::to_string(audio.speed).c_str(), 1);
+    }
+    if (!trace.empty()) {
+        setenv("SONOLET_TRACE", trace.c_str(), 1);
+        setenv("SONOLET_LAYER_PLUGIN", plugin.c_str(), 1);
     }
     if (logLevel) {
         setenv("SONOLET_LOG", std::to_string(*logLevel).c_str(), 1);

@@ -17,9 +17,13 @@ struct DeviceOptions {
     std::string fault;  // the same; what the music service is to show of bad days
     AudioOptions audio;
     std::optional<int> logLevel;
+    std::string trace;  // a file that says what passes between plug-in and device; empty: none
 
     // Takes one option with its value; answers false when it is none of the device's.
     bool set(const std::string& option, const std::string& value);
+
+    // What is to be loaded: the plug-in, or what stands before it to watch.
+    std::string library() const;
 
     // Tells the libraries of this process that are loaded later, and its children.
     // REQUIRES: no other thread runs yet.

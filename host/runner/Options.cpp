@@ -52,6 +52,8 @@ Runs a page script with the plug-in's globals, until the page calls close().
                    as real time (default: 1)
   --fault SPEC     faults of the music service at given times, as
                    offline@5s-12s,token@20s (sets SONOLET_FAULT)
+  --trace FILE     write a timeline of what passes between the plug-in and the
+                   rest, for a trace viewer (docs/watching.md)
   --log LEVEL      write log lines from this level: trace, error, none or a
                    number (default: error)
   --expose-gc      give the page gc(), which collects garbage at once

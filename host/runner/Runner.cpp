@@ -80,7 +80,7 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 }  // namespace
 
 Runner::Runner(const Options& givenOptions)
-    : options(givenOptions), script(Page::read(options.page)), plugin(options.plugin),
+    : options(givenOptions), script(Page::read(options.page)), plugin(options.library()),
       scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)), overtime(options.page),
       signals([this] { closePage(); }, &Overtime::begin) {}
 

@@ -1,0 +1,24 @@
+#ifndef SONOLET_LAYER_SETTINGS_H
+#define SONOLET_LAYER_SETTINGS_H
+
+#include <cstddef>
+#include <string>
+
+// What the environment asks of the layer.
+struct Settings {
+    std::string plugin;          // SONOLET_LAYER_PLUGIN; empty: libSonolet.so.1.0 beside the layer
+    std::string traceFile;       // SONOLET_TRACE; empty: nothing is recorded
+    std::size_t traceBytes = 0;  // SONOLET_TRACE_SIZE in MiB: of all files of the trace together
+    bool validates = false;      // SONOLET_VALIDATE is set, and not to 0
+    std::string findingsFile;    // SONOLET_FINDINGS; empty: standard error
+
+    // Throws std::runtime_error that names the variable and what is wrong with it.
+    static Settings fromEnvironment();
+
+    bool isWatching() const { return validates || !traceFile.empty(); }
+
+    // The plug-in's file, for a layer in this file.
+    std::string pluginBeside(const std::string& layer) const;
+};
+
+#endif

@@ -1,0 +1,53 @@
+#ifndef SONOLET_LAYER_RECORD_NAMES_H
+#define SONOLET_LAYER_RECORD_NAMES_H
+
+#include "record/Event.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+// What page authors call the calls that pass, and which texts in them are secret.
+//
+// The interface has no names of objects, so they are those by which script came to them: the
+// property that answered the object, or the function ("create" gives the name of what it was
+// called on). A function is the property that it was read from.
+class Names final {
+public:
+    // Each event once, in order. Answers its name: "get Track.name", "call Session.login", "poll",
+    // "sp_track_name"; of a call's end the empty text. Texts that are secret become so in `event`.
+    std::string follow(Event& event);
+
+    // The name of a function object ("addEventListener"); empty for one of the page.
+    std::string_view memberOf(const void* functionObject) const;
+
+    // How many objects of the plug-in the browser has, functions included.
+    std::size_t living() const { return objects.size(); }
+
+private:
+    // The calls of the host that a thread is in.
+    struct Frame {
+        Fn function;
+        const void* object;
+        const void* functionObject;
+        std::string name;  // of the property
+        const void* made;  // by create_function or create_object inside it
+    };
+
+    std::string of(const Event& event) const;
+    std::string_view nameOf(const void* object) const;
+    void nameResult(const Event& event, const Frame& frame);
+    void hideArguments(Event& event);
+    void hideResults(Event& event, const Frame& frame) const;
+    bool isHidden(const Event& event, std::size_t argument) const;
+    bool isKnownSecret(const Value& value) const;
+
+    std::unordered_map<const void*, std::string> objects;
+    std::unordered_map<std::uint32_t, std::vector<Frame>> threads;
+    std::unordered_set<std::string> secrets;  // texts that were seen where secrets are
+};
+
+#endif

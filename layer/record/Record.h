@@ -1,0 +1,71 @@
+#ifndef SONOLET_LAYER_RECORD_RECORD_H
+#define SONOLET_LAYER_RECORD_RECORD_H
+
+#include "tap/Functions.h"
+#include "tap/Value.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+// A call as it lies between the thread that made it and the one that writes it down: a head, and
+// behind it its values, each with what it points to.
+
+// A call that has called nobody is one record, written when it is over.
+enum class Phase : std::uint8_t { Whole, Begin, End, Mark };
+
+struct Record {
+    std::uint32_t bytes;  // with everything behind it; a multiple of 8
+    Fn function;
+    Phase phase;
+    std::uint8_t resultCount;
+    std::uint32_t argumentCount;
+    std::uint32_t thread;  // the system's number
+    // Nanoseconds since the recording began. Of a beginning both are the same.
+    std::uint64_t began;
+    std::uint64_t ended;
+};
+
+// As much of a text as is told. Of bytes so many that their Base64 text is as long.
+constexpr std::size_t textLimit = 96;
+constexpr std::size_t bytesLimit = 72;
+constexpr std::size_t secretLimit = 256;
+constexpr std::size_t arrayLimit = 4096;
+
+// How many bytes of what a value points to are in the record.
+inline std::size_t storedBytes(const Value& value) {
+    const auto limited = [&](std::size_t limit, std::size_t each) {
+        const std::size_t count = value.size < limit ? value.size : limit;
+        return value.u.pointer != nullptr ? count * each : 0;
+    };
+    switch (value.tag) {
+    case Tag::Text:
+    case Tag::Expression:
+        return limited(textLimit, 1);
+    case Tag::Secret:
+        return limited(secretLimit, 1);
+    case Tag::Bytes:
+        return limited(bytesLimit, 1);
+    case Tag::Handles:
+        return limited(arrayLimit, sizeof(void*));
+    case Tag::Integers:
+        return limited(arrayLimit, sizeof(int));
+    case Tag::Texts: {
+        // One behind the other, each with its end.
+        std::size_t bytes = 0;
+        const auto* const texts = static_cast<char* const*>(value.u.pointer);
+        for (std::size_t i = 0; i < value.size && i < arrayLimit; ++i) {
+            bytes += std::strlen(texts[i]) + 1;
+        }
+        return bytes;
+    }
+    default:
+        return 0;
+    }
+}
+
+constexpr std::size_t padded(std::size_t bytes) {
+    return (bytes + 7) & ~std::size_t{7};
+}
+
+#endif

@@ -1,0 +1,64 @@
+#ifndef SONOLET_LAYER_RECORD_RECORDER_H
+#define SONOLET_LAYER_RECORD_RECORDER_H
+
+#include "Settings.h"
+#include "record/Record.h"
+#include "record/TraceFile.h"
+#include "tap/Call.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+// Writes calls down: each thread copies its calls into one buffer, in the order in which they
+// happen, and a thread of the recorder's own makes lines of them every 50 ms.
+//
+// Threads: any. A buffer that is full makes its callers wait for the writing thread, a second at
+// most; what does not fit then is left out, and a mark in the trace says how many calls that were.
+class Recorder final : public Watcher {
+public:
+    // Throws std::runtime_error when the file cannot be written.
+    explicit Recorder(const Settings& settings);
+    ~Recorder() override;
+
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    void began(Call& call) noexcept override;
+    void ended(Call& call, const Value* results, unsigned count) noexcept override;
+
+    // A word of the layer's own, at this moment of this thread.
+    void mark(const std::string& text) noexcept;
+
+    // Writes what there is and closes the file. What comes later is lost.
+    void finish();
+
+private:
+    struct Buffer {
+        std::unique_ptr<char[]> bytes;
+        std::size_t size = 0;
+    };
+
+    std::uint64_t now() const noexcept;
+    void writeDown(Call& call) noexcept;
+    void append(Record head, const Value* arguments, const Value* results) noexcept;
+    void run();
+
+    const std::uint64_t start;
+    TraceFile file;  // the writing thread's
+
+    // State below is protected by mutex.
+    std::mutex mutex;
+    std::condition_variable wake;   // for the writing thread
+    std::condition_variable taken;  // for those that wait for room
+    Buffer filling;
+    std::size_t lost = 0;  // calls
+    bool ending = false;
+
+    std::thread writer;
+};
+
+#endif

@@ -1,0 +1,90 @@
+#ifndef SONOLET_LAYER_RECORD_STORY_H
+#define SONOLET_LAYER_RECORD_STORY_H
+
+#include "record/Event.h"
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// What belongs together among the calls: which call of a listener goes back to which event, which
+// sound to which request, and how much of everything there is.
+class Story final {
+public:
+    // A place in the trace: within the slice that begins there.
+    struct Place {
+        std::uint32_t thread;
+        std::uint64_t time;  // ns
+    };
+    // An arrow from a cause to what came of it.
+    struct Arrow {
+        std::string name;
+        Place from;
+        Place to;
+    };
+    // What the numbers are now.
+    struct Levels {
+        std::int64_t ringBytes = 0;        // delivered and not yet written to the backend
+        std::int64_t waitingRequests = 0;  // of the backend
+        std::int64_t handles = 0;          // references that the plug-in owns
+        bool operator==(const Levels& other) const {
+            return ringBytes == other.ringBytes && waitingRequests == other.waitingRequests &&
+                   handles == other.handles;
+        }
+    };
+
+    // Each event once, in order, with the member that the host's call is of ("" for none).
+    void follow(const Event& event, std::string_view member);
+
+    // What the last event brought.
+    std::vector<Arrow> arrows;
+    std::string mark;   // something to be seen from afar; empty: nothing
+    std::string title;  // what a listener's call is told of: "TrackComplete"; empty: nothing known
+
+    const Levels& levels() const { return now; }
+
+private:
+    struct Cause {
+        std::string name;
+        std::uint64_t number;
+        Place place;
+    };
+    // A function of the page that has been told to the plug-in, for an event or as the end of a
+    // query.
+    struct Interest {
+        std::string key;
+        std::string name;
+        std::uint64_t after;  // causes up to this one have been told
+    };
+    struct Delivery {
+        std::uint64_t begin;  // byte of the stream
+        Place place;
+    };
+
+    void listen(const void* function, const std::string& key, std::string_view name);
+    void remember(std::string key, const Place& place);
+    void followScript(const Event& event, std::string_view member, const Place& place);
+    void followListener(const Event& event, const Place& place);
+    void followLibrary(const Event& event, const Place& place);
+    void deliver(const Event& event, const Place& place);
+    void followSound(const Event& event, const Place& place);
+    void countHandles(const Event& event);
+
+    std::deque<Cause> causes;
+    std::uint64_t lastCause = 0;
+    std::unordered_map<const void*, std::vector<Interest>> interests;
+    // Functions among the arguments of the call that script is in: a query made there ends with
+    // one of them.
+    std::vector<const void*> offered;
+
+    Levels now;
+    int bytesPerFrame = 4;
+    std::uint64_t delivered = 0;
+    std::uint64_t written = 0;
+    std::deque<Delivery> deliveries;
+    std::unordered_map<const void*, Place> requests;
+};
+
+#endif

@@ -1,0 +1,100 @@
+#include "record/ValueText.h"
+
+#include "record/Event.h"
+#include "record/Json.h"
+
+namespace {
+
+void appendArray(std::string& out, const Value& value) {
+    const std::size_t count = value.size < arrayLimit ? value.size : arrayLimit;
+    const char* const kind = value.tag == Tag::Handles ? handleNames[value.kind] : "texts";
+    out += value.tag == Tag::Integers ? "[" : std::string("{\"") + kind + "\":[";
+    const char* text = value.u.text;
+    for (std::size_t i = 0; value.u.pointer != nullptr && i < count; ++i) {
+        out += i > 0 ? "," : "";
+        if (value.tag == Tag::Integers) {
+            json::integer(out, static_cast<const int*>(value.u.pointer)[i]);
+        } else if (value.tag == Tag::Handles) {
+            json::address(out, static_cast<const void* const*>(value.u.pointer)[i]);
+        } else {
+            json::text(out, text);
+            text += std::char_traits<char>::length(text) + 1;
+        }
+    }
+    out += value.tag == Tag::Integers ? "]" : "]}";
+}
+
+}  // namespace
+
+void appendValue(std::string& out, const Value& value) {
+    const auto open = [&](const char* kind) {
+        out += "{\"";
+        out += kind;
+        out += "\":";
+    };
+    switch (value.tag) {
+    case Tag::Nothing:
+        out += "{}";
+        break;
+    case Tag::Undefined:
+        out += "{\"undefined\":true}";
+        break;
+    case Tag::Null:
+        out += "null";
+        break;
+    case Tag::Boolean:
+        out += value.u.integer != 0 ? "true" : "false";
+        break;
+    case Tag::Integer:
+        json::integer(out, value.u.integer);
+        break;
+    case Tag::Number:
+        json::number(out, value.u.number);
+        break;
+    case Tag::Secret:
+        out += "{\"secret\":true}";
+        break;
+    case Tag::Text:
+        if (value.u.text == nullptr) {
+            out += "{\"text\":null}";
+        } else if (value.size > textLimit) {
+            open("text");
+            json::text(out, storedText(value));
+            out += ",\"bytes\":";
+            json::integer(out, value.size);
+            out += '}';
+        } else {
+            json::text(out, storedText(value));
+        }
+        break;
+    case Tag::Expression:
+        open("expression");
+        json::text(out, storedText(value));
+        out += '}';
+        break;
+    case Tag::Object:
+        open(value.kind != 0 ? "native" : "object");
+        json::address(out, value.u.pointer);
+        out += '}';
+        break;
+    case Tag::Handle:
+        open(handleNames[value.kind]);
+        json::address(out, value.u.pointer);
+        out += '}';
+        break;
+    case Tag::Pointer:
+        open("at");
+        json::address(out, value.u.pointer);
+        out += '}';
+        break;
+    case Tag::Bytes:
+        open("hex");
+        json::hex(out, value.u.pointer, storedBytes(value));
+        out += ",\"bytes\":";
+        json::integer(out, value.size);
+        out += '}';
+        break;
+    default:
+        appendArray(out, value);
+    }
+}

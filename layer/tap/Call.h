@@ -1,0 +1,63 @@
+#ifndef SONOLET_LAYER_TAP_CALL_H
+#define SONOLET_LAYER_TAP_CALL_H
+
+#include "tap/Functions.h"
+#include "tap/Value.h"
+
+#include <cstdint>
+
+// Who wants to know of calls. Constant once the plug-in has been asked for its capabilities.
+class Call;
+class Watcher {
+public:
+    virtual ~Watcher() = default;
+    // On the calling thread, before the call reaches the other side and after it came back. Neither
+    // may call anybody outside the layer, nor throw.
+    virtual void began(Call& call) noexcept = 0;
+    virtual void ended(Call& call, const Value* results, unsigned count) noexcept = 0;
+};
+
+// One call across the border: lives on the stack of its thread for as long as the call lasts.
+class Call final {
+public:
+    Call(Fn itsFunction, const Value* itsArguments, unsigned itsCount) noexcept
+        : function(itsFunction), count(itsCount), arguments(itsArguments), outer(innermost) {
+        innermost = this;
+        for (Watcher* const watcher : watchers) {
+            if (watcher != nullptr) {
+                watcher->began(*this);
+            }
+        }
+    }
+    ~Call() { innermost = outer; }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    // Once, when the call has come back.
+    void end(const Value* results, unsigned resultCount) noexcept {
+        for (Watcher* const watcher : watchers) {
+            if (watcher != nullptr) {
+                watcher->ended(*this, results, resultCount);
+            }
+        }
+    }
+    void end(const Value& result) noexcept { end(&result, 1); }
+    void end() noexcept { end(nullptr, 0); }
+
+    const Fn function;
+    const unsigned count;
+    const Value* const arguments;
+    Call* const outer;  // the same thread's; null: there is none
+
+    // The recorder's: when the call began, and whether its beginning has been written down.
+    std::uint64_t beganAt = 0;
+    bool isWritten = false;
+
+    // First the one that checks, then the one that records what it found.
+    static Watcher* watchers[2];
+
+private:
+    static thread_local Call* innermost;
+};
+
+#endif

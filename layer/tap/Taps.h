@@ -1,0 +1,21 @@
+#ifndef SONOLET_LAYER_TAP_TAPS_H
+#define SONOLET_LAYER_TAP_TAPS_H
+
+#include "jsplugin.h"
+
+#include <string>
+
+// The three borders of a plug-in, each with its functions in the place of the real ones. What they
+// do is the same everywhere: make values of the arguments, tell the watchers, call the other side,
+// tell what came back.
+
+// What the plug-in is to call in the place of `function`, which it imports by this name; null:
+// nothing of theirs. Each function is known from then on, so one plug-in can be watched at a time.
+void* libraryTap(const std::string& symbol, void* function);
+void* backendTap(const std::string& symbol, void* function);  // and the log's
+
+// What host and plug-in get of each other.
+jsplugin_callbacks* hostTap(jsplugin_callbacks* ofHost);
+struct jsplugin_capabilities* pluginTap(struct jsplugin_capabilities* ofPlugin);
+
+#endif
