@@ -33,7 +33,7 @@ endfunction()
 sonolet_install_library(Sonolet plugin lib "$ORIGIN")
 sonolet_install_library(Sonolet-layer plugin lib "$ORIGIN")
 install(FILES pages/spotify.d.ts DESTINATION ${CMAKE_INSTALL_DATADIR}/sonolet COMPONENT plugin)
-install(FILES docs/script-interface.md docs/integration.md
+install(FILES docs/script-interface.md docs/integration.md docs/watching.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT plugin)
 foreach(kind IN ITEMS pkgconfig/sonolet.pc cmake/Sonolet/SonoletConfig.cmake)
     get_filename_component(file ${kind} NAME)

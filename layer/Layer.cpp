@@ -7,10 +7,12 @@
 #include "tap/Call.h"
 #include "tap/Imports.h"
 #include "tap/Taps.h"
+#include "validate/Validator.h"
 
 #include "jsplugin.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,14 +47,29 @@ public:
             recorder = std::make_unique<Recorder>(settings);
             Call::watchers[1] = recorder.get();
         }
+        if (settings.validates) {
+            validator = std::make_unique<Validator>(
+                systemClock(), [this](const std::string& finding) { tell(finding); });
+            Call::watchers[0] = validator.get();
+        }
     }
     ~Layer() {
-        // Threads that still call are passed on, unseen.
-        Call::watchers[1] = nullptr;
+        // Threads that still call are passed on, unseen; they may be in the watchers even now.
+        Call::watchers[0] = Call::watchers[1] = nullptr;
+        const bool hasFindings = validator != nullptr && validator->count() > 0;
+        if (hasFindings) {
+            tell(validator->summary());
+        }
         if (recorder != nullptr) {
             recorder->finish();
         }
-        (void)recorder.release();  // another thread may be in it
+        (void)validator.release();
+        (void)recorder.release();
+        if (hasFindings) {
+            // The process is on its way out, and this is the one place where its code can change.
+            std::fflush(nullptr);
+            _exit(exitCode);
+        }
     }
     Layer(const Layer&) = delete;
     Layer& operator=(const Layer&) = delete;
@@ -62,6 +79,9 @@ public:
         if (!settings.isWatching()) {
             return entry(result, ofHost);
         }
+        if (validator != nullptr) {
+            validator->check(ofHost);
+        }
         struct jsplugin_capabilities* offered = nullptr;
         const int answer = entry(&offered, hostTap(ofHost));
         *result = pluginTap(offered);
@@ -69,6 +89,23 @@ public:
     }
 
 private:
+    static constexpr int exitCode = 3;
+
+    // Any thread.
+    void tell(const std::string& finding) const {
+        const std::string line = "libSonolet-layer: " + finding + '\n';
+        std::FILE* const file = settings.findingsFile.empty()
+                                    ? nullptr
+                                    : std::fopen(settings.findingsFile.c_str(), "ae");
+        std::fputs(line.c_str(), file != nullptr ? file : stderr);
+        if (file != nullptr) {
+            std::fclose(file);
+        }
+        if (recorder != nullptr) {
+            recorder->mark(finding);
+        }
+    }
+
     void load() {
         if (entry != nullptr) {
             return;
@@ -98,6 +135,7 @@ private:
 
     const Settings settings;
     std::unique_ptr<Recorder> recorder;
+    std::unique_ptr<Validator> validator;
     Entry* entry = nullptr;
 };
 

@@ -8,8 +8,8 @@ namespace {
 constexpr unsigned long usualMebibytes = 64;
 constexpr unsigned long mostMebibytes = 4095;  // of 32-bit machines
 
-// NOLINTNEXTLINE(concurrency-mt-unsafe): the layer is loaded before anybody changes it
 std::string variable(const char* name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the layer is loaded before anybody changes it
     const char* const value = std::getenv(name);
     return value != nullptr ? value : "";
 }

@@ -124,6 +124,8 @@ Shows a web page with the plug-in's globals in a window, until that is closed.
                      program)
   --trace FILE       write a timeline of what passes between the plug-in and
                      the rest, for a trace viewer (docs/watching.md)
+  --validate         check what passes there against the rules of both sides
+                     (docs/integration.md)
   --log LEVEL        write log lines from this level: trace, error, none or a
                      number (default: error)
   --fault SPEC       faults of the music service at given times, as

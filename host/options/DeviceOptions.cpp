@@ -4,9 +4,11 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -40,6 +42,11 @@ void setSink(AudioOptions& audio, const std::string& text) {
     } else {
         throw std::invalid_argument("--audio takes auto, wav:FILE or null, not \"" + text + '"');
     }
+}
+
+bool isOfDevice(const std::string& flag) {
+    return std::find(std::begin(DeviceOptions::flags), std::end(DeviceOptions::flags), flag) !=
+           std::end(DeviceOptions::flags);
 }
 
 // The service alone knows what faults there are: its program is asked. Without it, which may be so
@@ -84,6 +91,8 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
             throw std::invalid_argument("--trace takes a file");
         }
         trace = std::filesystem::absolute(value).string();
+    } else if (option == "--validate") {
+        validates = true;
     } else if (option == "--log") {
         logLevel = level(value);
     } else {
@@ -93,7 +102,7 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
 }
 
 std::string DeviceOptions::library() const {
-    return trace.empty() ? plugin : besideProgram("libSonolet-layer.so.1.0");
+    return trace.empty() && !validates ? plugin : besideProgram("libSonolet-layer.so.1.0");
 }
 
 void DeviceOptions::setEnvironment() const {
@@ -109,6 +118,11 @@ void DeviceOptions::setEnvironment() const {
     }
     if (!trace.empty()) {
         setenv("SONOLET_TRACE", trace.c_str(), 1);
+    }
+    if (validates) {
+        setenv("SONOLET_VALIDATE", "1", 1);
+    }
+    if (library() != plugin) {
         setenv("SONOLET_LAYER_PLUGIN", plugin.c_str(), 1);
     }
     if (logLevel) {
@@ -133,7 +147,7 @@ splitArguments(int argc, char* const argv[], const std::set<std::string>& flags)
             arguments.push_back({"", word});
         } else if (word == "--") {
             onlyValues = true;
-        } else if (flags.count(word) > 0) {
+        } else if (flags.count(word) > 0 || isOfDevice(word)) {
             arguments.push_back({word, ""});
         } else if (const std::size_t equals = word.find('='); equals != std::string::npos) {
             arguments.push_back({word.substr(0, equals), word.substr(equals + 1)});

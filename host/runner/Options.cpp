@@ -54,6 +54,8 @@ Runs a page script with the plug-in's globals, until the page calls close().
                    offline@5s-12s,token@20s (sets SONOLET_FAULT)
   --trace FILE     write a timeline of what passes between the plug-in and the
                    rest, for a trace viewer (docs/watching.md)
+  --validate       check what passes there against the rules of both sides, and
+                   end with code 3 when one was broken (docs/integration.md)
   --log LEVEL      write log lines from this level: trace, error, none or a
                    number (default: error)
   --expose-gc      give the page gc(), which collects garbage at once
@@ -63,6 +65,6 @@ Runs a page script with the plug-in's globals, until the page calls close().
   --version        print the version
 
 Exit codes: 0 the page was closed; 1 an exception was not caught; 2 an option,
-the page's file or the plug-in is wrong.
+the page's file or the plug-in is wrong; 3 --validate found something.
 )";
 }

@@ -1,5 +1,7 @@
 #include "record/Json.h"
 
+#include "tap/Utf8.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -11,32 +13,6 @@ namespace json {
 namespace {
 
 constexpr char digits[] = "0123456789abcdef";
-
-// How many bytes of a text's front are one character: 0 when they are none, and what is missing of
-// a character that the text ends in, as a negative number.
-int characterAt(std::string_view text) {
-    const auto at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned first = at(0);
-    const int length = first < 0x80   ? 1
-                       : first < 0xc2 ? 0
-                       : first < 0xe0 ? 2
-                       : first < 0xf0 ? 3
-                       : first < 0xf5 ? 4
-                                      : 0;
-    for (int i = 1; i < length; ++i) {
-        if (static_cast<std::size_t>(i) >= text.size()) {
-            return i - length;
-        }
-        const unsigned next = at(static_cast<std::size_t>(i));
-        const bool isAllowed =
-            i > 1 || !((first == 0xe0 && next < 0xa0) || (first == 0xed && next > 0x9f) ||
-                       (first == 0xf0 && next < 0x90) || (first == 0xf4 && next > 0x8f));
-        if ((next & 0xc0U) != 0x80 || !isAllowed) {
-            return 0;
-        }
-    }
-    return length;
-}
 
 void character(std::string& out, char c) {
     if (c == '"' || c == '\\') {

@@ -86,7 +86,7 @@ void Names::nameResult(const Event& event, const Frame& frame) {
 }
 
 std::string Names::of(const Event& event) const {
-    const std::string own = event.is(Fn::count) ? "mark" : infoOf(event.head.function).name;
+    std::string own = event.is(Fn::count) ? "mark" : infoOf(event.head.function).name;
     const auto member = [&](const char* verb, std::string_view name) {
         return std::string(verb).append(nameOf(event.pointer(0))).append(".").append(name);
     };

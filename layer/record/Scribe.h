@@ -56,7 +56,7 @@ private:
 
     void begin(const char* phase, std::uint32_t thread, std::uint64_t time);
     void arguments(const Event& event, const std::string& name);
-    void values(const char* name, const std::vector<Value>& values);
+    void values(const char* name, const std::vector<Value>& all);
 
     TraceFile& file;
     std::string lines;

@@ -26,7 +26,7 @@ public:
     explicit WatchedClient(UVAClient* client) : real(client) {}
 
     bool handleEvent(UVAEvent* event) override {
-        Value values[5] = {pointerOf(this), pointerOf(event)};
+        Value values[6] = {pointerOf(this), pointerOf(event)};
         unsigned count = 2;
         if (event != nullptr) {
             values[count++] = integerValue(event->type);
@@ -34,6 +34,7 @@ public:
                 const auto* const request = static_cast<const NeedDataEvent*>(event);
                 values[count++] = integerValue(request->offset);
                 values[count++] = integerValue(request->size);
+                values[count++] = pointerOf(request->data);
             }
         }
         Call call(Fn::handleEvent, values, count);
@@ -147,8 +148,9 @@ void (*releaseOriginal)(UVABackend*) = nullptr;
 
 UVABackend* request(UVABackend::UVABackendType type, UVAClient* client) {
     auto watched = std::make_unique<WatchedBackend>(client);
-    const Value values[] = {integerValue(type), pointerOf(&watched->client)};
-    Call call(Fn::requestBackend, values, 2);
+    const Value values[] = {integerValue(type), pointerOf(&watched->client),
+                            booleanValue(client != nullptr)};
+    Call call(Fn::requestBackend, values, 3);
     watched->real = requestOriginal(type, client != nullptr ? &watched->client : nullptr);
     WatchedBackend* const answer = watched->real != nullptr ? watched.get() : nullptr;
     // A client that the backend has seen stays, whatever came of it.

@@ -121,6 +121,15 @@ struct ObjectOf {
         call.end();
     }
 };
+struct UnloadOf {
+    static void pass(jsplugin_unload* original, jsplugin_obj* document) {
+        const Value values[] = {objectValue(document),
+                                Value::of(Tag::Pointer, reinterpret_cast<const void*>(original))};
+        Call call(Fn::unload, values, 2);
+        original(document);
+        call.end();
+    }
+};
 struct PollOf {
     static int pass(jsplugin_poll* original, const jsplugin_obj* document) {
         const Value values[] = {objectValue(document),
@@ -182,7 +191,7 @@ using Functions = Stock<CallOf, jsplugin_function>;
 using Destructors = Stock<ObjectOf<Fn::destructor>, jsplugin_destructor>;
 using Traces = Stock<ObjectOf<Fn::gc_trace>, jsplugin_gc_trace>;
 using Polls = Stock<PollOf, jsplugin_poll>;
-using Unloads = Stock<ObjectOf<Fn::unload>, jsplugin_unload>;
+using Unloads = Stock<UnloadOf, jsplugin_unload>;
 
 // ---- What the plug-in calls ----
 

@@ -34,6 +34,12 @@ constexpr unsigned symbolShift = 8;
 constexpr Address typeMask = 0xff;
 #endif
 
+template <class T>
+T* toPointer(Address address) {
+    return reinterpret_cast<T*>(
+        address);  // NOLINT(performance-no-int-to-ptr): the loader's numbers
+}
+
 bool isOfFunction(Address info) {
     for (const unsigned type : functionRelocations) {
         if ((info & typeMask) == type) {
@@ -78,7 +84,7 @@ private:
         }
     }
     bool protect(int access) const {
-        return mprotect(reinterpret_cast<void*>(begin), end - begin, access) == 0;
+        return mprotect(toPointer<void>(begin), end - begin, access) == 0;
     }
 
     const Address base;
@@ -113,7 +119,7 @@ private:
     // Most loaders have made addresses of the section's offsets, some have not.
     template <class T>
     T* at(Address value) const {
-        return reinterpret_cast<T*>(value < base ? base + value : value);
+        return toPointer<T>(value < base ? base + value : value);
     }
 
     void take(const ElfW(Dyn) & entry) {
@@ -157,7 +163,7 @@ private:
              --left, ++each) {
             if (isOfFunction(each->r_info)) {
                 const auto& symbol = symbols[each->r_info >> symbolShift];
-                found(strings + symbol.st_name, reinterpret_cast<void**>(base + each->r_offset));
+                found(strings + symbol.st_name, toPointer<void*>(base + each->r_offset));
             }
         }
     }

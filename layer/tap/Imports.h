@@ -15,8 +15,8 @@
 // Threads: none may be calling into the library. Errors: std::runtime_error.
 class Imports final {
 public:
-    // `library` is dlopen's.
-    explicit Imports(void* library);
+    // What dlopen gave.
+    explicit Imports(void* loaded);
 
     // Asks for each function by its symbol what is to be called instead; null leaves it as it is.
     // Answers how many were replaced. `choose` gets the function that was there, too.

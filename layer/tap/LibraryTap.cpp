@@ -157,6 +157,11 @@ struct Passing<function, R(A...)> {
 
     static R ended(Call& call, R result, A... arguments) {
         Value results[] = {valueOf(result), writtenBy(result, std::tuple<A...>(arguments...))};
+        if constexpr (function == Fn::sp_playlist_subscribers) {
+            results[1] = result != nullptr
+                             ? Value::of(Tag::Texts, result->subscribers, result->count)
+                             : Value();
+        }
         if constexpr (function == Fn::sp_image_data) {
             results[0] = result != nullptr ? Value::of(Tag::Bytes, result, results[1].u.integer)
                                            : Value::of(Tag::Null, nullptr);

@@ -5,6 +5,7 @@ namespace {
 constexpr std::size_t mostGone = 1024;
 
 void* asUserdata(std::uintptr_t number) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a number in the form of user data
     return reinterpret_cast<void*>(number);
 }
 

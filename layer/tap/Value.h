@@ -174,8 +174,7 @@ Value valueOf(T argument) {
         static_assert(sizeof(sp_audioformat) == 3 * sizeof(int));
         return Value::of(Tag::Integers, argument, 3);
     } else if constexpr (std::is_same_v<T, sp_subscribers*>) {
-        return argument != nullptr ? Value::of(Tag::Texts, argument->subscribers, argument->count)
-                                   : Value::of(Tag::Null, nullptr);
+        return Value::of(Tag::Pointer, argument);
     } else {
         return {};
     }
