@@ -223,16 +223,6 @@ void LibraryRules::endSession(const Call& call) {
                          std::to_string(state.owned) + " times");
         }
     }
-    for (const auto& [number, query] : queries) {
-        const auto handle = handles.find(query.handle);
-        const bool isWaiting = !query.isAnswered && handle != handles.end() &&
-                               clock.now() - query.askedAt > longestQuery;
-        if (isWaiting) {
-            findings.add(213, Party::Library, &call,
-                         Value::of(Tag::Handle, query.handle, 0,
-                                   static_cast<std::uint8_t>(handle->second.kind)));
-        }
-    }
     handles.clear();
     queries.clear();
     session = nullptr;
@@ -306,6 +296,9 @@ void LibraryRules::endedFunction(const Call& call, const Value* results, unsigne
             handles[session] = {HandleKind::Session, 1, nullptr, ++lastLife, 0};
         }
         return;
+    case Fn::sp_session_process_events:
+        checkQueries(call);
+        return;
     case Fn::sp_session_player_load:
     case Fn::sp_session_player_unload:
         // From now on nothing of the earlier track is in flight.
@@ -332,6 +325,22 @@ void LibraryRules::endedFunction(const Call& call, const Value* results, unsigne
         } else {
             lend(result.u.pointer, static_cast<HandleKind>(result.kind),
                  call.arguments[0].u.pointer);
+        }
+    }
+}
+
+void LibraryRules::checkQueries(const Call& call) {
+    for (auto& [number, query] : queries) {
+        const auto handle = handles.find(query.handle);
+        const bool isWaiting = !query.isAnswered && handle != handles.end() &&
+                               handle->second.owned > 0 &&
+                               clock.now() - query.askedAt > longestQuery;
+        if (isWaiting) {
+            query.isAnswered = true;  // told once
+            findings.add(213, Party::Library, &call,
+                         Value::of(Tag::Handle, query.handle, 0,
+                                   static_cast<std::uint8_t>(handle->second.kind)),
+                         "for a minute");
         }
     }
 }

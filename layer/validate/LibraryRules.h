@@ -45,6 +45,7 @@ private:
     void beganCallback(const Call& call);
     void beganDelivery(const Call& call);
     void endedFunction(const Call& call, const Value* results, unsigned count);
+    void checkQueries(const Call& call);
     void checkResults(const Call& call, const Value* results, unsigned count);
     void endSession(const Call& call);
 

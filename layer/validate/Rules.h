@@ -37,7 +37,7 @@ constexpr Rule rules[] = {
     {210, "a query is answered once, and not after its release"},
     {211, "a registration that was taken away is not called"},
     {212, "a registration is taken away once"},
-    {213, "a query is answered"},
+    {213, "a query is answered within a minute"},
     {214, "sound is delivered one block at a time"},
     {215, "nothing is delivered of a track that is not loaded and playing"},
     {216, "no more frames are taken than were delivered"},
