@@ -29,6 +29,8 @@ lint_packages=(clang-format-14 clang-tidy-14 git)
 declare -A preset_packages=(
     [i686]="g++-i686-linux-gnu qemu-user"
     [armhf]="g++-arm-linux-gnueabihf qemu-user"
+    [armv5]="clang-19 binutils-arm-linux-gnueabi libstdc++-12-dev-armel-cross"
+    [mips32]="clang-19 binutils-mipsel-linux-gnu libstdc++-12-dev-mipsel-cross"
 )
 
 missing_packages() {

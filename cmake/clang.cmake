@@ -1,0 +1,15 @@
+# What the toolchains have in common that are clang with Debian's libraries for another processor, the
+# target `triple` with `flags`. Older versions of clang call a library for every atomic on ARM.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR ${triple})
+foreach(language IN ITEMS C CXX)
+    set(CMAKE_${language}_COMPILER_TARGET ${triple})
+    set(CMAKE_${language}_FLAGS_INIT "${flags}")
+endforeach()
+set(CMAKE_C_COMPILER clang-19)
+set(CMAKE_CXX_COMPILER clang++-19)
+set(CMAKE_STRIP ${triple}-strip)
+set(CMAKE_FIND_ROOT_PATH /usr/${triple})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
