@@ -142,7 +142,8 @@ private:
 void events(ScriptPage& page) {
     constexpr int events = 1000000;
     constexpr int batch = 10000;
-    page.evaluate("events = 0; listen = () => { ++events; };");
+    page.evaluate("events = 0; hear = () => { ++events; };"
+                  "session.addEventListener('EndOfTrack', hear);");
     const JSObjectRef listener = page.evaluate("peerEvents = 0; (() => { ++peerEvents; })");
     JSValueProtect(page.context, listener);
     PeerQueue queue;
@@ -174,7 +175,7 @@ void events(ScriptPage& page) {
             }
         });
     page.evaluate("if (events !== 1000000 || peerEvents !== 1000000) throw 'lost events';"
-                  "listen = null;");
+                  "session.removeEventListener('EndOfTrack', hear);");
     report(atMost("event from a foreign thread to a script listener", time.subject, "ns",
                   "mutex, closures, the engine's call", time.peer, 1.5));
 }

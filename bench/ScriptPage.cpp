@@ -26,8 +26,7 @@ ScriptPage::ScriptPage(const PluginLibrary& plugin)
     : context(JSGlobalContextCreateInGroup(nullptr, nullptr)),
       document(std::make_unique<Document>(context, plugin.capabilities(), scheduler, *this)) {
     document->open({"file", "", 0});
-    evaluate("session = Spotify.Session.create(Spotify.SessionConfig); listen = null;"
-             "session.addEventListener('EndOfTrack', () => { if (listen) listen(); });");
+    evaluate("session = Spotify.Session.create(Spotify.SessionConfig);");
 }
 
 ScriptPage::~ScriptPage() {
@@ -76,10 +75,11 @@ std::function<void()> ScriptPage::loopInListener(const std::string& body, int co
                  "; ++i) { " + body + " } heard = last; })");
     JSValueProtect(context, function);
     return [this, function] {
-        define("heard", JSValueMakeNull(context));
         define("listen", function);
+        evaluate("heard = null; session.addEventListener('EndOfTrack', listen);");
         raiseEndOfTrack();
-        evaluate("listen = null; if (heard === null) throw 'not all was done';");
+        evaluate("session.removeEventListener('EndOfTrack', listen);"
+                 "if (heard === null) throw 'not all was done';");
     };
 }
 

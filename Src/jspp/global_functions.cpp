@@ -164,9 +164,12 @@ int _js_global_functions::js_document_interval(const jsplugin_obj* ctx) noexcept
     std::vector<jsplugin_value> values;
     // Calls queued by these calls wait for the next tick. A function may have gone since its call
     // was queued, and with any call before it.
-    for (const auto& call : callbacks().take(document)) {
-        logged("_js_global_functions::js_document_interval",
-               [&] { call.first.call_queued(call.second, values); });
+    auto taken = callbacks().take(document);
+    for (; !taken.empty(); taken.pop_front()) {
+        for (const auto& [function, parameters] : taken.front()) {
+            logged("_js_global_functions::js_document_interval",
+                   [&, &call = function, &with = parameters] { call.call_queued(with, values); });
+        }
     }
     return 1;
 }

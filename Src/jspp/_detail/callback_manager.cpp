@@ -12,6 +12,10 @@ namespace {
 // Constructed while the plug-in is loaded, as long as nothing else asks earlier.
 [[maybe_unused]] const callback_manager& made_at_load = callbacks();
 
+// Of calls.
+constexpr std::size_t first_piece = 4;
+constexpr std::size_t later_pieces = 64;
+
 }  // namespace
 
 bool callback_manager::add(const object& function, const call_parameters& parameters) {
@@ -19,8 +23,12 @@ bool callback_manager::add(const object& function, const call_parameters& parame
     // Asked under the lock: a document that unloads takes its calls out after its functions went.
     jsplugin_obj* const document = function.document();
     if (document) {
-        // A vector that grows moves its calls, so nothing is dropped here.
-        calls[document].emplace_back(function, parameters);
+        pending& waiting = calls[document];
+        if (waiting.empty() || waiting.back().size() == waiting.back().capacity()) {
+            const std::size_t room = waiting.empty() ? first_piece : later_pieces;
+            waiting.emplace_back().reserve(room);
+        }
+        waiting.back().emplace_back(function, parameters);
     }
     return document != nullptr;
 }

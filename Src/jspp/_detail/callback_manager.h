@@ -5,6 +5,7 @@
 #include "jspp/object.h"
 #include "jspp/orvo/mutex.h"
 
+#include <list>
 #include <map>
 #include <utility>
 #include <vector>
@@ -17,7 +18,10 @@ namespace jspp::__detail {
 // drop the last reference to a native object.
 class callback_manager final {
 public:
-    using pending = std::vector<std::pair<object, call_parameters>>;
+    using call = std::pair<object, call_parameters>;
+    // In short pieces: a burst of events moves no call that waits, and a piece is dropped while the
+    // processor has it at hand.
+    using pending = std::list<std::vector<call>>;
 
     callback_manager() = default;
     callback_manager(const callback_manager&) = delete;

@@ -188,7 +188,7 @@ void object::call_in(jsplugin_obj* context,
     values.clear();
     parameters.generate_values(context, values);
     // To make script objects the host was called, and the document may have gone in there.
-    if (document() != context) {
+    if (!values.empty() && document() != context) {
         return;
     }
     __detail::g_orvo_callbacks->call_function(
