@@ -58,9 +58,8 @@ Document::Document(JSGlobalContextRef scriptContext,
                    Scheduler& pageScheduler,
                    ErrorReporter& errorReporter)
     : context(scriptContext), plugin(capabilities), scheduler(pageScheduler),
-      reporter(errorReporter), engine(context), store(context, engine, access, plugin.gc_trace),
-      calls(context, store), access(context, engine, store, calls),
-      globals(context, plugin, engine, store, calls) {
+      reporter(errorReporter), engine(context), store(context, engine, access, plugin),
+      calls(context, store), access(context, engine, store, calls) {
     documents().push_back(this);
 }
 
@@ -88,7 +87,7 @@ bool Document::open(const Origin& origin) {
         }
         return true;
     });
-    globals.install();
+    store.defineGlobals();
     if (plugin.init != nullptr) {
         const PluginCalls::Call call(calls);
         plugin.init(&store.global());
@@ -112,7 +111,6 @@ void Document::closeNow() {
     for (jsplugin_unload* const listener : std::exchange(unloadListeners, {})) {
         listener(&store.global());
     }
-    globals.remove();
     store.close();
     if (opened && plugin.destroy != nullptr) {
         plugin.destroy(&store.global());

@@ -2,7 +2,6 @@
 #define SONOLET_HOST_ENGINE_DOCUMENT_H
 
 #include "engine/ErrorReporter.h"
-#include "engine/GlobalNames.h"
 #include "engine/Intrinsics.h"
 #include "engine/ObjectStore.h"
 #include "engine/PluginAccess.h"
@@ -83,7 +82,6 @@ private:
     ObjectStore store;
     PluginCalls calls;
     PluginAccess access;
-    GlobalNames globals;
 
     bool opened = false;
     bool closed = false;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 // Exported by the engine but in none of its public headers; null with an engine that has it not.
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
@@ -22,12 +23,6 @@ constexpr std::size_t costOfObject = 4096;
 constexpr std::size_t costOfFunction = 2048;
 // A report takes as long as a small object.
 constexpr std::size_t reportAt = std::size_t{16} * 1024;
-
-// Flags of Shared::answer.
-constexpr std::int32_t isFound = 1;
-constexpr std::int32_t isNumber = 2;
-constexpr std::int32_t isKept = 4;
-constexpr std::int32_t isPart = 8;
 
 // Records by the address of their front. Another object may come to lie there, so an entry counts
 // only while the front lives.
@@ -157,6 +152,8 @@ Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbe
     makeBatch = member(context, kernel, "makeBatch");
     dropBatch = member(context, kernel, "dropBatch");
     makeFunctionFront = member(context, kernel, "makeFunctionFront");
+    defineGlobal = member(context, kernel, "defineGlobal");
+    keepFor = member(context, kernel, "hold");
     shared = static_cast<Shared*>(
         JSObjectGetArrayBufferBytesPtr(context, member(context, kernel, "shared"), nullptr));
     living().push_back(this);
@@ -179,14 +176,11 @@ JSValueRef Fronts::readNative(size_t, const JSValueRef[], JSValueRef* exception)
         reading = record->access.read(*record, name, exception);
         if (isQuiet && *exception != nullptr) {
             *exception = nullptr;
-            reading.found = false;
+            reading.answer = 0;
         }
     }
     shared->number = reading.number;
-    shared->answer = !reading.found
-                         ? 0
-                         : isFound | (reading.isNumber ? isNumber : 0) |
-                               (reading.isKept ? isKept : 0) | (reading.isPart ? isPart : 0);
+    shared->answer = reading.answer;
     return reading.value;
 }
 
@@ -197,7 +191,7 @@ JSValueRef Fronts::writeNative(size_t, const JSValueRef argv[], JSValueRef* exce
         const std::string name = names[static_cast<std::size_t>(shared->name)];
         isTaken = record->access.write(*record, name, argv[0], exception);
     }
-    shared->answer = isTaken ? isFound : 0;
+    shared->answer = isTaken ? Reading::isFound : 0;
     return nullptr;
 }
 
@@ -229,17 +223,18 @@ JSValueRef Fronts::partNative(size_t, const JSValueRef argv[], JSValueRef*) {
 
 // ---- Making ----
 
-std::int32_t Fronts::newNumber() {
+std::int32_t Fronts::newNumber(ObjectRecord* record) {
     if (freeNumbers.empty()) {
-        numbered.push_back(nullptr);
+        numbered.push_back(record);
         return static_cast<std::int32_t>(numbered.size() - 1);
     }
     const std::int32_t number = freeNumbers.back();
     freeNumbers.pop_back();
+    numbered[static_cast<std::size_t>(number)] = record;
     return number;
 }
 
-JSObjectRef Fronts::makeObject(std::int32_t& number) {
+JSObjectRef Fronts::makeObject(ObjectRecord& record) {
     if (used == batchSize) {
         for (std::int32_t& each : batchNumbers) {
             each = newNumber();
@@ -253,7 +248,8 @@ JSObjectRef Fronts::makeObject(std::int32_t& number) {
             return nullptr;
         }
     }
-    number = batchNumbers[used];
+    record.number = batchNumbers[used];
+    numbered[static_cast<std::size_t>(record.number)] = &record;
     return batch[used++];
 }
 
@@ -268,13 +264,13 @@ JSObjectRef Fronts::makeFunction(ObjectRecord& record) {
 JSObjectRef Fronts::make(ObjectRecord& record) {
     const NativeCallbacks& callbacks = record.callbacks;
     if (callbacks.call == nullptr) {
-        record.object = makeObject(record.number);
+        record.object = makeObject(record);
         reportMemory(costOfObject);
     } else {
         record.object = makeFunction(record);
         if (callbacks.getter != nullptr || callbacks.setter != nullptr) {
             callables[&record] = record.object;
-            record.number = newNumber();
+            record.number = newNumber(&record);
             shared->batch[0] = record.number;
             record.object = call(context, makeFunctionFront, {record.object});
         }
@@ -284,7 +280,6 @@ JSObjectRef Fronts::make(ObjectRecord& record) {
         return nullptr;
     }
     if (record.number != 0) {
-        numbered[static_cast<std::size_t>(record.number)] = &record;
         table().add(record.object, record);
     }
     // Until it is returned the front lives by being on the stack.
@@ -298,20 +293,35 @@ JSObjectRef Fronts::makePart(ObjectRecord& function) {
 }
 
 void Fronts::forget(ObjectRecord& record) noexcept {
-    if (record.object != nullptr) {
-        table().remove(record.object, record);
+    table().remove(record.object, record);
+    if (const auto callable = callables.extract(&record)) {
+        table().remove(callable.mapped(), record);
     }
-    if (const auto callable = callables.find(&record); callable != callables.end()) {
-        table().remove(callable->second, record);
-        callables.erase(callable);
-    }
-    if (record.number != 0) {
-        numbered[static_cast<std::size_t>(record.number)] = nullptr;
-        freeNumbers.push_back(record.number);
-    }
+    forgetNumber(record);
     record.weak.reset();
     record.object = nullptr;
-    record.number = 0;
+}
+
+// ---- The global object, and what objects keep ----
+
+void Fronts::defineGlobals(ObjectRecord& global, char** globalNames) {
+    global.number = newNumber(&global);
+    for (char** name = globalNames; name != nullptr && *name != nullptr; ++name) {
+        call(context, defineGlobal,
+             {JSValueMakeNumber(context, global.number),
+              JSValueMakeString(context, text::strings().get(*name))});
+    }
+}
+
+void Fronts::forgetNumber(ObjectRecord& record) noexcept {
+    if (record.number != 0) {
+        numbered[static_cast<std::size_t>(record.number)] = nullptr;
+        freeNumbers.push_back(std::exchange(record.number, 0));
+    }
+}
+
+void Fronts::hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const {
+    call(context, keepFor, {holder, JSObjectMakeArray(context, held.size(), held.data(), nullptr)});
 }
 
 ObjectRecord* Fronts::recordOf(JSObjectRef object) noexcept {

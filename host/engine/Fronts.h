@@ -12,8 +12,8 @@
 #include <unordered_map>
 #include <vector>
 
-// The script objects of native records ("fronts") and how an access to one becomes a call of the
-// plug-in.
+// The script objects of native records ("fronts"), the plug-in's names on the global object, and
+// how an access to either becomes a call of the plug-in.
 //
 // The front of an object is a Proxy whose traps are in fronts.js: what may be kept stays there, and
 // every other read and write is one call back. The front of a function is a function of the
@@ -36,6 +36,14 @@ public:
 
     // The same for a function that lives as long as the front that keeps it.
     JSObjectRef makePart(ObjectRecord& function);
+
+    // Makes names of the global object accesses to its record, until forgetNumber().
+    void defineGlobals(ObjectRecord& global, char** names);
+    void forgetNumber(ObjectRecord& record) noexcept;
+
+    // The object keeps those, which are protected, alive from now on, and nothing that it kept
+    // before.
+    void hold(JSObjectRef holder, const std::vector<JSValueRef>& held) const;
 
     // The record is no longer its object's.
     void forget(ObjectRecord& record) noexcept;
@@ -76,11 +84,11 @@ private:
     JSValueRef partNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
 
     // The number by which fronts.js knows the record of a front; 0 is nobody's.
-    std::int32_t newNumber();
+    std::int32_t newNumber(ObjectRecord* record = nullptr);
     ObjectRecord* recordNumbered(std::int32_t number) const noexcept {
         return numbered[static_cast<std::size_t>(number)];
     }
-    JSObjectRef makeObject(std::int32_t& number);  // null as make() does
+    JSObjectRef makeObject(ObjectRecord& record);  // null as make() does
     JSObjectRef makeFunction(ObjectRecord& record);
     void reportMemory(std::size_t bytes);
 
@@ -89,6 +97,8 @@ private:
     JSObjectRef makeBatch;
     JSObjectRef dropBatch;
     JSObjectRef makeFunctionFront;
+    JSObjectRef defineGlobal;
+    JSObjectRef keepFor;
     Shared* shared;  // the engine's
 
     std::vector<std::string> names;

@@ -3,16 +3,21 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <cstdint>
 #include <string>
 
 class ObjectRecord;
 
 // What a read came to.
 struct Reading {
-    bool found = false;
-    bool isNumber = false;       // else `value` is it
-    bool isKept = false;         // it need not be asked for again
-    bool isPart = false;         // a function that goes together with the object
+    // As fronts.js knows them; 0: the plug-in has no such name.
+    enum Answer : std::int32_t {
+        isFound = 1,
+        isNumber = 2,  // else `value` is it
+        isKept = 4,    // it need not be asked for again
+        isPart = 8,    // a function that goes together with the object
+    };
+    std::int32_t answer = 0;
     double number = 0;           // most answers are: a script value of it would cost a call
     JSValueRef value = nullptr;  // null: undefined
 };

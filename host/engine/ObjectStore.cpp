@@ -9,10 +9,14 @@
 ObjectStore::ObjectStore(JSGlobalContextRef scriptContext,
                          const Intrinsics& engineFunctions,
                          ObjectAccess& objectAccess,
-                         jsplugin_gc_trace* traceOfDocument)
+                         const struct jsplugin_capabilities& capabilities)
     : context(scriptContext), intrinsics(engineFunctions), access(objectAccess),
-      fronts(scriptContext), documentTrace(traceOfDocument),
-      globalRecord(std::make_unique<ObjectRecord>(*this, access, ObjectRecord::Kind::Global)) {
+      plugin(capabilities), fronts(scriptContext),
+      globalRecord(std::make_unique<ObjectRecord>(
+          *this,
+          access,
+          ObjectRecord::Kind::Global,
+          NativeCallbacks{plugin.global_getter, plugin.global_setter, nullptr, nullptr, nullptr})) {
     globalRecord->object = JSContextGetGlobalObject(context);
     globalRecord->rooted = true;
 }
@@ -105,9 +109,9 @@ JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
 
 JSObjectRef ObjectStore::partOf(ObjectRecord& whole, ObjectRecord& function) {
     const NativeCallbacks& callbacks = function.callbacks;
-    if (&function.store != this || callbacks.call == nullptr || callbacks.getter != nullptr ||
-        callbacks.setter != nullptr || function.object != nullptr || function.whole != nullptr ||
-        closed) {
+    if (&function.store != this || &whole == globalRecord.get() || callbacks.call == nullptr ||
+        callbacks.getter != nullptr || callbacks.setter != nullptr || function.object != nullptr ||
+        function.whole != nullptr || closed) {
         return nullptr;
     }
     unlist(function);
@@ -219,8 +223,8 @@ void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
     ++lastTrace;
     tracing = true;
     markingForDocument = true;
-    if (documentTrace != nullptr) {
-        documentTrace(globalRecord.get());
+    if (plugin.gc_trace != nullptr) {
+        plugin.gc_trace(globalRecord.get());
     }
     markingForDocument = false;
     // By place: a trace may make an object.
@@ -297,8 +301,8 @@ void ObjectStore::attach(ObjectRecord& holder) {
             objects.push_back(record->object);
         }
     }
-    intrinsics.hold(front, objects);
     holder.holdsOthers = !objects.empty();
+    fronts.hold(front, objects);
 }
 
 // A page object's record has nothing to destruct but itself.
@@ -334,6 +338,7 @@ void ObjectStore::close() {
     if (std::exchange(closed, true)) {
         return;
     }
+    fronts.forgetNumber(*globalRecord);
     // Page objects last: a destructor may still look at what it held.
     std::vector<ObjectRecord*> remaining = records;
     std::stable_partition(remaining.begin(), remaining.end(), [](const ObjectRecord* record) {

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+class ObjectAccess;
+
 // The objects of one document that the plug-in and the engine both know: which record belongs to
 // which script object, and how long each lives.
 //
@@ -27,13 +29,16 @@ public:
     ObjectStore(JSGlobalContextRef scriptContext,
                 const Intrinsics& engineFunctions,
                 ObjectAccess& objectAccess,
-                jsplugin_gc_trace* traceOfDocument);
+                const struct jsplugin_capabilities& capabilities);
     ~ObjectStore();
 
     ObjectStore(const ObjectStore&) = delete;
     ObjectStore& operator=(const ObjectStore&) = delete;
 
     ObjectRecord& global() noexcept { return *globalRecord; }
+
+    // Makes the plug-in's names on the global object; close() empties them.
+    void defineGlobals() { fronts.defineGlobals(*globalRecord, plugin.global_names); }
 
     // A new native record, without a script object yet; null once the store is closed.
     ObjectRecord* create(const NativeCallbacks& callbacks);
@@ -101,8 +106,8 @@ private:
     JSGlobalContextRef context;
     const Intrinsics& intrinsics;
     ObjectAccess& access;
+    const struct jsplugin_capabilities& plugin;
     Fronts fronts;
-    jsplugin_gc_trace* const documentTrace;
 
     std::unique_ptr<ObjectRecord> globalRecord;
     std::vector<ObjectRecord*> records;  // owned; each knows its place

@@ -14,14 +14,13 @@ Reading PluginAccess::read(ObjectRecord& record, const std::string& name, JSValu
     const int answer = record.callbacks.getter(&record, name.c_str(), &result);
     switch (answer) {
     case JSP_GET_NO_VALUE:
-        reading.found = true;
+        reading.answer = Reading::isFound;
         break;
     case JSP_GET_VALUE:
     case JSP_GET_VALUE_CACHE:
-        reading.found = true;
-        reading.isKept = answer == JSP_GET_VALUE_CACHE;
+        reading.answer = Reading::isFound | (answer == JSP_GET_VALUE_CACHE ? Reading::isKept : 0);
         if (result.type == JSP_TYPE_NUMBER) {
-            reading.isNumber = true;
+            reading.answer |= Reading::isNumber;
             reading.number = result.u.number;
         } else {
             convert(record, name, result, reading, exception);
@@ -42,11 +41,11 @@ void PluginAccess::convert(ObjectRecord& record,
                            Reading& reading,
                            JSValueRef* exception) {
     ObjectRecord* const function = ObjectStore::named(result, name);
-    if (reading.isKept && function != nullptr) {
+    if ((reading.answer & Reading::isKept) != 0 && function != nullptr) {
         reading.value = store.partOf(record, *function);
-        reading.isPart = reading.value != nullptr;
+        reading.answer |= reading.value != nullptr ? Reading::isPart : 0;
     }
-    if (!reading.isPart) {
+    if (reading.value == nullptr) {
         reading.value = store.toScript(context, result, exception);
     }
 }

@@ -1,5 +1,5 @@
-// The script half of the fronts: a front is a Proxy, and this is how it behaves. Evaluated once in
-// each document, before any script of the page. Nothing here is looked up where a page could have
+// The script half of the fronts: a front is a Proxy, and this is how it behaves, and how the plug-in's
+// names on the global object do. Evaluated once in each document, before any script of the page. Nothing here is looked up where a page could have
 // put something of its own: functions are taken now, and no object that is read has a prototype of
 // the page's.
 //
@@ -13,7 +13,7 @@
     const { apply, get: reflectGet, set: reflectSet, has: reflectHas, defineProperty,
             deleteProperty, getOwnPropertyDescriptor, getPrototypeOf, isExtensible,
             ownKeys } = Reflect;
-    const ProxyConstructor = Proxy, MapConstructor = Map;
+    const global = globalThis, ProxyConstructor = Proxy, MapConstructor = Map;
     const { get: getOfMap, set: setOfMap } = Map.prototype;
 
     // As struct Shared in Fronts.h.
@@ -53,7 +53,8 @@
 
     // A function that is part of an object keeps it, so that the two go together.
     const wholes = new WeakMap();
-    wholes.set = WeakMap.prototype.set;
+    const holders = new WeakMap();  // what else an object keeps
+    wholes.set = holders.set = WeakMap.prototype.set;
 
     function isSymbolOrPrototype(name) {
         return typeof name === 'symbol' || name === '__proto__';
@@ -101,14 +102,27 @@
     }
 
     // Asks the plug-in; numbers[ANSWER] tells what came. Throws what it throws, unless `quiet`.
-    function ask(handler, name, quiet) {
+    function read(record, name, quiet) {
         const number = numberOf(name);
-        numbers[RECORD] = handler.number;
+        numbers[RECORD] = record;
         numbers[NAME] = number;
         numbers[QUIET] = quiet;
         const object = readNative();
+        return (numbers[ANSWER] & NUMBER) !== 0 ? doubles[0] : object;
+    }
+
+    // Answers whether the plug-in has taken the value.
+    function write(record, name, value) {
+        const number = numberOf(name);
+        numbers[RECORD] = record;
+        numbers[NAME] = number;
+        writeNative(value);
+        return numbers[ANSWER] !== NONE;
+    }
+
+    function ask(handler, name, quiet) {
+        const value = read(handler.number, name, quiet);
         const answer = numbers[ANSWER];
-        const value = (answer & NUMBER) !== 0 ? doubles[0] : object;
         if ((answer & KEPT) !== 0) {
             if ((answer & PART) !== 0) {
                 wholes.set(value, handler.front);
@@ -130,8 +144,8 @@
         return reflectGet(target, name, receiver);
     }
 
-    function describe(value) {
-        return { __proto__: null, value, writable: true, enumerable: false, configurable: true };
+    function describe(value, enumerable = false) {
+        return { __proto__: null, value, writable: true, enumerable, configurable: true };
     }
 
     // Whether a write for `receiver` is one to the front: a Proxy of the page's before it says that
@@ -166,12 +180,9 @@
         set(target, name, value, receiver) {
             if (!isSymbolOrPrototype(name) && !isPagesOwn(this, target, name) &&
                 isFront(this, target, receiver)) {
-                const number = numberOf(name);
-                numbers[RECORD] = this.number;
-                numbers[NAME] = number;
-                writeNative(value);
+                const isTaken = write(this.number, name, value);
                 drop(this, name);
-                if (numbers[ANSWER] !== NONE) {
+                if (isTaken) {
                     return true;
                 }
             }
@@ -245,6 +256,34 @@
             for (let i = 0; i < BATCH_SIZE; ++i) {
                 batch[i] = undefined;
             }
+        },
+
+        // The plug-in's name on the global object is an accessor until the plug-in gives a value
+        // that may be kept, or the page assigns one of its own: then it is a plain property.
+        defineGlobal(record, name) {
+            const replace = (value) => { defineProperty(global, name, describe(value, true)); };
+            defineProperty(global, name, {
+                __proto__: null,
+                enumerable: true,
+                configurable: true,
+                get() {
+                    const value = read(record, name, 0);
+                    if ((numbers[ANSWER] & KEPT) !== 0) {
+                        replace(value);
+                    }
+                    return value;
+                },
+                set(value) {
+                    if (!write(record, name, value)) {
+                        replace(value);
+                    }
+                },
+            });
+        },
+
+        // `holder` keeps these alive from now on, and nothing that it kept before.
+        hold(holder, held) {
+            holders.set(holder, held);
         },
 
         // Of a function that has names.
