@@ -50,8 +50,8 @@ bool isOfDevice(const std::string& flag) {
 }
 
 // The service alone knows what faults there are: its program is asked. Without it, which may be so
-// beside a service of another make, the text goes on as it is.
-void checkFault(const std::string& fault) {
+// beside a service of another make, the text goes on as it is. `origin` is where the text stands.
+void checkFault(const std::string& origin, const std::string& fault) {
     const std::string program =
         (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "sonolet-fault").string();
     const char* const command[] = {program.c_str(), "--", fault.c_str(), nullptr};
@@ -64,7 +64,7 @@ void checkFault(const std::string& fault) {
     }
     std::string why = g_strchomp(answer);
     const std::string name = "sonolet-fault: ";
-    throw std::invalid_argument("--fault: " +
+    throw std::invalid_argument(origin + ": " +
                                 why.erase(0, why.rfind(name, 0) == 0 ? name.size() : 0));
 }
 
@@ -80,7 +80,7 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
         if (value.empty()) {
             throw std::invalid_argument("--fault takes what is to happen, as offline@5s-12s");
         }
-        checkFault(value);
+        checkFault("--fault", value);
         fault = value;
     } else if (option == "--audio") {
         setSink(audio, value);
@@ -112,6 +112,8 @@ void DeviceOptions::setEnvironment() const {
     }
     if (!fault.empty()) {
         setenv("SONOLET_FAULT", fault.c_str(), 1);
+    } else if (const char* given = getenv("SONOLET_FAULT"); given != nullptr && *given != '\0') {
+        checkFault("SONOLET_FAULT", given);
     }
     if (audio.speed != 1) {
         setenv("SONOLET_SPEED", std::to_string(audio.speed).c_str(), 1);

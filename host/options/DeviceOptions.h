@@ -29,7 +29,8 @@ struct DeviceOptions {
     // What is to be loaded: the plug-in, or what stands before it to watch.
     std::string library() const;
 
-    // Tells the libraries of this process that are loaded later, and its children.
+    // Tells the libraries of this process that are loaded later, and its children. Refuses a fault
+    // that the environment says and no option, when it cannot be read.
     // REQUIRES: no other thread runs yet.
     void setEnvironment() const;
 

@@ -149,12 +149,22 @@ TEST(Faults, ReachThePageAtTheirTimes) {
     expectPassed(
         place.page(contentsOf(PAGES_DIR "/scripts/faults.js"), {"--log", "none", "--fault", spec}),
         14);
-    const Outcome refused = place.page("Spotify.Session.create(Spotify.SessionConfig)",
-                                       {"--fault", "token@5s,ofline@5s-12s"});
-    EXPECT_EQ(refused.exitCode, 2);
-    EXPECT_EQ(refused.errors,
-              "sonolet-host: --fault: fault \"ofline@5s-12s\" at character 10: there are offline, "
-              "token, login, slow, stream-error, unavailable, message\n");
+    for (const bool byOption : {true, false}) {
+        const std::string wrong = "token@5s,ofline@5s-12s";
+        std::map<std::string, std::string> variables = place.variables();
+        std::vector<std::string> arguments = {(place.state / "page.js").string()};
+        if (byOption) {
+            arguments.insert(arguments.end(), {"--fault", wrong});
+        } else {
+            variables["SONOLET_FAULT"] = wrong;
+        }
+        const Outcome refused = run(hostCommand(arguments), variables);
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_EQ(refused.errors,
+                  std::string("sonolet-host: ") + (byOption ? "--fault" : "SONOLET_FAULT") +
+                      ": fault \"ofline@5s-12s\" at character 10: there are offline, token, login, "
+                      "slow, stream-error, unavailable, message\n");
+    }
 }
 
 TEST(Conformance, OfThisHostAndLibraryIsWhole) {
