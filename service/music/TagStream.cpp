@@ -78,6 +78,11 @@ TagLib::ByteVector TagStream::readBlock(unsigned long length) {
     }
     place += got;
     block.resize(static_cast<unsigned>(got));
+    for (const auto& [name, otherName] : renamed) {
+        if (block == name) {
+            return otherName;
+        }
+    }
     return block;
 }
 

@@ -9,6 +9,8 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 namespace sonolet::service {
 
@@ -30,6 +32,9 @@ public:
     State state() const { return current; }
     // Leaves these bytes out, as if the file did not have them. Before anything is read.
     void cutOut(std::int64_t from, std::int64_t count);
+    // Four bytes that are read by themselves, as the names of chunks are, and are `from` come as
+    // `to`.
+    void rename(const char* from, const char* to) { renamed.emplace_back(from, to); }
     // From here on small steps may read that much, and be one search.
     void allowSteps(std::int64_t limit) {
         stepsLeft = limit;
@@ -60,6 +65,7 @@ private:
     std::int64_t size;        // without what is cut out
     std::int64_t cutFrom = LONG_MAX;
     std::int64_t cutSize = 0;
+    std::vector<std::pair<TagLib::ByteVector, TagLib::ByteVector>> renamed;
     State current = State::open;
     std::int64_t place = 0;
     std::int64_t bytesLeft;

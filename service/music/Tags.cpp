@@ -2,7 +2,9 @@
 
 #include "music/AdtsDuration.h"
 #include "music/TagFrames.h"
+#include "music/TagItems.h"
 #include "music/TagStream.h"
+#include "music/WaveFile.h"
 
 #include <attachedpictureframe.h>
 #include <flacfile.h>
@@ -12,12 +14,10 @@
 #include <mpegfile.h>
 #include <mpegheader.h>
 #include <mpegproperties.h>
-#include <oggfile.h>
 #include <oggflacfile.h>
 #include <opusfile.h>
 #include <tpropertymap.h>
 #include <vorbisfile.h>
-#include <wavfile.h>
 #include <xingheader.h>
 #include <xiphcomment.h>
 
@@ -26,9 +26,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <numeric>
 #include <utility>
 
 namespace sonolet::service {
@@ -40,6 +38,7 @@ constexpr std::array<std::string_view, 11> endings = {"flac", "ogg", "oga", "opu
 
 constexpr unsigned mostArtists = 1000;
 constexpr unsigned mostItems = 10'000;  // of one tag
+constexpr char withoutEnd[] = "its tags do not end, or it is damaged";
 
 std::string endingOf(std::string_view fileName) {
     const std::size_t dot = fileName.rfind('.');
@@ -127,8 +126,8 @@ std::string frontCover(TagLib::File& file) {
     if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
         return frontCover(mpeg->ID3v2Tag());
     }
-    if (auto* wave = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) {
-        return frontCover(wave->ID3v2Tag());
+    if (const auto* wave = dynamic_cast<const WaveFile*>(&file)) {
+        return frontCover(wave->id3Tag());
     }
     if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(&file)) {
         const TagLib::MP4::Item item = mp4->tag()->item("covr");
@@ -183,7 +182,8 @@ int mpegDurationMs(TagLib::MPEG::File& file, TagStream& stream) {
 }
 
 Tags tagsOf(TagLib::File& file) {
-    const TagLib::PropertyMap properties = file.properties();
+    const auto* const wave = dynamic_cast<const WaveFile*>(&file);
+    const TagLib::PropertyMap properties = wave != nullptr ? wave->texts() : file.properties();
     Tags tags;
     tags.title = first(properties, "TITLE");
     if (const auto artists = properties.find("ARTIST"); artists != properties.end()) {
@@ -227,91 +227,9 @@ Tags tagsOf(TagLib::File& file) {
     return tags;
 }
 
-std::uint32_t littleEndian(const unsigned char* bytes) {
-    return bytes[0] | bytes[1] << 8U | bytes[2] << 16U |
-           static_cast<std::uint32_t>(bytes[3]) << 24U;
-}
-
-// The size of an Ogg page's header with its table, and of its body; 0 where there is no page.
-std::pair<std::int64_t, std::int64_t> oggPage(const MusicFile& file, std::int64_t at) {
-    std::array<unsigned char, 27 + 255> header{};
-    if (file.read(at, header.data(), header.size()) < 27 ||
-        std::memcmp(header.data(), "OggS", 4) != 0) {
-        return {0, 0};
-    }
-    const auto* const table = header.data() + 27;
-    return {27 + header[26], std::accumulate(table, table + header[26], std::int64_t{0})};
-}
-
-// Where Vorbis comments begin, in an Ogg stream behind the name of their packet; 0: nowhere.
-std::int64_t commentsOf(const MusicFile& file) {
-    constexpr int mostBlocks = 1000;
-    std::array<unsigned char, 10> start{};
-    file.read(0, start.data(), start.size());
-    std::int64_t at = 0;
-    if (std::memcmp(start.data(), "ID3", 3) == 0) {
-        at = 10 + (start[6] << 21U | start[7] << 14U | start[8] << 7U | start[9]);
-        file.read(at, start.data(), start.size());
-    }
-    if (std::memcmp(start.data(), "fLaC", 4) == 0) {
-        at += 4;
-        for (int block = 0; block < mostBlocks && file.read(at, start.data(), 4) == 4; ++block) {
-            if ((start[0] & 0x7fU) == 4) {
-                return at + 4;
-            }
-            at += 4 + (start[1] << 16U | start[2] << 8U | start[3]);
-        }
-        return 0;
-    }
-    const auto [firstHeader, firstBody] = oggPage(file, 0);
-    const auto [header, body] = oggPage(file, firstHeader + firstBody);
-    const std::int64_t packet = firstHeader + firstBody + header;
-    if (header == 0 || file.read(packet, start.data(), 8) < 8) {
-        return 0;
-    }
-    if (std::memcmp(start.data(), "OpusTags", 8) == 0) {
-        return packet + 8;
-    }
-    return std::memcmp(start.data(), "\3vorbis", 7) == 0 ? packet + 7
-           : start[0] == 4                               ? packet + 4
-                                                         : 0;
-}
-
-// The library takes all items of a tag, and there is no way to stop it.
-bool overflowsWithComments(const MusicFile& file) {
-    std::array<unsigned char, 4> number{};
-    const std::int64_t at = commentsOf(file);
-    if (at == 0 || file.read(at, number.data(), 4) < 4 ||
-        file.read(at + 4 + littleEndian(number.data()), number.data(), 4) < 4) {
-        return false;
-    }
-    return littleEndian(number.data()) > mostItems;
-}
-
-// The same of an APE tag, which is behind the sound and perhaps before an ID3v1 tag.
-bool overflowsWithApeItems(const MusicFile& file) {
-    constexpr int footerSize = 32;
-    constexpr int id3v1Size = 128;
-    for (const int behind : {footerSize, footerSize + id3v1Size}) {
-        std::array<unsigned char, 20> footer{};
-        if (file.size() < behind ||
-            file.read(file.size() - behind, footer.data(), footer.size()) < footer.size() ||
-            std::memcmp(footer.data(), "APETAGEX", 8) != 0) {
-            continue;
-        }
-        return littleEndian(footer.data() + 16) > mostItems;
-    }
-    return false;
-}
-
 // The ending decides; Ogg alone hides several formats behind one.
-std::unique_ptr<TagLib::File> openFile(const MusicFile& musicFile,
-                                       TagStream& stream,
-                                       TagFrames& frames,
-                                       const std::string& ending) {
-    if (overflowsWithComments(musicFile)) {
-        throw UnreadableFile("its tags do not end, or it is damaged");
-    }
+std::unique_ptr<TagLib::File>
+openFile(TagStream& stream, TagFrames& frames, const std::string& ending) {
     if (ending == "ogg" || ending == "oga") {
         std::unique_ptr<TagLib::File> file = std::make_unique<TagLib::Ogg::Vorbis::File>(&stream);
         if (!file->isValid()) {
@@ -329,13 +247,10 @@ std::unique_ptr<TagLib::File> openFile(const MusicFile& musicFile,
         return std::make_unique<TagLib::Ogg::Opus::File>(&stream);
     }
     if (ending == "wav" || ending == "wave") {
-        return std::make_unique<TagLib::RIFF::WAV::File>(&stream);
+        return std::make_unique<WaveFile>(stream, frames);
     }
     if (ending == "m4a" || ending == "m4b" || ending == "mp4") {
         return std::make_unique<TagLib::MP4::File>(&stream);
-    }
-    if (overflowsWithApeItems(musicFile)) {
-        throw UnreadableFile("its tags do not end, or it is damaged");
     }
     // An ADTS stream carries its tags as MP3 does, but has frames of its own.
     return std::make_unique<TagLib::MPEG::File>(&stream, &frames, ending != "aac");
@@ -348,9 +263,27 @@ void requireOpen(const TagStream& stream) {
     case TagStream::State::stopped:
         throw UnreadableFile("nobody waits for it any more");
     case TagStream::State::exhausted:
-        throw UnreadableFile("its tags do not end, or it is damaged");
+        throw UnreadableFile(withoutEnd);
     case TagStream::State::failed:
         throw UnreadableFile("the file cannot be read");
+    }
+}
+
+// The library takes all items of a tag, and there is no way to stop it.
+void requireFewItems(const MusicFile& file, const StopFlag& stop, const std::string& ending) {
+    TagStream stream(file, stop);
+    TagItems items(stream);
+    unsigned number = 0;
+    if (ending == "flac") {
+        number = items.inFlac();
+    } else if (ending == "ogg" || ending == "oga" || ending == "opus") {
+        number = items.inOgg();
+    } else if (ending == "mp3" || ending == "aac") {
+        number = items.inApeTag();
+    }
+    requireOpen(stream);
+    if (number > mostItems) {
+        throw UnreadableFile(withoutEnd);
     }
 }
 
@@ -363,6 +296,7 @@ bool isMusicFile(std::string_view fileName) {
 Tags readTags(const MusicFile& file, const StopFlag& stop) {
     try {
         const std::string ending = endingOf(file.path());
+        requireFewItems(file, stop, ending);
         TagStream stream(file, stop);
         TagFrames frames(stop);
         if (ending == "aac") {
@@ -371,7 +305,7 @@ Tags readTags(const MusicFile& file, const StopFlag& stop) {
             const std::int64_t begin = adtsStart(file);
             stream.cutOut(begin, std::max<std::int64_t>(file.size() - begin - tail, 0));
         }
-        const std::unique_ptr<TagLib::File> tagged = openFile(file, stream, frames, ending);
+        const std::unique_ptr<TagLib::File> tagged = openFile(stream, frames, ending);
         requireOpen(stream);
         if (!tagged->isValid()) {
             throw UnreadableFile("this is no " + ending + " file, or a damaged one");

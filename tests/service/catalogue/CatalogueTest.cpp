@@ -159,12 +159,44 @@ std::string adtsFrames(std::size_t count, std::size_t size) {
     return all;
 }
 
+// A number in four bytes, the highest first or last.
+std::string big(std::size_t number) {
+    return {static_cast<char>(number >> 24), static_cast<char>(number >> 16),
+            static_cast<char>(number >> 8), static_cast<char>(number)};
+}
+
+std::string little(std::size_t number) {
+    const std::string bytes = big(number);
+    return {bytes.rbegin(), bytes.rend()};
+}
+
+// An ID3v2 tag with a title of sixteen million letters, which is a hundred thousand bytes packed.
+std::string bombTag() {
+    using namespace std::string_literals;
+    std::string bits = "110"
+                       "00110000"
+                       "10010001";  // a block of usual codes, a NUL and an "a"
+    while (bits.size() < 800'000) {
+        bits += "1100010100000";  // 258 times the letter before
+    }
+    std::string title = big(16 << 20) + "\x78\1"s;
+    for (std::size_t at = 0; at + 8 <= bits.size(); at += 8) {
+        char byte = 0;
+        for (std::size_t bit = 0; bit < 8; ++bit) {
+            byte = static_cast<char>(byte | (bits[at + bit] - '0') << bit);
+        }
+        title += byte;
+    }
+    const std::size_t size = title.size() + 10;
+    return "ID3\3\0\0"s + static_cast<char>(size >> 21) + static_cast<char>(size >> 14 & 127) +
+           static_cast<char>(size >> 7 & 127) + static_cast<char>(size & 127) + "TIT2" +
+           big(title.size()) + "\0\x80"s + title;
+}
+
 TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     using namespace std::string_literals;
     const TestMusic music;
     // What only unpacks, or is counted, to more than anybody has.
-    std::string bomb(20 << 20, 'a');
-    bomb = "ID3\3\0\0"s + "\x0a\0\0\0"s + bomb.replace(0, 10, "TIT2\x01\x3f\xff\xf6\0\x80"s);
     std::string frames = "ID3\3\0\0"s + "\x0a\0\0\0"s;
     while (frames.size() < 20U << 20) {
         frames += "TIT2\0\0\0\2\0\0\3a"s;
@@ -190,28 +222,69 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     // Twenty thousand comments without a letter.
     const std::string comments = "\0\0\0\0\x20\x4e\0\0"s + std::string(80'000, '\0');
     music.write("comments.flac", flac + "\x84\1\x38\x88" + comments);
-    const auto page = [](int kind, const std::string& body) {
-        const std::string table(body.size() / 255 + 1, '\xff');
+    const auto page = [](int kind, const std::vector<std::string>& packets) {
+        std::string table;
+        std::string bodies;
+        for (const std::string& packet : packets) {
+            table +=
+                std::string(packet.size() / 255, '\xff') + static_cast<char>(packet.size() % 255);
+            bodies += packet;
+        }
         return "OggS\0"s + static_cast<char>(kind) + std::string(20, '\0') +
-               static_cast<char>(table.size()) + table.substr(1) +
-               static_cast<char>(body.size() % 255) + body;
+               static_cast<char>(table.size()) + table + bodies;
     };
-    music.write("comments.opus", page(2, "OpusHead\1\2\0\0\x80\xbb\0\0\0\0\0"s) +
-                                     page(0, "OpusTags" + comments.substr(0, 60'000)));
-    for (const char* name : {"comments.flac", "comments.opus"}) {
+    const std::string opus = "OpusHead\1\2\0\0\x80\xbb\0\0\0\0\0"s;
+    const std::string manyOpus = "OpusTags" + comments.substr(0, 60'000);
+    music.write("comments.opus", page(2, {opus}) + page(0, {manyOpus}));
+    music.write("onepage.opus", page(2, {opus, manyOpus}));
+    music.write("behind.opus", "what is before" + page(2, {opus}) + page(0, {manyOpus}));
+    music.write("behind.flac", "what is before" + flac + "\x84\1\x38\x88" + comments);
+    music.write("packets.ogg", page(2, {"\x7f"
+                                        "FLAC\1\0\0\1"s +
+                                        flac}) +
+                                   page(0, {"\1\0\0\4\0\0\0\0"s}) +
+                                   page(0, {"\x84\0\xea\x60"s + comments.substr(0, 60'000)}));
+    for (const char* name : {"comments.flac", "comments.opus", "onepage.opus", "behind.opus",
+                             "behind.flac", "packets.ogg"}) {
         try {
             service::readTags(service::MusicFile(music.path(name)), service::StopFlag(false));
             ADD_FAILURE() << name;
         } catch (const service::UnreadableFile& error) {
             EXPECT_THAT(error.what(), HasSubstr("its tags do not end")) << name;
         }
+        std::filesystem::remove(music.path(name));
+    }
+    const auto chunk = [](const std::string& name, const std::string& body) {
+        return name + little(body.size()) + body + std::string(body.size() % 2, '\0');
+    };
+    const auto wave = [&](const std::string& tag) {
+        const std::string chunks = "WAVE" +
+                                   chunk("fmt ", "\1\0\1\0\x40\x1f\0\0\x40\x1f\0\0\1\0\x8\0"s) +
+                                   tag + chunk("data", std::string(8000, '\0'));
+        return chunk("RIFF", chunks);
+    };
+    std::string texts = "INFO" + chunk("INAM", "A title");
+    music.write("list.wav", wave(chunk("LIST", texts)));
+    while (texts.size() < 300'000) {
+        texts += chunk("IART", "An artist");
+    }
+    music.write("lists.wav", wave(chunk("LIST", texts)));
+    music.write("bomb.wav", wave(chunk("ID3 ", bombTag())));
+    music.write("bomb.mp3", bombTag() + soundless + soundless);
+    for (const auto& [name, title] : {std::pair{"list.wav", "A title"},
+                                      {"lists.wav", ""},
+                                      {"bomb.wav", ""},
+                                      {"bomb.mp3", ""}}) {
+        const service::Tags tags =
+            service::readTags(service::MusicFile(music.path(name)), service::StopFlag(false));
+        EXPECT_EQ(tags.title.substr(0, 20), title) << name;
+        std::filesystem::remove(music.path(name));
     }
     std::string artists = "\0\0\0\0\xd0\7\0\0"s;
     for (int artist = 1000; artist < 3000; ++artist) {
         artists += "\x0b\0\0\0ARTIST="s + std::to_string(artist);
     }
     music.write("crowd.flac", flac + "\x84\0\x75\x38"s + artists);
-    music.write("bomb.mp3", bomb);
     music.write("frames.mp3", frames);
     for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
                                      {"zeros.aac", 3L << 30},
@@ -231,7 +304,7 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     // What long files do hold is found all the same, and what is not counted is guessed.
     music.write("long.aac", adtsFrames(20000, 400) + "TAG" + "Long" + std::string(121, '\0'));
     music.write("many.aac", adtsFrames(1500000, 7));
-    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 11 skipped"));
+    EXPECT_THAT(scanned(), HasSubstr(": 3 tracks, 3 new, 0 changed, 0 removed, 8 skipped"));
     const TestSession session(TestSession::State::Scanned);
     const auto duration = [](const char* title) {
         return sp_track_duration(trackOf(TestMusic::link(title)).get());
