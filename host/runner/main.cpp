@@ -1,6 +1,7 @@
 #include "log/LogThreshold.h"
 #include "media/AudioOptions.h"
 #include "options/Limits.h"
+#include "options/OneHeap.h"
 #include "runner/Options.h"
 #include "runner/Runner.h"
 
@@ -19,6 +20,7 @@ int main(int argc, char* argv[]) {
             return 0;
         }
         checkLimits();
+        useOneHeap();
         options.setEnvironment();
         if (options.logLevel) {
             KlogSetThreshold(*options.logLevel);
