@@ -40,7 +40,7 @@ FileStamp stampOf(const struct stat& status) {
 }
 
 // A folder's entries in the order of their names, hidden ones and what cannot be looked at left
-// out. Throws std::system_error.
+// out. Throws std::system_error, also when they cannot be read to their end.
 std::vector<Entry> listFolder(const std::string& path) {
     DIR* folder = opendir(path.c_str());
     if (folder == nullptr) {
@@ -49,7 +49,15 @@ std::vector<Entry> listFolder(const std::string& path) {
     const std::unique_ptr<DIR, int (*)(DIR*)> closing(folder, &closedir);
     std::vector<Entry> entries;
     // No other thread reads this stream.
-    while (const dirent* found = readdir(folder)) {  // NOLINT(concurrency-mt-unsafe)
+    for (;;) {
+        errno = 0;
+        const dirent* found = readdir(folder);  // NOLINT(concurrency-mt-unsafe)
+        if (found == nullptr && errno != 0) {
+            throw std::system_error(errno, std::generic_category());
+        }
+        if (found == nullptr) {
+            break;
+        }
         Entry entry{found->d_name, {}};
         if (entry.name.front() != '.' &&
             fstatat(dirfd(folder), found->d_name, &entry.status, 0) == 0) {
@@ -130,10 +138,17 @@ void Scanner::scanOnce() {
     lastReport = start;
     events.log("Scanning " + music);
     writer = std::make_unique<CatalogueWriter>(file);
-    if (struct stat status{}; stat(music.c_str(), &status) == 0) {
-        visited.emplace(status.st_dev, status.st_ino);
+    struct stat begun {};
+    if (stat(music.c_str(), &begun) == 0) {
+        visited.emplace(begun.st_dev, begun.st_ino);
     }
     scanFolder("");
+    if (struct stat status{}; complete && !stopping &&
+                              (stat(music.c_str(), &status) != 0 || status.st_dev != begun.st_dev ||
+                               status.st_ino != begun.st_ino)) {
+        events.log("The folder " + music + " has gone while it was scanned");
+        complete = false;
+    }
     if (complete && !stopping) {
         loseFolders();
     }

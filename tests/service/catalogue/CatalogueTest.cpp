@@ -2,12 +2,14 @@
 
 #include "TestMusic.h"
 #include "TestSession.h"
+#include "catalogue/Scanner.h"
 #include "music/PlaylistFile.h"
 #include "music/Tags.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <future>
 #include <random>
 
 namespace sonolet::test {
@@ -344,7 +346,23 @@ TEST(Catalogue, SurvivesLoopsAndAMissingFolder) {
     EXPECT_THAT(TestMusic::tracks(), SizeIs(0));
     music.move(".hidden", "a");
     scanned();
-    std::filesystem::remove_all(music.path(""));
+    // The disk goes while its first file is read.
+    music.write("a/broken.wav", "broken");
+    std::promise<bool> finished;
+    std::string log;
+    service::ScanEvents events;
+    events.log = [&](const std::string& line) {
+        log += line + '\n';
+        if (line.rfind("Skipped", 0) == 0) {
+            std::filesystem::rename(music.path(""), music.stateFolder() + "/gone");
+        }
+    };
+    events.finished = [&](bool complete) { finished.set_value(complete); };
+    {
+        const service::Scanner scanner(service::musicFolder(), TestMusic::catalogueFile(), events);
+        EXPECT_FALSE(finished.get_future().get());
+    }
+    EXPECT_THAT(log, HasSubstr(" has gone while it was scanned\nWhat was known of "));
     EXPECT_THAT(scanned(), HasSubstr("Cannot read the folder "));
     const Ran index = run(SONOLET_INDEX);
     EXPECT_EQ(index.status, 1);
