@@ -1,6 +1,7 @@
 #include "runner/Runner.h"
 
 #include "engine/Text.h"
+#include "options/Memory.h"
 
 #include <cstdio>
 
@@ -106,6 +107,7 @@ int Runner::run() {
         }
         // Exceptions of the unload listeners still count.
         page.reset();
+        memory::giveBack();
         // A page that reloads itself at once leaves no other time to --for and to signals.
         g_main_context_iteration(nullptr, FALSE);
     }

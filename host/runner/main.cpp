@@ -1,7 +1,7 @@
 #include "log/LogThreshold.h"
 #include "media/AudioOptions.h"
 #include "options/Limits.h"
-#include "options/OneHeap.h"
+#include "options/Memory.h"
 #include "runner/Options.h"
 #include "runner/Runner.h"
 
@@ -20,7 +20,7 @@ int main(int argc, char* argv[]) {
             return 0;
         }
         checkLimits();
-        useOneHeap();
+        memory::shareOneHeap();
         options.setEnvironment();
         if (options.logLevel) {
             KlogSetThreshold(*options.logLevel);

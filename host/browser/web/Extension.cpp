@@ -3,7 +3,7 @@
 #include "browser/Protocol.h"
 #include "browser/web/Frames.h"
 #include "media/AudioOptions.h"
-#include "options/OneHeap.h"
+#include "options/Memory.h"
 
 #include <dlfcn.h>
 #include <webkit2/webkit-web-extension.h>
@@ -56,7 +56,7 @@ void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extensio
     // The terminal's Ctrl+C reaches all processes: the browser closes the page, and this one ends
     // after it.
     std::signal(SIGINT, SIG_IGN);
-    useOneHeap();
+    memory::shareOneHeap();
     g_signal_connect(extension, "page-created", G_CALLBACK(pageCreated), nullptr);
     try {
         const protocol::DeviceSettings settings = protocol::unpack(const_cast<GVariant*>(userData));
