@@ -46,6 +46,8 @@ gboolean stopUnlocking(GstBaseSrc* source) {
 }
 
 GstFlowReturn fill(GstBaseSrc* source, guint64 offset, guint length, GstBuffer* buffer) {
+    // GLib keeps what a freed buffer was in, and the next one is there: another source's, perhaps.
+    const Handover recycled(buffer);
     GstMapInfo map;
     if (!gst_buffer_map(buffer, &map, GST_MAP_WRITE)) {
         return GST_FLOW_ERROR;

@@ -172,9 +172,10 @@ TEST(Conformance, OfThisHostAndLibraryIsWhole) {
     const Outcome made =
         run({std::string(bin) + "sonolet-playlist", "new", "A list"}, place.variables());
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    const Outcome outcome = run(hostCommand({conformancePage, "--speed", "5", "--for", "1200",
-                                             "--audio", "null", "--log", "none"}),
-                                place.variables());
+    // At its own speed: its steps have limits in page time, which a busy machine keeps.
+    const Outcome outcome =
+        run(hostCommand({conformancePage, "--for", "1200", "--audio", "null", "--log", "none"}),
+            place.variables());
     expectPassed(outcome, 600);
     // What is skipped are events that no page can raise, and one call that no page can take back.
     const std::size_t skipped = count(outcome.output, "# SKIP ");
