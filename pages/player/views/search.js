@@ -5,11 +5,22 @@ import { byId, counted, h, put, quoted, replace } from "../page/dom.js";
 import { albumsOf, artistsOf, path, search } from "../music/library.js";
 import { announce } from "../page/notices.js";
 import { go, parseAddress, readdress } from "../page/router.js";
-import { Scope, Signal, debounce } from "../page/scope.js";
+import { Scope, Signal } from "../page/scope.js";
 import { SearchTracks } from "../music/tracklist.js";
 import { albumCard, artistCard, empty, section } from "./parts.js";
 import { trackTable } from "./track-table.js";
 
+/**
+ * At least so many milliseconds lie between two questions: whoever types fast does not ask for each
+ * letter, and the last one waits no longer than that. The answer takes two ticks of the plug-in.
+ */
+const PAUSE = 90;
+
+/**
+ * What is in the field now; the answers to what was there before are of no use any more.
+ * @type {string}
+ */
+let wanted = "";
 /** @type {Signal<string>} */
 const typed = new Signal();
 /** @type {() => HTMLInputElement} */
@@ -17,22 +28,34 @@ const field = () => byId("search");
 
 /** The field above all views. */
 export function startSearchField() {
-    const ask = debounce(180, () => {
-        const query = field().value.trim();
+    let asked = 0;
+    let timer = 0;
+    const ask = () => {
+        asked = Date.now();
         if (parseAddress().name !== "search") {
-            if (query !== "") {
-                go(path("search", query));
+            if (wanted !== "") {
+                go(path("search", wanted));
             }
             return;
         }
-        readdress(path("search", query));
-        typed.emit(query);
-    });
-    field().addEventListener("input", ask);
+        readdress(path("search", wanted));
+        typed.emit(wanted);
+    };
+    const soon = () => {
+        wanted = field().value.trim();
+        clearTimeout(timer);
+        const rest = asked + PAUSE - Date.now();
+        if (rest > 0) {
+            timer = window.setTimeout(ask, rest);
+        } else {
+            ask();
+        }
+    };
+    field().addEventListener("input", soon);
     field().addEventListener("keydown", (event) => {
         if (event.key === "Escape" && field().value !== "") {
             field().value = "";
-            ask();
+            soon();
         } else if (event.key === "Enter") {
             const first = byId("main").querySelector(".card, [role=row]");
             if (first instanceof HTMLElement && parseAddress().name === "search") {
@@ -46,9 +69,7 @@ export function startSearchField() {
 /** @param {import("../page/router.js").View} view */
 export async function searchView({ root, scope, args, title }) {
     let answers = new Scope();
-    let wanted = "";
     const show = async (/** @type {string} */ query) => {
-        wanted = query;
         title(query ? quoted(query) : "Search");
         const found = query === "" ? null : await scope.until(search(query,
             { tracks: SearchTracks.page, albums: 10, artists: 4 }));
@@ -77,8 +98,8 @@ export async function searchView({ root, scope, args, title }) {
     scope.onClose(() => answers.close());
     scope.on(typed, ask);
     const query = args[0] || "";
-    if (document.activeElement !== field()) {
-        field().value = query;
+    if (document.activeElement !== field()) { // not on its way from the first letter to the next
+        field().value = wanted = query;
         if (query === "") {
             field().focus();
         }
