@@ -6,12 +6,14 @@ import { byId, h, icon, replace } from "./page/dom.js";
 import { forgetImages } from "./music/images.js";
 import { shownName, watchMetadata } from "./music/library.js";
 import { notify } from "./page/notices.js";
+import { watchHistory } from "./music/history.js";
 import { reset, watchPlayer } from "./music/playback.js";
 import { startRemote } from "./page/remote.js";
 import { parseAddress, reload, startRouter, stopRouter } from "./page/router.js";
 import { Scope } from "./page/scope.js";
 import { connection, signOut, signedIn, signedOut, startSession } from "./music/session.js";
 import { hasMargins, setMargins, startTheme, toggleTheme } from "./page/theme.js";
+import { albumsView, artistsView } from "./views/all.js";
 import { albumView } from "./views/album.js";
 import { artistView } from "./views/artist.js";
 import { homeView } from "./views/home.js";
@@ -19,6 +21,7 @@ import { peopleView } from "./views/people.js";
 import { startPlayerBar } from "./views/playerbar.js";
 import { playingView } from "./views/playing.js";
 import { inboxView, playlistView, starredView } from "./views/playlist.js";
+import { recentView } from "./views/recent.js";
 import { searchView, startSearchField } from "./views/search.js";
 import { fillSidebar } from "./views/sidebar.js";
 import { showGreeting, showSignIn, showSigningIn, startSignIn } from "./views/signin.js";
@@ -26,6 +29,8 @@ import { showGreeting, showSignIn, showSigningIn, startSignIn } from "./views/si
 const views = {
     home: homeView,
     search: searchView,
+    albums: albumsView,
+    artists: artistsView,
     album: albumView,
     artist: artistView,
     playlist: playlistView,
@@ -33,6 +38,7 @@ const views = {
     inbox: inboxView,
     people: peopleView,
     playing: playingView,
+    recent: recentView,
     missing: async () => {
         throw new Error("There is nothing at this address.");
     },
@@ -80,6 +86,7 @@ function start() {
     }
     watchMetadata();
     watchPlayer();
+    watchHistory();
     Spotify.Session.addEventListener("MessageToUser", (message) =>
         signedInScope === null ? showGreeting(message) : notify(message));
 }
@@ -126,6 +133,8 @@ function showKeys() {
         ["Space", "play or pause"],
         ["Ctrl + →, Ctrl + ←", "next track, previous track"],
         ["→, ← on the progress bar", "five seconds on, back"],
+        ["Alt + ↑, Alt + ↓", "move a track of the queue"],
+        ["A letter", "to it, among albums and artists"],
         ["/", "search"],
         ["Page Up, Page Down, Home, End", "through long lists"],
         ["Backspace, Back", "back"],

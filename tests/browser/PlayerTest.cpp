@@ -87,17 +87,94 @@ TEST_F(Player, ShowsAtOnceWhatIsChangedElsewhere) {
     EXPECT_EQ(evaluate("await until(() => find('[aria-rowindex=\"3\"]'));"
                        "find('[aria-rowindex=\"3\"]').focus();"
                        "return text('.facts');"),
-              R"("3 tracks")");
+              R"("listener · 3 tracks")");
     // The focus stays on its track.
     playlist({"remove", "Evening", "0"});
     playlist({"rename", "Evening", "Late evening"});
-    EXPECT_EQ(evaluate("await until(() => text('.facts') === '2 tracks' &&"
+    EXPECT_EQ(evaluate("await until(() => text('.facts') === 'listener · 2 tracks' &&"
                        "    text('.hero h1') === 'Late evening' &&"
                        "    text('#lists') === 'Late evening');"
                        "return focused();"),
               R"("Salt Wind, Low Tide Quartet, Harbour Weather, 0:14")");
     playlist({"remove", "Late evening"});
     EXPECT_EQ(evaluate("return until(() => !text('#lists').includes('Late evening'));"), "true");
+}
+
+TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
+    const std::string link = playlist({"new", "Evening"});
+    playlist({"add", "Evening", "Moored", "Kettle Song", "Salt Wind"});
+    enter("#/playlist/" + link);
+    const std::string titles =
+        "[...document.querySelectorAll('.track-title')].map((one) => one.textContent[0]).join('')";
+    EXPECT_EQ(evaluate("await until(() => find('[aria-rowindex=\"3\"]'));"
+                       "const seen = [" +
+                       titles +
+                       "];"
+                       "for (let i = 0; i < 3; ++i) {"
+                       "    find('[data-column=Title]').click();"
+                       "    seen.push(" +
+                       titles +
+                       ");"
+                       "}"
+                       "find('[data-column=Title]').click();"
+                       "return [seen.join(), text('.facts')];"),
+              R"(["MKS,KMS,SMK,MKS","listener · 3 tracks"])");
+    // A change elsewhere is told and comes in its place.
+    playlist({"add", "Evening", "Before the Birds"});
+    EXPECT_EQ(evaluate("await until(() => text('.facts').endsWith('4 tracks'));"
+                       "find('.track').click();"
+                       "await until(() => find('.track.current') && text('.lately'));"
+                       "return [" +
+                       titles + ", text('.lately'), text('#bar-text').slice(0, 16)];"),
+              R"(["BKMS","Just now: 1 track added","Before the Birds"])");
+    // The queue is as it was seen; its rows go up and down, with the focus.
+    EXPECT_EQ(evaluate("await goTo('#/playing');"
+                       "await until(() => find('[aria-rowindex=\"3\"]'));"
+                       "const seen = [" +
+                       titles +
+                       "];"
+                       "find('[aria-rowindex=\"1\"]').focus();"
+                       "document.activeElement.dispatchEvent(new KeyboardEvent('keydown',"
+                       "    { key: 'ArrowDown', altKey: true, bubbles: true, cancelable: true }));"
+                       "await until(() => " +
+                       titles +
+                       " === 'MKS');"
+                       "seen.push(focused().split(',')[0]);"
+                       "const row = find('[aria-rowindex=\"3\"] .track-lead');"
+                       "const at = row.getBoundingClientRect();"
+                       "const point = (type, y) => row.dispatchEvent(new PointerEvent(type,"
+                       "    { clientX: at.left + 5, clientY: at.top + 5 + y, bubbles: true }));"
+                       "point('pointerdown', 0);"
+                       "point('pointermove', -60);"
+                       "point('pointermove', -2 * at.height - 40);"
+                       "point('pointerup', -2 * at.height - 40);"
+                       "await until(() => " +
+                       titles +
+                       " === 'SMK');"
+                       "await goTo('#/recent');"
+                       "await until(() => find('.track-title').textContent);"
+                       "return [...seen, text('.track-title')];"),
+              R"(["KMS","Kettle Song","Before the Birds"])");
+}
+
+TEST_F(Player, ListsAllAlbumsAndArtistsWithLettersToJumpBy) {
+    enter("#/albums");
+    EXPECT_EQ(
+        evaluate("await until(() => text('.facts') === '4 albums' && find('.track'));"
+                 "const letters = text('.letters');"
+                 "find('.track').focus();"
+                 "press('w');"
+                 "const typed = focused().split(',')[0];"
+                 "press('ArrowRight');"
+                 "const letter = focused();"
+                 "press('ArrowLeft');"
+                 "document.activeElement.click();"
+                 "const jumped = focused().split(',')[0];"
+                 "press('Enter');"
+                 "await until(() => text('.hero h1') === jumped);"
+                 "await goTo('#/artists');"
+                 "return [letters, typed, letter, jumped, text('.facts'), text('.letters')];"),
+        R"(["HLSW","Winter Sampler","To W","Small Hours","4 artists","ILPV"])");
 }
 
 TEST_F(Player, ShowsTenThousandTracksWithAFewRows) {
@@ -132,7 +209,7 @@ TEST_F(Player, ShowsTenThousandTracksWithAFewRows) {
               "300000");
     playlist({"add", "Long", "Salt Wind"});
     EXPECT_EQ(
-        evaluate("await until(() => text('.facts') === '10,002 tracks');"
+        evaluate("await until(() => text('.facts') === 'listener · 10,002 tracks');"
                  "return [find('#main').scrollTop, document.activeElement.dataset.index === row];"),
         "[300000,true]");
 }

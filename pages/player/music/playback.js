@@ -33,7 +33,11 @@ let offset = 0;
 let loadedAt = 0;
 /** Whether the last load has been heard: a "TrackComplete" before that is of the track before. */
 let heard = false;
-let prefetched = false;
+/**
+ * The entry that comes next, once it has been asked for, and its track, once that is there.
+ * @type {{ entry: import("./queue.js").Entry, track: Spotify.Track | null } | null}
+ */
+let coming = null;
 /** Counts the wishes of the user: whoever waited looks whether his is still the last. */
 let wish = 0;
 let failures = 0;
@@ -149,15 +153,26 @@ async function load(from, playing) {
         }
         await whenLoaded(track);
         if (mine === wish) {
-            now.track = track;
-            now.info = describeTrack(track);
-            start(track, from, playing);
-            announce(`Now playing: ${now.info.title} by ${now.info.artists.join(", ")}`);
+            begun(track, from, playing);
         }
     } catch (error) {
         if (mine === wish) {
             fail(`This track cannot be played: ${error instanceof Error ? error.message : error}`);
         }
+    }
+}
+
+/**
+ * @param {Spotify.Track} track with its data
+ * @param {number} from milliseconds
+ * @param {boolean} playing
+ */
+function begun(track, from, playing) {
+    now.track = track;
+    now.info = describeTrack(track);
+    start(track, from, playing);
+    if (now.info !== null) {
+        announce(`Now playing: ${now.info.title} by ${now.info.artists.join(", ")}`);
     }
 }
 
@@ -184,7 +199,8 @@ function start(track, from, playing) {
     offset = from;
     now.position = from;
     loadedAt = Date.now();
-    heard = prefetched = false;
+    heard = false;
+    coming = null;
     if (from > 0) {
         Session.playerSeek(from);
     }
@@ -216,17 +232,40 @@ function progress(seconds) {
     }
     now.position = Math.min(offset + seconds * 1000, now.info.duration);
     progressed.emit();
-    if (!prefetched && now.info.duration - now.position < 15000 && queue.remaining > 0) {
-        prefetched = true;
-        queue.fetch(1).then((track) => track && Spotify.Session.playerPrefetch(track)).catch(() => {});
+    if (now.info.duration - now.position < 15000) {
+        prefetch();
     }
+}
+
+/** Has what comes next ready to be played at once; anew when the queue has changed. */
+function prefetch() {
+    const entry = queue.next;
+    if (entry === undefined || (coming !== null && coming.entry === entry)) {
+        return;
+    }
+    const mine = coming = { entry, track: /** @type {Spotify.Track | null} */ (null) };
+    queue.fetchEntry(entry).then((track) => {
+        if (track !== null && coming === mine) {
+            Spotify.Session.playerPrefetch(track);
+            mine.track = track;
+        }
+    }).catch(() => {}); // it is asked for again when it is to be played
 }
 
 function complete() {
     if (queue.repeat === "one" && now.track !== null) {
         start(now.track, 0, true);
+        return;
+    }
+    const ready = coming;
+    if (!queue.advance(1)) {
+        stop();
+    } else if (ready !== null && ready.track !== null && ready.entry === queue.entries[queue.at] &&
+        ready.track.isLoaded()) {
+        ++wish;
+        begun(ready.track, 0, true);
     } else {
-        skip(1);
+        load(0, true);
     }
 }
 

@@ -74,11 +74,20 @@ export class Queue {
      * @returns {Promise<Spotify.Track | null>}
      */
     async fetch(ahead) {
-        const entry = this.entries[this.at + ahead];
+        return this.fetchEntry(this.entries[this.at + ahead]);
+    }
+
+    /** @param {Entry | undefined} entry @returns {Promise<Spotify.Track | null>} */
+    async fetchEntry(entry) {
         if (typeof entry === "number") {
             return this.list ? this.list.fetch(entry) : null;
         }
         return entry || null;
+    }
+
+    /** The entry that plays when this one has been heard; undefined at the end. */
+    get next() {
+        return this.entries[this.remaining === 0 && this.repeat === "all" ? 0 : this.at + 1];
     }
 
     /** @param {number} ahead @returns {Spotify.Track | null} */

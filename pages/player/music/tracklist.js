@@ -8,10 +8,10 @@
 //   copy()        a list over the same tracks that lives on its own (the queue outlives a view)
 //   close()       takes its listeners back
 
-import { list, search } from "./library.js";
+import { attempt, list, search } from "./library.js";
 import { Scope, Signal } from "../page/scope.js";
 
-/** @typedef {FixedTracks | PlaylistTracks | SearchTracks} TrackList */
+/** @typedef {FixedTracks | PlaylistTracks | SearchTracks | SortedTracks | import("./history.js").PlayedTracks} TrackList */
 
 /**
  * What has become of the indexes; null when only the data behind them came. `added` are the indexes
@@ -146,6 +146,96 @@ export class SearchTracks {
 }
 SearchTracks.page = 50;
 
+/**
+ * What a list may be sorted by, in place of its own order.
+ * @type {Record<string, (track: Spotify.Track) => string | number>}
+ */
+const columns = {
+    Title: (track) => track.name(),
+    Artist: (track) => attempt(() => track.artist(0).name(), ""),
+    Album: (track) => attempt(() => track.album().name(), ""),
+    Time: (track) => track.duration(),
+};
+export const COLUMNS = Object.keys(columns);
+
+/** Another list whose tracks are all at hand, in the order of a column. */
+export class SortedTracks {
+    /** @param {FixedTracks | PlaylistTracks} base */
+    constructor(base) {
+        this.base = base;
+        /** One of COLUMNS; "" for the list's own order. */
+        this.column = "";
+        this.backwards = false;
+        /** @type {number[]} */
+        this.order = [];
+        /** @type {Signal<Change>} */
+        this.changed = new Signal();
+        this.unfollow = base.changed.add((change) => {
+            this.arrange();
+            // Rows of a sorted list may all have moved, nobody knows where.
+            this.changed.emit(this.column === "" ? change : null);
+        });
+    }
+
+    get length() {
+        return this.base.length;
+    }
+
+    /** @param {string} column @param {boolean} backwards */
+    sort(column, backwards) {
+        this.column = column;
+        this.backwards = backwards;
+        this.arrange();
+        this.changed.emit(null);
+    }
+
+    arrange() {
+        if (this.column === "") {
+            return;
+        }
+        const keys = list(this.base.length, (i) => {
+            const track = this.base.peek(i);
+            return track === null ? "" : columns[this.column](track);
+        });
+        const collator = new Intl.Collator(undefined, { numeric: true, sensitivity: "base" });
+        const sign = this.backwards ? -1 : 1;
+        this.order = keys.map((_, i) => i).sort((a, b) => {
+            const [one, other] = [keys[a], keys[b]];
+            return sign * (typeof one === "number" && typeof other === "number" ? one - other
+                : collator.compare(String(one), String(other))) || a - b;
+        });
+    }
+
+    /** @param {number} index of a row @returns {number} in the list itself */
+    place(index) {
+        return this.column === "" ? index : this.order[index];
+    }
+
+    /** @param {number} index @returns {Spotify.Track | null} */
+    peek(index) {
+        return this.base.peek(this.place(index));
+    }
+
+    /** @param {number} index */
+    async fetch(index) {
+        return this.base.fetch(this.place(index));
+    }
+
+    /** What plays follows its list; in an order of its own it is as it was. */
+    copy() {
+        if (this.column === "") {
+            return this.base.copy();
+        }
+        const tracks = this.order.map((i) => /** @type {Spotify.Track} */ (this.base.peek(i)));
+        return new FixedTracks(tracks.length, (i) => tracks[i]);
+    }
+
+    close() {
+        this.unfollow();
+        this.base.close();
+    }
+}
+
 /** @param {{ length: number, item(index: number): number }} array an array object of the plug-in */
 const numbers = (array) => list(array.length, (i) => array.item(i));
 
@@ -171,7 +261,7 @@ export function removal(positions) {
 /**
  * @param {number[]} positions
  * @param {number} to where the first of them is afterwards
- * @returns {Change}
+ * @returns {Move}
  */
 export function move(positions, to) {
     const places = new Map(positions.map((position, rank) => [position, to + rank]));

@@ -14,6 +14,7 @@ const OVERSCAN = 4;
  * @property {string} label
  * @property {number} length
  * @property {(index: number, scope: Scope) => HTMLElement} row  makes a row; `scope` ends with it
+ * @property {HTMLElement} [above]     stays over the top of the box; rows are not shown below it
  * @property {string} [role]           of the list: "grid" or "tree"; rows bring their own
  */
 
@@ -203,8 +204,10 @@ export class VirtualList {
         const box = scroller.getBoundingClientRect();
         const top = this.element.getBoundingClientRect().top + index * height;
         const margin = height / 2;
-        if (top < box.top + margin) {
-            scroller.scrollTop -= box.top + margin - top;
+        const { above } = this.options;
+        const edge = box.top + margin + (above ? above.offsetHeight : 0);
+        if (top < edge) {
+            scroller.scrollTop -= edge - top;
         } else if (top + height > box.bottom - margin) {
             scroller.scrollTop += top + height - box.bottom + margin;
         }

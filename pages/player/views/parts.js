@@ -72,14 +72,16 @@ export function section(title, ...content) {
  * @param {string} parts.title
  * @param {Child[]} [parts.facts]
  * @param {Child[]} [parts.actions]
+ * @param {Child[]} [parts.more]
  */
-export function hero({ picture, kind, title, facts = [], actions = [] }) {
+export function hero({ picture, kind, title, facts = [], actions = [], more = [] }) {
     return h("header", { class: "hero" },
         picture,
         h("div", { class: "hero-text" },
             h("p", { class: "kind" }, kind),
             h("h1", { class: title.length > 28 ? "two-lines long" : "two-lines" }, named(title)),
             h("p", { class: "facts" }, facts),
+            more,
             h("div", { class: "actions" }, actions)));
 }
 

@@ -6,6 +6,8 @@ import { tint } from "../music/images.js";
 import { ImageSize, albumOf, coverId } from "../music/library.js";
 import { changed, now, queue, skip } from "../music/playback.js";
 import { debounce } from "../page/scope.js";
+import { move } from "../music/tracklist.js";
+import { dragRows } from "../page/drag.js";
 import { VirtualList } from "../page/virtual-list.js";
 import { cover, empty, section } from "./parts.js";
 import { openAlbum, openArtist, trackRow } from "./track-table.js";
@@ -19,6 +21,8 @@ export async function playingView({ root, scope, title }) {
     put(root, left, right);
 
     let shown = "";
+    /** @type {((index: number) => number) | undefined} */
+    let moved; // where rows went, so that the focus goes along
     const fillNow = () => {
         const key = now.info === null ? "nothing" : now.info.key;
         if (key === shown) {
@@ -51,13 +55,30 @@ export async function playingView({ root, scope, title }) {
             start: () => skip(index + 1),
             buttons: [
                 iconButton("up", "Move up", { tabindex: "-1", disabled: index === 0,
-                    onclick: () => queue.move(index + 1, index) }),
+                    onclick: () => shift(index, index - 1) }),
+                iconButton("down", "Move down", { tabindex: "-1", disabled: index + 1 >= queue.remaining,
+                    onclick: () => shift(index, index + 1) }),
                 iconButton("close", "Remove from the queue", { tabindex: "-1",
                     onclick: () => queue.remove(index + 1) }),
             ],
         }),
     });
     table.element.classList.add("tracks", "queue");
+    const shift = (/** @type {number} */ from, /** @type {number} */ to) => {
+        if (from !== to && to >= 0 && to < queue.remaining) {
+            moved = move([from], to).moved;
+            queue.move(from + 1, to + 1);
+        }
+    };
+    scope.listen(table.element, "keydown", (event) => {
+        const step = event.key === "ArrowUp" ? -1 : event.key === "ArrowDown" ? 1 : 0;
+        const index = table.indexOf(event.target);
+        if (step !== 0 && event.altKey && index >= 0) {
+            event.preventDefault();
+            shift(index, index + step);
+        }
+    });
+    dragRows(table, scope, shift);
     const fillNext = () => {
         if (queue.remaining === 0) {
             replace(right, empty("queue", "The queue ends here",
@@ -67,7 +88,8 @@ export async function playingView({ root, scope, title }) {
         if (!table.element.isConnected) {
             replace(right, section("Next", table.element));
         }
-        table.refresh(queue.remaining);
+        table.refresh(queue.remaining, moved);
+        moved = undefined;
     };
     const later = debounce(30, fillNext);
     scope.onClose(later.cancel);

@@ -1,12 +1,12 @@
 // @ts-check
 
 import { counted, h, named, put, quoted, replace } from "../page/dom.js";
-import { ImageSize, albumOf, attempt, coverId, list, mayChange, ownName, path } from "../music/library.js";
+import { ImageSize, albumOf, attempt, coverId, list, mayChange, ownName, path, shownName } from "../music/library.js";
 import { notify } from "../page/notices.js";
 import { debounce } from "../page/scope.js";
-import { PlaylistTracks } from "../music/tracklist.js";
+import { PlaylistTracks, SortedTracks } from "../music/tracklist.js";
 import { cover, empty, hero, mosaic, playButtons, button } from "./parts.js";
-import { playAsked, playFrom, trackTable } from "./track-table.js";
+import { playAsked, playFrom, sortBar, trackTable } from "./track-table.js";
 
 /** @typedef {import("../page/router.js").View} View */
 
@@ -43,12 +43,26 @@ export async function inboxView(view) {
  * @param {string} hint for an empty list
  */
 function show({ root, scope, title, options }, playlist, kind, name, hint) {
-    const tracks = new PlaylistTracks(playlist);
+    const tracks = new SortedTracks(new PlaylistTracks(playlist));
     scope.onClose(() => tracks.close());
     const head = h("div");
     const rest = h("div");
     put(root, head, rest);
-    const table = trackTable({ tracks, scope, label: name, note: (index) => playlist.trackMessage(index) });
+    /** @type {Set<number>} */
+    let fresh = new Set();
+    const table = trackTable({ tracks, scope, label: name, fresh: (index) => fresh.has(tracks.place(index)),
+        note: (index) => playlist.trackMessage(tracks.place(index)) });
+    const sorting = sortBar(tracks);
+    const lately = h("p", { class: "lately", role: "status" });
+    const say = debounce(4000, () => {
+        replace(lately);
+        fresh = new Set();
+    });
+    const tell = (/** @type {string} */ what) => {
+        replace(lately, what);
+        say();
+    };
+    scope.onClose(say.cancel);
 
     let image = playlist.getImage();
     const fill = () => {
@@ -57,7 +71,7 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
         const focused = head.contains(document.activeElement);
         replace(head, hero({
             picture: picture(playlist, image, current), kind, title: current,
-            facts: facts(playlist),
+            facts: facts(playlist), more: [description(playlist), lately],
             actions: tracks.length === 0 ? []
                 : playButtons(tracks, (index, shuffled) => playFrom(tracks, index, shuffled))
                     .concat(kind === "Playlist" ? addButton(playlist) : []),
@@ -68,7 +82,7 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
         if (tracks.length === 0) {
             replace(rest, empty("list", "Nothing here yet", hint));
         } else if (!table.element.isConnected) { // to put it there again would take the focus from its row
-            replace(rest, table.element);
+            replace(rest, sorting, table.element);
             table.draw();
         }
         if (focused) {
@@ -78,6 +92,14 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
     };
     const later = debounce(50, fill);
     scope.onClose(later.cancel);
+    scope.on(tracks.base.changed, (change) => {
+        if (change !== null) {
+            const added = change.added.length;
+            fresh = new Set(change.added);
+            tell(added > 0 ? `Just now: ${counted(added, "track")} added`
+                : change.reordered ? "Just now: another order" : "Just now: fewer tracks");
+        }
+    });
     scope.on(tracks.changed, later);
     for (const event of ["PlaylistRenamed", "DescriptionChanged", "PlaylistStateChanged"]) {
         scope.listen(playlist, event, later);
@@ -92,12 +114,21 @@ function show({ root, scope, title, options }, playlist, kind, name, hint) {
 
 /** @param {Spotify.Playlist} playlist */
 function facts(playlist) {
-    const owner = attempt(() => playlist.owner().canonicalName(), "");
+    const owner = attempt(() => playlist.owner(), null);
+    const name = owner ? owner.canonicalName() : "";
     return [
-        owner !== "" && owner !== ownName() && h("a", { href: path("people", owner) }, named(owner)),
-        [counted(playlist.numTracks(), "track"), playlist.isCollaborative() && "everyone may add",
-            playlist.getDescription()].filter(Boolean).join(" · "),
+        owner !== null && (name === ownName() ? named(shownName())
+            : h("a", { href: path("people", name) }, named(owner.displayName() || name))),
+        owner !== null && " · ",
+        counted(playlist.numTracks(), "track"),
+        playlist.isCollaborative() && " · everyone may add",
     ];
+}
+
+/** @param {Spotify.Playlist} playlist */
+function description(playlist) {
+    const text = playlist.getDescription();
+    return text !== "" && h("p", { class: "description two-lines" }, named(text));
 }
 
 /**

@@ -7,6 +7,7 @@ import { showImage } from "../music/images.js";
 import { albumOf, attempt, describeAlbum, describeTrack, metadataArrived, path, starsChanged }
     from "../music/library.js";
 import { notify } from "../page/notices.js";
+import { COLUMNS } from "../music/tracklist.js";
 import { changed, now, play, queue, toggle } from "../music/playback.js";
 import { go, remember } from "../page/router.js";
 import { VirtualList } from "../page/virtual-list.js";
@@ -24,23 +25,56 @@ import { chooseList } from "./choose-list.js";
  * @property {"tracks" | "discs"} [numbered]    numbers in place of covers and albums
  * @property {string} [by]                      the artist who need not be named in each row
  * @property {(index: number) => string} [note] is said below a title
+ * @property {(index: number) => boolean} [fresh] has just come
  */
 
 /** @param {TableOptions} options */
-export function trackTable({ tracks, scope, label, numbered, by, note }) {
+export function trackTable({ tracks, scope, label, numbered, by, note, fresh }) {
     const table = new VirtualList({
         scroller: byId("main"), scope, label, length: tracks.length,
-        row: (index, rowScope) => trackRow({
-            scope: rowScope, numbered, by,
-            read: () => tracks.peek(index),
-            note: note ? note(index) : "",
-            start: () => playFrom(tracks, index),
-        }),
+        row: (index, rowScope) => {
+            const row = trackRow({
+                scope: rowScope, numbered, by,
+                read: () => tracks.peek(index),
+                note: note ? note(index) : "",
+                start: () => playFrom(tracks, index),
+            });
+            row.classList.toggle("fresh", fresh !== undefined && fresh(index));
+            return row;
+        },
     });
     table.element.classList.add("tracks");
     scope.on(tracks.changed, (change) =>
         table.refresh(tracks.length, change ? change.moved : undefined));
     return table;
+}
+
+/**
+ * What a table is sorted by: each column forwards, backwards, and the list's own order again.
+ * @param {import("../music/tracklist.js").SortedTracks} tracks
+ */
+export function sortBar(tracks) {
+    const bar = h("div", { class: "sort-bar", role: "toolbar", "aria-label": "Sort by" });
+    const fill = () => {
+        for (const button of bar.querySelectorAll("button")) {
+            const column = button.dataset.column || "";
+            const chosen = column === tracks.column;
+            button.setAttribute("aria-pressed", String(chosen));
+            replace(button, column, chosen && icon(tracks.backwards ? "up" : "down"));
+            button.setAttribute("aria-label", chosen ? `${column}, ${tracks.backwards
+                ? "backwards" : "forwards"}` : column);
+        }
+    };
+    for (const column of COLUMNS) {
+        bar.append(h("button", { type: "button", class: "sort", "data-column": column,
+            onclick: () => {
+                const again = tracks.column === column;
+                tracks.sort(again && tracks.backwards ? "" : column, again && !tracks.backwards);
+                fill();
+            } }));
+    }
+    fill();
+    return bar;
 }
 
 /**
