@@ -34,10 +34,11 @@ constexpr unsigned symbolShift = 8;
 constexpr Address typeMask = 0xff;
 #endif
 
+// The loader's numbers.
 template <class T>
 T* toPointer(Address address) {
-    return reinterpret_cast<T*>(
-        address);  // NOLINT(performance-no-int-to-ptr): the loader's numbers
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    return reinterpret_cast<T*>(address);
 }
 
 bool isOfFunction(Address info) {

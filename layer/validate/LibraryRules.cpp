@@ -351,9 +351,8 @@ void LibraryRules::checkResults(const Call& call, const Value* results, unsigned
     if (results[0].tag == Tag::Integer) {
         const bool isCount =
             has(call, "_num_") || has(call, "_total_") || call.function == Fn::sp_track_duration;
-        if (isCount && number < 0) {
-            wrong = std::to_string(number);
-        } else if (call.function == Fn::sp_track_popularity && (number < 0 || number > 100)) {
+        const bool isBelow = isCount && number < 0;
+        if (isBelow || (call.function == Fn::sp_track_popularity && (number < 0 || number > 100))) {
             wrong = std::to_string(number);
         } else if (call.function == Fn::sp_session_process_events && count > 1 &&
                    results[1].u.integer < 0) {

@@ -17,18 +17,17 @@ public:
         : folder(std::string(WORK_DIR) + "/" + name), trace(folder + "/trace.json") {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder);
-        const Outcome made = run({BIN_DIR "/sonolet-demo", folder + "/music"}, {});
+        run({BIN_DIR "/sonolet-demo", music}, {});
         const Outcome index =
             run({"/bin/sh", "-c",
                  R"sh("$0/sonolet-index" | awk -F'\t' '{ printf "\"%s\": \"%s\", ", $4, $1 }')sh",
                  BIN_DIR},
                 environment());
-        writeTo(folder + "/page.js", "");
         head = "const LINKS = {" + index.output + "};\n" + contentsOf(PAGES_DIR "/harness.js");
     }
 
     std::map<std::string, std::string> environment() const {
-        return {{"SONOLET_MUSIC", folder + "/music"}, {"SONOLET_STATE", folder + "/state"}};
+        return {{"SONOLET_MUSIC", music}, {"SONOLET_STATE", folder + "/state"}};
     }
 
     // The command that runs the page; the harness comes before it.
@@ -59,6 +58,7 @@ public:
     const std::string trace;
 
 private:
+    const std::string music = WORK_DIR "/demo";  // the same for all
     std::string head;
 };
 

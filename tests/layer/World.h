@@ -17,9 +17,10 @@
 // The layer's functions around a host, a plug-in, a library and a backend of the test's own, which
 // do what they are told.
 
-// NOLINTNEXTLINE(performance-no-int-to-ptr): handles are opaque
+// Handles are opaque.
 template <class T>
 T* handle(std::uintptr_t number) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     return reinterpret_cast<T*>(number);
 }
 
@@ -195,7 +196,7 @@ public:
         track = LIBRARY(sp_search_track,
                         [](sp_search*, int) { return handle<sp_track>(0x20); })(search(), 0);
     }
-    sp_search* search() {
+    sp_search* search() const {
         return LIBRARY(sp_search_create,
                        [](sp_session*, const char*, int, int, int, int, int, int, int, int,
                           sp_search_type, search_complete_cb* callback, void* userdata) {
@@ -206,7 +207,7 @@ public:
             session, "fog", 0, 1, 0, 1, 0, 1, 0, 1, SP_SEARCH_STANDARD, [](sp_search*, void*) {},
             nullptr);
     }
-    void process(const std::function<void()>& callbacks) {
+    void process(const std::function<void()>& callbacks) const {
         inside = callbacks;
         int next = 0;
         LIBRARY(sp_session_process_events, [](sp_session*, int* timeout) {
@@ -216,7 +217,7 @@ public:
         })
         (session, &next);
     }
-    void searched() {
+    void searched() const {
         process([this] { given.searched(handle<sp_search>(0x30), given.userdata); });
     }
     void releaseSearch() {
@@ -225,24 +226,24 @@ public:
     const char* name(sp_track* of) {
         return LIBRARY(sp_track_name, [](sp_track*) { return "Fog"; })(of);
     }
-    void keep() {
+    void keep() const {
         LIBRARY(sp_track_add_ref, [](sp_track*) { return SP_ERROR_OK; })(track);
     }
-    void giveBack() {
+    void giveBack() const {
         LIBRARY(sp_track_release, [](sp_track*) { return SP_ERROR_OK; })(track);
     }
-    void release() {
+    void release() const {
         LIBRARY(sp_session_release, [](sp_session*) { return SP_ERROR_OK; })(session);
     }
-    void play() {
+    void play() const {
         LIBRARY(sp_session_player_play, [](sp_session*, bool) { return SP_ERROR_OK; })
         (session, true);
     }
-    void deliver(int frames = 100, int channels = 2) {
+    void deliver(int frames = 100, int channels = 2) const {
         const sp_audioformat format = {SP_SAMPLETYPE_INT16_NATIVE_ENDIAN, 44100, channels};
         given.session->music_delivery(session, &format, "", frames);
     }
-    sp_playlist* list() {
+    sp_playlist* list() const {
         return LIBRARY(sp_session_starred_create,
                        [](sp_session*) { return handle<sp_playlist>(0x40); })(session);
     }
@@ -276,7 +277,7 @@ public:
                        reinterpret_cast<void*>(real)));
         return backend = tap(UVABackend::UVA_BACKEND_MEDIA, &client);
     }
-    void releaseBackend() {
+    void releaseBackend() const {
         using Release = void(UVABackend*);
         Release* const real = [](UVABackend*) {};
         reinterpret_cast<Release*>(backendTap("_ZN10UVAFactory14releaseBackendEP10UVABackend",
@@ -285,7 +286,7 @@ public:
     void ask(NeedDataEvent& event) { given.client->handleEvent(&event); }
     void write(NeedDataEvent& event,
                unsigned size,
-               UVABackend::WriteDataStatus status = UVABackend::WRITE_DATA_OK) {
+               UVABackend::WriteDataStatus status = UVABackend::WRITE_DATA_OK) const {
         backend->writeData(&event, size, status);
     }
 

@@ -1,0 +1,39 @@
+#ifndef SONOLET_LAYER_TOOLS_HTML_H
+#define SONOLET_LAYER_TOOLS_HTML_H
+
+#include "tools/TraceReader.h"
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+// One web page that shows a timeline, with everything it needs in it.
+class Html final {
+public:
+    void add(const TraceEvent& event);
+    std::string text() const;
+
+private:
+    struct Slice {
+        std::int64_t thread;
+        std::string name;
+        std::string category;
+        double time;
+        double duration;  // below 0: it has not ended
+        std::size_t depth;
+        std::string detail;
+    };
+
+    std::map<std::int64_t, std::string> threads;
+    std::deque<Slice> slices;  // the latest
+    std::size_t dropped = 0;
+    std::map<std::int64_t, std::vector<std::size_t>> open;  // numbers of slices, from the first on
+    std::map<std::int64_t, std::pair<std::int64_t, double>> arrowBegins;
+    nlohmann::json arrows = nlohmann::json::array();
+    nlohmann::json marks = nlohmann::json::array();
+    std::map<std::string, nlohmann::json> counters;
+};
+
+#endif
