@@ -13,7 +13,8 @@
 // What libspotify answered, as script gets it: an overload for each kind of result. Script thread.
 
 // A new wrapper of a handle, made by the factory; of a null handle, too, but for a container, whose
-// wrapper throws.
+// wrapper throws. It has taken a reference of its own when this returns; the handle stays the
+// caller's. Throws when there is no memory, and without a session for a container.
 orvo::shared_ptr<jspp::interface> wrapped(sp_album* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_albumbrowse* handle);
 orvo::shared_ptr<jspp::interface> wrapped(sp_artist* handle);
@@ -41,6 +42,8 @@ void answer(Result result, jspp::result_context& context) {
     context.return_number(static_cast<double>(result));
 }
 
+// Each of these puts one value into the context, in place of an earlier one, and copies what it is
+// handed: texts and ids are libspotify's until its next call.
 void answer(bool flag, jspp::result_context& context);
 
 // Narrowed to a boolean on purpose: whether there is any availability.

@@ -26,6 +26,7 @@ struct TrackSettingsStruct {
 // cannot be taken or given is refused whole, with 0.
 class AudioTrack {
 public:
+    // Has no buffer yet, so nothing can be written or read.
     explicit AudioTrack(int durationMs);
     virtual ~AudioTrack();
 
@@ -41,6 +42,7 @@ public:
 
     // Gives `length` bytes or none. The number of bytes given.
     unsigned read(unsigned char* out, const unsigned& offset, const unsigned& length);
+    // True when more than `length` bytes lie there: the last byte of all is never given.
     bool canRead(const unsigned& offset, const unsigned& length) const;
 
     // The end of the track was delivered: further writes are refused.

@@ -28,32 +28,36 @@ protected:
         int value;
     };
 
+    // The names are literals, and not one of them stands twice: that throws while the plug-in is
+    // loaded.
     Enumeration(std::initializer_list<Constant> constants);
 };
 
-// Pages, features (bits) and actions of the sign-up flow.
+// Which page of the sign-up flow to show: the first argument of both "ShowSignup..." events.
 class SpSignupPageEnums final : public Enumeration {
 public:
     SpSignupPageEnums();
 };
 
+// Bits: what the user's account may be connected with, the third argument of "ShowSignupPage".
 class SpSignupFeatureEnums final : public Enumeration {
 public:
     SpSignupFeatureEnums();
 };
 
+// What the user did on such a page: the argument of Session.signupPerformAction.
 class SpSignupActionEnums final : public Enumeration {
 public:
     SpSignupActionEnums();
 };
 
-// What functions and events call an error; there is no constant of value 4.
+// What functions and events call an error: 0 is none, and there is no constant of value 4.
 class SpErrorEnums final : public Enumeration {
 public:
     SpErrorEnums();
 };
 
-// Entries of a container.
+// Entries of a container, as playlistType answers them: a folder has a start and an end.
 class SpPlaylistTypeEnums final : public Enumeration {
 public:
     SpPlaylistTypeEnums();
@@ -71,17 +75,19 @@ public:
     SpArtistbrowseTypeEnums();
 };
 
+// What Album.albumType answers.
 class SpAlbumTypeEnums final : public Enumeration {
 public:
     SpAlbumTypeEnums();
 };
 
-// The unknown format is -1.
+// What SpImage.format answers; the unknown format, while a picture loads, is -1.
 class SpImageFormatEnums final : public Enumeration {
 public:
     SpImageFormatEnums();
 };
 
+// What User.relationType answers.
 class SpRelationTypeEnums final : public Enumeration {
 public:
     SpRelationTypeEnums();

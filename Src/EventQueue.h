@@ -13,6 +13,7 @@
 class EventQueue {
 public:
     EventQueue() = default;
+    // What is left in it stays its owner's.
     virtual ~EventQueue();
 
     EventQueue(const EventQueue&) = delete;
@@ -26,6 +27,7 @@ public:
     // The front event, left in place; null when there is none.
     UVAEvent* peek() ORVO_EXCLUDES(mutex);
 
+    // Forgets all, and frees none.
     void clear() ORVO_EXCLUDES(mutex);
 
 private:

@@ -38,6 +38,7 @@ public:
 
     // A null handle is wrapped as it is, but for a container, whose wrapper refuses it.
     orvo::shared_ptr<Playlist> createPlaylist(sp_playlist* handle);
+    // The container lives as long as the playlist's wrapper.
     orvo::shared_ptr<Playlist> createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container,
                                               sp_playlist* handle);
     orvo::shared_ptr<Album> createAlbum(sp_album* handle);
@@ -52,7 +53,8 @@ public:
     // Not among those that are cleared at logout.
     orvo::shared_ptr<Playlistcontainer> createPlaylistcontainer(sp_playlistcontainer* handle);
 
-    // Every living wrapper loses its handle and its recorded script names.
+    // Every living wrapper loses its handle and its recorded script names. To be called before
+    // libspotify is told to log out.
     void clearObjects();
     // In this order; each kind by itself.
     void clearPlaylists();

@@ -37,7 +37,7 @@ SONOLET_COUNTED(sp_user);
     throw std::runtime_error("Failed to retrieve object from Spotify");
 }
 
-// A handle that libspotify answered. Throws when it answered none.
+// A handle that libspotify answered. Throws when it answered none. Borrowed, as it came.
 template <class Kind>
 Kind* retrieved(Kind* handle) {
     if (!handle) {
@@ -94,7 +94,8 @@ private:
     Kind* handle = nullptr;
 };
 
-// Gives a reference back, for an owner that is no Handle.
+// Gives a reference back, for an owner that is no Handle. REQUIRES: `handle` is not null, as a
+// unique_ptr sees to.
 struct HandleRelease {
     template <class Kind>
     void operator()(Kind* handle) const noexcept {

@@ -10,7 +10,8 @@
 // Images have ids of a fixed length, which libspotify hands out and takes back as bytes.
 constexpr unsigned imageIdSize = 20;  // bytes
 
-// An image's id as script keeps it, in Base64. REQUIRES: `id` is not null.
+// An image's id as script keeps it, in Base64. REQUIRES: `id` is not null. Reads 20 bytes, and
+// never fails but for memory.
 inline std::string imageIdText(const byte* id) {
     std::string text;
     base64_encode(id, imageIdSize, text);

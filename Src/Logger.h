@@ -14,6 +14,7 @@
 // built is lost.
 class Logger final {
 public:
+    // The log library's numbers: what is below a context's threshold is not written.
     enum Level { Trace = 2, Error = 5 };
 
     // The function that logs, and its line in the source.
@@ -27,6 +28,8 @@ public:
         int line;
     };
 
+    // Both are constants of the source: the file's name as the log shows it, without its ending,
+    // and the line that asks the log library for a context.
     explicit Logger(const char* sourceFile, int line = __builtin_LINE()) noexcept
         : file(sourceFile), context(KlogContext::GetLogContext("Sonolet", sourceFile, line)) {}
 

@@ -40,7 +40,8 @@ public:
         answer(pending.created.get(), context);
     }
 
-    // The session goes, and nobody answers any more.
+    // The session goes, and nobody answers any more. To be called before the library's session is
+    // released; each query's reference goes here.
     void clear() noexcept { queries.clear(); }
 
 private:
@@ -51,12 +52,14 @@ private:
         Pending& operator=(const Pending&) = delete;
         virtual ~Pending() = default;
 
+        // May refer to nothing any more, when its document has gone.
         const jspp::object callback;
     };
 
     template <class Kind>
     struct Query final : Pending {
         using Pending::Pending;
+        // Given back when the query has been answered, after the second wrapper has its own.
         Created<Kind> created;
     };
 

@@ -66,16 +66,20 @@ private:
     };
     using BackendShare = orvo::shared_ptr<GrantedBackend>;
 
+    // The steps of playTrack(), in this order.
     void createEventQueue() ORVO_REQUIRES(mutex);
     void createBackend() ORVO_EXCLUDES(mutex);
     void startPlaying();
     // What the last share of each does.
     static void destroyEventQueue(EventQueue* queue);
     static void destroyBackend(GrantedBackend* granted);
+    // Sleeps until every backend that was granted has been released; returns at once inside a call
+    // of a backend, where the process must be exiting.
     void awaitReleases() ORVO_EXCLUDES(mutex);
     static void discard(UVAEvent* event);
     void queueRequest(UVAEvent* request) ORVO_EXCLUDES(mutex);
     BackendShare backendInUse() const ORVO_EXCLUDES(mutex);
+    // Reads what was asked for, and hands the request back with it: the backend's from then on.
     static void handleNeedDataEvent(UVABackend& to,
                                     AudioTrack& from,
                                     NeedDataEvent* event,

@@ -40,11 +40,16 @@ private:
     // Registers the names and, where there is a handle, the callbacks.
     void init();
 
-    // Script functions that are more than one call of libspotify.
+    // Script functions that are more than one call of libspotify. The image's id in Base64, the
+    // empty text without one.
     void getImage(jspp::function_context& context) const;
+    // A string_array of canonical names, as they are now.
     void subscribers(jspp::function_context& context) const;
+    // The canonical link, 99 characters of it at most; throws while there is none.
     void uri(jspp::function_context& context) const;
+    // (Track, position): one track. Answers nothing, whatever libspotify says.
     void addTracks(jspp::function_context& context) const;
+    // (index): the link of the track that stands there.
     void placeholderUri(jspp::function_context& context) const;
 
     JSPP_EVENT_ATTRIBUTE(SubscribersChanged, "SubscribersChanged")
@@ -62,6 +67,9 @@ private:
     JSPP_EVENT_ATTRIBUTE(TrackMessageChanged, "TrackMessageChanged")
 
     // ---- Handlers of libspotify's callbacks ----
+    // Each raises its event with the playlist and, in this order, what is named here: lists as
+    // arrays of their own, which never change, people and tracks as new wrappers, a missing text as
+    // the empty one. The arguments are libspotify's and are copied before the handler returns.
     void handleTracksAddedEvent(sp_track* const* tracks, int count, int position);
     void handleTracksRemovedEvent(const int* positions, int count);
     void handleTracksMovedEvent(const int* positions, int count, int newPosition);

@@ -13,7 +13,9 @@ public:
            sp_search* search,
            const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: starts a search, and calls a function with its result.
+    // Script: starts a search, and calls a function with its result. (text, eight numbers: from
+    // where and how many tracks, albums, artists, playlists, type, function). Answers the search at
+    // once, not loaded yet. Throws when libspotify refuses.
     static void create(jspp::function_context& context);
 };
 

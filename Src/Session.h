@@ -83,29 +83,53 @@ private:
     void requireInitialized() const;
 
     // ---- Script functions ----
+    // (SessionConfig): connects to libspotify, and answers the session object; asked again, it
+    // answers the object and does nothing. Throws "Failed to initialize libspotify" when libspotify
+    // refuses, and nothing is kept then.
     void create(jspp::function_context& context);
+    // (): as the remembered user. The error's number; "LoggedIn" follows.
     void relogin(jspp::function_context& context) const;
+    // (Track): takes the place of the track before, whose sound ends. libspotify's number, and the
+    // backend is started whatever it is. Throws "Could not initialize backend": with the new track
+    // in place when the device grants none, with nothing changed inside a call of the backend.
     void playerLoad(jspp::function_context& context);
-    // "friend" is a word of the language.
+    // (index): a User; "friend", as script calls it, is a word of the language.
     void friendAt(jspp::function_context& context) const;
+    // (): a number each; a country is two letters in one.
     void numFriends(jspp::function_context& context) const;
     void userCountry(jspp::function_context& context) const;
+    // (): nothing. What the backend has it plays out.
     void playerUnload(jspp::function_context& context) const;
+    // (): the name, null without one.
     void rememberedUser(jspp::function_context& context) const;
+    // (Track): libspotify's number.
     void playerPrefetch(jspp::function_context& context) const;
+    // (milliseconds): nothing. What is buffered already is heard first.
     void playerSeek(jspp::function_context& context) const;
+    // (): nothing. Every living wrapper loses its handle; "LoggedOut" follows.
     void logout(jspp::function_context& context) const;
+    // (): the User who is logged in.
     void user(jspp::function_context& context) const;
+    // (): a Playlist.
     void inboxCreate(jspp::function_context& context) const;
+    // (megabytes): nothing; less than 0 counts as 0, which leaves it to libspotify.
     void setCacheSize(jspp::function_context& context) const;
+    // (): libspotify's number.
     void forgetMe(jspp::function_context& context) const;
+    // (name): a Playlistcontainer, and a Playlist. An empty name is passed on as it is.
     void publishedContainerForUserCreate(jspp::function_context& context) const;
     void starredForUserCreate(jspp::function_context& context) const;
+    // (): a number of sp_connectionstate.
     void connectionstate(jspp::function_context& context) const;
     void starredCreate(jspp::function_context& context) const;
+    // (name, password, remember, blob): libspotify's number; "LoggedIn" follows. An empty blob is
+    // none. The sound comes in the best quality from here on.
     void login(jspp::function_context& context) const;
+    // (on): libspotify's number; the backend plays or pauses whatever it is.
     void playerPlay(jspp::function_context& context);
+    // (): the user's own, a new wrapper each time.
     void playlistcontainer(jspp::function_context& context) const;
+    // (): a text; (number of sp_signup_action): libspotify's number.
     void signupGetUnacceptedLicenses(jspp::function_context& context) const;
     void signupPerformAction(jspp::function_context& context) const;
 

@@ -16,6 +16,7 @@ public:
     SessionConfig();
 
     // Fills in the options. The texts are borrowed: they are valid until script sets them anew.
+    // Other fields of `config` stay as they are.
     void apply(sp_session_config& config) const;
 
 private:
@@ -49,7 +50,8 @@ private:
         _attribute_set(name, &SessionConfig::setFlag<Field>);
     }
 
-    // What a page that sets nothing gets; libspotify takes an empty proxy as none.
+    // What a page that sets nothing gets; libspotify takes an empty proxy as none. 1 to 255 bytes,
+    // else libspotify refuses the session.
     std::string userAgent = "User-Agent string";
     bool compressPlaylists = false;
     bool dontSaveMetadataForPlaylists = false;

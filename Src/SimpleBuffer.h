@@ -9,6 +9,7 @@
 // thread.
 class SimpleBuffer final : public Buffer {
 public:
+    // In bytes, fixed from here on; throws std::bad_alloc.
     explicit SimpleBuffer(unsigned size);
     ~SimpleBuffer() override;
 
@@ -18,6 +19,7 @@ public:
     void write(const char* bytes, const unsigned& length) override;
 
     unsigned getSize() const override;
+    // Bytes that write() has not filled.
     unsigned getSpace() const override;
 
     // False for the last byte written, too: offset + length stays below what was written.

@@ -11,9 +11,11 @@
 // session; it outlives the player that tells it.
 class Sonolet final : public jspp::event_dispatcher<jspp::interface> {
 public:
+    // Asks libspotify for its text once, which needs no session.
     Sonolet();
 
-    // Raise "TrackProgress" with the backend's position, and "TrackComplete". Any thread.
+    // Raise "TrackProgress" with the backend's position, in the backend's unit, and "TrackComplete"
+    // without arguments. Any thread; what fails loses that event alone.
     void triggerTrackProgress(double position) noexcept;
     void triggerTrackCompleteEvent() noexcept;
 

@@ -17,10 +17,13 @@ public:
             const orvo::shared_ptr<LibWrapper>& libraryShare);
     ~SpImage() override;
 
-    // Script: a new wrapper for the picture with an id.
+    // Script: a new wrapper for the picture with an id. The text is one id in Base64, cut or filled
+    // to its length. Throws "Failed to decode ID with base64", and when libspotify has no such
+    // handle.
     static void create(jspp::function_context& context);
 
 private:
+    // Script: the picture's bytes in Base64. Throws "Image size is zero" before it has loaded.
     void data(jspp::function_context& context) const;
 
     JSPP_EVENT_ATTRIBUTE(ImageLoaded, "ImageLoaded")

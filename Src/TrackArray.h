@@ -13,9 +13,12 @@
 // "Out of bounds array access". Script thread; the list never changes and keeps its tracks alive.
 class Playlist::track_array final : public jspp::interface {
 public:
+    // No track is null.
     explicit track_array(std::vector<orvo::shared_ptr<Track>> tracks);
 
 private:
+    // Script: "length" is how many there are; "item" takes a number, which is truncated, an index
+    // its digits.
     void get_length(jspp::result_context& context) const;
     void item(jspp::function_context& context) const;
     void index_get(const std::string& name, jspp::result_context& context) const;

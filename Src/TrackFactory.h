@@ -12,6 +12,7 @@ namespace TellusClientNamespace {
 // Makes the sound of a track. One instance, made on first use and never freed; script thread.
 class TrackFactory final {
 public:
+    // The same at every call.
     static TrackFactory& getInstance();
 
     TrackFactory(const TrackFactory&) = delete;

@@ -26,6 +26,7 @@ public:
         _s_value_base(const _s_value_base&) = delete;
         _s_value_base& operator=(const _s_value_base&) = delete;
         virtual ~_s_value_base() = default;
+        // Throws what making a script object throws.
         virtual jsplugin_value get_value(jsplugin_obj* context) const = 0;
     };
 
@@ -36,6 +37,7 @@ public:
     void add(bool boolean);
     void add(const char* text);  // null is the empty text
     void add(const std::string& text);
+    // Undefined when the object has gone by the time of the call.
     void add(const object& script_object);
     void add_null();
     void add_undefined();

@@ -22,7 +22,8 @@ class event_dispatcher : public Base {
 public:
     // Queues a call of every listener of the event, oldest first, then of its handler, with these
     // arguments. Listeners whose script function has gone are dropped on the way. What fails while
-    // a call is queued loses that event, not the caller.
+    // a call is queued loses that event, not the caller. Values are copied; a wrapper among them is
+    // held until the call has been made.
     template <class... Values>
     void dispatch_event(const std::string& name, const Values&... values) noexcept {
         try {

@@ -11,6 +11,7 @@ namespace jspp {
 // length of the call, on the script thread.
 class function_context final : public parameter_context, public result_context {
 public:
+    // All are the host's and outlive the context. `values` may be null when `count` is 0.
     function_context(jsplugin_obj* this_object,
                      int count,
                      jsplugin_value* values,

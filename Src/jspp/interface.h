@@ -73,16 +73,19 @@ protected:
     // This object's own names.
     //
     // A name is registered at most once for reading and once for writing; a second time throws
-    // std::runtime_error("Already registered").
+    // std::runtime_error("Already registered"). Script thread. They cost a table for each object:
+    // what all objects of a class have is _class()'s.
     void _function(const std::string& name, function_member member, const std::string& signature);
     void _attribute_get(const std::string& name, get_member member);
     void _attribute_set(const std::string& name, set_member member);
     void _enum(const std::string& name, int value);
     void _string(const std::string& name, const std::string& value);
     void _boolean(const std::string& name, bool value);
+    // The object it names is held by this one, and is answered as an attribute.
     void _child(const std::string& name, const orvo::shared_ptr<interface>& value);
 
-    // Removes a name, the class's or its own, for reading and for writing.
+    // Removes a name, the class's or its own, for reading and for writing. Script reads no such
+    // property afterwards; a function object that it kept answers no call.
     void _remove(const std::string& name);
 
     // Guards the object's own names, and what a derived class keeps that several threads use.

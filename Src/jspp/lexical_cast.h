@@ -13,7 +13,8 @@ public:
 };
 
 // The number that the whole text spells, in the classic locale. Throws bad_lexical_cast for
-// anything else: an empty text, trailing characters, a number that T cannot hold.
+// anything else: an empty text, trailing characters, a number that T cannot hold. No white space,
+// no sign but "-" for a type that has one, decimal digits alone.
 template <class T>
 T lexical_cast(const std::string& text);
 

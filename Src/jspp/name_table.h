@@ -39,6 +39,7 @@ public:
     callee(void (*function)(Arguments...))  // NOLINT(google-explicit-constructor)
         : target(function) {}
 
+    // Empty: a setter that is not there, for example.
     explicit operator bool() const noexcept {
         return !std::holds_alternative<std::monostate>(target);
     }
@@ -110,13 +111,14 @@ public:
     name_table& operator=(const name_table&) = delete;
     ~name_table();
 
-    // The table of a class: the names of `base`, then those of the rows.
+    // The table of a class: the names of `base`, then those of the rows. Made once for a class, and
+    // kept for ever.
     template <class... Rows>
     explicit name_table(const name_table& base, const Rows&... rows) : name_table(base) {
         (add(rows, std::size(rows)), ...);
     }
 
-    // A name for reading, and one for writing.
+    // A name for reading, and one for writing. After a throw the table is as before.
     void add(const std::string& name, readable value);
     void add_setter(const std::string& name, set_member member);
 
@@ -134,6 +136,7 @@ public:
 private:
     friend struct __detail::inspection;  // tests
 
+    // Rows are constants of a class; what they name is copied.
     void add(const function_row* rows, std::size_t count);
     void add(const attribute_row* rows, std::size_t count);
 

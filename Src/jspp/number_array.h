@@ -13,9 +13,12 @@ namespace jspp {
 // is not there with "Out of bounds array access". Script thread.
 class number_array final : public interface {
 public:
+    // Takes the values over.
     explicit number_array(std::vector<double> values);
 
 private:
+    // Script: "length" cannot be written. "item" takes a number, which is truncated, an index its
+    // digits; a value that is no number is refused with "Not a number".
     void get_length(result_context& context) const;
     void item(function_context& context) const;
     void index_get(const std::string& name, result_context& context) const;

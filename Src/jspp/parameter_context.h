@@ -22,6 +22,7 @@ public:
     parameter_context(jsplugin_obj* calling_object, int count, jsplugin_value* values) noexcept
         : caller(calling_object), argc(count), argv(values) {}
 
+    // "Not enough arguments" for one that is missing, "Not a number" for another kind.
     double number(int i) const;
 
     // A number as an int: truncated toward zero, saturated at the ends of the range, NaN is 0.
@@ -32,7 +33,7 @@ public:
     std::string string(int i) const;
 
     // A handle to the argument's script object or function. Throws when the calling object's
-    // document has gone.
+    // document has gone. "Not an object" for anything else, null among it.
     jspp::object object(int i) const;
 
     // The native object behind an argument that is a script object of this framework.
@@ -48,6 +49,7 @@ public:
 private:
     const jsplugin_value& at(int i) const;
     const jsplugin_value& at(int i, jsplugin_type type, const char* complaint) const;
+    // Throws "Not a jspp interface" for a script object of anybody else.
     orvo::shared_ptr<interface> native_of(int i) const;
 
     jsplugin_obj* const caller;

@@ -32,7 +32,8 @@ public:
     void return_string(const std::string& string);
     void return_string(const char* string);  // null is the empty text
 
-    // Script text that the host evaluates; script receives what it gives.
+    // Script text that the host evaluates; script receives what it gives. It is evaluated with the
+    // page's rights: nothing that comes from outside belongs in there.
     void return_js_expression(const std::string& expression);
 
     // A Date made from milliseconds since 1970, or from a date's text, both as script writes them.

@@ -17,6 +17,7 @@ using string_array_c = std::vector<std::string>;
 // "Invalid index". Script thread; the list never changes.
 class string_array final : public jspp::interface {
 public:
+    // Takes the texts over; they are UTF-8.
     explicit string_array(__detail::string_array_c texts);
 
 private:

@@ -13,7 +13,9 @@
 
 // The browser's windows, from the first to the last.
 //
-// REQUIRES: GTK is initialised. Threads: the main thread.
+// REQUIRES: GTK is initialised. Threads: the main thread. Ownership: borrows the options; each
+// window is deleted when its page has unloaded. Errors: what a page or its process does wrong is a
+// line on standard error and the exit code.
 class Browser final : public WindowOwner {
 public:
     explicit Browser(const Options& givenOptions);
@@ -22,9 +24,11 @@ public:
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
 
-    // Answers the exit code.
+    // Opens the first window, and returns when the last has closed. Answers the exit code: 0; 1
+    // when a page could not be loaded or threw; 2 when the browser itself cannot work. Once.
     int run();
 
+    // The view is the new window's.
     WebKitWebView* openRelated(WebKitWebView* related) override;
     void loaded(Window& window) override;
     void pageFailed(Window& window) override;
@@ -36,8 +40,11 @@ private:
     void messageReceived(WebKitUserMessage* message);
     void automationStarted(WebKitAutomationSession* session);
     WebKitWebView* open(WebKitWebView* related, bool automated);
+    // Asks every window to close, which takes as long as its page does.
     void closeAll();
     void interrupted();
+    // Says it on standard error and closes the windows; of several codes the largest is the exit
+    // code.
     void fail(int code, const std::string& message);
 
     const Options& options;

@@ -16,7 +16,8 @@ struct Options : DeviceOptions {
     double after = 0;        // seconds that the screenshot waits once the page is ready
     bool automation = false;
 
-    // Throws std::invalid_argument with the line that the user is to see.
+    // Throws std::invalid_argument with the line that the user is to see. A file's name becomes its
+    // address; a folder, that of its index.html.
     static Options parse(int argc, char* const argv[]);
     static std::string helpText();
 };

@@ -20,6 +20,9 @@ struct DeviceSettings {
     AudioOptions audio;
 };
 
+// The settings as what WebKit hands to a web process, and back: fields in a fixed order, for two
+// programs of one build. The first is a floating reference; the second copies what it reads.
+// REQUIRES: `packed` came from pack().
 inline GVariant* pack(const DeviceSettings& settings) {
     return g_variant_new("(sis)", settings.plugin.c_str(), static_cast<int>(settings.audio.sink),
                          settings.audio.wavPath.c_str());

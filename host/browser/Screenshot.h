@@ -22,7 +22,8 @@ public:
     Screenshot(const Screenshot&) = delete;
     Screenshot& operator=(const Screenshot&) = delete;
 
-    // The page has loaded; a page that loads another is waited for again.
+    // The page has loaded; a page that loads another is waited for again. To be called each time;
+    // nothing is taken before the first.
     void pageLoaded();
 
 private:

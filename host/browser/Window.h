@@ -13,8 +13,9 @@ class Window;
 class WindowOwner {
 public:
     virtual ~WindowOwner() = default;
-    // A page opens a window; `related` shares its web process. Answers its view.
+    // A page opens a window; `related` shares its web process. Answers its view, borrowed.
     virtual WebKitWebView* openRelated(WebKitWebView* related) = 0;
+    // The page and what it names have been loaded.
     virtual void loaded(Window& window) = 0;
     // The page could not be loaded, or its process died; a message is on standard error.
     virtual void pageFailed(Window& window) = 0;
@@ -36,8 +37,11 @@ public:
     Window& operator=(const Window&) = delete;
 
     WebKitWebView* view() const noexcept { return webView; }
+    // With the focus on its page.
     void show();
+    // After its process has died, too: another is started.
     void reload();
+    // The owner is told when the page has unloaded; asked again, does nothing.
     void close();
 
 private:

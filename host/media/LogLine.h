@@ -3,7 +3,8 @@
 
 #include <string>
 
-// Writes "audio: TEXT" as one line to standard error. Any thread.
+// Writes "audio: TEXT" as one line to standard error, whole, whatever other threads write. Any
+// thread; what cannot be written is lost.
 void logLine(const std::string& text) noexcept;
 
 #endif

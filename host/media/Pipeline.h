@@ -70,6 +70,7 @@ private:
     void link();
     void pushBytes(unsigned char* block, std::size_t begin, std::size_t end);
     void pushHeader();
+    // Ends GStreamer's threads: nobody calls the listener afterwards.
     void stop();
 
     static GstPadProbeReturn onSourceBuffer(GstPad* pad, GstPadProbeInfo* info, gpointer self);

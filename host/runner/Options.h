@@ -17,8 +17,10 @@ struct Options : DeviceOptions {
 
     // Throws std::invalid_argument with the line that the user is to see.
     static Options parse(int argc, char* const argv[]);
+    // What --help prints: a line for each option, those of the device among them.
     static std::string helpText();
 
+    // Seconds of page time in a second: the clock of timers is that of the sound.
     double speed() const noexcept { return audio.speed; }
 };
 

@@ -18,7 +18,9 @@
 // What a page can ask of the one who shows it. It is asked from inside script, so it acts later.
 class PageOwner : public ErrorReporter {
 public:
+    // The page is unloaded and read again, once it has returned.
     virtual void reload() = 0;
+    // The page is unloaded, and the program ends.
     virtual void closePage() = 0;
 };
 
@@ -26,6 +28,7 @@ public:
 // have run and every object of the plug-in is destructed when the destructor returns.
 class Page final {
 public:
+    // Opens the document; nothing of the page runs yet. Borrows all five, which outlive it.
     Page(const PluginLibrary& plugin,
          Scheduler& scheduler,
          PageOwner& pageOwner,
@@ -39,7 +42,8 @@ public:
     // The text of a script's file. Throws std::runtime_error.
     static std::string read(const std::string& file);
 
-    // Runs the script of a file, which is its name in messages.
+    // Runs the script of a file, which is its name in messages. What it throws, and what it leaves
+    // undone in promises, goes to the owner.
     void run(const std::string& script, const std::string& file);
 
 private:
@@ -53,6 +57,7 @@ private:
     };
 
     void installWindow(bool exposeGc);
+    // Reads and runs scripts beside the page, as a page's own.
     void importScripts(size_t argc, const JSValueRef argv[]) const;
     // Answers the exception, or null.
     JSValueRef evaluate(const std::string& script, const std::string& file) const;

@@ -15,6 +15,9 @@
 
 // Shows one page until it is closed: by itself, by --for, by a signal or by its first uncaught
 // exception.
+//
+// Threads: the one that made it, which is the script thread. Ownership: borrows the options, which
+// outlive it.
 class Runner final : public PageOwner {
 public:
     // Throws std::runtime_error when the page or the plug-in cannot be loaded.
@@ -24,9 +27,10 @@ public:
     Runner(const Runner&) = delete;
     Runner& operator=(const Runner&) = delete;
 
-    // Answers the exit code.
+    // Runs the main loop, and answers the exit code: 0, or 1 after an uncaught exception. Once.
     int run();
 
+    // For the page, from inside script; both act when the script has returned.
     void reload() override;
     void closePage() override;
     void uncaught(JSContextRef context, JSValueRef exception) noexcept override;

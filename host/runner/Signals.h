@@ -12,7 +12,7 @@
 class Signals final {
 public:
     // `handler` is called at once, inside the signal's handler. Throws std::runtime_error when the
-    // system has no file descriptor left.
+    // system has no file descriptor left. `signalCallback` runs from the main loop soon after.
     Signals(std::function<void()> signalCallback, void (*handler)() noexcept);
     ~Signals();
 

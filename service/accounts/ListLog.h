@@ -36,8 +36,8 @@ public:
 
     // 0: nothing has ever happened.
     std::int64_t newest();
-    // Of all lists, the oldest first; nothing when the log does not reach back as far.
-    // Who gets nothing reads the lists anew and goes on from newest(), both at one moment.
+    // Of all lists, the oldest first; nothing when the log does not reach back as far. Who gets
+    // nothing reads the lists anew and goes on from newest(), both at one moment.
     std::optional<std::vector<ListChange>> since(std::int64_t change);
 
     // Inside a transaction. The new line's number.

@@ -31,8 +31,7 @@ public:
     std::optional<ListRow> find(const Id& link);
     std::optional<ListRow> ofUser(std::string_view canonicalName, ListKind kind);
     std::optional<ListRow> ofAccount(std::int64_t account, ListKind kind);
-    // In their order.
-    // The whole list, in memory.
+    // In their order. The whole list, in memory.
     std::vector<ListEntry> entries(const ListRow& list);
     std::optional<ListEntry> entry(std::int64_t id);
     // The playlists of a container that its owner lets others see.
@@ -41,19 +40,17 @@ public:
     // The names of those who follow a playlist of someone else.
     std::vector<std::string> subscribers(const ListRow& list);
 
-    // What has happened to all lists.
-    // Borrowed, as long as the store lives.
+    // What has happened to all lists. Borrowed, as long as the store lives.
     ListLog& log() { return changes; }
 
-    // What `action` reads is of one moment.
-    // What it throws is thrown on.
+    // What `action` reads is of one moment. What it throws is thrown on.
     template <typename Action>
     void atOneMoment(Action action) {
         const ReadMoment moment(database);
         action();
     }
-    // What `action` changes is one transaction.
-    // What it throws undoes all of it and is thrown on. It may be part of another transaction.
+    // What `action` changes is one transaction. What it throws undoes all of it and is thrown on.
+    // It may be part of another transaction.
     template <typename Action>
     void together(Action action) {
         const Scope scope(*this);

@@ -21,13 +21,13 @@ private:
     std::string text;
 };
 
-// The yescrypt hash of a password with a fresh salt. Slow on purpose: tens of milliseconds.
-// The text says by which method and how hard, so that hashes of other days can still be checked.
-// Throws std::runtime_error for a password that is too long or without randomness. Any thread.
+// The yescrypt hash of a password with a fresh salt. Slow on purpose: tens of milliseconds. The
+// text says by which method and how hard, so that hashes of other days can still be checked. Throws
+// std::runtime_error for a password that is too long or without randomness. Any thread.
 std::string hashPassword(const Secret& password);
 
-// Whether `password` gives `hash`; the time taken tells nothing of where they differ.
-// A hash that is none matches nothing.
+// Whether `password` gives `hash`; the time taken tells nothing of where they differ. A hash that
+// is none matches nothing.
 bool matchesPassword(const Secret& password, const std::string& hash);
 
 // Random bytes as text of 2 * `bytes` hexadecimal digits.

@@ -27,10 +27,9 @@ std::shared_ptr<Session> currentSession() noexcept;
 // The living session's library, or NULL.
 std::shared_ptr<Library> currentLibrary() noexcept;
 
-// Tells what went wrong inside a function that has no room for it, and gives its number.
-// To be called in a catch block alone.
-// What SQLite found damaged in the catalogue has it made again; what passes, as a full disk does,
-// and a want of memory are SP_ERROR_OTHER_TRANSIENT.
+// Tells what went wrong inside a function that has no room for it, and gives its number. To be
+// called in a catch block alone. What SQLite found damaged in the catalogue has it made again; what
+// passes, as a full disk does, and a want of memory are SP_ERROR_OTHER_TRANSIENT.
 sp_error explain() noexcept;
 
 // What `action` answers, or what it threw as a number.
@@ -43,8 +42,7 @@ sp_error guarded(Action action) noexcept {
     }
 }
 
-// What `action` answers, or `otherwise` when it throws.
-// The cause is a line on standard error.
+// What `action` answers, or `otherwise` when it throws. The cause is a line on standard error.
 template <typename Result, typename Action>
 Result guardedOr(Result otherwise, Action action) noexcept {
     try {

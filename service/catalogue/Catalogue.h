@@ -67,8 +67,8 @@ public:
     std::optional<AlbumRow> album(const Id& id);
     std::optional<ArtistRow> artist(const Id& id);
 
-    // The available tracks, by artist, album, disc and number.
-    // All of them in memory: 16 bytes each.
+    // The available tracks, by artist, album, disc and number. All of them in memory: 16 bytes
+    // each.
     std::vector<Id> tracks();
 
     // Opens the catalogue. A damaged one is set aside and begun anew, since it can be made again
@@ -76,8 +76,8 @@ public:
     static std::unique_ptr<Catalogue> openOrBegin(const std::string& file,
                                                   const std::function<void(std::string)>& log);
 
-    // Changes whenever a scan, of this process or another, has changed the catalogue.
-    // Compared for being the same and nothing else; good among calls on one object.
+    // Changes whenever a scan, of this process or another, has changed the catalogue. Compared for
+    // being the same and nothing else; good among calls on one object.
     std::int64_t version() { return database.dataVersion(); }
 
 private:

@@ -87,12 +87,10 @@ public:
     // Makes the file, or brings its tables up to date.
     explicit CatalogueWriter(const std::string& file);
 
-    // Empty for one that the catalogue does not know.
-    // Paths of folders are relative to the folder of music, with "/" between and none at the end;
-    // the folder of music itself is "".
+    // Empty for one that the catalogue does not know. Paths of folders are relative to the folder
+    // of music, with "/" between and none at the end; the folder of music itself is "".
     KnownFolder folder(const std::string& path);
-    // The paths of the folders that had music when they were last seen.
-    // In no order.
+    // The paths of the folders that had music when they were last seen. In no order.
     std::vector<std::string> folders();
     // How many tracks have a file now: what the log tells in the end.
     std::int64_t presentTracks();

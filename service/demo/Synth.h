@@ -26,8 +26,7 @@ struct Score {
 };
 
 // Plays a score: interleaved 16-bit stereo at 44,100 Hz. One score, one sound: on every machine and
-// at every time the same samples.
-// Some ten megabytes a minute, all in memory. Any thread.
+// at every time the same samples. Some ten megabytes a minute, all in memory. Any thread.
 std::vector<std::int16_t> play(const Score& score);
 
 }  // namespace sonolet::service

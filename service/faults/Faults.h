@@ -37,8 +37,7 @@ public:
                     Clock::time_point begin = Clock::now());
 
     bool isOffline() const { return active(Kind::offline) != nullptr; }
-    // What every login is answered with.
-    // Nothing: logins are answered as they are on other days.
+    // What every login is answered with. Nothing: logins are answered as they are on other days.
     std::optional<sp_error> login() const;
     // How much later an answer comes, in the time of the machine.
     Clock::duration delay() const;

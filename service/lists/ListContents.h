@@ -98,8 +98,8 @@ public:
     }
 
     // How other entries differ from these: one run of entries gives way to another. For a session
-    // that has missed a part of the log: what both begin and end with need not be told.
-    // To be applied in this order: remove(gone), then insert(before, come).
+    // that has missed a part of the log: what both begin and end with need not be told. To be
+    // applied in this order: remove(gone), then insert(before, come).
     struct Difference {
         std::vector<std::int64_t> gone;
         std::int64_t before = 0;

@@ -27,8 +27,7 @@ public:
     ~Playlistcontainer() override;
 
     int size() const { return contents.size(); }
-    // NULL: out of range.
-    // Indexes are from 0, the two ends of a folder counted.
+    // NULL: out of range. Indexes are from 0, the two ends of a folder counted.
     const ListEntry* entry(int index);
     // Of a folder's ends a handle that is never loaded.
     sp_playlist* playlist(int index);

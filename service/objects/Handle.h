@@ -47,9 +47,8 @@ private:
 };
 
 // Owns one reference of a handle, or is empty. Which function takes a reference over and which
-// takes its own is in its name.
-// Threads: as a pointer is. Several may hold references of one handle on several threads; one Ref
-// belongs to one of them at a time.
+// takes its own is in its name. Threads: as a pointer is. Several may hold references of one handle
+// on several threads; one Ref belongs to one of them at a time.
 template <typename Object>
 class Ref final {
 public:
@@ -70,16 +69,14 @@ public:
         }
     }
 
-    // Takes over the reference that the caller owns.
-    // NULL gives an empty one.
+    // Takes over the reference that the caller owns. NULL gives an empty one.
     static Ref adopt(Object* owned) {
         Ref ref;
         ref.object = owned;
         return ref;
     }
 
-    // Takes a reference of its own.
-    // `held` is not NULL.
+    // Takes a reference of its own. `held` is not NULL.
     static Ref share(Object* held) {
         held->addRef();
         return adopt(held);

@@ -36,8 +36,7 @@ public:
     };
 
     // Starts to decode at once. `readyToRead` is called whenever read() may have something new to
-    // say.
-    // What cannot be decoded is no exception: the first read() that knows answers Failed.
+    // say. What cannot be decoded is no exception: the first read() that knows answers Failed.
     // `readyToRead` may be called before the constructor has returned.
     Decoder(std::shared_ptr<const Sound> decodedSound, std::function<void()> readyToRead);
     ~Decoder();

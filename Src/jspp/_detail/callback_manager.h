@@ -30,7 +30,8 @@ public:
     // False when the function refers to nothing any more; then nothing is queued.
     bool add(const object& function, const call_parameters& parameters) ORVO_EXCLUDES(mutex);
 
-    // Hands over everything that waits for the document, in the order queued.
+    // Hands over everything that waits for the document, in the order queued. Empty when nothing
+    // waits; what is queued from here on waits for the next tick.
     pending take(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
 
 private:

@@ -16,7 +16,9 @@ namespace jspp::__detail {
 void set_exception(jsplugin_value* slot, text_slot* scratch, const char* message) noexcept;
 
 // Runs the body of a callback from the host, which answers the callback's code. An exception
-// becomes its text in `slot`, and the answer `exception_code`.
+// becomes its text in `slot`, and the answer `exception_code`. `slot` stays the host's; it is
+// written after an exception alone. What the body has stored before it threw is overwritten. An
+// exception of another kind than std::exception becomes a fixed text.
 template <class Body>
 int guarded(jsplugin_value* slot,
             text_slot* scratch,

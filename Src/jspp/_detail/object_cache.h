@@ -13,7 +13,7 @@ namespace jspp::__detail {
 // whoever finds an object asks the registry whether it is still that document's.
 class object_cache final {
 public:
-    // Null when there is none.
+    // Null when there is none. The answer may be of an earlier document at the same address.
     jsplugin_obj* find(jsplugin_obj* document) const noexcept {
         if (document == first_document) {
             return first;

@@ -44,6 +44,7 @@ private:
         link* next;
     };
 
+    // Makes room for many blocks at once, and links them.
     void grow();
 
     const std::size_t size;
@@ -77,6 +78,7 @@ public:
     // NOLINTNEXTLINE(google-explicit-constructor): an allocator is made of another kind's
     pool_allocator(const pool_allocator<Other>&) noexcept {}
 
+    // One comes from the pool; several, as for a table, from the heap.
     Kind* allocate(std::size_t count) {
         return static_cast<Kind*>(count == 1 ? memory().take()
                                              : ::operator new(count * sizeof(Kind)));

@@ -37,6 +37,7 @@ struct private_record : pooled<private_record> {
 // destroy the object in anything that the callback asks of it. Script thread; on the stack.
 class record_use final {
 public:
+    // REQUIRES: as private_record::of().
     explicit record_use(jsplugin_obj* obj) noexcept
         : record(private_record::of(obj)), outer(innermost) {
         innermost = this;

@@ -11,7 +11,7 @@ namespace jspp::__detail {
 // slot that is moved takes its text along, at the same address.
 class text_slot final {
 public:
-    // The copy, valid until the next.
+    // The copy, valid until the next. Throws std::bad_alloc, and the text before stays.
     const char* keep(const std::string& text) {
         if (kept) {
             *kept = text;

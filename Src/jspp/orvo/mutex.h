@@ -37,7 +37,8 @@ public:
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;
 
-    // Lets the mutex go while it waits. May return without a notification.
+    // Lets the mutex go while it waits. May return without a notification. The caller checks what
+    // it waits for in a loop.
     void wait(Mutex& held) noexcept ORVO_REQUIRES(held) {
         pthread_cond_wait(&condition, &held.mutex);
     }
@@ -51,6 +52,7 @@ private:
 // Holds a mutex for the length of a block.
 class ORVO_SCOPED_CAPABILITY scoped_lock final {
 public:
+    // Waits as long as it takes. REQUIRES: this thread does not hold it.
     explicit scoped_lock(Mutex& held) noexcept ORVO_ACQUIRE(held) : mutex(held) { mutex.lock(); }
     ~scoped_lock() ORVO_RELEASE() { mutex.unlock(); }
 

@@ -31,7 +31,8 @@ struct count_block {
     void add_strong() noexcept { strong.fetch_add(1, std::memory_order_relaxed); }
     void add_weak() noexcept { weak.fetch_add(1, std::memory_order_relaxed); }
 
-    // False once the object has gone.
+    // False once the object has gone. For a weak pointer, whose object may be going on another
+    // thread at this moment.
     bool add_strong_if_alive() noexcept {
         int count = strong.load(std::memory_order_relaxed);
         while (count > 0) {
@@ -43,6 +44,7 @@ struct count_block {
         return false;
     }
 
+    // The caller's weak pointer, or the share of all strong ones; the block may be gone afterwards.
     void drop_weak() noexcept {
         if (weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
             delete this;
@@ -65,6 +67,7 @@ public:
     using deleter_type = void (*)(T*);
 
     shared_ptr() noexcept = default;
+    // Owns nothing, as the one before.
     shared_ptr(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
 
     // Takes `object` over, also when this throws. Links the object's own weak pointer if it is an
@@ -115,7 +118,8 @@ public:
         return *this;
     }
 
-    // Gives up this owner's share and leaves it empty.
+    // Gives up this owner's share and leaves it empty. Emptied before the object goes, so that a
+    // destructor that comes back here finds nothing.
     void decreaseRef() noexcept {
         __detail::count_block* const counts = std::exchange(block, nullptr);
         T* const object = std::exchange(pointer, nullptr);
@@ -268,6 +272,7 @@ void __detail::link_self(const shared_ptr<T>& owner,
     }
 }
 
+// An object with its first owner; throws what its constructor throws.
 template <class T, class... Arguments>
 shared_ptr<T> make_shared(Arguments&&... arguments) {
     return shared_ptr<T>(new T(std::forward<Arguments>(arguments)...));

@@ -30,7 +30,9 @@ public:
     FrameDocument(const FrameDocument&) = delete;
     FrameDocument& operator=(const FrameDocument&) = delete;
 
+    // False: the plug-in does not admit the document, which then has no part of it.
     bool open(const Document::Origin& origin) { return document.open(origin); }
+    // Once or more: the second does nothing.
     void close();
 
     // Exceptions of listeners become the page's "error" events and lines of its console.
