@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using TellusClientNamespace::AudioTrack;
@@ -30,57 +31,47 @@ constexpr char certificates[] = "/etc/ssl/certs_static/ca-certificates.crt";
 
 }  // namespace
 
-std::atomic<Session*> Session::instance{nullptr};
-
-// ---- Visits ----
+// A callback of libspotify that does nothing but raise an event: its name in the log, and the
+// event's.
+struct SessionEvent {
+    const char* handler;
+    const char* name;
+};
 
 namespace {
 
-std::atomic<int> visits{0};
-thread_local int ownVisits = 0;
+constexpr SessionEvent loggedIn{"Session::handleLoggedInEvent", "LoggedIn"};
+constexpr SessionEvent loggedOut{"Session::handleLoggedOutEvent", "LoggedOut"};
+constexpr SessionEvent metadataUpdated{"Session::handleMetadataUpdatedEvent", "MetadataUpdated"};
+constexpr SessionEvent connectionError{"Session::handleConnectionErrorEvent", "ConnectionError"};
+constexpr SessionEvent messageToUser{"Session::handleMessageToUserEvent", "MessageToUser"};
+constexpr SessionEvent playTokenLost{"Session::handlePlayTokenLostEvent", "PlayTokenLost"};
+constexpr SessionEvent logMessage{"Session::handleLogMessageEvent", "LogMessage"};
+constexpr SessionEvent streamingError{"Session::handleStreamingErrorEvent", "StreamingError"};
+constexpr SessionEvent userinfoUpdated{"Session::handleUserinfoUpdatedEvent", "UserinfoUpdated"};
+constexpr SessionEvent offlineStatusUpdated{"Session::handleOfflineStatusUpdatedEvent",
+                                            "OfflineStatusUpdated"};
+constexpr SessionEvent offlineError{"Session::handleOfflineErrorEvent", "OfflineError"};
+constexpr SessionEvent credentialsBlobUpdated{"Session::handleCredentialsBlobUpdated",
+                                              "CredentialsBlobUpdated"};
+constexpr SessionEvent showSignupPage{"Session::handleShowSignupPageEvent", "ShowSignupPage"};
+constexpr SessionEvent showSignupErrorPage{"Session::handleShowSignupErrorPageEvent",
+                                           "ShowSignupErrorPage"};
+constexpr SessionEvent showTrialWelcome{"Session::handleShowTrialWelcomeEvent", "ShowTrialWelcome"};
 
-// Where a destructor sleeps until the others have left. Never freed: the library's threads go on
-// after the exit handlers.
-struct LeavingRoom {
-    orvo::Mutex mutex;
-    orvo::Condition left;
-    std::atomic<bool> isInUse{false};
-};
-
-LeavingRoom& leavingRoom() {
-    static LeavingRoom& room = *new LeavingRoom;
-    return room;
+// Numbers of enumerations reach script as such.
+template <class Value>
+auto asScript(Value value) {
+    if constexpr (std::is_enum_v<Value>) {
+        return static_cast<int>(value);
+    } else {
+        return value;
+    }
 }
-
-// A callback cannot be told that there is no memory.
-[[maybe_unused]] const LeavingRoom& madeAtLoad = leavingRoom();
 
 }  // namespace
 
-Session::Visit::Visit() noexcept {
-    ++ownVisits;
-    visits.fetch_add(1);
-}
-
-Session::Visit::~Visit() {
-    --ownVisits;
-    visits.fetch_sub(1);
-    LeavingRoom& room = leavingRoom();
-    if (room.isInUse.load()) {
-        const orvo::scoped_lock lock(room.mutex);
-        room.left.notify_all();
-    }
-}
-
-void Session::Visit::awaitOthers() noexcept {
-    LeavingRoom& room = leavingRoom();
-    const orvo::scoped_lock lock(room.mutex);
-    room.isInUse.store(true);
-    while (visits.load() != ownVisits) {
-        room.left.wait(room.mutex);
-    }
-    room.isInUse.store(false);
-}
+std::atomic<Session*> Session::instance{nullptr};
 
 Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(pluginObject) {
     static const function_row members[] = {
@@ -161,7 +152,7 @@ void Session::processEvents() {
     sp_session_process_events(session, &nextTimeout);
 }
 
-// ---- Creation and account ----
+// ---- Beginning and end of an account ----
 
 void Session::create(jspp::function_context& context) {
     if (!spotifyInitialized) {
@@ -189,18 +180,6 @@ void Session::create(jspp::function_context& context) {
     context.return_interface(shared_from_this(), false);
 }
 
-void Session::login(jspp::function_context& context) const {
-    requireInitialized();
-    const std::string userName = context.string(0);
-    const std::string password = context.string(1);
-    const bool rememberMe = context.boolean(2);
-    const std::string blob = context.string(3);
-    const sp_error error = sp_session_login(session, userName.c_str(), password.c_str(), rememberMe,
-                                            blob.empty() ? nullptr : blob.c_str());
-    sp_session_preferred_bitrate(session, SP_BITRATE_320k);
-    answer(error, context);
-}
-
 void Session::logout(jspp::function_context&) const {
     requireInitialized();
     logger.trace("Session::logout", "logging out");
@@ -208,103 +187,10 @@ void Session::logout(jspp::function_context&) const {
     sp_session_logout(session);
 }
 
-void Session::relogin(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_relogin(session), context);
-}
-
-void Session::forgetMe(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_forget_me(session), context);
-}
-
-void Session::rememberedUser(jspp::function_context& context) const {
-    requireInitialized();
-    std::vector<char> name(256);
-    int length = sp_session_remembered_user(session, name.data(), name.size());
-    if (length >= 0 && static_cast<std::size_t>(length) >= name.size()) {
-        name.resize(static_cast<std::size_t>(length) + 1);
-        length = sp_session_remembered_user(session, name.data(), name.size());
-    }
-    if (length < 0) {
-        context.return_null();
-        return;
-    }
-    name.back() = '\0';
-    context.return_string(name.data());
-}
-
-void Session::connectionstate(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_connectionstate(session), context);
-}
-
-void Session::setCacheSize(jspp::function_context& context) const {
-    requireInitialized();
-    const int megabytes = std::max(0, context.integer(0));
-    sp_session_set_cache_size(session, static_cast<std::size_t>(megabytes));
-}
-
-void Session::userCountry(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_user_country(session), context);
-}
-
-void Session::user(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_user(session), context);
-}
-
-void Session::numFriends(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_num_friends(session), context);
-}
-
-void Session::friendAt(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_friend(session, context.integer(0)), context);
-}
-
 void Session::playlistcontainer(jspp::function_context& context) const {
     requireInitialized();
     logger.trace("Session::Playlistcontainer", "Retrieving playlistcontainer");
     answer(sp_session_playlistcontainer(session), context);
-}
-
-void Session::publishedContainerForUserCreate(jspp::function_context& context) const {
-    requireInitialized();
-    const std::string userName = context.string(0);
-    answer(Created<sp_playlistcontainer>(
-               sp_session_publishedcontainer_for_user_create(session, userName.c_str())),
-           context);
-}
-
-void Session::inboxCreate(jspp::function_context& context) const {
-    requireInitialized();
-    answer(Created<sp_playlist>(sp_session_inbox_create(session)), context);
-}
-
-void Session::starredCreate(jspp::function_context& context) const {
-    requireInitialized();
-    answer(Created<sp_playlist>(sp_session_starred_create(session)), context);
-}
-
-void Session::starredForUserCreate(jspp::function_context& context) const {
-    requireInitialized();
-    const std::string userName = context.string(0);
-    answer(Created<sp_playlist>(sp_session_starred_for_user_create(session, userName.c_str())),
-           context);
-}
-
-void Session::signupGetUnacceptedLicenses(jspp::function_context& context) const {
-    requireInitialized();
-    answer(sp_session_signup_get_unaccepted_licenses(session), context);
-}
-
-void Session::signupPerformAction(jspp::function_context& context) const {
-    requireInitialized();
-    const auto action = static_cast<sp_signup_action>(context.integer(0));
-    answer(sp_session_signup_perform_action(session, action), context);
 }
 
 // ---- Player ----
@@ -381,14 +267,12 @@ void Session::triggerTrackCompleteEvent() noexcept {
 
 // ---- libspotify's callbacks ----
 
-template <auto Handler, class... Arguments>
-std::invoke_result_t<decltype(Handler), Session&, Arguments...>
-Session::forward(sp_session*, Arguments... arguments) noexcept {
-    using Result = std::invoke_result_t<decltype(Handler), Session&, Arguments...>;
+template <class Result, class Body>
+Result Session::answered(const Body& body) noexcept {
     try {
         const Visit visit;
         if (Session* const current = instance.load()) {
-            return (current->*Handler)(arguments...);
+            return body(*current);
         }
     } catch (...) {
         logger.error("Session::forward", "a callback failed and its event is lost");
@@ -396,56 +280,46 @@ Session::forward(sp_session*, Arguments... arguments) noexcept {
     return Result();
 }
 
+template <auto Handler, class... Arguments>
+std::invoke_result_t<decltype(Handler), Session&, Arguments...>
+Session::forward(sp_session*, Arguments... arguments) noexcept {
+    using Result = std::invoke_result_t<decltype(Handler), Session&, Arguments...>;
+    return answered<Result>([&](Session& session) { return (session.*Handler)(arguments...); });
+}
+
+template <const SessionEvent& Event, class... Arguments>
+void Session::tell(sp_session*, Arguments... arguments) noexcept {
+    answered<void>([&](Session& session) {
+        logger.trace(Event.handler);
+        session.dispatch_event(Event.name, asScript(arguments)...);
+    });
+}
+
 const sp_session_callbacks& Session::libraryCallbacks() {
     static const sp_session_callbacks callbacks = [] {
         sp_session_callbacks table{};
-        table.logged_in = &forward<&Session::handleLoggedInEvent>;
-        table.logged_out = &forward<&Session::handleLoggedOutEvent>;
-        table.metadata_updated = &forward<&Session::handleMetadataUpdatedEvent>;
-        table.connection_error = &forward<&Session::handleConnectionErrorEvent>;
-        table.message_to_user = &forward<&Session::handleMessageToUserEvent>;
+        table.logged_in = &tell<loggedIn>;
+        table.logged_out = &tell<loggedOut>;
+        table.metadata_updated = &tell<metadataUpdated>;
+        table.connection_error = &tell<connectionError>;
+        table.message_to_user = &tell<messageToUser>;
         table.notify_main_thread = &forward<&Session::handleNotifyMainThreadEvent>;
         table.music_delivery = &forward<&Session::handleMusicDeliveryEvent>;
-        table.play_token_lost = &forward<&Session::handlePlayTokenLostEvent>;
-        table.log_message = &forward<&Session::handleLogMessageEvent>;
+        table.play_token_lost = &tell<playTokenLost>;
+        table.log_message = &tell<logMessage>;
         table.end_of_track = &forward<&Session::handleEndOfTrackEvent>;
-        table.streaming_error = &forward<&Session::handleStreamingErrorEvent>;
-        table.userinfo_updated = &forward<&Session::handleUserinfoUpdatedEvent>;
-        table.offline_status_updated = &forward<&Session::handleOfflineStatusUpdatedEvent>;
-        table.offline_error = &forward<&Session::handleOfflineErrorEvent>;
-        table.credentials_blob_updated = &forward<&Session::handleCredentialsBlobUpdated>;
-        table.show_signup_page = &forward<&Session::handleShowSignupPageEvent>;
-        table.show_signup_error_page = &forward<&Session::handleShowSignupErrorPageEvent>;
+        table.streaming_error = &tell<streamingError>;
+        table.userinfo_updated = &tell<userinfoUpdated>;
+        table.offline_status_updated = &tell<offlineStatusUpdated>;
+        table.offline_error = &tell<offlineError>;
+        table.credentials_blob_updated = &tell<credentialsBlobUpdated>;
+        table.show_signup_page = &tell<showSignupPage>;
+        table.show_signup_error_page = &tell<showSignupErrorPage>;
         table.connect_to_facebook = &forward<&Session::handleConnectToFacebookEvent>;
-        table.show_trial_welcome = &forward<&Session::handleShowTrialWelcomeEvent>;
+        table.show_trial_welcome = &tell<showTrialWelcome>;
         return table;
     }();
     return callbacks;
-}
-
-void Session::handleLoggedInEvent(sp_error error) {
-    logger.trace("Session::handleLoggedInEvent");
-    dispatch_event("LoggedIn", static_cast<int>(error));
-}
-
-void Session::handleLoggedOutEvent() {
-    logger.trace("Session::handleLoggedOutEvent");
-    dispatch_event("LoggedOut");
-}
-
-void Session::handleMetadataUpdatedEvent() {
-    logger.trace("Session::handleMetadataUpdatedEvent");
-    dispatch_event("MetadataUpdated");
-}
-
-void Session::handleConnectionErrorEvent(sp_error error) {
-    logger.trace("Session::handleConnectionErrorEvent");
-    dispatch_event("ConnectionError", static_cast<int>(error));
-}
-
-void Session::handleMessageToUserEvent(const char* message) {
-    logger.trace("Session::handleMessageToUserEvent");
-    dispatch_event("MessageToUser", message);
 }
 
 // The fixed poll drives libspotify, not its wake-up call.
@@ -470,16 +344,6 @@ int Session::handleMusicDeliveryEvent(const sp_audioformat* format,
     return taken == 0 ? 0 : numFrames;
 }
 
-void Session::handlePlayTokenLostEvent() {
-    logger.trace("Session::handlePlayTokenLostEvent");
-    dispatch_event("PlayTokenLost");
-}
-
-void Session::handleLogMessageEvent(const char* message) {
-    logger.trace("Session::handleLogMessageEvent");
-    dispatch_event("LogMessage", message);
-}
-
 void Session::handleEndOfTrackEvent() {
     logger.trace("Session::handleEndOfTrackEvent");
     {
@@ -495,50 +359,7 @@ void Session::triggerEndOfTrackEvent() {
     dispatch_event("EndOfTrack");
 }
 
-void Session::handleStreamingErrorEvent(sp_error error) {
-    logger.trace("Session::handleStreamingErrorEvent");
-    dispatch_event("StreamingError", static_cast<int>(error));
-}
-
-void Session::handleUserinfoUpdatedEvent() {
-    logger.trace("Session::handleUserinfoUpdatedEvent");
-    dispatch_event("UserinfoUpdated");
-}
-
-void Session::handleOfflineStatusUpdatedEvent() {
-    logger.trace("Session::handleOfflineStatusUpdatedEvent");
-    dispatch_event("OfflineStatusUpdated");
-}
-
-void Session::handleOfflineErrorEvent(sp_error error) {
-    logger.trace("Session::handleOfflineErrorEvent");
-    dispatch_event("OfflineError", static_cast<int>(error));
-}
-
-void Session::handleCredentialsBlobUpdated(const char* blob) {
-    logger.trace("Session::handleCredentialsBlobUpdated");
-    dispatch_event("CredentialsBlobUpdated", blob);
-}
-
-void Session::handleShowSignupPageEvent(sp_signup_page page,
-                                        bool loading,
-                                        int features,
-                                        const char* recentUser) {
-    logger.trace("Session::handleShowSignupPageEvent");
-    dispatch_event("ShowSignupPage", static_cast<int>(page), loading, features, recentUser);
-}
-
-void Session::handleShowSignupErrorPageEvent(sp_signup_page page, sp_error error) {
-    logger.trace("Session::handleShowSignupErrorPageEvent");
-    dispatch_event("ShowSignupErrorPage", static_cast<int>(page), static_cast<int>(error));
-}
-
 // Script takes no part in it.
 void Session::handleConnectToFacebookEvent(const char* /*permissions*/) {
     logger.trace("Session::handleConnectToFacebookEvent");
-}
-
-void Session::handleShowTrialWelcomeEvent() {
-    logger.trace("Session::handleShowTrialWelcomeEvent");
-    dispatch_event("ShowTrialWelcome");
 }

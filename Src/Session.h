@@ -15,6 +15,8 @@
 #include <memory>
 #include <type_traits>
 
+struct SessionEvent;  // Session.cpp's
+
 // The one session with the music service, as script sees it: account, player and events. It exists
 // from start-up and is connected to libspotify when script calls "create".
 //
@@ -74,10 +76,16 @@ private:
     };
 
     static const sp_session_callbacks& libraryCallbacks();
-    // A callback: runs the handler on the instance. Answers what it does, 0 without an instance.
+    // What `body` answers for the instance, 0 without one. What it throws is a line of the log.
+    template <class Result, class Body>
+    static Result answered(const Body& body) noexcept;
+    // A callback with a handler, which it runs on the instance and whose answer is its own.
     template <auto Handler, class... Arguments>
     static std::invoke_result_t<decltype(Handler), Session&, Arguments...>
     forward(sp_session* from, Arguments... arguments) noexcept;
+    // A callback that tells itself in the log and raises an event with its arguments.
+    template <const SessionEvent& Event, class... Arguments>
+    static void tell(sp_session* from, Arguments... arguments) noexcept;
 
     // Throws what script hears before "create".
     void requireInitialized() const;
@@ -148,32 +156,13 @@ private:
     JSPP_EVENT_ATTRIBUTE(CredentialsBlobUpdated, "CredentialsBlobUpdated")
     JSPP_EVENT_ATTRIBUTE(ShowTrialWelcome, "ShowTrialWelcome")
 
-    // ---- Handlers of libspotify's callbacks ----
-    // Each tells itself in the log and posts its event; see the table in libraryCallbacks().
-    void handleLoggedInEvent(sp_error error);
-    void handleLoggedOutEvent();
-    void handleMetadataUpdatedEvent();
-    void handleConnectionErrorEvent(sp_error error);
-    void handleMessageToUserEvent(const char* message);
+    // ---- Handlers of the callbacks that do more; the others are tell()'s ----
     void handleNotifyMainThreadEvent();
     int handleMusicDeliveryEvent(const sp_audioformat* format, const void* frames, int numFrames);
-    void handlePlayTokenLostEvent();
-    void handleLogMessageEvent(const char* message);
     void handleEndOfTrackEvent();
     // Not yet what is heard: the backend plays what it has.
     void triggerEndOfTrackEvent();
-    void handleStreamingErrorEvent(sp_error error);
-    void handleUserinfoUpdatedEvent();
-    void handleOfflineStatusUpdatedEvent();
-    void handleOfflineErrorEvent(sp_error error);
-    void handleCredentialsBlobUpdated(const char* blob);
-    void handleShowSignupPageEvent(sp_signup_page page,
-                                   bool loading,
-                                   int features,
-                                   const char* recentUser);
-    void handleShowSignupErrorPageEvent(sp_signup_page page, sp_error error);
     void handleConnectToFacebookEvent(const char* permissions);
-    void handleShowTrialWelcomeEvent();
 
     const orvo::shared_ptr<Sonolet> sonolet;
 
