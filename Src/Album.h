@@ -14,7 +14,8 @@ public:
           const orvo::shared_ptr<LibWrapper>& libraryShare);
     ~Album() override;
 
-    // Script: a new wrapper for the album that a link names.
+    // Script: a new wrapper for the album that a link names. Throws when the text is no link of an
+    // album.
     static void create(jspp::function_context& context);
 };
 

@@ -13,7 +13,8 @@ public:
                 sp_albumbrowse* browse,
                 const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: browses an album, and calls a function with the result.
+    // Script: browses an album, and calls a function with the result. (Album, function): answers
+    // the browse at once, not loaded yet.
     static void create(jspp::function_context& context);
 };
 

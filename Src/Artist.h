@@ -13,7 +13,8 @@ public:
            sp_artist* artist,
            const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: a new wrapper for the artist that a link names.
+    // Script: a new wrapper for the artist that a link names. Throws when the text is no link of an
+    // artist.
     static void create(jspp::function_context& context);
 };
 

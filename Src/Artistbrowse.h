@@ -13,7 +13,8 @@ public:
                  sp_artistbrowse* browse,
                  const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: browses an artist, and calls a function with the result.
+    // Script: browses an artist, and calls a function with the result. (Artist, type, function):
+    // answers the browse at once, not loaded yet.
     static void create(jspp::function_context& context);
 };
 

@@ -70,7 +70,7 @@ public:
 
 private:
     // The wrappers of one kind, in order of making. The dead among them go whenever the list has
-    // doubled since they last went.
+    // doubled since they last went. Weakly: that a wrapper stands here keeps nothing alive.
     class Made final {
     public:
         void add(const orvo::shared_ptr<Object>& wrapper);

@@ -7,8 +7,10 @@
 // orvo::shared_ptr; the last share to go logs out and releases the session.
 class LibWrapper final {
 public:
-    // Throws std::runtime_error("Failed to initialize libspotify").
+    // Throws std::runtime_error("Failed to initialize libspotify"). Creates the session: one in a
+    // process at a time. Callbacks may come before this returns.
     explicit LibWrapper(const sp_session_config& config);
+    // Script thread, like all of libspotify; at the process's exit the thread that exits.
     ~LibWrapper();
 
     LibWrapper(const LibWrapper&) = delete;

@@ -24,6 +24,7 @@ public:
 protected:
     // A constructor object: no session, no handle, and "create" for its own.
     Object();
+    // Both may be null and empty: the wrapper answers nothing then but that it has no handle.
     Object(sp_session* librarySession, const orvo::shared_ptr<LibWrapper>& libraryShare);
 
     // Script: does nothing. Script's objects go when script lets them go.

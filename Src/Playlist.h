@@ -33,7 +33,8 @@ public:
              const orvo::shared_ptr<Playlistcontainer>& madeThrough);
     ~Playlist() override;
 
-    // Script: a new wrapper for the playlist that a link names.
+    // Script: a new wrapper for the playlist that a link names. Throws when libspotify knows no
+    // such playlist.
     static void create(jspp::function_context& context);
 
 private:
@@ -67,13 +68,15 @@ private:
     JSPP_EVENT_ATTRIBUTE(TrackMessageChanged, "TrackMessageChanged")
 
     // ---- Handlers of libspotify's callbacks ----
-    // Each raises its event with the playlist and, in this order, what is named here: lists as
-    // arrays of their own, which never change, people and tracks as new wrappers, a missing text as
-    // the empty one. The arguments are libspotify's and are copied before the handler returns.
+    // Each raises its event with the playlist and, in this order, what it is handed: lists as
+    // arrays of their own, which never change, people and tracks as new wrappers, an image's id in
+    // Base64, a missing text as the empty one. The arguments are libspotify's, and are copied
+    // before the handler returns.
     void handleTracksAddedEvent(sp_track* const* tracks, int count, int position);
     void handleTracksRemovedEvent(const int* positions, int count);
     void handleTracksMovedEvent(const int* positions, int count, int newPosition);
     void handlePlaylistRenamedEvent();
+    // Around every change: not done, the change, the state, done.
     void handlePlaylistStateChangedEvent();
     void handlePlaylistUpdateInProgressEvent(bool done);
     void handlePlaylistMetadataUpdatedEvent();
@@ -97,6 +100,7 @@ private:
     static std::vector<PlaylistInstanceEntry>& instances();
 
     std::size_t place = 0;  // of this wrapper among the instances, while there is a handle
+    // Of this wrapper alone, since libspotify takes an address back as often as it was given.
     sp_playlist_callbacks callbacks{};  // libspotify keeps its address
     const orvo::shared_ptr<Playlistcontainer> container;
 };

@@ -23,8 +23,8 @@
 // shares, too, so that what a page still holds outlives the root.
 class Spotify final : public jspp::event_dispatcher<jspp::interface> {
 public:
-    // Makes every object that it answers; nothing of libspotify is called before a page creates the
-    // session. Throws when there is no memory.
+    // Makes every object that it answers. Of libspotify nothing is called before a page creates the
+    // session, but for the text of its build. Throws when there is no memory.
     Spotify();
 
     // For the plug-in's hooks. Never null. It is there before the session is created; its functions

@@ -13,7 +13,8 @@ public:
                   sp_toplistbrowse* browse,
                   const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: asks for a top list, and calls a function with it.
+    // Script: asks for a top list, and calls a function with it. (type, region, user or the empty
+    // text, function): answers the list at once, not loaded yet.
     static void create(jspp::function_context& context);
 };
 

@@ -13,10 +13,12 @@ public:
           sp_track* track,
           const orvo::shared_ptr<LibWrapper>& libraryShare);
 
-    // Script: a new wrapper for the track that a link names.
+    // Script: a new wrapper for the track that a link names. Throws when the text is no link of a
+    // track.
     static void create(jspp::function_context& context);
 
 private:
+    // (on): nothing; the star is seen through every wrapper of the track.
     void setStarred(jspp::function_context& context) const;
 };
 

@@ -16,6 +16,8 @@
 // The call's signature tells what it is given: the handle, the session, and script's arguments for
 // the numbers, enumerations and flags in it. Errors: first those of the arguments, then that there
 // is no handle. Script thread.
+// A parameter that is neither a number, a flag nor the handle or session does not compile, and
+// neither does a result that no answer() takes.
 template <class Kind>
 class Wrapper : public Object {
 public:
@@ -45,6 +47,7 @@ protected:
 
     void releaseHandle() noexcept override { handle.release(); }
 
+    // Given back by releaseHandle(), or with the wrapper.
     Handle<Kind> handle;
 
 private:

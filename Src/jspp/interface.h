@@ -124,6 +124,7 @@ private:
                             int argc,
                             jsplugin_value* argv,
                             jsplugin_value* result) noexcept;
+    // The script object has gone: its share of the interface goes, and maybe the interface.
     static void _static_destructor(jsplugin_obj* obj) noexcept;
     static void _static_call_destructor(jsplugin_obj* function_obj) noexcept;
     static void _static_gc(jsplugin_obj* obj) noexcept;
@@ -151,6 +152,7 @@ private:
     function_member find_function(std::string_view name) const;
     set_member find_setter(std::string_view name) const;
 
+    // The living script object of the document, or null.
     jsplugin_obj* cached_object(jsplugin_obj* document) const;
     void
     adopt(jsplugin_obj* obj, jsplugin_obj* document, const orvo::shared_ptr<interface>& self) const;

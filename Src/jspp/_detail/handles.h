@@ -11,7 +11,8 @@ namespace jspp::__detail {
 // Takes no memory: a collection comes when there is little.
 void mark_handles(jsplugin_obj* document) noexcept;
 
-// Takes the handles to objects of the document out of the sight of mark_handles().
+// Takes the handles to objects of the document out of the sight of mark_handles(). They refer to
+// nothing from here on, also when a later document has that address.
 void forget_handles(jsplugin_obj* document) noexcept;
 
 }  // namespace jspp::__detail

@@ -67,7 +67,8 @@ private:
     }
 };
 
-// For the nodes of one container, which is never destroyed. Threads: the container's.
+// For the nodes of one container, which is never destroyed. Threads: the container's. Kind by kind
+// a pool of its own, shared by all containers of such nodes.
 template <class Kind>
 class pool_allocator {
 public:

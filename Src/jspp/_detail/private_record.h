@@ -52,7 +52,8 @@ public:
     record_use(const record_use&) = delete;
     record_use& operator=(const record_use&) = delete;
 
-    // Frees the record of an object that has been destroyed, now or with its outermost use.
+    // Frees the record of an object that has been destroyed, now or with its outermost use. The
+    // host has taken the object away inside a callback for it: the record stays until that is over.
     static void drop(std::unique_ptr<private_record> dropped) noexcept {
         record_use* keeper = nullptr;
         for (record_use* use = innermost; use; use = use->outer) {

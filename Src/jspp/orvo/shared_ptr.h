@@ -71,7 +71,7 @@ public:
     shared_ptr(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
 
     // Takes `object` over, also when this throws. Links the object's own weak pointer if it is an
-    // enable_shared_from_this.
+    // enable_shared_from_this. Throws std::bad_alloc.
     explicit shared_ptr(T* object, deleter_type custom_deleter = nullptr)
         : pointer(object), deleter(custom_deleter) {
         try {
@@ -248,6 +248,7 @@ private:
 template <class T>
 class enable_shared_from_this {
 public:
+    // Any thread that has a share of the object.
     shared_ptr<T> shared_from_this() const noexcept { return self.lock(); }
 
 protected:
