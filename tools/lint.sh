@@ -12,8 +12,9 @@ all_sources() {
     git_here ls-files '*.cpp' '*.h'
 }
 
-# changed_since BASE: those that differ from it, as they are in the working tree. An empty BASE is
-# where this branch left main or, on main itself, the commit before.
+# changed_since BASE: those that differ from it, as they are in the working tree, new ones that git
+# does not know yet among them. An empty BASE is where this branch left main or, on main itself, the
+# commit before.
 changed_since() {
     local base=$1 name
     if [[ -z $base ]]; then
@@ -29,6 +30,7 @@ changed_since() {
         return
     fi
     git_here diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h'
+    git_here ls-files --others --exclude-standard -- '*.cpp' '*.h'
 }
 
 # compiled_of SOURCE...: what clang-tidy looks at for these: of a header, a source that includes it.
@@ -40,9 +42,31 @@ compiled_of() {
         elif [[ -e $root/${source%.h}.cpp ]]; then
             echo "${source%.h}.cpp"
         else
-            git_here grep -lE "#include \"([^\"]*/)?${source##*/}\"" -- '*.cpp' | sed -n 1p || true
+            including "$source"
         fi
     done | sort -u
+}
+
+# including HEADER: a source that includes it, itself or by way of other headers. Headers of one name
+# stand in several folders, so the nearest that name it come first. Nothing when nobody does.
+seen=()
+including() {
+    local header=$1 kind near found
+    [[ " ${seen[*]} " != *" $header "* ]] || return 0
+    local seen=("${seen[@]}" "$header")
+    for near in "${header%/*}/" "${header%%/*}/" ""; do
+        for kind in cpp h; do
+            while read -r found; do
+                if [[ $kind == h ]]; then
+                    found=$(compiled_of "$found")
+                fi
+                if [[ -n $found ]]; then
+                    echo "$found"
+                    return
+                fi
+            done < <(git_here grep -lE "#include \"([^\"]*/)?${header##*/}\"" -- "$near*.$kind")
+        done
+    done
 }
 
 # lint_sources SOURCE...: writes what is wrong, and fails.
