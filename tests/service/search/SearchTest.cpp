@@ -5,11 +5,6 @@
 #include "catalogue/CatalogueWriter.h"
 #include "search/QueryStore.h"
 
-#include <gmock/gmock.h>
-
-#include <random>
-#include <set>
-
 namespace sonolet::test {
 namespace {
 
@@ -145,7 +140,8 @@ TEST_F(SearchTest, PagesAndTotalsAgreeWithCounting) {
     const std::vector<std::string> words = {"sun", "sunny", "moon", "star", "sea", "stone", "so"};
     const auto some = [&] { return words[random() % words.size()]; };
     std::vector<Song> songs;
-    while (songs.size() < 5000) {
+    // Twice as many as are weighed.
+    while (songs.size() < 2000) {
         // The number is a word that no query has.
         songs.push_back({some() + ' ' + some() + " n" + std::to_string(songs.size()),
                          some() + ' ' + some(), some(), 1980 + static_cast<int>(random() % 5)});
