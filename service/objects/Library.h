@@ -59,8 +59,8 @@ public:
     // The same for users, plays and stars.
     bool refreshAccounts();
 
-    // Why something that is not in the catalogue is not there: SP_ERROR_IS_LOADING while it may still
-    // come.
+    // Why something that is not in the catalogue is not there: SP_ERROR_IS_LOADING while it may
+    // still come.
     sp_error absence(sp_linktype kind, const Id& id) const {
         return source == nullptr ? SP_ERROR_OTHER_PERMANENT : source->absence(kind, id);
     }

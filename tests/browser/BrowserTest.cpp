@@ -2,11 +2,6 @@
 #include "Place.h"
 #include "WebDriver.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <csignal>
-
 using testing::HasSubstr;
 using testing::Not;
 
@@ -92,36 +87,6 @@ TEST(Browser, TellsWhatIsWrong) {
     const Outcome noDisplay = run(good, {{"DISPLAY", ""}});
     EXPECT_EQ(noDisplay.exitCode, 2);
     EXPECT_THAT(noDisplay.errors, HasSubstr("no display"));
-}
-
-TEST(Browser, KeepsSecretsOutOfItsLog) {
-    const Place place("secrets");
-    writeTo(place.file("page.html"), R"html(<!DOCTYPE html>
-<html data-ready="false"><script type="module">
-const { Session, SessionConfig } = Spotify;
-Session.create(SessionConfig);
-const login = (password) => new Promise((answered) => {
-    Session.onLoggedIn = answered;
-    Session.login("listener", password, true, "");
-});
-const blob = new Promise((given) => { Session.onCredentialsBlobUpdated = given; });
-console.log(`refused: ${await login("secret-words")}, then ${await login("listener")}`);
-console.log(`the blob is ${await blob}.`);
-document.documentElement.dataset.ready = "true";
-</script>)html");
-    const Outcome outcome = run({browser, place.file("page.html"), "--log", "trace", "--audio",
-                                 "null", "--screenshot", place.file("page.png")},
-                                {});
-    const std::string all = outcome.output + outcome.errors;
-    EXPECT_THAT(all, HasSubstr("refused: 6, then 0"));
-    EXPECT_THAT(all, HasSubstr("Session::handleLoggedInEvent"));
-    EXPECT_THAT(all, Not(HasSubstr("secret-words")));
-    const std::size_t at = all.find("the blob is ");
-    ASSERT_NE(at, std::string::npos) << all;
-    const std::string blob = all.substr(at + 12, all.find('.', at) - at - 12);
-    EXPECT_GE(blob.size(), 32U);
-    EXPECT_EQ(all.find(blob), at + 12);
-    EXPECT_EQ(all.find(blob, at + 13), std::string::npos);
 }
 
 TEST(Browser, SurvivesTheDeathOfThePagesProcess) {

@@ -1,8 +1,6 @@
 #include "Place.h"
 #include "WebDriver.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 class Frames : public testing::Test {

@@ -3,11 +3,6 @@
 
 #include "Process.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-
 // A display, the demo library and a fresh state for the programs of one test, in the environment.
 class Place final {
 public:

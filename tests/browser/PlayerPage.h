@@ -5,11 +5,6 @@
 #include "Place.h"
 #include "WebDriver.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 // For the body of every function that runs in the page. Keys go where the focus is.
 inline constexpr const char* playerHelpers = R"js(
     const find = (selector) => document.querySelector(selector);

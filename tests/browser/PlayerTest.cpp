@@ -1,7 +1,5 @@
 #include "PlayerPage.h"
 
-#include <gmock/gmock.h>
-
 using testing::HasSubstr;
 
 namespace {

@@ -5,12 +5,6 @@
 
 #include <gio/gio.h>
 
-#include <iterator>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 // A program that runs beside the test; killed at the end if it still runs.
 class Process final {
 public:

@@ -2,10 +2,6 @@
 
 #include "Command.h"
 
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-
 namespace {
 
 constexpr char form[] = "format=s16le rate=44100 channels=2";

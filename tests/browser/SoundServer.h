@@ -3,11 +3,6 @@
 
 #include "Process.h"
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 // A PulseAudio of one's own, whose loudspeaker goes nowhere but is recorded. While it lives, it is
 // what this process and those that it starts play to.
 class SoundServer final {

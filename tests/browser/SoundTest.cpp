@@ -2,12 +2,6 @@
 #include "Place.h"
 #include "SoundServer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <csignal>
-#include <tuple>
-
 namespace {
 
 using Frames = SoundServer::Frames;

@@ -3,10 +3,6 @@
 
 #include "Process.h"
 
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 // A browser of its own and the WebKitWebDriver that controls it.
 //
 // Errors: std::runtime_error with what the driver answers.

@@ -2,20 +2,12 @@
 #include "../fakes/FakeLog.h"
 #include "../fakes/Faults.h"
 #include "../fakes/Inspection.h"
+#include "../fakes/Test.h"
 #include "Allocations.h"
 #include "Spotify.h"
 #include "Visitor.h"
 
-#include <gtest/gtest.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <iostream>
-#include <memory>
-#include <string>
 
 // Millions of allocations: of each, only the nearest callers are kept.
 extern "C" __attribute__((visibility("default"), used)) const char*

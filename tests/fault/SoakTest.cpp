@@ -2,17 +2,12 @@
 #include "../fakes/FakeLog.h"
 #include "../fakes/Faults.h"
 #include "../fakes/Inspection.h"
+#include "../fakes/Test.h"
 #include "Allocations.h"
 #include "Spotify.h"
 #include "Visitor.h"
 
-#include <gtest/gtest.h>
 #include <malloc.h>
-#include <stdlib.h>
-
-#include <iostream>
-#include <memory>
-#include <string>
 
 namespace {
 

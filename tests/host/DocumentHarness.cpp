@@ -5,10 +5,6 @@
 #include <dlfcn.h>
 #include <glib.h>
 
-#include <chrono>
-#include <map>
-#include <utility>
-
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
 extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 

@@ -1,17 +1,13 @@
 #ifndef SONOLET_TESTS_HOST_DOCUMENTHARNESS_H
 #define SONOLET_TESTS_HOST_DOCUMENTHARNESS_H
 
+#include "../fakes/Test.h"
 #include "Probe.h"
 #include "engine/Document.h"
 #include "engine/GlibScheduler.h"
 #include "engine/PluginLibrary.h"
 
 #include <JavaScriptCore/JavaScript.h>
-
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 // A document with the probe plug-in in it, on the real engine.
 class DocumentHarness final : public ErrorReporter {

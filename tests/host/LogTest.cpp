@@ -1,12 +1,7 @@
+#include "../fakes/Test.h"
 #include "log/LogThreshold.h"
 
 #include "kellog.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-#include <thread>
 
 namespace {
 

@@ -3,14 +3,6 @@
 #include "../fakes/Folder.h"
 #include "Command.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <string>
-#include <utility>
-#include <vector>
-
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -203,17 +195,6 @@ TEST(RunnerTest, APageImportsScriptsFromItsFolder) {
                       HasSubstr("parts/page.js:1:14")));
     EXPECT_THAT(errorsOf("importScripts('none.js')"),
                 HasSubstr("parts/none.js: No such file or directory"));
-}
-
-TEST(RunnerTest, AReloadFromInsideThePluginWaitsForIt) {
-    const Outcome result = runPage(R"(
-        if (Probe.inits === 2) { close(); }
-        Probe.listen(() => { location.reload(); console.log('asked', Probe.text); });
-        Probe.startPoll(1000);
-    )");
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_EQ(result.output, "asked first\n");
-    EXPECT_THAT(line(result.errors), AllOf(HasSubstr("unloads 2"), HasSubstr("polls 1")));
 }
 
 TEST(RunnerTest, ForAndSpeedCountPageTime) {

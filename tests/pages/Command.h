@@ -1,15 +1,9 @@
 #ifndef SONOLET_TESTS_PAGES_COMMAND_H
 #define SONOLET_TESTS_PAGES_COMMAND_H
 
-#include <glib.h>
-#include <sys/wait.h>
+#include "../fakes/Test.h"
 
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <glib.h>
 
 // What a command left behind.
 struct Outcome {

@@ -1,18 +1,6 @@
 #include "../fakes/Wav.h"
 #include "Command.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <iostream>
-#include <iterator>
-#include <random>
-#include <sstream>
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -129,12 +117,12 @@ TEST_P(SelfCheckingPage, Passes) {
     const Place place(GetParam(), demoMusic());
     expectPassed(place.page(contentsOf(std::string(PAGES_DIR "/scripts/") + GetParam() + ".js"),
                             {"--log", "none"}),
-                 6);
+                 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages,
                          SelfCheckingPage,
-                         testing::Values("catalogue", "queries", "events", "playback"),
+                         testing::Values("events", "playback"),
                          [](const auto& page) { return std::string(page.param); });
 
 // The scan of a new state takes real time: the first fault waits until it is surely over.
@@ -280,69 +268,38 @@ PlaylistAdded(folder, 5)
 
 // ---- Sound, sample for sample ----
 
-class Sound : public testing::Test {
-protected:
-    // Noise, so that a block that is lost, repeated or moved shows.
-    Sound() {
-        std::mt19937 random(7);
-        source.resize(44100 * 4 * 9 + 4 * 731);
-        for (char& byte : source) {
-            byte = static_cast<char>(random());
-        }
-        fs::create_directories(music);
-        writeTo(music + "/Noise.wav", wavFile(source));
-    }
-
-    // The stream of a page that played the noise: a silent frame, then the source.
-    static void expectPrefixOfSource(const std::string& played, const std::string& source) {
-        ASSERT_GE(played.size(), 4U);
+// A page plays noise, to its end or until it closes in the middle: what reaches the sink is a
+// silent frame and the source, so that a block that is lost, repeated or moved shows.
+TEST(Sound, OfATrackReachesTheSinkSampleForSampleAndStopsWithThePage) {
+    std::mt19937 random(7);
+    std::string source(44100 * 4 * 9 + 4 * 731, '\0');
+    std::generate(source.begin(), source.end(), [&] { return static_cast<char>(random()); });
+    const std::string music = WORK_DIR "/noise";
+    fs::create_directories(music);
+    writeTo(music + "/Noise.wav", wavFile(source));
+    // Less than one request may be missing at the end.
+    const std::size_t whole = source.size() + 4;
+    for (const auto& [until, least, most] :
+         {std::tuple("complete", whole - 4095, whole),
+          {"test.next(Spotify.Sonolet, 'TrackProgress', (at) => at > 2)", std::size_t{44100 * 4},
+           whole - 1}}) {
+        const Place place("sound", music);
+        const std::string file = (place.state / "out.wav").string();
+        const Outcome outcome = place.page(std::string(R"js(
+            test.run(async () => {
+                await test.login();
+                const session = Spotify.Session;
+                session.playerLoad(await test.loaded(Spotify.Track.create(LINKS["Noise"])));
+                const complete = test.next(Spotify.Sonolet, "TrackComplete");
+                session.playerPlay(true);
+                await )js") + until + "; test.ok(true, 'played'); });",
+                                           {"--audio", "wav:" + file});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.output << outcome.errors;
+        const std::string played = samplesOf(contentsOf(file));
+        EXPECT_TRUE(played.size() >= least && played.size() <= most) << until << played.size();
         EXPECT_EQ(played.substr(0, 4), std::string(4, '\0'));
         EXPECT_TRUE(played.compare(4, played.size() - 4, source, 0, played.size() - 4) == 0);
     }
-
-    std::string source;
-    const std::string music = WORK_DIR "/noise";
-};
-
-constexpr char playNoise[] = R"js(
-test.run(async () => {
-    await test.login();
-    const session = Spotify.Session;
-    session.playerLoad(await test.loaded(Spotify.Track.create(LINKS["Noise"])));
-    const complete = test.next(Spotify.Sonolet, "TrackComplete");
-    session.playerPlay(true);
-    await UNTIL;
-    test.ok(true, "played");
-});
-)js";
-
-std::string playNoiseUntil(const std::string& until) {
-    std::string script = playNoise;
-    return script.replace(script.find("UNTIL"), 5, until);
-}
-
-TEST_F(Sound, OfATrackReachesTheSinkSampleForSample) {
-    const Place place("sound", music);
-    const std::string file = (place.state / "out.wav").string();
-    const Outcome outcome = place.page(playNoiseUntil("complete"), {"--audio", "wav:" + file});
-    ASSERT_EQ(outcome.exitCode, 0) << outcome.output << outcome.errors;
-    const std::string played = samplesOf(contentsOf(file));
-    expectPrefixOfSource(played, source);
-    EXPECT_LE(played.size(), source.size() + 4);
-    EXPECT_LT(source.size() + 4 - played.size(), 4096U) << "less than one request may be missing";
-}
-
-TEST_F(Sound, StopsWhenThePageClosesInTheMiddle) {
-    const Place place("stop", music);
-    const std::string file = (place.state / "out.wav").string();
-    const Outcome outcome =
-        place.page(playNoiseUntil("test.next(Spotify.Sonolet, \"TrackProgress\", (at) => at > 2)"),
-                   {"--audio", "wav:" + file});
-    ASSERT_EQ(outcome.exitCode, 0) << outcome.output << outcome.errors;
-    const std::string played = samplesOf(contentsOf(file));
-    expectPrefixOfSource(played, source);
-    EXPECT_GT(played.size(), 44100U * 4);
-    EXPECT_LT(played.size(), source.size());
 }
 
 // ---- The page's life ----

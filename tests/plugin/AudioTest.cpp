@@ -2,13 +2,9 @@
 // model by the "audio" fuzz target, and between threads by ThreadsTest.
 
 #include "../fakes/FakeLog.h"
+#include "../fakes/Test.h"
 #include "CircularBuffer.h"
 #include "SimpleBuffer.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 
 namespace {
 

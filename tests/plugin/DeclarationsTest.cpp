@@ -4,8 +4,6 @@
 #include "PluginTest.h"
 #include "jspp/_detail/private_record.h"
 
-#include <filesystem>
-
 namespace {
 
 // A script object's names, and how they are declared.

@@ -2,15 +2,8 @@
 
 #include "../fakes/FakeBackend.h"
 #include "../fakes/FakeLog.h"
+#include "../fakes/Test.h"
 #include "AudioTrack.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 using TellusClientNamespace::AudioTrack;
 using TellusClientNamespace::Player;

@@ -2,10 +2,6 @@
 #include "Playlistcontainer.h"
 #include "PluginTest.h"
 
-#include <string.h>
-
-#include <stdexcept>
-
 namespace {
 
 class PlaylistTest : public PluginTest {

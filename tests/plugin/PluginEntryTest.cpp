@@ -1,10 +1,5 @@
 #include "PluginTest.h"
 
-#include <stdio.h>
-#include <stdlib.h>
-
-#include <algorithm>
-
 namespace {
 
 using PluginEntryTest = PluginTest;

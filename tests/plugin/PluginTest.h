@@ -6,18 +6,9 @@
 #include "../fakes/FakeLog.h"
 #include "../fakes/FakeSpotify.h"
 #include "../fakes/Inspection.h"
+#include "../fakes/Test.h"
 #include "Spotify.h"
 #include "jspp/orvo/shared_ptr.h"
-
-#include <gtest/gtest.h>
-
-#include <cctype>
-#include <functional>
-#include <map>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
 using Strings = std::vector<std::string>;
 using Values = FakeHost::Values;

@@ -1,15 +1,8 @@
+#include "../fakes/Test.h"
 #include "jspp/lexical_cast.h"
 #include "jspp/orvo/mutex.h"
 #include "jspp/orvo/shared_ptr.h"
 #include "jspp/parameter_context.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cmath>
-#include <limits>
-#include <thread>
-#include <vector>
 
 namespace {
 

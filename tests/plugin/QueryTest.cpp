@@ -1,7 +1,5 @@
 #include "PluginTest.h"
 
-#include <functional>
-
 namespace {
 
 class QueryTest : public PluginTest {

@@ -1,11 +1,7 @@
 #include "../fakes/Inspection.h"
+#include "../fakes/Test.h"
 #include "jspp/_detail/object_manager.h"
 #include "jspp/object.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
 
 using jspp::__detail::inspection;
 using jspp::__detail::object_manager;

@@ -6,8 +6,6 @@
 #include "jspp/object.h"
 #include "jspp/string_array.h"
 
-#include <stdexcept>
-
 namespace {
 
 // One member of every kind that the framework knows.

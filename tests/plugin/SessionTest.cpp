@@ -2,8 +2,6 @@
 
 #include "PluginTest.h"
 
-#include <thread>
-
 namespace {
 
 using SessionTest = PluginTest;

@@ -3,19 +3,6 @@
 #include "PluginTest.h"
 
 #include <sched.h>
-#include <stdlib.h>
-#include <string.h>
-
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <iostream>
-#include <mutex>
-#include <numeric>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 using TellusClientNamespace::AudioTrack;
 using TellusClientNamespace::Player;
@@ -51,37 +38,6 @@ std::function<UVAEvent*()> everyEvent(unsigned seed) {
 }
 
 }  // namespace
-
-TEST_F(ThreadsTest, EventsOfManyThreadsArriveOnceEachInTheirOrder) {
-    constexpr int events = 500;
-    std::array<int, 3> next{};
-    bool inOrder = true;
-    session("addEventListener", {"LogMessage", host->function(page, [&](const Values& arguments) {
-                                     const int value = std::stoi(arguments[0].string);
-                                     int& expected = next[static_cast<std::size_t>(value % 3)];
-                                     inOrder = expected++ == value / 3 && inOrder;
-                                 })});
-    std::array<std::thread, 3> library;
-    std::atomic<int> running{3};
-    for (int thread = 0; thread < 3; ++thread) {
-        library[static_cast<std::size_t>(thread)] = std::thread([&, thread] {
-            for (int i = 0; i < events; ++i) {
-                spotify.callbacks().log_message(spotify.session(),
-                                                std::to_string(i * 3 + thread).c_str());
-            }
-            --running;
-        });
-    }
-    while (running != 0) {
-        tick();
-    }
-    for (std::thread& thread : library) {
-        thread.join();
-    }
-    tick();
-    EXPECT_TRUE(inOrder);
-    EXPECT_EQ(next, (std::array<int, 3>{events, events, events}));
-}
 
 // For SONOLET_TORTURE_SECONDS, 3 by default.
 TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyThreads) {

@@ -1,22 +1,13 @@
 #ifndef SONOLET_TESTS_SERVICE_TESTMUSIC_H
 #define SONOLET_TESTS_SERVICE_TESTMUSIC_H
 
+#include "../pages/Command.h"
 #include "catalogue/Catalogue.h"
 #include "player/TestFiles.h"
 #include "store/StatePaths.h"
 
 #include <fileref.h>
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/wait.h>
 #include <tpropertymap.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <cstdio>
-#include <functional>
-#include <map>
-#include <sstream>
 
 namespace sonolet::test {
 
@@ -96,14 +87,8 @@ struct Ran {
     std::string output;
 };
 inline Ran run(const std::string& commandLine) {
-    Ran ran;
-    FILE* pipe = popen(("(" + commandLine + ") 2>&1").c_str(), "r");
-    for (int character = 0; (character = std::fgetc(pipe)) != EOF;) {
-        ran.output.push_back(static_cast<char>(character));
-    }
-    const int status = pclose(pipe);
-    ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return ran;
+    const Outcome ended = ::run({"/bin/sh", "-c", "(" + commandLine + ") 2>&1"}, {});
+    return {ended.exitCode, ended.output};
 }
 
 // Runs `action` for ever in another process and kills that once it has confirmed `count` times;

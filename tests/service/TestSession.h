@@ -5,16 +5,6 @@
 
 #include "libspotify/api.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <memory>
-#include <mutex>
-
 namespace sonolet::test {
 
 inline std::shared_ptr<sp_link> linkOf(const std::string& text) {

@@ -4,12 +4,6 @@
 
 #include "uva.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using std::chrono::milliseconds;
@@ -35,8 +29,7 @@ TEST_F(MediaPlayback, WavHasTheSamplesDelivered) {
         const Bytes samples = noise(c.size);
         Player player(stream(samples, c.rate, c.channels));
         player.pieceLimit = c.pieceLimit;
-        ASSERT_TRUE(player.start());
-        ASSERT_TRUE(player.answerUntil(playbackFinished));
+        ASSERT_TRUE(player.playOut());
         const WavContent wav = readWav(wavPath);
         EXPECT_EQ(wav.header.rate, c.rate);
         EXPECT_EQ(wav.header.channels, c.channels);
@@ -172,8 +165,7 @@ TEST_F(MediaPlayback, StreamsWithoutSoundFinishAndGarbageIsADecodeError) {
 TEST_F(MediaPlayback, AutoPlaysWithAndWithoutASoundDevice) {
     setAudioOptions({AudioOptions::Sink::Auto, "", 20});
     Player player(stream(Bytes(secondOfStereo / 4)));
-    ASSERT_TRUE(player.start());
-    ASSERT_TRUE(player.answerUntil(playbackFinished));
+    ASSERT_TRUE(player.playOut());
     EXPECT_NEAR(player.position(), 0.25, 0.01);
 }
 

@@ -1,18 +1,9 @@
 #ifndef SONOLET_TESTS_HOST_MEDIA_PLAYER_H
 #define SONOLET_TESTS_HOST_MEDIA_PLAYER_H
 
-#include "uva.h"
+#include "../../fakes/Test.h"
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <cstddef>
-#include <deque>
-#include <functional>
-#include <mutex>
-#include <utility>
-#include <vector>
+#include "uva.h"
 
 // Types of the backend's events, as the device's clients know them.
 enum : unsigned {
@@ -45,6 +36,9 @@ public:
         backend->play();
         return opened;
     }
+
+    // Plays all of the feed.
+    bool playOut() { return start() && answerUntil(playbackFinished); }
 
     void release() {
         if (!released.exchange(true)) {

@@ -2,16 +2,7 @@
 #define SONOLET_TESTS_HOST_MEDIA_TESTSTREAM_H
 
 #include "../../fakes/Folder.h"
-
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
+#include "../../fakes/Test.h"
 
 constexpr std::size_t secondOfStereo = 176400;  // bytes, at 44.1 kHz
 

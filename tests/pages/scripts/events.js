@@ -40,12 +40,4 @@ test.run(
         }
         await test.next(plugin, "TrackProgress");
         test.same(answered, 20, "each query is answered once");
-    },
-    async () => {
-        const session = Spotify.Session;
-        test.same(await test.login("listener", "wrong"),
-            Spotify.SP_ERROR.SP_ERROR_BAD_USERNAME_OR_PASSWORD, "a wrong password");
-        test.same(session.setCacheSize(64), undefined, "the cache's size");
-        test.same(session.signupPerformAction(Spotify.SP_SIGNUP_ACTION.SP_SIGNUP_ACTION_ACCEPT), 0,
-            "sign-up actions");
     });

@@ -5,11 +5,6 @@
 #include "TestMusic.h"
 #include "TestSession.h"
 
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-
 namespace sonolet::test {
 namespace {
 

@@ -4,8 +4,6 @@
 
 #include "libspotify/api.h"
 
-#include <gmock/gmock.h>
-
 namespace sonolet::test {
 namespace {
 

@@ -6,12 +6,6 @@
 #include "music/PlaylistFile.h"
 #include "music/Tags.h"
 
-#include <gmock/gmock.h>
-#include <sys/stat.h>
-
-#include <future>
-#include <random>
-
 namespace sonolet::test {
 namespace {
 

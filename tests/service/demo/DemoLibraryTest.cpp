@@ -5,17 +5,6 @@
 #include "catalogue/Scanner.h"
 #include "demo/Repertoire.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <future>
-#include <iterator>
-#include <map>
-#include <set>
-#include <tuple>
-
 namespace fs = std::filesystem;
 
 namespace sonolet::service {

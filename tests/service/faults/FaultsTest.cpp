@@ -2,9 +2,7 @@
 
 #include "faults/Faults.h"
 
-#include <gmock/gmock.h>
-
-#include <stdexcept>
+#include "../../fakes/Test.h"
 
 namespace sonolet::test {
 namespace {

@@ -10,7 +10,6 @@
 #include <id3v2tag.h>
 #include <mp4file.h>
 #include <mpegfile.h>
-#include <sys/stat.h>
 #include <vorbisfile.h>
 
 namespace sonolet::test {

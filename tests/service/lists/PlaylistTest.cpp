@@ -6,11 +6,6 @@
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 
-#include <gmock/gmock.h>
-
-#include <iostream>
-#include <optional>
-
 namespace sonolet::test {
 namespace {
 

@@ -3,16 +3,7 @@
 #include "TestFiles.h"
 #include "music/MusicFile.h"
 
-#include <gmock/gmock.h>
 #include <gst/gst.h>
-
-#include <algorithm>
-#include <cmath>
-#include <condition_variable>
-#include <iterator>
-#include <mutex>
-#include <random>
-#include <utility>
 
 namespace sonolet::service {
 namespace {

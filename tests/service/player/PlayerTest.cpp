@@ -2,16 +2,6 @@
 
 #include "TestFiles.h"
 
-#include <gmock/gmock.h>
-
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
-#include <thread>
-#include <utility>
-
 namespace sonolet::service {
 namespace {
 

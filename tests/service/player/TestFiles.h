@@ -2,15 +2,10 @@
 #define SONOLET_TESTS_SERVICE_PLAYER_TESTFILES_H
 
 #include "../../fakes/Folder.h"
+#include "../../fakes/Test.h"
 #include "../../fakes/Wav.h"
 
 #include <gst/gst.h>
-
-#include <cmath>
-#include <cstdint>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace sonolet::test {
 

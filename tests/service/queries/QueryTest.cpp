@@ -5,11 +5,6 @@
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <tuple>
-
 namespace sonolet::test {
 namespace {
 

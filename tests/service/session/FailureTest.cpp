@@ -6,12 +6,10 @@
 #include "accounts/ListStore.h"
 #include "images/ImageCache.h"
 
-#include <gmock/gmock.h>
 #include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 namespace sonolet::test {
 namespace {
@@ -19,11 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace service;
 using testing::HasSubstr;
-
-std::string contentsOf(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // Writes garbage over a file from a place on; what is in it then.
 std::string spoiled(const std::string& path, std::streamoff from) {

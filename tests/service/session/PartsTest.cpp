@@ -1,11 +1,7 @@
 // The parts of a session by themselves: what is told, in which order, and what ends it.
 
+#include "../../fakes/Test.h"
 #include "session/LateAnswers.h"
-
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-#include <string>
 
 namespace sonolet::test {
 namespace {

@@ -3,8 +3,6 @@
 #include "TestMusic.h"
 #include "TestSession.h"
 
-#include <gmock/gmock.h>
-
 namespace sonolet::test {
 namespace {
 
