@@ -105,9 +105,8 @@ public:
         std::variant<function, get_member, orvo::shared_ptr<interface>, double, bool, std::string>;
 
     name_table();
-    // A class that has its base's names starts from a copy; nothing is assigned or moved.
+    // A class that has its base's names starts from a copy; a move is one too, nothing is assigned.
     name_table(const name_table& other);
-    name_table(name_table&&) = delete;
     name_table& operator=(const name_table&) = delete;
     ~name_table();
 
