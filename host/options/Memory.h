@@ -15,8 +15,10 @@ namespace memory {
 inline void shareOneHeap() noexcept {
 #ifdef M_ARENA_MAX
     constexpr int largeBlock = 128 << 10;
+    // NOLINTBEGIN(concurrency-mt-unsafe): nobody else sets them
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_THRESHOLD, largeBlock);
+    // NOLINTEND(concurrency-mt-unsafe)
 #endif
 }
 
