@@ -281,7 +281,7 @@ TEST(Sound, OfATrackReachesTheSinkSampleForSampleAndStopsWithThePage) {
     const std::size_t whole = source.size() + 4;
     for (const auto& [until, least, most] :
          {std::tuple("complete", whole - 4095, whole),
-          {"test.next(Spotify.Sonolet, 'TrackProgress', (at) => at > 2)", std::size_t{44100 * 4},
+          {"test.next(Spotify.Sonolet, 'TrackProgress', (at) => at > 2)", std::size_t{44100} * 4,
            whole - 1}}) {
         const Place place("sound", music);
         const std::string file = (place.state / "out.wav").string();
