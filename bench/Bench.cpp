@@ -22,7 +22,7 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script load plugin sound base64 memory size growth search playing (all, if none is "
+    "groups: script load plugin sound base64 memory size growth layer search playing (all, if none is "
     "named)\n";
 
 // Wrong use.
@@ -38,8 +38,8 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 10> allGroups = {"script", "load", "plugin", "sound",  "base64",
-                                               "memory", "size", "growth", "search", "playing"};
+const std::array<std::string, 11> allGroups = {"script", "load", "plugin", "sound",  "base64",
+                                               "memory", "size", "growth", "layer", "search", "playing"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -179,7 +179,7 @@ void run(const Options& options) {
         std::cerr << "measuring: " << group << '\n';
         if (group == "script" || group == "load") {
             add(figuresOf(program("sonolet-bench-script") + ' ' + group));
-        } else if (group == "search" || group == "playing") {
+        } else if (group == "search" || group == "playing" || group == "layer") {
             add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));
