@@ -41,6 +41,7 @@ std::function<UVAEvent*()> everyEvent(unsigned seed) {
 
 // For SONOLET_TORTURE_SECONDS, 3 by default.
 TEST_F(ThreadsTest, NothingIsLostOrRepeatedWhilePagesLoadSeekAndUnloadUnderBusyThreads) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets it
     const char* const text = getenv("SONOLET_TORTURE_SECONDS");
     const auto end = std::chrono::steady_clock::now() +
                      std::chrono::seconds(text == nullptr ? 3 : strtol(text, nullptr, 10));
