@@ -9,7 +9,7 @@ build_packages=(
     libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev nlohmann-json3-dev
 )
 browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
-package_packages=(dpkg-dev file)
+package_packages=(dpkg-dev file lintian)
 test_packages=(libgtest-dev libgmock-dev binutils node-typescript man-db)
 browser_test_packages=(
     webkit2gtk-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
@@ -66,4 +66,18 @@ install_missing() {
     "${apt[@]}" update >&2 || say "apt-get update failed; going on with the lists that are there"
     "${apt[@]}" install --no-install-recommends "${missing[@]}" >&2 ||
         fail "apt-get could not install ${missing[*]}"
+}
+
+# What the browser tests look for faults of accessibility with, in build/npm.
+axe=axe-core@4.10.3
+install_axe() {
+    local folder=$root/build/npm
+    if grep -qs "\"version\": \"${axe#*@}\"" "$folder/node_modules/axe-core/package.json"; then
+        return
+    fi
+    command -v npm >/dev/null || install_missing npm
+    say "installing $axe"
+    mkdir -p "$folder"
+    npm install --prefix "$folder" --no-save --no-audit --no-fund "$axe" >&2 ||
+        fail "npm could not install $axe"
 }

@@ -30,6 +30,7 @@ passed=0 failed=0 skipped=0
 test_preset() {
     local preset=$1 log=$root/build/test-$1.log options=(-DSONOLET_BUILD_TESTS=ON)
     if [[ $preset == dev ]]; then
+        install_axe
         options+=(-DSONOLET_BUILD_BROWSER=ON)
     fi
     say "$preset: building"

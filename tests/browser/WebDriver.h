@@ -3,6 +3,8 @@
 
 #include "Process.h"
 
+#include <map>
+
 // A browser of its own and the WebKitWebDriver that controls it.
 //
 // Errors: std::runtime_error with what the driver answers.
@@ -47,6 +49,29 @@ public:
                  "') { await new Promise(requestAnimationFrame); }");
     }
     void reload() { call("POST", "/refresh", "{}"); }
+
+    // Presses and releases real keys, one after the other: "Left", "Up", "Right", "Down", "Enter",
+    // "Back", or what they write.
+    void press(const std::vector<std::string>& keys) {
+        const std::map<std::string, std::string> codes = {
+            {"Left", "\\uE012"}, {"Up", "\\uE013"},    {"Right", "\\uE014"},
+            {"Down", "\\uE015"}, {"Enter", "\\uE007"}, {"Back", "\\uE003"}};
+        std::string actions;
+        for (const std::string& key : keys) {
+            const auto code = codes.find(key);
+            for (const char* type : {"keyDown", "keyUp"}) {
+                actions += std::string(actions.empty() ? "" : ",") + "{\"type\":\"" + type +
+                           "\",\"value\":\"" + (code == codes.end() ? key : code->second) + "\"}";
+            }
+        }
+        call("POST", "/actions",
+             R"({"actions":[{"type":"key","id":"keys","actions":[)" + actions + "]}]}");
+    }
+    // What is seen of the page: a PNG file in Base64.
+    std::string screenshot() {
+        const std::string quotes = call("GET", "/screenshot", "");
+        return quotes.substr(1, quotes.size() - 2);
+    }
 
     // Runs the body of an async function in the page; what it returns, as JSON.
     std::string evaluate(const std::string& body) {

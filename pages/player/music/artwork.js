@@ -7,30 +7,10 @@ const CONTRAST = 3; // of the two colours, as of things that have to be told apa
 /** @typedef {() => number} Dice  the next of a row of numbers from 0 up to 1 */
 
 /**
- * What has been drawn: whoever scrolls back sees the same.
- * @type {Map<string, string>}
- */
-const drawn = new Map();
-const MOST_DRAWN = 2000;
-
-/**
  * A picture as an address: an SVG of some hundred characters.
  * @param {string} name
  */
 export function artwork(name) {
-    let picture = drawn.get(name);
-    if (picture === undefined) {
-        picture = draw(name);
-        if (drawn.size >= MOST_DRAWN) {
-            drawn.clear();
-        }
-        drawn.set(name, picture);
-    }
-    return picture;
-}
-
-/** @param {string} name */
-function draw(name) {
     const dice = diceOf(name);
     const [ground, figure] = colours(dice);
     const pattern = patterns[Math.floor(dice() * patterns.length)];

@@ -40,7 +40,7 @@ export function showImage(element, id, name) {
     element.dataset.name = name;
     element.textContent = "";
     if (!id && name) {
-        place(element, id, artwork(name));
+        paint(element, name);
         return;
     }
     const picture = kept.get(id);
@@ -81,8 +81,7 @@ function load(id, elements) {
             keep(id, picture);
             elements.forEach((element) => place(element, id, picture));
         } else {
-            elements.forEach((element) => element.dataset.name &&
-                place(element, id, artwork(element.dataset.name)));
+            elements.forEach((element) => paint(element, element.dataset.name || ""));
         }
         loadSoon();
     };
@@ -121,6 +120,40 @@ function keep(id, picture) {
     }
 }
 
+/**
+ * Artwork as pixels by its name: to draw the SVG anew for each frame of a list that scrolls takes
+ * longer than the frame may.
+ * @type {Map<string, string>}
+ */
+const painted = new Map();
+const MOST_PAINTED = 500;
+const PIXELS = 320;
+
+/** @param {HTMLElement} element @param {string} name */
+function paint(element, name) {
+    const id = element.dataset.image || "";
+    const there = painted.get(name);
+    if (there !== undefined || name === "") {
+        there && place(element, id, there);
+        return;
+    }
+    const image = new Image();
+    image.onload = () => {
+        const canvas = document.createElement("canvas");
+        canvas.width = canvas.height = PIXELS;
+        const context = canvas.getContext("2d");
+        if (context !== null && element.dataset.name === name) {
+            context.drawImage(image, 0, 0, PIXELS, PIXELS);
+            if (painted.size >= MOST_PAINTED) {
+                painted.clear();
+            }
+            painted.set(name, canvas.toDataURL());
+            place(element, id, painted.get(name) || "");
+        }
+    };
+    image.src = artwork(name);
+}
+
 /** @param {HTMLElement} element @param {string} id @param {string} picture */
 function place(element, id, picture) {
     if (element.dataset.image !== id) {
@@ -129,7 +162,6 @@ function place(element, id, picture) {
     const image = document.createElement("img");
     image.alt = "";
     image.onload = () => {
-        image.classList.add("shown");
         element.dispatchEvent(new CustomEvent("picture", { detail: image }));
     };
     image.src = picture;

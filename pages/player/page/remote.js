@@ -127,14 +127,23 @@ function arrow(target, direction, typing) {
             return false; // the caret moves
         }
     }
-    const returns = direction === "Right" && target.closest(".sidebar") !== null &&
-        lastInView !== null && lastInView.isConnected;
-    const found = returns ? lastInView : nearest(target, direction);
+    // The sidebar may lie over the view: what is beside it is behind it.
+    const enters = direction === "Right" && target.closest(".sidebar") !== null;
+    const found = !enters ? nearest(target, direction)
+        : lastInView !== null && lastInView.isConnected ? lastInView : entrance();
     if (found !== null) {
         found.focus({ preventScroll: true });
         reveal(found);
     }
     return found !== null || direction === "Up" || direction === "Down";
+}
+
+/** What has the focus first in a view, and above it where there is nothing in the view to have it. */
+export function entrance() {
+    const main = byId("main");
+    const first = main.querySelector("[data-first]") ||
+        main.querySelector("[role=row], .card, .menu-item") || main.querySelector("a, button");
+    return first instanceof HTMLElement ? first : byId("back");
 }
 
 /**
@@ -207,5 +216,6 @@ function distance(from, to, direction) {
         ? Math.max(0, to.left - from.right, from.left - to.right)
         : Math.max(0, to.top - from.bottom, from.top - to.bottom);
     const drift = vertical ? Math.abs(to.left - from.left) : Math.abs(to.top - from.top);
-    return Math.max(ahead, 0) + 3 * gap + drift / 10;
+    // To the side, what stands in the same line comes before what is nearer in another.
+    return Math.max(ahead, 0) + (vertical ? 3 : 12) * gap + drift / 10;
 }

@@ -5,7 +5,7 @@
 
 import { byId, h, icon, replace } from "./dom.js";
 import { picturesShown } from "../music/images.js";
-import { reveal } from "./remote.js";
+import { entrance, reveal } from "./remote.js";
 import { Scope } from "./scope.js";
 
 /**
@@ -170,15 +170,14 @@ function restore(address) {
         main.scrollTop = place.scroll;
         main.dispatchEvent(new Event("scroll"));
     }
+    // The sign-in's field may have it still, though it is hidden.
     const focused = document.activeElement;
-    if (focused !== null && focused !== document.body) {
+    if (focused instanceof HTMLElement && focused !== document.body && focused.offsetParent !== null) {
         return;
     }
     const key = place && place.focus;
     const target = (key && Array.from(main.querySelectorAll("[data-key]")).find(
-        (element) => element.getAttribute("data-key") === key)) ||
-        main.querySelector("[data-first]") || main.querySelector("[role=row], .card, .menu-item") ||
-        main.querySelector("a, button") || byId("back");
+        (element) => element.getAttribute("data-key") === key)) || entrance();
     if (target instanceof HTMLElement) {
         target.focus({ preventScroll: true });
         reveal(target);
