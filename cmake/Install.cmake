@@ -8,6 +8,18 @@ include(CMakePackageConfigHelpers)
 
 set(home lib/sonolet)
 
+# As Debian's packages have manuals and changes: compressed, the same bytes at each build.
+find_program(GZIP gzip REQUIRED)
+function(sonolet_install_compressed source folder name component)
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/compressed/${component}/${name}.gz)
+    get_filename_component(where ${file} DIRECTORY)
+    file(MAKE_DIRECTORY ${where})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+    execute_process(COMMAND ${GZIP} -9nc ${source}
+        OUTPUT_FILE ${file} COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${file} DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
 function(sonolet_install_program target component)
     if(NOT TARGET ${target})
         return()
@@ -18,8 +30,8 @@ function(sonolet_install_program target component)
     file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/links)
     file(CREATE_LINK ../${home}/bin/${target} ${link} SYMBOLIC)
     install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
-    install(FILES docs/man/${target}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-        COMPONENT ${component})
+    sonolet_install_compressed(${CMAKE_CURRENT_SOURCE_DIR}/docs/man/${target}.1
+        ${CMAKE_INSTALL_MANDIR}/man1 ${target}.1 ${component})
 endfunction()
 
 function(sonolet_install_library target component folder rpath)
@@ -57,6 +69,12 @@ if(SONOLET_BUILD_HOST)
     install(DIRECTORY pages DESTINATION ${CMAKE_INSTALL_DATADIR}/sonolet COMPONENT host
         PATTERN "tsconfig.json" EXCLUDE
         PATTERN "spotify.d.ts" EXCLUDE)
+    if(SONOLET_BUILD_BROWSER)
+        install(FILES host/browser/sonolet-player.desktop
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT host)
+        install(FILES host/browser/sonolet-player.svg
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT host)
+    endif()
 endif()
 
 sonolet_install_library(spotify12 service lib "$ORIGIN")
@@ -64,20 +82,29 @@ foreach(tool IN ITEMS sonolet-demo sonolet-fault sonolet-index sonolet-playlist 
     sonolet_install_program(${tool} service)
 endforeach()
 
-# The licence, where Debian's packages have it.
+# Who answers for the packages: whoever gives them to others puts an address of their own.
+set(SONOLET_MAINTAINER "Sonolet maintainers <maintainers@sonolet.invalid>" CACHE STRING
+    "name and address of the packages' maintainer")
+configure_file(cmake/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/changelog @ONLY)
+
+# The licence and the changes, where Debian's packages have them.
 foreach(part IN ITEMS "plugin sonolet-plugin" "host sonolet-host" "service libspotify12-local")
     separate_arguments(part)
     list(GET part 0 component)
     list(GET part 1 package)
     install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component}
         RENAME copyright)
+    set(doc ${CMAKE_INSTALL_DATADIR}/doc/${package})
+    sonolet_install_compressed(${CMAKE_CURRENT_BINARY_DIR}/changelog ${doc} changelog ${component})
+    sonolet_install_compressed(${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md ${doc} CHANGELOG.md
+        ${component})
 endforeach()
 
 # ---- Packages ------------------------------------------------------------------------------------
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME sonolet)
-set(CPACK_PACKAGE_CONTACT "Sonolet maintainers <sonolet@localhost>")
+set(CPACK_PACKAGE_CONTACT "${SONOLET_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL plugin)
@@ -97,21 +124,22 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
 set(CPACK_DEBIAN_PLUGIN_PACKAGE_NAME sonolet-plugin)
 set(CPACK_COMPONENT_PLUGIN_DESCRIPTION "music service plug-in for the browsers of media devices
- Gives page script one global, Spotify: session, catalogue, playlists, search
- and playback over the service's client library. With the declarations of the
- script interface for TypeScript.")
+Gives page script one global, Spotify: session, catalogue, playlists, search
+and playback over the service's client library. With the declarations of the
+script interface for TypeScript.")
 set(CPACK_DEBIAN_HOST_PACKAGE_NAME sonolet-host)
 set(CPACK_DEBIAN_HOST_PACKAGE_DEPENDS
     "sonolet-plugin, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
 # The real library may stand in for it.
-set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS libspotify12-local)
+set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS
+    "libspotify12-local, fonts-inter, fonts-noto-core, fonts-noto-cjk | fonts-droid-fallback")
 set(CPACK_COMPONENT_HOST_DESCRIPTION "development host for pages that use the Sonolet plug-in
- Runs page scripts and shows web pages with the plug-in on a desktop machine,
- without the device. With a player, a conformance page and examples.")
+Runs page scripts and shows web pages with the plug-in on a desktop machine,
+without the device. With a player, a conformance page and examples.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME libspotify12-local)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS "gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_RECOMMENDS gstreamer1.0-libav)
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION "local music service over a folder of music
- The music service's client library (API 12) for the Sonolet plug-in, over the
- user's own files, and the programs for its accounts and playlists.")
+The music service's client library (API 12) for the Sonolet plug-in, over the
+user's own files, and the programs for its accounts and playlists.")
 include(CPack)

@@ -34,6 +34,14 @@ std::string toUri(const std::string& page) {
     return uri;
 }
 
+// The player that is installed along, or nothing: a program of the build folder has none.
+std::string installedPlayer() {
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    const fs::path player = self.parent_path() / "../../../share/sonolet/pages/player";
+    return fs::exists(player / "index.html", error) ? player.lexically_normal().string() : "";
+}
+
 void setSize(Options& options, const std::string& text) {
     int end = 0;
     const bool read =
@@ -100,6 +108,9 @@ Options Options::parse(int argc, char* const argv[]) {
             throw std::invalid_argument("unknown option " + option + " (--help lists them)");
         }
     }
+    if (page.empty() && !options.automation) {
+        page = installedPlayer();
+    }
     if (!page.empty()) {
         options.uri = toUri(page);
     } else if (!options.automation) {
@@ -113,9 +124,10 @@ Options Options::parse(int argc, char* const argv[]) {
 }
 
 std::string Options::helpText() {
-    return R"(usage: sonolet-browser [options] PAGE.html|URL
+    return R"(usage: sonolet-browser [options] [PAGE.html|URL]
 
-Shows a web page with the plug-in's globals in a window, until that is closed.
+Shows a web page with the plug-in's globals in a window, until that is closed;
+where it is installed, without a page, the player.
 
   --music DIR        folder of music for the music service (sets SONOLET_MUSIC)
   --audio SINK       auto: the sound system; wav:FILE: into a file; null: nowhere

@@ -21,7 +21,7 @@ check() {
 rm -rf "$work"
 mkdir -p "$root" "$work/home"
 check "the packages are built" cpack --config "$build/CPackConfig.cmake" -B "$work" \
-    -D CPACK_DEBIAN_COMPRESSION_TYPE=none
+    -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip
 for package in sonolet-plugin sonolet-host libspotify12-local; do
     files=("$work/${package}"_*.deb)
     check "$package is there" test -f "${files[0]}"
@@ -35,6 +35,8 @@ for package in sonolet-plugin sonolet-host libspotify12-local; do
         grep -qE 'libjavascriptcoregtk.*sonolet-plugin|sonolet-plugin.*libjavascriptcoregtk' <<<"$depends" ;;
     esac
 done
+
+check "lintian has nothing to say" lintian --allow-root --fail-on error,warning "$work"/*.deb
 
 # Nothing of the build folder or the user's environment is needed.
 clean=(env -i "HOME=$work/home" "PATH=$root/usr/bin:/usr/bin:/bin" LANG=C.UTF-8
@@ -58,6 +60,12 @@ check "its sound is longer than five seconds" \
     test "$(stat -c %s "$work/out.wav" 2>/dev/null || echo 0)" -gt $((5 * 44100 * 4))
 if [[ -e $root/usr/bin/sonolet-browser ]]; then
     check "the browser starts" "${clean[@]}" sonolet-browser --help
+    # Nothing but a display is missing.
+    shown=$("${clean[@]}" sonolet-browser 2>&1 || true)
+    check "without a page it opens the player: $shown" grep -q "no display" <<<"$shown"
+    check "the desktop finds it" grep -qx "Exec=sonolet-browser" \
+        "$root/usr/share/applications/sonolet-player.desktop"
+    check "its icon is there" test -s "$root/usr/share/icons/hicolor/scalable/apps/sonolet-player.svg"
     check "its part in the web process finds its libraries" \
         bash -c '! ldd "$1" | grep "not found"' - "$root/usr/lib/sonolet/lib/browser/sonolet-web.so"
 fi
