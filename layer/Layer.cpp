@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -44,18 +43,19 @@ class Layer final {
 public:
     Layer() : settings(Settings::fromEnvironment()) {
         if (!settings.traceFile.empty()) {
-            recorder = std::make_unique<Recorder>(settings);
-            Call::watchers[1] = recorder.get();
+            recorder = new Recorder(settings);
+            Call::watchers[1] = recorder;
         }
         if (settings.validates) {
-            validator = std::make_unique<Validator>(
-                systemClock(), [this](const std::string& finding) { tell(finding); });
-            Call::watchers[0] = validator.get();
+            validator =
+                new Validator(systemClock(), [this](const std::string& finding) { tell(finding); });
+            Call::watchers[0] = validator;
         }
     }
     ~Layer() {
         // Threads that still call are passed on, unseen; they may be in the watchers even now.
-        Call::watchers[0] = Call::watchers[1] = nullptr;
+        Call::watchers[0] = nullptr;
+        Call::watchers[1] = nullptr;
         const bool hasFindings = validator != nullptr && validator->count() > 0;
         if (hasFindings) {
             tell(validator->summary());
@@ -63,8 +63,6 @@ public:
         if (recorder != nullptr) {
             recorder->finish();
         }
-        (void)validator.release();
-        (void)recorder.release();
         if (hasFindings) {
             // The process is on its way out, and this is the one place where its code can change.
             std::fflush(nullptr);
@@ -134,8 +132,9 @@ private:
     }
 
     const Settings settings;
-    std::unique_ptr<Recorder> recorder;
-    std::unique_ptr<Validator> validator;
+    // Never freed: other threads may be in them to the end.
+    Recorder* recorder = nullptr;
+    Validator* validator = nullptr;
     Entry* entry = nullptr;
 };
 

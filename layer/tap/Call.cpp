@@ -1,4 +1,4 @@
 #include "tap/Call.h"
 
-Watcher* Call::watchers[2] = {};
+std::atomic<Watcher*> Call::watchers[2] = {};
 thread_local Call* Call::innermost = nullptr;

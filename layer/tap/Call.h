@@ -4,9 +4,10 @@
 #include "tap/Functions.h"
 #include "tap/Value.h"
 
+#include <atomic>
 #include <cstdint>
 
-// Who wants to know of calls. Constant once the plug-in has been asked for its capabilities.
+// Who wants to know of calls: from when the layer is made until its exit handler.
 class Call;
 class Watcher {
 public:
@@ -23,8 +24,8 @@ public:
     Call(Fn itsFunction, const Value* itsArguments, unsigned itsCount) noexcept
         : function(itsFunction), count(itsCount), arguments(itsArguments), outer(innermost) {
         innermost = this;
-        for (Watcher* const watcher : watchers) {
-            if (watcher != nullptr) {
+        for (const auto& each : watchers) {
+            if (Watcher* const watcher = each.load(std::memory_order_acquire)) {
                 watcher->began(*this);
             }
         }
@@ -35,8 +36,8 @@ public:
 
     // Once, when the call has come back.
     void end(const Value* results, unsigned resultCount) noexcept {
-        for (Watcher* const watcher : watchers) {
-            if (watcher != nullptr) {
+        for (const auto& each : watchers) {
+            if (Watcher* const watcher = each.load(std::memory_order_acquire)) {
                 watcher->ended(*this, results, resultCount);
             }
         }
@@ -54,7 +55,7 @@ public:
     bool isWritten = false;
 
     // First the one that checks, then the one that records what it found.
-    static Watcher* watchers[2];
+    static std::atomic<Watcher*> watchers[2];
 
 private:
     static thread_local Call* innermost;

@@ -112,8 +112,6 @@ void expectFound(const Misdeed& misdeed, const std::function<void(World&)>& prep
     const std::string start = "rule " + std::to_string(misdeed.rule) + ", " + misdeed.blame + ": ";
     EXPECT_THAT(world.findings, testing::ElementsAre(StartsWith(start))) << start;
     broken.insert(misdeed.rule);
-    delete[] world.first.data;
-    delete[] world.second.data;
 }
 
 TEST(Rules, EachIsFoundBrokenAndWhoBrokeIt) {

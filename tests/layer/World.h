@@ -160,7 +160,13 @@ public:
         host = hostTap(&table);
         plugin = pluginTap(&capabilities);
     }
-    ~World() { Call::watchers[0] = nullptr; }
+    ~World() {
+        Call::watchers[0] = nullptr;
+        delete[] first.data;
+        delete[] second.data;
+    }
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
 
     void open() {
         inside = [this] {
