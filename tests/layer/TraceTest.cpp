@@ -32,7 +32,7 @@ int numberAfter(const std::string& text, const std::string& word) {
 }
 
 Outcome summaryOf(const std::string& trace, const std::vector<std::string>& options = {}) {
-    std::vector<std::string> command{BIN_DIR "/sonolet-trace", trace};
+    std::vector<std::string> command{programs + "/sonolet-trace", trace};
     command.insert(command.end(), options.begin(), options.end());
     return run(command, {});
 }
@@ -104,7 +104,7 @@ TEST(Trace, TellsWhatThePageDid) {
     std::int64_t written = 0;
     for (const json& event : events) {
         if (event.value("name", "") == "music_delivery" && event["ph"] == "X") {
-            delivered += event["args"]["out"][0].get<int>() * 4;
+            delivered += event["args"]["out"][0].get<std::int64_t>() * 4;
         } else if (event.value("name", "") == "writeData") {
             written += event["args"]["in"][2].get<int>();
         }
@@ -274,7 +274,7 @@ TEST(Reader, SaysWhatItIsGivenAndLeavesOutWhatIsBroken) {
     };
     for (const auto& [words, exitCode, line] : cases) {
         std::vector<std::string> command{"/bin/sh", "-c", "cd \"$0\" && exec \"$@\"",
-                                         watched.path(""), BIN_DIR "/sonolet-trace"};
+                                         watched.path(""), programs + "/sonolet-trace"};
         command.insert(command.end(), words.begin(), words.end());
         const Outcome outcome = run(command, {});
         EXPECT_EQ(outcome.exitCode, exitCode) << line;

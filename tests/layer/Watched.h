@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+inline const std::string programs = BIN_DIR;
+
 // A folder with the demo library and a fresh state, and pages that are run there with the layer in
 // between.
 class Watched {
@@ -38,7 +40,7 @@ public:
     std::vector<std::string> command(const std::string& script,
                                      const std::vector<std::string>& options = {}) const {
         writeTo(folder + "/page.js", head + script);
-        std::vector<std::string> words{BIN_DIR "/sonolet-host",
+        std::vector<std::string> words{programs + "/sonolet-host",
                                        folder + "/page.js",
                                        "--audio",
                                        "null",
