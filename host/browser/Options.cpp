@@ -1,5 +1,7 @@
 #include "browser/Options.h"
 
+#include "options/Folders.h"
+
 #include <glib.h>
 
 #include <cerrno>
@@ -14,8 +16,7 @@ namespace fs = std::filesystem;
 
 // A page is a file, or what begins with a scheme.
 std::string toUri(const std::string& page) {
-    std::error_code error;
-    if (!fs::exists(page, error)) {
+    if (!isThere(page)) {
         g_autofree char* scheme = g_uri_parse_scheme(page.c_str());
         if (scheme != nullptr) {
             return page;
@@ -24,9 +25,9 @@ std::string toUri(const std::string& page) {
                                            "http://localhost:8000/");
     }
     fs::path file = fs::absolute(page).lexically_normal();
-    if (fs::is_directory(file)) {
+    if (isFolder(file)) {
         file /= "index.html";
-        if (!fs::exists(file)) {
+        if (!isThere(file)) {
             throw std::invalid_argument(page + ": is a folder without an index.html");
         }
     }
@@ -55,15 +56,15 @@ void setSize(Options& options, const std::string& text) {
 
 // Fails now where the file could not be written at the end; leaves no file behind.
 void checkWritable(const std::string& file) {
-    std::error_code error;
-    const bool isThere = fs::exists(file, error);
+    const bool wasThere = isThere(file);
     std::FILE* const opened = std::fopen(file.c_str(), "ab");
     if (opened == nullptr) {
         throw std::invalid_argument("--screenshot: " + file + ": " +
                                     std::generic_category().message(errno));
     }
     std::fclose(opened);
-    if (!isThere) {
+    if (!wasThere) {
+        std::error_code error;
         fs::remove(file, error);
     }
 }

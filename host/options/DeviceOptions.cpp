@@ -1,6 +1,7 @@
 #include "options/DeviceOptions.h"
 
 #include "log/LogThreshold.h"
+#include "options/Folders.h"
 
 #include <glib.h>
 
@@ -72,7 +73,7 @@ void checkFault(const std::string& origin, const std::string& fault) {
 
 bool DeviceOptions::set(const std::string& option, const std::string& value) {
     if (option == "--music") {
-        if (!std::filesystem::is_directory(value)) {
+        if (!isFolder(value)) {
             throw std::invalid_argument("--music: no folder \"" + value + '"');
         }
         music = value;

@@ -2,6 +2,7 @@
 
 #include "engine/Function.h"
 #include "engine/Text.h"
+#include "options/Folders.h"
 #include "runner/Console.h"
 
 #include <cerrno>
@@ -88,7 +89,7 @@ void Page::reportRejections() {
 }
 
 std::string Page::read(const std::string& file) {
-    if (std::filesystem::is_directory(file)) {
+    if (isFolder(file)) {
         throw std::runtime_error(file + ": is a folder, not a page script");
     }
     std::ifstream in(file, std::ios::binary);

@@ -5,6 +5,7 @@
 
 #include <tiostream.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstddef>
@@ -47,7 +48,9 @@ public:
     bool readOnly() const override { return true; }
     bool isOpen() const override { return true; }
     void seek(long offset, Position from = Beginning) override;
-    long tell() const override { return static_cast<long>(place); }
+    long tell() const override {
+        return static_cast<long>(std::min<std::int64_t>(place, LONG_MAX));
+    }
     long length() override { return static_cast<long>(current == State::open ? size : 0); }
 
     // A file is never written.

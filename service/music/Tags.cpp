@@ -156,9 +156,10 @@ int mpegDurationMs(TagLib::MPEG::File& file, TagStream& stream) {
     int firstRate = 0;
     bool varies = false;
     const long begin = file.firstFrameOffset();
-    long offset = begin;
-    while (offset >= 0 && frames < (varies ? mostFrames : framesThatTell)) {
-        const TagLib::MPEG::Header header(&file, offset, false);
+    std::int64_t offset = begin;
+    while (offset >= 0 && offset < file.length() &&
+           frames < (varies ? mostFrames : framesThatTell)) {
+        const TagLib::MPEG::Header header(&file, static_cast<long>(offset), false);
         if (!header.isValid() || header.frameLength() <= 0 || header.sampleRate() <= 0) {
             break;
         }
@@ -294,6 +295,9 @@ bool isMusicFile(std::string_view fileName) {
 }
 
 Tags readTags(const MusicFile& file, const StopFlag& stop) {
+    if (file.size() > LONG_MAX) {
+        throw UnreadableFile("it has more than 2 GiB, which can be read on 64 bits only");
+    }
     try {
         const std::string ending = endingOf(file.path());
         requireFewItems(file, stop, ending);

@@ -9,6 +9,8 @@
 
 namespace sonolet::service {
 
+static_assert(sizeof(off_t) == 8 && sizeof(time_t) == 8, "files over 2 GiB, dates after 2038");
+
 // Owns an open file, or none, and closes it. It is not opened here, so that whoever opens says with
 // which flags, and looks at errno at once.
 class FileDescriptor final {

@@ -1,6 +1,9 @@
 #ifndef SONOLET_TESTS_FAKES_FOLDER_H
 #define SONOLET_TESTS_FAKES_FOLDER_H
 
+#include <unistd.h>
+
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -25,6 +28,13 @@ public:
         std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
         std::ofstream(path(name), std::ios::binary) << bytes;
         return path(name);
+    }
+
+    // Cut off, or filled with zeros that take no room on the disk.
+    void resize(const std::string& name, std::int64_t size) const {
+        if (truncate(path(name).c_str(), size) != 0) {
+            throw std::runtime_error("no size " + std::to_string(size) + " for " + name);
+        }
     }
 
 private:

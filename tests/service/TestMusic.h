@@ -35,6 +35,7 @@ public:
     void write(const std::string& name, const std::string& bytes) const {
         music.write(name, bytes);
     }
+    void resize(const std::string& name, std::int64_t size) const { music.resize(name, size); }
     void move(const std::string& from, const std::string& to) const {
         std::filesystem::rename(path(from), path(to));
     }

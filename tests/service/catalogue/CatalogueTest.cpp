@@ -6,6 +6,11 @@
 #include "music/PlaylistFile.h"
 #include "music/Tags.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+
 namespace sonolet::test {
 namespace {
 
@@ -189,6 +194,44 @@ std::string bombTag() {
            big(title.size()) + "\0\x80"s + title;
 }
 
+TEST(Catalogue, KnowsSizesOver2GiBAndDatesAfter2038) {
+    const TestMusic music;
+    music.add("song.wav", "TITLE=Song");
+    const auto setDate = [&](std::int64_t date) {
+        const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(date), 0}};
+        struct stat status {};
+        return utimensat(AT_FDCWD, music.path("song.wav").c_str(), times, 0) == 0 &&
+               stat(music.path("song.wav").c_str(), &status) == 0 && status.st_mtim.tv_sec == date;
+    };
+    constexpr std::int64_t in2040 = 2'208'988'800;
+    if (!setDate(in2040 + (std::int64_t{1} << 32))) {
+        GTEST_SKIP() << "a file system that ends in 2038";
+    }
+    EXPECT_THAT(scanned(), HasSubstr("1 new, 0 changed"));
+    EXPECT_THAT(scanned(), HasSubstr("0 new, 0 changed"));
+    setDate(in2040);
+    EXPECT_THAT(scanned(), HasSubstr("0 new, 1 changed")) << "the same in 32 bits, another date";
+
+    // Its sound is there, and behind it nothing for a gibibyte and more.
+    music.resize("song.wav", (std::int64_t{1} << 32) + 100);
+    const service::MusicFile file(music.path("song.wav"));
+    EXPECT_EQ(file.size(), (std::int64_t{1} << 32) + 100);
+    std::array<char, 8> last{};
+    EXPECT_EQ(file.read(file.size() - 3, last.data(), last.size()), 3U);
+    EXPECT_THROW(file.contents(64 << 20), service::UnreadableFile);
+    if (sizeof(long) == 8) {
+        EXPECT_GT(service::readTags(file, service::StopFlag(false)).durationMs, 0);
+    } else {
+        EXPECT_THAT(scanned(), HasSubstr("song.wav: it has more than 2 GiB"));
+    }
+    music.write("cover.jpg", "");
+    music.write("list.m3u", "");
+    for (const char* const name : {"cover.jpg", "list.m3u"}) {
+        music.resize(name, std::int64_t{3} << 30);
+    }
+    EXPECT_THAT(scanned(), HasSubstr(sizeof(long) == 8 ? ": 1 tracks" : ": 0 tracks"));
+}
+
 TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     using namespace std::string_literals;
     const TestMusic music;
@@ -282,13 +325,13 @@ TEST(Catalogue, SpendsLittleOnWhatAFileDoesNotHold) {
     }
     music.write("crowd.flac", flac + "\x84\0\x75\x38"s + artists);
     music.write("frames.mp3", frames);
-    for (const auto& [name, size] : {std::pair{"zeros.mp3", 300L << 20},
-                                     {"zeros.aac", 3L << 30},
-                                     {"zeros.ogg", 300L << 20},
-                                     {"zeros.flac", 300L << 20},
-                                     {"zeros.m4a", 300L << 20}}) {
+    for (const auto& [name, size] : {std::pair{"zeros.mp3", 300},
+                                     {"zeros.aac", 3 << 10},
+                                     {"zeros.ogg", 300},
+                                     {"zeros.flac", 300},
+                                     {"zeros.m4a", 300}}) {
         music.write(name, "");
-        std::filesystem::resize_file(music.path(name), static_cast<std::uintmax_t>(size));
+        music.resize(name, std::int64_t{size} << 20);
         const std::uint64_t before = bytesRead();
         const service::MusicFile file(music.path(name));
         EXPECT_THROW(service::readTags(file, service::StopFlag(false)), service::UnreadableFile);
