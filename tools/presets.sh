@@ -63,8 +63,7 @@ count_tests() {
 # test_root: the same for the whole system on 32 bits, as "./sonolet test dev" in the root i386.
 test_root() {
     local log=$root/build/i386-root$home_in_root/build/test-dev.log
-    timed "i386: system" make_root i386 i386 apt "${whole_packages[@]}"
-    copy_project i386
+    timed "i386: system" prepare_i386
     in_namespaces rm -f "$log"
     say "i386: building and testing in build/i386-root"
     timed "i386: build and tests" in_root i386 ./sonolet test dev || true

@@ -128,17 +128,23 @@ make_root() {
     in_namespaces sh -c 'printf "%s\n" "$2" >"$1/sonolet-root"' sh "$target" "$wanted"
 }
 
-# copy_project NAME: the sources as they are now, into the root; what was built there stays.
-copy_project() {
-    # shellcheck disable=SC2016 # the inner shell's
-    in_namespaces sh -c 'mkdir -p "$2" && cd "$2" &&
-        find . -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + &&
-        tar -C "$1" --exclude=./build --exclude=./install --exclude=./.git -c . |
-        tar -x --no-same-owner' sh "$root" "$root/build/$1-root$home_in_root"
+# The system i386, with the project's sources as they are now.
+prepare_i386() {
+    make_root i386 i386 apt "${whole_packages[@]}"
+    copy_project i386
 }
 
-# in_root NAME COMMAND...: runs it in the project's copy in build/NAME-root, with a shared memory and
-# temporary files of its own.
+# copy_project NAME: the sources as they are now, into the root; what was built there stays, and what
+# an interrupted run left in its temporary files goes.
+copy_project() {
+    # shellcheck disable=SC2016 # the inner shell's
+    in_namespaces sh -c 'rm -rf "$2"/tmp/* && mkdir -p "$2$3" && cd "$2$3" &&
+        find . -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + &&
+        tar -C "$1" --exclude=./build --exclude=./install --exclude=./.git -c . |
+        tar -x --no-same-owner' sh "$root" "$root/build/$1-root" "$home_in_root"
+}
+
+# in_root NAME COMMAND...: runs it in the project's copy in build/NAME-root.
 in_root() {
     local folder=$root/build/$1-root launcher=()
     shift
@@ -151,7 +157,6 @@ in_root() {
         mount --rbind /dev "$1/dev"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
         mount -t proc proc "$1/proc"
-        find "$1/tmp" -mindepth 1 -delete
         exec setarch i386 chroot "$1" env -i HOME=/root LANG=C.UTF-8 TERM="${TERM:-dumb}" \
             PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
             bash -c "cd \"\$0\" && exec \"\$@\"" "${@:2}"
