@@ -77,6 +77,9 @@ if(SONOLET_BUILD_HOST)
     endif()
 endif()
 
+sonolet_install_library(sonolet_wpe wpe lib/wpe "$ORIGIN/..")
+sonolet_install_program(sonolet-cog wpe)
+
 sonolet_install_library(spotify12 service lib "$ORIGIN")
 foreach(tool IN ITEMS sonolet-demo sonolet-fault sonolet-index sonolet-playlist sonolet-user)
     sonolet_install_program(${tool} service)
@@ -88,7 +91,8 @@ set(SONOLET_MAINTAINER "Sonolet maintainers <maintainers@sonolet.invalid>" CACHE
 configure_file(cmake/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/changelog @ONLY)
 
 # The licence and the changes, where Debian's packages have them.
-foreach(part IN ITEMS "plugin sonolet-plugin" "host sonolet-host" "service libspotify12-local")
+foreach(part IN ITEMS "plugin sonolet-plugin" "host sonolet-host" "wpe sonolet-wpe"
+        "service libspotify12-local")
     separate_arguments(part)
     list(GET part 0 component)
     list(GET part 1 package)
@@ -110,6 +114,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL plugin)
 if(SONOLET_BUILD_HOST)
     list(APPEND CPACK_COMPONENTS_ALL host)
+endif()
+if(SONOLET_BUILD_WPE)
+    list(APPEND CPACK_COMPONENTS_ALL wpe)
 endif()
 if(SONOLET_BUILD_SERVICE)
     list(APPEND CPACK_COMPONENTS_ALL service)
@@ -136,6 +143,12 @@ set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS
 set(CPACK_COMPONENT_HOST_DESCRIPTION "development host for pages that use the Sonolet plug-in
 Runs page scripts and shows web pages with the plug-in on a desktop machine,
 without the device. With a player, a conformance page and examples.")
+set(CPACK_DEBIAN_WPE_PACKAGE_NAME sonolet-wpe)
+set(CPACK_DEBIAN_WPE_PACKAGE_DEPENDS "sonolet-host, sonolet-plugin, cog")
+set(CPACK_DEBIAN_WPE_PACKAGE_RECOMMENDS libspotify12-local)
+set(CPACK_COMPONENT_WPE_DESCRIPTION "the Sonolet plug-in in browsers over WPE WebKit
+An extension that WPE's web processes load, and sonolet-cog, which starts Cog
+with it: pages see the plug-in as on a device.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME libspotify12-local)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS "gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_RECOMMENDS gstreamer1.0-libav)

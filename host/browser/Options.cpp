@@ -1,5 +1,6 @@
 #include "browser/Options.h"
 
+#include "browser/Address.h"
 #include "options/Folders.h"
 
 #include <glib.h>
@@ -13,35 +14,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// A page is a file, or what begins with a scheme.
-std::string toUri(const std::string& page) {
-    if (!isThere(page)) {
-        g_autofree char* scheme = g_uri_parse_scheme(page.c_str());
-        if (scheme != nullptr) {
-            return page;
-        }
-        throw std::invalid_argument(page + ": no such file, and no address such as "
-                                           "http://localhost:8000/");
-    }
-    fs::path file = fs::absolute(page).lexically_normal();
-    if (isFolder(file)) {
-        file /= "index.html";
-        if (!isThere(file)) {
-            throw std::invalid_argument(page + ": is a folder without an index.html");
-        }
-    }
-    g_autofree char* uri = g_filename_to_uri(file.c_str(), nullptr, nullptr);
-    return uri;
-}
-
-// The player that is installed along, or nothing: a program of the build folder has none.
-std::string installedPlayer() {
-    std::error_code error;
-    const fs::path self = fs::read_symlink("/proc/self/exe", error);
-    const fs::path player = self.parent_path() / "../../../share/sonolet/pages/player";
-    return fs::exists(player / "index.html", error) ? player.lexically_normal().string() : "";
-}
 
 void setSize(Options& options, const std::string& text) {
     int end = 0;
@@ -113,7 +85,7 @@ Options Options::parse(int argc, char* const argv[]) {
         page = installedPlayer();
     }
     if (!page.empty()) {
-        options.uri = toUri(page);
+        options.uri = addressOf(page);
     } else if (!options.automation) {
         throw std::invalid_argument("no page given (sonolet-browser [options] PAGE.html)");
     }

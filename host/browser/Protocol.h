@@ -20,6 +20,8 @@ struct DeviceSettings {
     AudioOptions audio;
 };
 
+inline const GVariantType* const settingsType = G_VARIANT_TYPE("(sis)");
+
 // The settings as what WebKit hands to a web process, and back: fields in a fixed order, for two
 // programs of one build. The first is a floating reference; the second copies what it reads.
 // REQUIRES: `packed` came from pack().

@@ -2,14 +2,17 @@
 
 #include "browser/Protocol.h"
 #include "browser/web/Frames.h"
+#include "browser/web/WebKit.h"
 #include "media/AudioOptions.h"
+#include "options/DeviceOptions.h"
 #include "options/Memory.h"
 
 #include <dlfcn.h>
-#include <webkit2/webkit-web-extension.h>
 
 #include <csignal>
+#include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <stdexcept>
 
 // NOLINTBEGIN(readability-identifier-naming): WebKit's name
@@ -20,15 +23,38 @@ webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
 
 namespace {
 
+std::string ownFile() {
+    Dl_info self = {};
+    return dladdr(reinterpret_cast<void*>(&webkit_web_extension_initialize_with_user_data),
+                  &self) != 0
+               ? self.dli_fname
+               : "";
+}
+
 // The plug-in looks for the media backend among the symbols of its process, which is WebKit's
 // program; WebKit loads this library for itself alone. So it joins the symbols that all see.
 void publishSymbols() {
-    Dl_info self = {};
-    if (dladdr(reinterpret_cast<void*>(&webkit_web_extension_initialize_with_user_data), &self) ==
-            0 ||
-        dlopen(self.dli_fname, RTLD_NOW | RTLD_GLOBAL | RTLD_NOLOAD) == nullptr) {
+    if (dlopen(ownFile().c_str(), RTLD_NOW | RTLD_GLOBAL | RTLD_NOLOAD) == nullptr) {
         throw std::runtime_error("the media backend cannot be shown to the plug-in");
     }
+}
+
+// What this program's own browser has packed, or, in another's, what the environment says.
+protocol::DeviceSettings settingsOf(const GVariant* userData) {
+    auto* const packed = const_cast<GVariant*>(userData);
+    if (packed != nullptr && g_variant_is_of_type(packed, protocol::settingsType)) {
+        return protocol::unpack(packed);
+    }
+    DeviceOptions options;
+    const char* const plugin = g_getenv("SONOLET_PLUGIN");
+    options.plugin =
+        plugin != nullptr
+            ? plugin
+            : std::filesystem::path(ownFile()).parent_path().parent_path() / "libSonolet.so.1.0";
+    if (const char* const audio = g_getenv("SONOLET_AUDIO")) {
+        options.set("--audio", audio);
+    }
+    return {options.plugin, options.audio};
 }
 
 void send(WebKitWebExtension* extension, const char* name, const char* text) {
@@ -59,13 +85,14 @@ void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extensio
     memory::shareOneHeap();
     g_signal_connect(extension, "page-created", G_CALLBACK(pageCreated), nullptr);
     try {
-        const protocol::DeviceSettings settings = protocol::unpack(const_cast<GVariant*>(userData));
+        const protocol::DeviceSettings settings = settingsOf(userData);
         setAudioOptions(settings.audio);
         publishSymbols();
         // Never freed: the process ends while pages are open.
         static Frames* const frames = new Frames(settings.plugin);
         (void)frames;
     } catch (const std::exception& error) {
+        std::fprintf(stderr, "sonolet-web: %s\n", error.what());
         send(extension, protocol::failed, error.what());
     }
 }

@@ -1,12 +1,11 @@
 #include "browser/web/FrameDocument.h"
 
-#include "engine/Function.h"
 #include "engine/Text.h"
 
 #include <glib.h>
 
-#include <memory>
 #include <stdexcept>
+#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -42,21 +41,23 @@ JSObjectRef objectOf(JSGlobalContextRef context, JSValueRef value) {
     return JSValueToObject(context, value, nullptr);
 }
 
+// By their contexts: the page may keep the listener for longer than its document lives.
+std::unordered_map<JSContextRef, FrameDocument*>& living() {
+    static auto& documents = *new std::unordered_map<JSContextRef, FrameDocument*>;
+    return documents;
+}
+
 }  // namespace
 
-FrameDocument::FrameDocument(JSGlobalContextRef frameContext,
+FrameDocument::FrameDocument(JSCContext* frameContext,
                              const PluginLibrary& plugin,
                              Scheduler& scheduler,
                              std::function<void()> unloaded)
-    : context(frameContext), onUnload(std::make_shared<std::function<void()>>(std::move(unloaded))),
-      document(frameContext, plugin.capabilities(), scheduler, *this) {
-    const JSValueRef listener =
-        function::make(context.ref, "unloaded", [called = onUnload](JSContextRef ctx, auto...) {
-            if (const auto once = std::exchange(*called, nullptr)) {
-                once();
-            }
-            return JSValueMakeUndefined(ctx);
-        });
+    : context(frameContext), onUnload(std::move(unloaded)),
+      document(context.ref, plugin.capabilities(), scheduler, *this) {
+    living()[context.ref] = this;
+    const JSValueRef listener = JSObjectMakeFunctionWithCallback(
+        context.ref, text::EngineString("unloaded").get(), documentUnloads);
     const JSObjectRef watch = objectOf(context.ref, evaluate(context.ref, watcher));
     JSValueRef exception = nullptr;
     const JSObjectRef functions = objectOf(
@@ -73,12 +74,24 @@ FrameDocument::FrameDocument(JSGlobalContextRef frameContext,
 
 FrameDocument::~FrameDocument() {
     close();
+    living().erase(context.ref);
     JSValueUnprotect(context.ref, reportError);
     JSValueUnprotect(context.ref, checkpoint);
 }
 
+JSValueRef FrameDocument::documentUnloads(
+    JSContextRef frameContext, JSObjectRef, JSObjectRef, size_t, const JSValueRef[], JSValueRef*) {
+    const auto document = living().find(frameContext);
+    if (document != living().end()) {
+        if (const auto once = std::exchange(document->second->onUnload, nullptr)) {
+            once();
+        }
+    }
+    return nullptr;
+}
+
 void FrameDocument::close() {
-    *onUnload = nullptr;
+    onUnload = nullptr;
     document.close();
 }
 
@@ -90,8 +103,10 @@ void FrameDocument::returned() noexcept {
     JSObjectCallAsFunction(context.ref, checkpoint, nullptr, 0, nullptr, nullptr);
 }
 
-std::string originOf(JSGlobalContextRef context) {
-    return text::toUtf8(context, evaluate(context, "self.origin"));
+std::string originOf(JSCContext* context) {
+    g_autoptr(JSCValue) origin = jsc_context_evaluate(context, "self.origin", -1);
+    g_autofree char* text = jsc_value_to_string(origin);
+    return text;
 }
 
 Document::Origin parseOrigin(const std::string& serialised) {

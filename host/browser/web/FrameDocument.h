@@ -5,8 +5,7 @@
 #include "engine/ErrorReporter.h"
 #include "engine/PluginLibrary.h"
 #include "engine/Scheduler.h"
-
-#include <JavaScriptCore/JavaScript.h>
+#include "engine/glib/Context.h"
 
 #include <functional>
 #include <memory>
@@ -20,7 +19,7 @@
 class FrameDocument final : public ErrorReporter {
 public:
     // `unloaded` is called, once at most, when the document unloads; it closes and may not delete.
-    FrameDocument(JSGlobalContextRef frameContext,
+    FrameDocument(JSCContext* frameContext,
                   const PluginLibrary& plugin,
                   Scheduler& scheduler,
                   std::function<void()> unloaded);
@@ -40,10 +39,16 @@ public:
     void returned() noexcept override;
 
 private:
+    static JSValueRef documentUnloads(JSContextRef frameContext,
+                                      JSObjectRef function,
+                                      JSObjectRef thisObject,
+                                      size_t argc,
+                                      const JSValueRef argv[],
+                                      JSValueRef* exception);
+
     // First made, last released.
     struct Context {
-        explicit Context(JSGlobalContextRef frameContext)
-            : ref(JSGlobalContextRetain(frameContext)) {}
+        explicit Context(JSCContext* frameContext) : ref(new OpaqueJSContext(frameContext)) {}
         ~Context() { JSGlobalContextRelease(ref); }
         Context(const Context&) = delete;
         Context& operator=(const Context&) = delete;
@@ -51,8 +56,7 @@ private:
     };
 
     const Context context;
-    // Taken by the unload listener, which the page may keep for longer than this lives.
-    std::shared_ptr<std::function<void()>> onUnload;
+    std::function<void()> onUnload;
     Document document;
     JSObjectRef reportError = nullptr;  // protected
     JSObjectRef checkpoint = nullptr;   // likewise; runs what promises wait for
@@ -60,7 +64,7 @@ private:
 
 // The serialised origin of the document that the context is of ("https://host:8443", "file://"), or
 // "null" for one that has no origin of its own.
-std::string originOf(JSGlobalContextRef context);
+std::string originOf(JSCContext* context);
 
 // Takes it apart, with the scheme's usual port where none is named.
 Document::Origin parseOrigin(const std::string& serialised);

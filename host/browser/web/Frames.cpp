@@ -6,17 +6,17 @@
 
 namespace {
 
-// Deprecated, but nothing else leads to a context of the C interface, or from a frame to the page's
-// own one.
+// Deprecated where there is another way from a page to its own frame; not everywhere is.
 G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-JSGlobalContextRef contextOf(WebKitFrame* frame) {
-    return webkit_frame_get_javascript_global_context(frame);
-}
-
 WebKitFrame* mainFrameOf(WebKitWebPage* page) {
     return webkit_web_page_get_main_frame(page);
 }
 G_GNUC_END_IGNORE_DEPRECATIONS
+
+std::string originOf(WebKitFrame* frame) {
+    g_autoptr(JSCContext) context = webkit_frame_get_js_context(frame);
+    return originOf(context);
+}
 
 }  // namespace
 
@@ -32,23 +32,23 @@ Frames::Frames(const std::string& pluginFile) : plugin(pluginFile) {
 void Frames::windowCleared(WebKitWebPage* page, WebKitFrame* frame) {
     try {
         end(frame);
-        const JSGlobalContextRef context = contextOf(frame);
-        const std::string origin = originOf(context);
+        const std::string origin = originOf(frame);
         const bool isOwn =
-            webkit_frame_is_main_frame(frame) || origin == originOf(contextOf(mainFrameOf(page)));
+            webkit_frame_is_main_frame(frame) || origin == originOf(mainFrameOf(page));
         if (origin != "null" && isOwn) {
-            open(frame, context, origin);
+            open(frame, origin);
         }
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "sonolet-browser: %s\n", error.what());
+        std::fprintf(stderr, "sonolet-web: %s\n", error.what());
     }
 }
 
-void Frames::open(WebKitFrame* frame, JSGlobalContextRef context, const std::string& origin) {
+void Frames::open(WebKitFrame* frame, const std::string& origin) {
+    g_autoptr(JSCContext) context = webkit_frame_get_js_context(frame);
     auto document =
         std::make_unique<FrameDocument>(context, plugin, scheduler, [this, frame] { end(frame); });
     if (!document->open(parseOrigin(origin))) {
-        std::fprintf(stderr, "sonolet-browser: the plug-in refuses pages of %s\n", origin.c_str());
+        std::fprintf(stderr, "sonolet-web: the plug-in refuses pages of %s\n", origin.c_str());
         return;
     }
     documents[frame] = std::move(document);

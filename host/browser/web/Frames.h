@@ -2,10 +2,9 @@
 #define SONOLET_HOST_BROWSER_WEB_FRAMES_H
 
 #include "browser/web/FrameDocument.h"
+#include "browser/web/WebKit.h"
 #include "engine/GlibScheduler.h"
 #include "engine/PluginLibrary.h"
-
-#include <webkit2/webkit-web-extension.h>
 
 #include <memory>
 #include <string>
@@ -33,7 +32,7 @@ private:
     static void frameGone(gpointer self, GObject* frame);
     // Answers whether there was a document.
     bool close(WebKitFrame* frame);
-    void open(WebKitFrame* frame, JSGlobalContextRef context, const std::string& origin);
+    void open(WebKitFrame* frame, const std::string& origin);
 
     const PluginLibrary plugin;
     GlibScheduler scheduler;

@@ -1,0 +1,110 @@
+#ifndef SONOLET_HOST_ENGINE_GLIB_CONTEXT_H
+#define SONOLET_HOST_ENGINE_GLIB_CONTEXT_H
+
+#include <JavaScriptCore/JavaScript.h>
+#include <jsc/jsc.h>
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// As kernel.js knows them; and JSType, as far as that goes.
+enum class Kind : std::int32_t { Undefined, Null, Boolean, Number, String, Object, Other };
+
+// One value. An object is known by its number, which is never used twice; its record lies where it
+// lies while the object lives or is referred to weakly.
+struct OpaqueJSValue {
+    OpaqueJSContext& context;
+    Kind kind = Kind::Undefined;
+    double number = 0;      // also a boolean, and an object's number
+    std::string text = {};  // UTF-8; a lone surrogate as the three bytes it would take
+    unsigned protections = 0;
+    unsigned weaks = 0;
+    bool hasDied = false;
+    std::uint64_t seenIn = 0;  // the last call from script that brought it
+};
+
+// A document's context, over GLib's interface: kernel.js holds the objects, and here is where calls
+// of it and from it become values. What a page does to the engine's functions changes nothing.
+//
+// Threads: the script thread. REQUIRES: no call into script is under way when it is deleted;
+// functions that script still has then answer undefined. Errors: the constructor throws
+// std::runtime_error when the engine lacks what kernel.js needs.
+struct OpaqueJSContext final {
+public:
+    explicit OpaqueJSContext(JSCContext* scriptContext);
+    ~OpaqueJSContext();
+
+    OpaqueJSContext(const OpaqueJSContext&) = delete;
+    OpaqueJSContext& operator=(const OpaqueJSContext&) = delete;
+
+    // A value that lives as the interface's header says.
+    OpaqueJSValue* make(Kind kind, double number = 0, std::string text = {});
+
+    // Undefined, null or a boolean; lives as long as the context.
+    const OpaqueJSValue* constant(Kind kind, bool boolean = false) const noexcept {
+        return &constants[kind == Kind::Boolean ? (boolean ? 3 : 2)
+                                                : static_cast<std::size_t>(kind)];
+    }
+
+    // Calls the function of that name in kernel.js. `exception` is set when it throws, and then the
+    // result is null; so it is where the stack ends, or the memory.
+    OpaqueJSValue* call(const char* operation,
+                        const std::vector<JSValueRef>& values,
+                        JSValueRef* exception = nullptr);
+
+    OpaqueJSValue* evaluate(const std::string& script, JSValueRef* exception);
+    OpaqueJSValue* makeFunction(const std::string& name, JSObjectCallAsFunctionCallback callback);
+    void* bytesOf(JSObjectRef buffer);
+
+    // Counted; whoever protects first or last pays for a call.
+    void protect(OpaqueJSValue& value);
+    void unprotect(OpaqueJSValue& value);
+    void dropWeak(OpaqueJSValue& value);
+    bool isAlive(const OpaqueJSValue& value);
+
+    unsigned references = 1;
+
+private:
+    // What the natives of kernel.js hold: the context, null once it is gone.
+    using Link = std::shared_ptr<OpaqueJSContext*>;
+    JSCValue* native(GCallback callback, GType result, std::vector<GType> parameters);
+    static JSCValue* callNative(const Link* link);
+    static JSCValue* callWithTexts(GPtrArray* texts, const Link* link);
+    static void dropLink(gpointer link);
+    static void diedNative(double number, const Link* link);
+    static void shareNative(JSCValue* newKinds, JSCValue* newNumbers, const Link* link);
+
+    JSCValue* called(GPtrArray* texts);
+    OpaqueJSValue* object(double number);
+    // Of a place in shared memory; `text` is its text, if it is one.
+    OpaqueJSValue* take(std::size_t place, JSCValue* text);
+    // Answers the text, if it is one; owned by the caller.
+    JSCValue* put(std::size_t place, const OpaqueJSValue& value);
+    OpaqueJSValue* answered(JSCValue* text, JSValueRef* exception);
+    JSCValue* function(const char* name);
+    void forget(OpaqueJSValue& dead);
+
+    JSCContext* const context;  // owned
+    const Link link;
+    JSCValue* kernel = nullptr;                            // owned
+    std::unordered_map<std::string, JSCValue*> functions;  // owned; of the kernel
+    JSCValue* shared[2] = {};                              // owned: the memory of the next two
+    std::int32_t* kinds = nullptr;                         // the engine's, as many as `room`
+    double* numbers = nullptr;                             // likewise
+    std::size_t room = 0;
+
+    const std::array<OpaqueJSValue, 4> constants;
+    std::vector<JSObjectCallAsFunctionCallback> callbacks;
+    std::unordered_map<std::uint64_t, std::unique_ptr<OpaqueJSValue>> objects;
+    std::deque<OpaqueJSValue> passing;  // values that are none
+    unsigned depth = 0;                 // of calls from script
+    std::uint64_t calls = 0;            // so many have been
+    std::uint64_t innermost = 0;        // which of them is under way; 0: none
+};
+
+#endif
