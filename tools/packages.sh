@@ -9,16 +9,18 @@ build_packages=(
     libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev nlohmann-json3-dev
 )
 browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
+wpe_packages=(libwpewebkit-1.1-dev cog)
 package_packages=(dpkg-dev file lintian)
 test_packages=(libgtest-dev libgmock-dev binutils node-typescript man-db)
 browser_test_packages=(
-    webkit2gtk-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
+    webkit2gtk-driver wpewebkit-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
     curl procps python3
 )
 # What all of dev needs.
 whole_packages=(
     "${build_packages[@]}" "${test_packages[@]}"
-    "${browser_packages[@]}" "${browser_test_packages[@]}" "${package_packages[@]}"
+    "${browser_packages[@]}" "${browser_test_packages[@]}" "${wpe_packages[@]}"
+    "${package_packages[@]}"
 )
 bench_packages=(
     libbenchmark-dev libboost-dev libjack-jackd2-dev libssl-dev

@@ -6,10 +6,10 @@
 // A display, the demo library and a fresh state for the programs of one test, in the environment.
 class Place final {
 public:
-    explicit Place(const std::string& name) : folder(WORK_DIR "/" + name) {
+    explicit Place(const std::string& name) : folder(WORK_DIR "/" + browser() + name) {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder);
-        const std::string demo = WORK_DIR "/demo";
+        const std::string demo = WORK_DIR "/" + browser() + "demo";
         if (const Outcome made = run({BIN_DIR "/sonolet-demo", demo}, {}); made.exitCode != 0) {
             throw std::runtime_error(made.errors);
         }
@@ -24,6 +24,12 @@ public:
     std::string file(const std::string& name) const { return folder + "/" + name; }
 
 private:
+    // Tests of two browsers may go on beside each other.
+    static std::string browser() {
+        const char* const name = std::getenv("SONOLET_BROWSER");  // NOLINT(concurrency-mt-unsafe)
+        return name != nullptr ? std::string(name) + '-' : "";
+    }
+
     const std::string folder;
     // Its standard error tells of displays that others have.
     Process display{

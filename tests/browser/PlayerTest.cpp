@@ -99,9 +99,10 @@ TEST_F(Player, ShowsAtOnceWhatIsChangedElsewhere) {
 }
 
 TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
+    enter("#/home");
     const std::string link = playlist({"new", "Evening"});
     playlist({"add", "Evening", "Moored", "Kettle Song", "Salt Wind"});
-    enter("#/playlist/" + link);
+    evaluate("location.hash = '#/playlist/" + link + "';");
     const std::string titles =
         "[...document.querySelectorAll('.track-title')].map((one) => one.textContent[0]).join('')";
     EXPECT_EQ(evaluate("await until(() => find('[aria-rowindex=\"3\"]'));"

@@ -3,25 +3,30 @@
 
 #include "Process.h"
 
+#include <array>
 #include <map>
 
-// A browser of its own and the WebKitWebDriver that controls it.
+// A browser of its own and the WebDriver that controls it: sonolet-browser, or Cog without a
+// display when the environment says SONOLET_BROWSER=cog.
 //
 // Errors: std::runtime_error with what the driver answers.
 class WebDriver final {
 public:
     // With these options beside --automation.
     explicit WebDriver(const std::vector<std::string>& options) {
-        std::string arguments = "\"--automation\"";
+        std::string arguments = inCog() ? R"("--log","error")" : R"("--automation")";
         for (const std::string& option : options) {
             arguments += ',' + quoted(option);
         }
-        const std::string answer =
-            call("POST", "",
-                 R"({"capabilities":{"alwaysMatch":{"timeouts":{"script":200000},)"
-                 R"("webkitgtk:browserOptions":{"binary":)"
-                 "\"" BIN_DIR R"(/sonolet-browser","args":[)" +
-                     arguments + "]}}}}");
+        if (inCog()) {
+            arguments += R"(,"--","--automation","--platform=headless")";
+        }
+        const std::string answer = call(
+            "POST", "",
+            std::string(R"({"capabilities":{"alwaysMatch":{"timeouts":{"script":200000},)") +
+                (inCog() ? R"("wpe:browserOptions":{"binary":")" BIN_DIR "/sonolet-cog"
+                         : R"("webkitgtk:browserOptions":{"binary":")" BIN_DIR "/sonolet-browser") +
+                R"(","args":[)" + arguments + "]}}}}");
         const std::string key = R"("sessionId":")";
         const std::size_t id = answer.find(key) + key.size();
         session += '/' + answer.substr(id, answer.find('"', id) - id);
@@ -82,8 +87,16 @@ public:
 
     // The web processes of its browser.
     std::vector<int> webProcesses() const {
-        const std::vector<int> browsers = childrenOf(driver.id(), "sonolet-browser");
-        return browsers.empty() ? browsers : childrenOf(browsers[0], "WebKitWebProcess");
+        const std::vector<int> browsers =
+            childrenOf(driver.id(), inCog() ? "cog" : "sonolet-browser");
+        return browsers.empty()
+                   ? browsers
+                   : childrenOf(browsers[0], inCog() ? "WPEWebProcess" : "WebKitWebProcess");
+    }
+    static bool inCog() {
+        const char* const browser =
+            std::getenv("SONOLET_BROWSER");  // NOLINT(concurrency-mt-unsafe)
+        return browser != nullptr && std::string(browser) == "cog";
     }
 
 private:
@@ -104,7 +117,21 @@ private:
         if (answer.exitCode != 0 || answer.output.compare(0, before.size(), before) != 0) {
             throw std::runtime_error(path + ": " + answer.output + answer.errors);
         }
-        return answer.output.substr(before.size(), answer.output.rfind('}') - before.size());
+        return unescaped(
+            answer.output.substr(before.size(), answer.output.rfind('}') - before.size()));
+    }
+    // A driver may write what is not ASCII as "\\u00B7".
+    static std::string unescaped(std::string json) {
+        for (std::size_t at = 0; (at = json.find("\\u", at)) != std::string::npos;) {
+            char* const text = g_utf16_to_utf8(
+                std::array<gunichar2, 1>{
+                    static_cast<gunichar2>(std::stoi(json.substr(at + 2, 4), nullptr, 16))}
+                    .data(),
+                1, nullptr, nullptr, nullptr);
+            json.replace(at, 6, text != nullptr ? text : "?");
+            g_free(text);
+        }
+        return json;
     }
     static std::string quoted(const std::string& text) {
         std::string json = "\"";
@@ -123,7 +150,8 @@ private:
                                   "print(s.getsockname()[1], end='')"},
                                  {})
                                  .output;
-    const Process driver{{"/usr/bin/WebKitWebDriver", "--port=" + port}};
+    const Process driver{
+        {inCog() ? "/usr/bin/WPEWebDriver" : "/usr/bin/WebKitWebDriver", "--port=" + port}};
     std::string session = "http://127.0.0.1:" + port + "/session";
 };
 

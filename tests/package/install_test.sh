@@ -22,7 +22,11 @@ rm -rf "$work"
 mkdir -p "$root" "$work/home"
 check "the packages are built" cpack --config "$build/CPackConfig.cmake" -B "$work" \
     -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip
-for package in sonolet-plugin sonolet-host libspotify12-local; do
+packages=(sonolet-plugin sonolet-host libspotify12-local)
+if grep -qs '^SONOLET_BUILD_WPE:BOOL=ON' "$build/CMakeCache.txt"; then
+    packages+=(sonolet-wpe)
+fi
+for package in "${packages[@]}"; do
     files=("$work/${package}"_*.deb)
     check "$package is there" test -f "${files[0]}"
     check "$package unpacks" dpkg-deb -x "${files[0]}" "$root"
@@ -31,6 +35,9 @@ for package in sonolet-plugin sonolet-host libspotify12-local; do
     case $package in
     sonolet-plugin) check "$package needs no more than the C++ library: $depends" \
         grep -vqE 'gstreamer|gtk|sqlite' <<<"$depends" ;;
+    sonolet-wpe) for needed in sonolet-plugin cog libwpewebkit; do
+        check "$package brings $needed: $depends" grep -q "\b$needed" <<<"$depends"
+    done ;;
     sonolet-host) check "$package brings engine and plug-in: $depends" \
         grep -qE 'libjavascriptcoregtk.*sonolet-plugin|sonolet-plugin.*libjavascriptcoregtk' <<<"$depends" ;;
     esac
@@ -68,6 +75,11 @@ if [[ -e $root/usr/bin/sonolet-browser ]]; then
     check "its icon is there" test -s "$root/usr/share/icons/hicolor/scalable/apps/sonolet-player.svg"
     check "its part in the web process finds its libraries" \
         bash -c '! ldd "$1" | grep "not found"' - "$root/usr/lib/sonolet/lib/browser/sonolet-web.so"
+fi
+
+if [[ -e $root/usr/bin/sonolet-cog ]]; then
+    check "what Cog loads finds its libraries" \
+        bash -c '! ldd "$1" | grep "not found"' - "$root/usr/lib/sonolet/lib/wpe/sonolet-web.so"
 fi
 
 # What --help lists, the manual has.
