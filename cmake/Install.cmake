@@ -146,7 +146,7 @@ without the device. With a player, a conformance page and examples.")
 set(CPACK_DEBIAN_WPE_PACKAGE_NAME sonolet-wpe)
 set(CPACK_DEBIAN_WPE_PACKAGE_DEPENDS "sonolet-host, sonolet-plugin, cog")
 set(CPACK_DEBIAN_WPE_PACKAGE_RECOMMENDS libspotify12-local)
-set(CPACK_COMPONENT_WPE_DESCRIPTION "the Sonolet plug-in in browsers over WPE WebKit
+set(CPACK_COMPONENT_WPE_DESCRIPTION "Sonolet plug-in for browsers over WPE WebKit
 An extension that WPE's web processes load, and sonolet-cog, which starts Cog
 with it: pages see the plug-in as on a device.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME libspotify12-local)

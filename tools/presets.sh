@@ -31,7 +31,7 @@ test_preset() {
     local preset=$1 log=$root/build/test-$1.log options=(-DSONOLET_BUILD_TESTS=ON)
     if [[ $preset == dev ]]; then
         install_axe
-        options+=(-DSONOLET_BUILD_BROWSER=ON)
+        options+=(-DSONOLET_BUILD_BROWSER=ON -DSONOLET_BUILD_WPE=ON)
     fi
     say "$preset: building"
     if ! configure "$preset" "${options[@]}" ||
