@@ -150,7 +150,7 @@ WebKitWebView* Browser::openRelated(WebKitWebView* related) {
 }
 
 void Browser::startWebProcess() {
-    protocol::DeviceSettings device{options.library(), options.audio};
+    protocol::DeviceSettings device{options.pluginLibrary(), options.audio};
     // The file of a process that died keeps what it has.
     device.audio.wavPath = ofProcess(++webProcesses, device.audio.wavPath);
     const fs::path folder = DeviceOptions::besideProgram("browser");

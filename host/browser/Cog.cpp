@@ -76,7 +76,7 @@ Options parse(int argc, char* argv[]) {
 void setEnvironment(const Options& options) {
     options.setEnvironment();
     // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs
-    setenv("SONOLET_PLUGIN", fs::absolute(options.library()).c_str(), 1);
+    setenv("SONOLET_PLUGIN", fs::absolute(options.pluginLibrary()).c_str(), 1);
     const AudioOptions& audio = options.audio;
     setenv("SONOLET_AUDIO",
            audio.sink == AudioOptions::Sink::Auto ? "auto"

@@ -102,7 +102,7 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
     return true;
 }
 
-std::string DeviceOptions::library() const {
+std::string DeviceOptions::pluginLibrary() const {
     return trace.empty() && !validates ? plugin : besideProgram("libSonolet-layer.so.1.0");
 }
 
@@ -125,7 +125,7 @@ void DeviceOptions::setEnvironment() const {
     if (validates) {
         setenv("SONOLET_VALIDATE", "1", 1);
     }
-    if (library() != plugin) {
+    if (pluginLibrary() != plugin) {
         setenv("SONOLET_LAYER_PLUGIN", plugin.c_str(), 1);
     }
     if (logLevel) {
@@ -153,7 +153,12 @@ splitArguments(int argc, char* const argv[], const std::set<std::string>& flags)
         } else if (flags.count(word) > 0 || isOfDevice(word)) {
             arguments.push_back({word, ""});
         } else if (const std::size_t equals = word.find('='); equals != std::string::npos) {
-            arguments.push_back({word.substr(0, equals), word.substr(equals + 1)});
+            const std::string option = word.substr(0, equals);
+            if (flags.count(option) > 0 || isOfDevice(option)) {
+                throw std::invalid_argument(option + " takes no value, not \"" +
+                                            word.substr(equals + 1) + '"');
+            }
+            arguments.push_back({option, word.substr(equals + 1)});
         } else {
             arguments.push_back({word, i + 1 < argc ? argv[++i] : ""});
         }

@@ -27,7 +27,7 @@ struct DeviceOptions {
     bool set(const std::string& option, const std::string& value);
 
     // What is to be loaded: the plug-in, or what stands before it to watch.
-    std::string library() const;
+    std::string pluginLibrary() const;
 
     // Tells the libraries of this process that are loaded later, and its children. Refuses a fault
     // that the environment says and no option, when it cannot be read.
@@ -45,7 +45,7 @@ struct Argument {
 };
 
 // Takes "--name value" and "--name=value" apart; `flags` have no value. After "--" there are no
-// options.
+// options. Throws std::invalid_argument for a flag with a value.
 std::vector<Argument>
 splitArguments(int argc, char* const argv[], const std::set<std::string>& flags);
 

@@ -81,7 +81,7 @@ std::string describe(JSContextRef context, JSValueRef exception) {
 }  // namespace
 
 Runner::Runner(const Options& givenOptions)
-    : options(givenOptions), script(Page::read(options.page)), plugin(options.library()),
+    : options(givenOptions), script(Page::read(options.page)), plugin(options.pluginLibrary()),
       scheduler(options.speed()), loop(g_main_loop_new(nullptr, FALSE)), overtime(options.page),
       signals([this] { closePage(); }, &Overtime::begin) {}
 

@@ -118,6 +118,7 @@ TEST(RunnerTest, AWrongCommandLineIsOneClearLineAndHelpNamesEveryOption) {
         {{"/tmp"}, "sonolet-host: /tmp: is a folder, not a page script"},
         {{"a.js", "b.js"}, "sonolet-host: one page at a time: \"a.js\" and then \"b.js\""},
         {{"--loud", "a.js"}, "sonolet-host: unknown option --loud (--help lists them)"},
+        {{"--validate=3", "a.js"}, "sonolet-host: --validate takes no value, not \"3\""},
         {{"--speed", "0", "a.js"}, "sonolet-host: --speed takes a number above 0, not \"0\""},
         {{"--for=1x", "a.js"}, "sonolet-host: --for takes a number above 0, not \"1x\""},
         {{"--for"}, "sonolet-host: --for takes a number above 0, not \"\""},
