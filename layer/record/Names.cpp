@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace {
 
-constexpr std::size_t mostSecrets = 64;
+constexpr std::size_t mostSecrets = 256;
 
 bool isSecretName(std::string_view name) {
     std::string lower(name);
@@ -112,8 +113,11 @@ std::string Names::of(const Event& event) const {
 
 bool Names::isHidden(const Event& event, std::size_t argument) const {
     if (event.is(Fn::call)) {
-        // Name and password; the rest of a login is a flag and a blob.
-        return memberOf(event.pointer(1)) == "login" && argument > 3;
+        // Name and password; the rest of a login is a flag and a blob. A function whose name was
+        // in calls that got lost may be login.
+        const std::string_view member = memberOf(event.pointer(1));
+        return (member == "login" && argument > 3) ||
+               ((member.empty() || member == "object") && argument > 2);
     }
     return (event.is(Fn::setter) || event.is(Fn::global_setter)) && argument > 1 &&
            isSecretName(event.text(1));
@@ -122,6 +126,18 @@ bool Names::isHidden(const Event& event, std::size_t argument) const {
 bool Names::isKnownSecret(const Value& value) const {
     return !secrets.empty() &&
            secrets.count(std::string(storedText(value).substr(0, textLimit))) > 0;
+}
+
+// Each login brings a new blob: the oldest are forgotten.
+void Names::learn(std::string secret) {
+    if (!secrets.insert(secret).second) {
+        return;
+    }
+    secretsInOrder.push_back(std::move(secret));
+    if (secretsInOrder.size() > mostSecrets) {
+        secrets.erase(secretsInOrder.front());
+        secretsInOrder.pop_front();
+    }
 }
 
 void Names::hideArguments(Event& event) {
@@ -133,8 +149,8 @@ void Names::hideArguments(Event& event) {
             continue;
         }
         // A name that is a password, too, is told wherever it stands as a name.
-        if (value.tag == Tag::Secret && secrets.size() < mostSecrets && text != user) {
-            secrets.emplace(text.substr(0, textLimit));
+        if (value.tag == Tag::Secret && text != user) {
+            learn(std::string(text.substr(0, textLimit)));
         }
         if (isHidden(event, i) || isKnownSecret(value)) {
             value.tag = Tag::Secret;

@@ -12,6 +12,7 @@
 
 namespace {
 
+constexpr std::size_t mostLines = 256U << 10U;        // bytes
 constexpr std::uint64_t levelsInterval = 100000000;   // ns
 constexpr std::uint64_t memoryInterval = 1000000000;  // ns
 constexpr std::uint64_t longestIdle = 60000000000;    // ns
@@ -78,6 +79,9 @@ void Scribe::write(const char* records, std::size_t size) {
     const char* const end = records + size;
     while (records != end) {
         event(records);
+        if (lines.size() >= mostLines) {
+            flush();
+        }
     }
 }
 
@@ -94,12 +98,17 @@ void Scribe::endOfBatch(std::uint64_t now) {
         tellIdle();
     }
     counters(now);
-    if (!lines.empty()) {
-        file.write(lines);
-        lines.clear();
-        if (file.turn()) {
-            beginFile();
-        }
+    flush();
+}
+
+void Scribe::flush() {
+    if (lines.empty()) {
+        return;
+    }
+    file.write(lines);
+    lines.clear();
+    if (file.turn()) {
+        beginFile();
     }
 }
 

@@ -10,6 +10,17 @@
 #include <stdexcept>
 #include <system_error>
 
+namespace {
+
+// With the reason in errno.
+void tellEnd(const std::string& path) {
+    const std::string why = std::generic_category().message(errno);
+    std::fprintf(stderr, "libSonolet-layer: %s: %s; the trace ends here\n", path.c_str(),
+                 why.c_str());
+}
+
+}  // namespace
+
 TraceFile::TraceFile(const Settings& settings)
     : path(settings.traceFile), mostBytes(settings.traceBytes / 2) {
     open();
@@ -32,6 +43,9 @@ void TraceFile::open() {
         ::close(descriptor);
         path += "." + std::to_string(getpid());
         descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        if (descriptor >= 0) {
+            flock(descriptor, LOCK_EX | LOCK_NB);  // for readers; the name is this process's alone
+        }
     }
     if (descriptor >= 0 && ftruncate(descriptor, 0) != 0) {
         // A pipe or a terminal: what is written is added.
@@ -49,9 +63,7 @@ void TraceFile::write(const std::string& lines) {
             continue;
         }
         if (done < 0) {
-            const std::string why = std::generic_category().message(errno);
-            std::fprintf(stderr, "libSonolet-layer: %s: %s; the trace ends here\n", path.c_str(),
-                         why.c_str());
+            tellEnd(path);
             close();
             return;
         }
@@ -69,6 +81,9 @@ bool TraceFile::turn() {
     close();
     std::rename(path.c_str(), (path + ".old").c_str());
     open();
+    if (descriptor < 0) {
+        tellEnd(path);
+    }
     return descriptor >= 0;
 }
 

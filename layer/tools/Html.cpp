@@ -99,10 +99,10 @@ std::string Html::text() const {
     data["arrows"] = arrows;
     data["marks"] = marks;
     data["counters"] = counters;
-    std::string script = data.dump(-1, ' ', false, json::error_handler_t::replace);
-    // A text must not end the script that it stands in.
-    for (std::size_t at = script.find("</"); at != std::string::npos; at = script.find("</", at)) {
-        script.replace(at, 2, "<\\/");
+    // No text may end the script that it stands in, nor begin a comment there.
+    std::string script;
+    for (const char c : data.dump(-1, ' ', false, json::error_handler_t::replace)) {
+        c == '<' ? script.append("\\u003c") : script.append(1, c);
     }
     std::string page = timelinePage;
     constexpr char place[] = "\"DATA\"";

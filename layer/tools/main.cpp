@@ -68,7 +68,8 @@ Options parse(const std::vector<std::string>& words) {
             const std::string& number = value();
             char* end = nullptr;
             options.rows = std::strtoul(number.c_str(), &end, 10);
-            if (number.empty() || *end != '\0' || options.rows == 0) {
+            if (number.find_first_not_of("0123456789") != std::string::npos || *end != '\0' ||
+                options.rows == 0) {
                 throw std::invalid_argument("--rows takes a number above 0, not \"" + number + '"');
             }
         } else if (word[0] == '-') {
@@ -82,6 +83,10 @@ Options parse(const std::vector<std::string>& words) {
     }
     if (options.file.empty()) {
         throw std::invalid_argument("no file given (sonolet-trace FILE [options])");
+    }
+    if (options.follows && options.html) {
+        throw std::invalid_argument("--follow and --html are not for one call: one prints the "
+                                    "timeline, the other writes a page of it");
     }
     const Filter& filter = options.filter;
     if (!options.follows && (filter.object + filter.member + filter.thread) != "") {
