@@ -12,12 +12,18 @@
 // behind it its values, each with what it points to.
 
 // A call that has called nobody is one record, written when it is over.
+//
+// A Begin is written as soon as something is called inside, so that calls nest in the trace as they
+// did in life. A Mark is a text of the layer's own.
 enum class Phase : std::uint8_t { Whole, Begin, End, Mark };
 
+// The head, as it is copied; records never leave the process, so byte order and padding are its
+// own.
 struct Record {
     std::uint32_t bytes;  // with everything behind it; a multiple of 8
     Fn function;
     Phase phase;
+    // Of a Begin no results, of an End no arguments.
     std::uint8_t resultCount;
     std::uint32_t argumentCount;
     std::uint32_t thread;  // the system's number
@@ -26,13 +32,15 @@ struct Record {
     std::uint64_t ended;
 };
 
-// As much of a text as is told. Of bytes so many that their Base64 text is as long.
+// As much of a text as is told. Of bytes so many that their Base64 text is as long. Arrays are
+// limited by elements, all else by bytes; a secret is copied only to be known again.
 constexpr std::size_t textLimit = 96;
 constexpr std::size_t bytesLimit = 72;
 constexpr std::size_t secretLimit = 256;
 constexpr std::size_t arrayLimit = 4096;
 
-// How many bytes of what a value points to are in the record.
+// How many bytes of what a value points to are in the record. REQUIRES for Tag::Texts: the caller's
+// own array; in a record the texts lie behind one another instead, and Event reads them.
 inline std::size_t storedBytes(const Value& value) {
     const auto limited = [&](std::size_t limit, std::size_t each) {
         const std::size_t count = value.size < limit ? value.size : limit;
@@ -64,6 +72,7 @@ inline std::size_t storedBytes(const Value& value) {
     }
 }
 
+// The next multiple of 8: values in a record are aligned.
 constexpr std::size_t padded(std::size_t bytes) {
     return (bytes + 7) & ~std::size_t{7};
 }

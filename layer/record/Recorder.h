@@ -18,33 +18,48 @@
 //
 // Threads: any. A buffer that is full makes its callers wait for the writing thread, a second at
 // most; what does not fit then is left out, and a mark in the trace says how many calls that were.
+// Units: times are nanoseconds since the recorder was made (CLOCK_MONOTONIC); the buffer has 1 MiB.
+// Ownership: values are copied while their call lasts, no pointer of a caller is kept. Signals: the
+// writing thread blocks all of them, so the browser's handlers run on the browser's threads.
+// Errors: after construction nothing is thrown; a file that cannot be written any more is told once
+// on standard error and the calls go on.
 class Recorder final : public Watcher {
 public:
     // Throws std::runtime_error when the file cannot be written.
     explicit Recorder(const Settings& settings);
+    // Finishes when nobody has.
     ~Recorder() override;
 
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
+    // Notes the time, and writes down the beginnings of the calls around this one: only now it is
+    // known that they call somebody.
     void began(Call& call) noexcept override;
+    // REQUIRES: began() of the same call, on the same thread.
     void ended(Call& call, const Value* results, unsigned count) noexcept override;
 
     // A word of the layer's own, at this moment of this thread.
     void mark(const std::string& text) noexcept;
 
-    // Writes what there is and closes the file. What comes later is lost.
+    // Writes what there is and closes the file. What comes later is lost. Waits for the writing
+    // thread, whose last lines are with the system when this returns; a second time it does
+    // nothing.
     void finish();
 
 private:
+    // Whole records, one behind the other; `size` is what is used of the 1 MiB.
     struct Buffer {
         std::unique_ptr<char[]> bytes;
         std::size_t size = 0;
     };
 
     std::uint64_t now() const noexcept;
+    // Its beginning, behind those of the calls around it.
     void writeDown(Call& call) noexcept;
+    // Copies one record into the buffer, or counts it as lost.
     void append(Record head, const Value* arguments, const Value* results) noexcept;
+    // The writing thread, for as long as it lives.
     void run();
 
     const std::uint64_t start;

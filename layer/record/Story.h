@@ -11,9 +11,17 @@
 
 // What belongs together among the calls: which call of a listener goes back to which event, which
 // sound to which request, and how much of everything there is.
+//
+// No number in the interfaces goes from an event to its listener, so it is found by name:
+// "playlist_renamed" of the library is "PlaylistRenamed" of script, and a listener's call is led
+// back to the earliest event of its name that the listener has not been called for. Queries are
+// followed by the number of their registration.
+//
+// Threads: one. Units: nanoseconds, bytes. Memory: the latest 512 causes, and at most 4096
+// functions of the page; what is not among them has no arrow. Errors: none.
 class Story final {
 public:
-    // A place in the trace: within the slice that begins there.
+    // A place in the trace: within the slice that begins there. Threads by the system's number.
     struct Place {
         std::uint32_t thread;
         std::uint64_t time;  // ns
@@ -24,7 +32,7 @@ public:
         Place from;
         Place to;
     };
-    // What the numbers are now.
+    // What the numbers are now. None is meant to be below 0; a trace that lost calls may show it.
     struct Levels {
         std::int64_t ringBytes = 0;        // delivered and not yet written to the backend
         std::int64_t waitingRequests = 0;  // of the backend
@@ -35,7 +43,8 @@ public:
         }
     };
 
-    // Each event once, in order, with the member that the host's call is of ("" for none).
+    // Each event once, in order, with the member that the host's call is of ("" for none). Fills in
+    // arrows, mark and title.
     void follow(const Event& event, std::string_view member);
 
     // What the last event brought.
@@ -46,6 +55,7 @@ public:
     const Levels& levels() const { return now; }
 
 private:
+    // What may call listeners: its name as a key, in the order of `number`.
     struct Cause {
         std::string name;
         std::uint64_t number;
@@ -63,15 +73,20 @@ private:
         Place place;
     };
 
+    // `key` is what causes are compared by, `name` what the trace calls it. Again for the same key
+    // changes nothing.
     void listen(const void* function, const std::string& key, std::string_view name);
     void remember(std::string key, const Place& place);
     void followScript(const Event& event, std::string_view member, const Place& place);
     void followListener(const Event& event, const Place& place);
     void followLibrary(const Event& event, const Place& place);
+    // Counts the frames that the plug-in took, in bytes of the format given with them.
     void deliver(const Event& event, const Place& place);
     void followSound(const Event& event, const Place& place);
+    // A create or add_ref is one more, a release one less, by the functions' names.
     void countHandles(const Event& event);
 
+    // The latest, oldest first.
     std::deque<Cause> causes;
     std::uint64_t lastCause = 0;
     std::unordered_map<const void*, std::vector<Interest>> interests;
@@ -80,6 +95,7 @@ private:
     std::vector<const void*> offered;
 
     Levels now;
+    // Sound of the track that is loaded, from its first byte.
     int bytesPerFrame = 4;
     std::uint64_t delivered = 0;
     std::uint64_t written = 0;

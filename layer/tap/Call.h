@@ -8,6 +8,10 @@
 #include <cstdint>
 
 // Who wants to know of calls: from when the layer is made until its exit handler.
+//
+// Threads: any, several at once. Ownership: call, values and what they point to are the caller's
+// and gone when began() or ended() returns; what is to be kept is copied. The layer never frees a
+// watcher: a thread may be in it to the end of the process.
 class Call;
 class Watcher {
 public:
@@ -19,6 +23,10 @@ public:
 };
 
 // One call across the border: lives on the stack of its thread for as long as the call lasts.
+//
+// REQUIRES: the values stay where they are, end() comes before the destructor, and calls of a
+// thread end in the opposite order of their beginning. Errors: none. With no watcher a call costs
+// the looks for them and a link in the chain of its thread.
 class Call final {
 public:
     Call(Fn itsFunction, const Value* itsArguments, unsigned itsCount) noexcept
@@ -34,7 +42,8 @@ public:
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
-    // Once, when the call has come back.
+    // Once, when the call has come back. Result 0 is what the function answers, 1 what it has
+    // written for its caller.
     void end(const Value* results, unsigned resultCount) noexcept {
         for (const auto& each : watchers) {
             if (Watcher* const watcher = each.load(std::memory_order_acquire)) {
@@ -54,7 +63,9 @@ public:
     std::uint64_t beganAt = 0;
     bool isWritten = false;
 
-    // First the one that checks, then the one that records what it found.
+    // First the one that checks, then the one that records what it found. Null: none. May change
+    // while calls are under way: such a call is told to whoever is there at its beginning, and at
+    // its end.
     static std::atomic<Watcher*> watchers[2];
 
 private:

@@ -9,8 +9,13 @@
 // Who stands at an end of a call.
 enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
 
-// Of jsplugin.h: what the host calls of the plug-in. The two getters and traces: a
-// document's has the longer name.
+// Of jsplugin.h: what the host calls of the plug-in. The two getters and traces: a document's has
+// the longer name.
+//
+// X gets each name as it stands in the header. The lists make the numbers of Fn and the table
+// below; of the library also the layer's functions themselves, out of the header's signatures
+// (LibraryTap.cpp), so a function that the plug-in begins to call is one line here. Findings and
+// traces have the names: numbers may change from one build to the next.
 #define SONOLET_HOST_CALLS(X)                                                                      \
     X(allow_access)                                                                                \
     X(init)                                                                                        \
@@ -36,7 +41,9 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(add_unload_listener)                                                                         \
     X(gc_mark)
 
-// Of libspotify/api.h: the records of callbacks, and the functions that queries end with.
+// Of libspotify/api.h: the records of callbacks, and the functions that queries end with. The
+// session's are looked up in the plug-in's own record at each call; one that is null when the
+// session is made stays null for the library.
 #define SONOLET_SESSION_CALLBACKS(X)                                                               \
     X(logged_in)                                                                                   \
     X(logged_out)                                                                                  \
@@ -61,6 +68,8 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(connect_to_facebook)                                                                         \
     X(show_trial_welcome)
 
+// Of a playlist, by sp_playlist_add_callbacks. Their last argument is the user data, by which the
+// layer finds the plug-in's own record.
 #define SONOLET_PLAYLIST_CALLBACKS(X)                                                              \
     X(tracks_added)                                                                                \
     X(tracks_removed)                                                                              \
@@ -76,12 +85,15 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(track_message_changed)                                                                       \
     X(subscribers_changed)
 
+// Of a container, likewise.
 #define SONOLET_CONTAINER_CALLBACKS(X)                                                             \
     X(playlist_added)                                                                              \
     X(playlist_removed)                                                                            \
     X(playlist_moved)                                                                              \
     X(container_loaded)
 
+// With a handle and the user data of the query. An image is asked for by registration, which is
+// taken away again; the others end with their answer.
 #define SONOLET_COMPLETIONS(X)                                                                     \
     X(image_loaded)                                                                                \
     X(search_complete)                                                                             \
@@ -89,7 +101,9 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(artistbrowse_complete)                                                                       \
     X(toplistbrowse_complete)
 
-// Its functions, in the order of the header.
+// Its functions, in the order of the header. One that the plug-in does not import is never asked
+// for. What their names say is relied on: _create and _add_ref give a reference, _release takes one
+// back, _remove_ ends a registration.
 #define SONOLET_LIBRARY_FUNCTIONS(X)                                                               \
     X(sp_build_id)                                                                                 \
     X(sp_error_message)                                                                            \
@@ -274,7 +288,8 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(sp_playlistcontainer_add_ref)                                                                \
     X(sp_playlistcontainer_release)
 
-// Of uva.h: what the plug-in calls, and what the backend calls of its client.
+// Of uva.h: what the plug-in calls, and what the backend calls of its client. Of the factory's
+// functions the layer knows the mangled names, BackendTap.cpp has them.
 #define SONOLET_BACKEND_CALLS(X)                                                                   \
     X(requestBackend)                                                                              \
     X(releaseBackend)                                                                              \
@@ -309,6 +324,7 @@ enum class Fn : std::uint16_t {
 
 #undef SONOLET_ENUMERATOR
 
+// Who calls whom. Names are never freed.
 struct FunctionInfo {
     const char* name;
     Party caller;
@@ -345,6 +361,7 @@ static_assert(sizeof functionTable / sizeof *functionTable == static_cast<int>(F
 #undef SONOLET_FROM_BACKEND
 #undef SONOLET_TO_BACKEND
 
+// REQUIRES: not Fn::count, which stands for a mark.
 constexpr const FunctionInfo& infoOf(Fn function) {
     return functionTable[static_cast<int>(function)];
 }

@@ -11,10 +11,14 @@
 
 // What the plug-in is to call in the place of `function`, which it imports by this name; null:
 // nothing of theirs. Each function is known from then on, so one plug-in can be watched at a time.
+// Addresses of functions, by the names of the dynamic symbol table, C++ ones mangled. REQUIRES:
+// before the plug-in calls anybody, on one thread.
 void* libraryTap(const std::string& symbol, void* function);
 void* backendTap(const std::string& symbol, void* function);  // and the log's
 
-// What host and plug-in get of each other.
+// What host and plug-in get of each other: copies in which the functions that are there have been
+// replaced. The layer owns them to the end of the process; calls are passed on to what was given,
+// which must stay where it is. Null for null.
 jsplugin_callbacks* hostTap(jsplugin_callbacks* ofHost);
 struct jsplugin_capabilities* pluginTap(struct jsplugin_capabilities* ofPlugin);
 

@@ -6,6 +6,9 @@
 
 // How many bytes of a text's front are one character of UTF-8: 0 when they are none, and below 0
 // when the text ends inside the character, by how many bytes it lacks. REQUIRES: it is not empty.
+//
+// Well formed is what RFC 3629 says: no longer form than needed, no surrogates, nothing above
+// U+10FFFF. Threads: any. Errors: none; nothing is allocated.
 inline int characterAt(std::string_view text) {
     const auto at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned first = at(0);
@@ -30,6 +33,7 @@ inline int characterAt(std::string_view text) {
     return length;
 }
 
+// Whether all of it is whole characters. The empty text is.
 inline bool isUtf8(std::string_view text) {
     while (!text.empty()) {
         const int length = characterAt(text);

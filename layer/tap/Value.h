@@ -29,7 +29,7 @@ enum class Tag : std::uint8_t {
     Bytes,
 };
 
-// The kinds of libspotify's handles.
+// The kinds of libspotify's handles, in the order of handleNames.
 enum class HandleKind : std::uint8_t {
     Session,
     Track,
@@ -52,6 +52,10 @@ constexpr const char* handleNames[] = {
 
 // An argument or a result as it crosses the border. Owns nothing: what it points to is valid as
 // long as for the function that gets it.
+//
+// 16 bytes, copied as they are. `size` has a meaning for the tags that say so, and for Nothing with
+// `kind` 1, where it is the number of a type that does not exist. REQUIRES: only the member of `u`
+// that the tag means is read.
 struct Value {
     Tag tag = Tag::Nothing;
     std::uint8_t kind = 0;
@@ -75,6 +79,7 @@ struct Value {
 
 // ---- From the types of the headers ----
 
+// Which kind a pointer of the header is; none for other types.
 template <class T>
 struct HandleOf : std::false_type {};
 #define SONOLET_HANDLE(type, which)                                                                \
@@ -97,6 +102,7 @@ SONOLET_HANDLE(sp_playlistcontainer, Playlistcontainer)
 SONOLET_HANDLE(sp_link, Link)
 #undef SONOLET_HANDLE
 
+// A null text has size 0 and stays null.
 inline Value textValue(Tag tag, const char* text) {
     return Value::of(tag, text, text != nullptr ? std::strlen(text) : 0);
 }
@@ -115,17 +121,19 @@ inline Value numberValue(double number) {
     return value;
 }
 
+// Flags are 0 or 1 in u.integer.
 inline Value booleanValue(bool flag) {
     Value value = integerValue(flag ? 1 : 0);
     value.tag = Tag::Boolean;
     return value;
 }
 
+// `isNative`: a slot of the plug-in says that it is one of its own.
 inline Value objectValue(const jsplugin_obj* object, bool isNative = false) {
     return Value::of(Tag::Object, object, 0, isNative ? 1 : 0);
 }
 
-// A slot that has been filled in.
+// A slot that has been filled in. Texts are not copied: they are the side's that filled it.
 inline Value slotValue(const jsplugin_value& slot) {
     switch (slot.type) {
     case JSP_TYPE_UNDEFINED:

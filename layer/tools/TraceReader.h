@@ -8,6 +8,9 @@
 #include <string_view>
 
 // An event of a trace, as its line says it. Times are microseconds.
+//
+// The fields are those of the "Trace Event Format" that layer/record/Scribe.h names; what a line
+// does not have is 0 or empty, and so is what has another type than it should.
 struct TraceEvent {
     char phase = 0;        // 'X' a whole call, 'B' and 'E' its ends, 'i', 'C', 's', 'f', 'M'
     std::string name;      // as the timeline shows it
@@ -33,20 +36,26 @@ private:
 
 // Reads traces that the layer has written, a line at a time. What is broken in them is left out and
 // counted: a trace may end anywhere, and files get damaged on their way.
+//
+// Threads: one. Ownership: the stream is the caller's and outlives the reader. Errors: none thrown.
+// A line may be of any length.
 class TraceReader final {
 public:
     explicit TraceReader(std::istream& lines) : input(lines) {}
 
-    // The next event; false at the end of what there is.
+    // The next event; false at the end of what there is. A last line without an end is kept: after
+    // input.clear() the next call goes on with it, which is how a file is followed.
     bool next(TraceEvent& event);
 
-    // One line; false when it is no event.
+    // One line; false when it is no event. With or without its comma. `event` is not to be used
+    // after false.
     static bool parse(std::string_view line, TraceEvent& event);
 
     // Whether the last line said that nothing follows.
     bool hasEnded() const { return ended; }
     // Whether this is a trace of the layer at all: its head has been read.
     bool isTrace() const { return seenHead; }
+    // Lines that were no events, of those that have an end.
     std::size_t broken() const { return brokenLines; }
 
 private:

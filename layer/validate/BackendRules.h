@@ -6,19 +6,27 @@
 #include <cstdint>
 #include <unordered_map>
 
-// What uva.h asks of plug-in and backend.
+// What uva.h asks of plug-in and backend: the rules 302 to 310; 301, about threads, is the
+// validator's.
+//
+// Threads: one at a time. Units: bytes; requests are counted from 1. Ownership: the findings are
+// the validator's and outlive it. Backends are told apart by the client that the layer has put
+// before the plug-in's; some that were released stay known, so that a late call is seen.
 class BackendRules final {
 public:
     explicit BackendRules(Findings& allFindings) : findings(allFindings) {}
 
+    // Both get calls of uva.h alone. `results` is one value where the function answers something.
     void began(const Call& call);
     void ended(const Call& call, const Value* results);
 
 private:
+    // By its place among the requests of its backend, from 1.
     struct Request {
         std::uint64_t number = 0;
         std::int64_t size = 0;  // bytes
     };
+    // From requestBackend on.
     struct Backend {
         bool isReleased = false;
         bool hasEnded = false;

@@ -12,7 +12,8 @@ struct Clock {
     virtual std::uint64_t busy() const = 0;
 };
 
-// The system's.
+// The system's. CLOCK_MONOTONIC, and the kernel's schedstat of the thread; without it busy() is 0.
+// Any thread; never freed.
 const Clock& systemClock();
 
 #endif
