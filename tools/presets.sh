@@ -63,6 +63,7 @@ count_tests() {
 # test_root: the same for the whole system on 32 bits, as "./sonolet test dev" in the root i386.
 test_root() {
     local log=$root/build/i386-root$home_in_root/build/test-dev.log
+    install_axe
     timed "i386: system" prepare_i386
     in_namespaces rm -f "$log"
     say "i386: building and testing in build/i386-root"

@@ -134,14 +134,17 @@ prepare_i386() {
     copy_project i386
 }
 
-# copy_project NAME: the sources as they are now, into the root; what was built there stays, and what
-# an interrupted run left in its temporary files goes.
+# copy_project NAME: the sources as they are now, into the root, and what npm installed for the tests;
+# what was built there stays, and what an interrupted run left in its temporary files goes.
 copy_project() {
     # shellcheck disable=SC2016 # the inner shell's
     in_namespaces sh -c 'rm -rf "$2"/tmp/* && mkdir -p "$2$3" && cd "$2$3" &&
         find . -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + &&
         tar -C "$1" --exclude=./build --exclude=./install --exclude=./.git -c . |
-        tar -x --no-same-owner' sh "$root" "$root/build/$1-root" "$home_in_root"
+        tar -x --no-same-owner &&
+        if [ -d "$1/build/npm" ]; then
+            mkdir -p build && rm -rf build/npm && cp -r "$1/build/npm" build
+        fi' sh "$root" "$root/build/$1-root" "$home_in_root"
 }
 
 # in_root NAME COMMAND...: runs it in the project's copy in build/NAME-root.
@@ -157,6 +160,7 @@ in_root() {
         mount --rbind /dev "$1/dev"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
         mount -t proc proc "$1/proc"
+        mount --rbind /sys "$1/sys"
         exec setarch i386 chroot "$1" env -i HOME=/root LANG=C.UTF-8 TERM="${TERM:-dumb}" \
             PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
             bash -c "cd \"\$0\" && exec \"\$@\"" "${@:2}"
