@@ -22,8 +22,8 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script load plugin sound base64 memory size growth layer search playing (all, if none is "
-    "named)\n";
+    "groups: script load plugin sound base64 memory size growth layer search playing\n"
+    "(all of these, if none is named), device\n";
 
 // Wrong use.
 struct Misuse : std::runtime_error {
@@ -38,8 +38,9 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 11> allGroups = {"script", "load", "plugin", "sound",  "base64",
-                                               "memory", "size", "growth", "layer", "search", "playing"};
+const std::array<std::string, 11> allGroups = {"script", "load",   "plugin", "sound",
+                                               "base64", "memory", "size",   "growth",
+                                               "layer",  "search", "playing"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -54,7 +55,8 @@ Options parse(const std::vector<std::string>& arguments) {
                 throw Misuse("--device takes a folder");
             }
             options.device = arguments[i];
-        } else if (std::find(allGroups.begin(), allGroups.end(), argument) != allGroups.end()) {
+        } else if (argument == "device" ||
+                   std::find(allGroups.begin(), allGroups.end(), argument) != allGroups.end()) {
             options.groups.push_back(argument);
         } else {
             throw Misuse("no group or option " + argument);
@@ -179,7 +181,8 @@ void run(const Options& options) {
         std::cerr << "measuring: " << group << '\n';
         if (group == "script" || group == "load") {
             add(figuresOf(program("sonolet-bench-script") + ' ' + group));
-        } else if (group == "search" || group == "playing" || group == "layer") {
+        } else if (group == "search" || group == "playing" || group == "layer" ||
+                   group == "device") {
             add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));

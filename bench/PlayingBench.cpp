@@ -4,8 +4,8 @@
 
 #include "Command.h"
 #include "Figures.h"
-#include "SoundServer.h"
-#include "demo/Encoder.h"
+#include "Listening.h"
+#include "Process.h"
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -17,8 +17,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <random>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -26,27 +24,11 @@
 
 namespace {
 
-using namespace sonolet;
-using Frames = SoundServer::Frames;
+using namespace listening;
 
-constexpr std::size_t rate = 44100;
 constexpr std::size_t requestFrames = 1024;  // of one request of the backend
-constexpr std::ptrdiff_t known = 64;         // so many frames tell where one is in a tune
-constexpr std::size_t measured = 120 * rate;
-constexpr std::size_t tuneLength = 126 * rate;  // some of it is lost at either end
 
 const std::string bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-
-// Noise, no two places alike and never silent.
-Frames writeTune(const std::string& file, std::size_t length, unsigned seed) {
-    Frames tune(length);
-    std::mt19937 random(seed);
-    std::generate(tune.begin(), tune.end(), [&random] { return random() | 1; });
-    service::encode(tune.data(), tune.size() * sizeof(tune[0]),
-                    "audio/x-raw,format=S16LE,layout=interleaved,rate=44100,channels=2",
-                    "audioconvert ! flacenc", file);
-    return tune;
-}
 
 // A page that plays the links one after the other, as the documentation says.
 std::string pageFor(const std::map<std::string, std::string>& links) {
@@ -83,14 +65,8 @@ Session.login("listener", "listener", false, "");
 
 // What the loudspeaker gets of all tunes in `folder`, in the order of their files.
 Frames listenTo(const std::string& folder, SoundServer& server) {
-    // By file; of the listing, the first word and the last.
-    std::map<std::string, std::string> links;
-    std::istringstream listed(::run({bin + "/sonolet-index"}, {{"SONOLET_MUSIC", folder}}).output);
-    for (std::string line; std::getline(listed, line);) {
-        links[line.substr(line.rfind('\t') + 1)] = line.substr(0, line.find('\t'));
-    }
     const std::string page = folder + ".js";
-    writeTo(page, pageFor(links));
+    writeTo(page, pageFor(linksOf(bin, folder)));
     server.record();
     Process host(
         {bin + "/sonolet-host", page, "--music", folder, "--audio", "auto", "--for", "180"});
@@ -128,33 +104,6 @@ void measureGaps(const std::string& folder, SoundServer& server) {
                                     static_cast<double>(longest) * 1000 / rate, "ms", 450));
     figures::report(figures::within("frames missing at the end of a track, most",
                                     static_cast<double>(missing), "", requestFrames));
-}
-
-// How often what the loudspeaker got stops to follow the tune: silence, a skip or a repetition.
-int breaksIn(const Frames& heard, const Frames& tune) {
-    const auto isSound = [](std::uint32_t frame) { return frame != 0; };
-    auto at = std::find_if(heard.begin(), heard.end(), isSound);
-    const auto end = std::find_if(heard.rbegin(), heard.rend(), isSound).base();
-    int breaks = -1;  // the beginning is none
-    std::size_t followed = 0;
-    while (at != end) {
-        const auto some = std::min(at + known, end);
-        const auto from = std::search(tune.begin(), tune.end(), at, some);
-        auto next = some;
-        if (from != tune.end()) {
-            next = std::mismatch(at, end, from, tune.end()).first;
-            followed += static_cast<std::size_t>(next - at);
-            ++breaks;
-        }
-        if (next != end) {
-            std::cerr << "a break after " << (next - heard.begin()) * 1000 / rate << " ms\n";
-        }
-        at = std::find_if(next, end, isSound);
-    }
-    if (followed < measured) {
-        throw std::runtime_error("heard " + std::to_string(followed / rate) + " s of the tune");
-    }
-    return breaks;
 }
 
 // Two minutes beside as many busy processes as there are cores.
