@@ -41,7 +41,7 @@ const std::string bin = fs::read_symlink("/proc/self/exe").parent_path();
 // Stacks count there with all that they may grow to.
 constexpr char inGroups[] = R"sh(
 if [ -z "$SONOLET_BENCH_GROUPS" ]; then
-    ulimit -s 1024 -d 196608 || exit 3
+    ulimit -s 1024 && ulimit -d 196608 || exit 3
 fi
 for group in $SONOLET_BENCH_GROUPS; do
     echo 0 >"$group/cgroup.procs" || exit 3
