@@ -122,7 +122,8 @@ TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
     playlist({"add", "Evening", "Before the Birds"});
     EXPECT_EQ(evaluate("await until(() => text('.facts').endsWith('4 tracks'));"
                        "find('.track').click();"
-                       "await until(() => find('.track.current') && text('.lately'));"
+                       "await until(() => find('.track.current') && text('.lately') &&"
+                       "    text('#bar-text').startsWith('Before'));"
                        "return [" +
                        titles + ", text('.lately'), text('#bar-text').slice(0, 16)];"),
               R"(["BKMS","Just now: 1 track added","Before the Birds"])");
@@ -137,7 +138,7 @@ TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
                        "    { key: 'ArrowDown', altKey: true, bubbles: true, cancelable: true }));"
                        "await until(() => " +
                        titles +
-                       " === 'MKS');"
+                       " === 'MKS' && focused().startsWith('Kettle'));"
                        "seen.push(focused().split(',')[0]);"
                        "const row = find('[aria-rowindex=\"3\"] .track-lead');"
                        "const at = row.getBoundingClientRect();"
