@@ -151,7 +151,7 @@ An extension that WPE's web processes load, and sonolet-cog, which starts Cog
 with it: pages see the plug-in as on a device.")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME libspotify12-local)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS "gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
-set(CPACK_DEBIAN_SERVICE_PACKAGE_RECOMMENDS gstreamer1.0-libav)
+set(CPACK_DEBIAN_SERVICE_PACKAGE_RECOMMENDS "gstreamer1.0-libav, glib-networking")
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION "local music service over a folder of music
 The music service's client library (API 12) for the Sonolet plug-in, over the
 user's own files, and the programs for its accounts and playlists.")

@@ -28,9 +28,11 @@ set(rooms
     "images: catalogue music objects source store threads"
     "player: music"
     "session: accounts catalogue faults images lists objects player queries source store threads"
-    "choice: folder source store"
+    "subsonic: source store"
+    "server: accounts catalogue music search source store subsonic threads"
+    "choice: folder server source store"
     "api: images lists objects queries session"
-    "tools: accounts catalogue faults search store"
+    "tools: accounts catalogue faults search source store"
     "demo: tools")
 
 set(wrong "")

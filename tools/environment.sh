@@ -3,7 +3,7 @@
 
 # Where music and state are; a caller's choice stands.
 use_environment() {
-    if [[ -z ${SONOLET_MUSIC:-} && $1 == demo ]]; then
+    if [[ -z ${SONOLET_MUSIC:-}${SONOLET_SERVER:-} && $1 == demo ]]; then
         "$build/bin/sonolet-demo" "$build/demo" >&2
         SONOLET_MUSIC=$build/demo
     fi

@@ -7,11 +7,14 @@ build_packages=(
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
     libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev nlohmann-json3-dev
+    libsoup-3.0-dev libjson-glib-dev glib-networking
 )
 browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
 wpe_packages=(libwpewebkit-1.1-dev cog)
 package_packages=(dpkg-dev file lintian)
-test_packages=(libgtest-dev libgmock-dev binutils node-typescript man-db)
+test_packages=(
+    libgtest-dev libgmock-dev binutils node-typescript man-db supysonic gunicorn
+)
 browser_test_packages=(
     webkit2gtk-driver wpewebkit-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
     curl procps python3

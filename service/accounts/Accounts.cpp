@@ -161,6 +161,18 @@ void Accounts::add(std::string_view name, const Secret& password) {
     transaction.commit();
 }
 
+Account Accounts::admit(std::string_view name) {
+    const std::string canonical = canonicalName(name);
+    std::optional<Account> account = find(canonical);
+    if (!account) {
+        Transaction transaction(database);
+        insertAccount.execute(canonical, name, "");
+        account = find(canonical);
+        transaction.commit();
+    }
+    return account.value();
+}
+
 bool Accounts::setPassword(std::string_view name, const Secret& password) {
     if (password.value().empty()) {
         throw std::runtime_error("the password is empty");

@@ -49,6 +49,8 @@ public:
     // Throws std::runtime_error, too, for an empty password and for a user who is there already.
     // Takes as long as a hash is hard: not for the thread that a page waits for.
     void add(std::string_view name, const Secret& password);
+    // The account of somebody whom another checks: no password is right. Made if there is none.
+    Account admit(std::string_view name);
     // Forgets blobs and the remembered user with it. False: no such user.
     bool setPassword(std::string_view name, const Secret& password);
     // His playlists go with him, and leave the containers of others. False: no such user.

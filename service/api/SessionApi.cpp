@@ -141,11 +141,20 @@ sp_error sp_session_process_events(sp_session* session, int* next_timeout) {
 }
 
 sp_error sp_session_preferred_bitrate(sp_session* session, sp_bitrate bitrate) {
-    // Files are played as they are; a wish for less is understood and changes nothing.
-    return withSession(session, [&](Session&) {
-        const bool known =
-            bitrate == SP_BITRATE_96k || bitrate == SP_BITRATE_160k || bitrate == SP_BITRATE_320k;
-        return known ? SP_ERROR_OK : SP_ERROR_INVALID_INDATA;
+    // What can be played as it is, is; the wish is for what has to be made.
+    return withSession(session, [&](Session& living) {
+        switch (bitrate) {
+        case SP_BITRATE_96k:
+            living.setBitrate(96);
+            return SP_ERROR_OK;
+        case SP_BITRATE_160k:
+            living.setBitrate(160);
+            return SP_ERROR_OK;
+        case SP_BITRATE_320k:
+            living.setBitrate(320);
+            return SP_ERROR_OK;
+        }
+        return SP_ERROR_INVALID_INDATA;
     });
 }
 

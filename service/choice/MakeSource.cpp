@@ -1,4 +1,5 @@
 #include "folder/FolderSource.h"
+#include "server/ServerSource.h"
 #include "source/Source.h"
 #include "store/StatePaths.h"
 
@@ -7,6 +8,9 @@
 namespace sonolet::service {
 
 std::unique_ptr<Source> makeSource(SourceEvents events) {
+    if (!serverAddress().empty()) {
+        return std::make_unique<ServerSource>(std::move(events), ServerOptions::fromEnvironment());
+    }
     return std::make_unique<FolderSource>(std::move(events), musicFolder());
 }
 

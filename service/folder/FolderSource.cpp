@@ -14,7 +14,7 @@ FolderSource::FolderSource(SourceEvents toSession, std::string musicFolder)
           events.settled();
       }) {}
 
-Kept FolderSource::files(const StatePaths& paths) const {
+Kept FolderSource::files(const StatePaths& paths) {
     return {paths.accountsFile(), paths.catalogueFile(music)};
 }
 

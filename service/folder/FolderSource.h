@@ -17,7 +17,7 @@ public:
     FolderSource(SourceEvents toSession, std::string musicFolder);
 
     std::string description() const override { return music; }
-    Kept files(const StatePaths& paths) const override;
+    Kept files(const StatePaths& paths) override;
     Accounts::First firstAccount() const override { return Accounts::First::listener; }
 
     void start(const Kept& kept) override;

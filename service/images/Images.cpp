@@ -71,10 +71,14 @@ Images::Outcome Images::load(const std::string& id) {
             return outcome;
         }
         outcome.found = false;
+        outcome.error = SP_ERROR_OTHER_PERMANENT;
+    } catch (const SourceError& error) {
+        log("The image " + hex(id) + " does not come: " + error.what());
+        outcome.error = error.number();
     } catch (const std::exception& error) {
         log("The image " + hex(id) + " cannot be shown: " + error.what());
+        outcome.error = SP_ERROR_OTHER_PERMANENT;
     }
-    outcome.error = SP_ERROR_OTHER_PERMANENT;
     return outcome;
 }
 

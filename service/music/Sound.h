@@ -15,6 +15,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// A read that was given up because of wakeReaders().
+class ReadEnded final : public std::runtime_error {
+public:
+    ReadEnded() : std::runtime_error("the read was given up") {}
+};
+
 // Set, from any thread, once nobody waits any more for what is being read.
 using StopFlag = std::atomic<bool>;
 
@@ -30,8 +36,8 @@ public:
     virtual const std::string& path() const = 0;
     // Negative while nobody knows; such a sound is read from its start to its end.
     virtual std::int64_t size() const = 0;
-    // Copies up to `count` bytes out; fewer at the end, none behind it. Throws UnreadableFile, also
-    // once wakeReaders(true) was called.
+    // Copies up to `count` bytes out; fewer at the end, none behind it. Throws UnreadableFile, or
+    // ReadEnded once wakeReaders(true) was called.
     virtual std::size_t read(std::int64_t offset, void* to, std::size_t count) const = 0;
     // Ends the waits of others in read(), and all to come until it is taken back. What never waits
     // need not know.

@@ -25,6 +25,7 @@ const AlbumRow& Album::row() {
         loaded = true;
     } else {
         known.available = false;
+        library->ask(SP_LINKTYPE_ALBUM, link);
     }
     edition = library->edition();
     return known;
@@ -48,7 +49,11 @@ int Album::year() {
 }
 
 sp_albumtype Album::type() {
-    return static_cast<sp_albumtype>(row().type);
+    if (row().type == SP_ALBUMTYPE_UNKNOWN && loaded) {
+        // A track was seen that is on it, and nothing more.
+        library->ask(SP_LINKTYPE_ALBUM, link);
+    }
+    return static_cast<sp_albumtype>(known.type);
 }
 
 sp_artist* Album::artist() {

@@ -20,6 +20,8 @@ const ArtistRow& Artist::row() {
         known = std::move(*found);
         portraits.set(known.portrait);
         loaded = true;
+    } else {
+        library->ask(SP_LINKTYPE_ARTIST, link);
     }
     edition = library->edition();
     return known;

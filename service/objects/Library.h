@@ -64,6 +64,8 @@ public:
     sp_error absence(sp_linktype kind, const Id& id) const {
         return source == nullptr ? SP_ERROR_OTHER_PERMANENT : source->absence(kind, id);
     }
+    // Has the source look for it, if it can.
+    void ask(sp_linktype kind, const Id& id) const { static_cast<void>(absence(kind, id)); }
     // More may come into the catalogue by itself.
     bool isSettling() const { return source != nullptr && source->isSettling(); }
 

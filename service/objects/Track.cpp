@@ -27,6 +27,7 @@ const TrackRow& Track::row() {
         loaded = true;
     } else {
         known.available = false;
+        library->ask(SP_LINKTYPE_TRACK, link);
     }
     edition = library->edition();
     return known;

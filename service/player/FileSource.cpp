@@ -56,6 +56,8 @@ GstFlowReturn fill(GstBaseSrc* source, guint64 offset, guint length, GstBuffer* 
     GstFlowReturn result = GST_FLOW_OK;
     try {
         got = fileOf(source).read(static_cast<std::int64_t>(offset), map.data, length);
+    } catch (const ReadEnded&) {
+        result = GST_FLOW_FLUSHING;
     } catch (const UnreadableFile& error) {
         GST_ELEMENT_ERROR(source, RESOURCE, READ, ("%s", error.what()), (nullptr));
         result = GST_FLOW_ERROR;

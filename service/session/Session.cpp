@@ -201,7 +201,6 @@ void Session::keepAgain() {
     if (!opened) {
         return;
     }
-    source->stop();
     const auto before =
         shelves->exchange(std::move(opened->catalogue), std::move(opened->accounts));
     lists->reopen();

@@ -75,6 +75,9 @@ public:
     sp_error setCacheSize(std::size_t megabytes) const;
 
     // As Playlists::setStarred(); metadata_updated follows from the events.
+    // In kbit/s, where the source has the choice.
+    void setBitrate(int kilobits) const { source->setBitrate(kilobits); }
+
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
 protected:

@@ -15,7 +15,7 @@
 namespace sonolet::service {
 
 // Why a source does not answer, as a number of the interface and a line.
-class SourceError final : public std::runtime_error {
+class SourceError : public std::runtime_error {
 public:
     SourceError(sp_error errorCode, const std::string& text)
         : std::runtime_error(text), code(errorCode) {}
@@ -39,6 +39,10 @@ public:
     virtual std::optional<AlbumContents> album(const Id& id) = 0;
     virtual std::optional<ArtistContents>
     artist(const Id& id, bool withAlbums, bool withTracks) = 0;
+
+    // Has the catalogue learn more of all tracks there are, from that one on: how many; 0: there
+    // are no more that it does not have.
+    virtual int learn(int offset) = 0;
 
     virtual bool hasUser(const std::string& canonicalName) = 0;
     // Up to a hundred links of that type, the most liked first.

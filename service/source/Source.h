@@ -75,11 +75,11 @@ public:
     // How the log names it.
     virtual std::string description() const = 0;
     // Its catalogue's file and its accounts' among all others.
-    virtual Kept files(const StatePaths& paths) const = 0;
+    virtual Kept files(const StatePaths& paths) = 0;
     // Whom new accounts have from the start.
     virtual Accounts::First firstAccount() const = 0;
 
-    // Begins to keep them up to date. Once more with others, after stop().
+    // Begins to keep them up to date; called once more, goes on with others.
     virtual void start(const Kept& kept) = 0;
     // Joins its threads, and ends all waits in it: what waits fails soon, and so does what comes
     // later. It tells nothing more.
@@ -123,6 +123,8 @@ public:
     // The user hears it from its start; has heard it to its end.
     virtual void playing(const Id&) {}
     virtual void played(const Id&) {}
+    // What it is to ask for, in kbit/s, where it has the choice.
+    virtual void setBitrate(int) {}
     // How many MiB may be kept of what was got; 0: as much as seems right.
     virtual void setCacheSize(std::uint64_t) {}
 };

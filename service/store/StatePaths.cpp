@@ -84,6 +84,10 @@ std::string StatePaths::catalogueFile(const std::string& musicFolder) const {
     return cache + "/catalogue-" + Id::digest({"music", musicFolder}).text().substr(0, 12) + ".db";
 }
 
+std::string serverAddress() {
+    return environment("SONOLET_SERVER");
+}
+
 std::string musicFolder() {
     if (std::string music = environment("SONOLET_MUSIC"); !music.empty()) {
         return absolute(std::move(music));

@@ -24,6 +24,9 @@ struct StatePaths {
     std::string accountsFile() const { return settings + "/accounts.db"; }
 };
 
+// SONOLET_SERVER: the address of a music server; empty for none.
+std::string serverAddress();
+
 // SONOLET_MUSIC, else the user's music folder; absolute, without a slash at the end.
 std::string musicFolder();
 

@@ -7,10 +7,12 @@
 #include "search/QueryStore.h"
 #include "store/StatePaths.h"
 #include "tools/About.h"
+#include "tools/Visit.h"
 
 #include <climits>
 #include <future>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,9 +23,12 @@ using namespace sonolet::service;
 constexpr char usage[] =
     "usage: sonolet-index                  print every track\n"
     "       sonolet-index --search QUERY   print the tracks that a search finds, best first\n"
+    "       sonolet-index --user NAME      of a server: as that user, whose password is asked for\n"
     "       sonolet-index --version\n"
     "\n"
     "Scans the folder of music before. A line is link, artist, album, title, file.\n"
+    "SONOLET_SERVER names a music server in place of a folder; without --user its user is the one\n"
+    "who is remembered, else listener with the password listener.\n"
     "A query is words, \"phrases\" and artist:, album:, title:, year:1990, year:1990-1999.\n"
     "SONOLET_MUSIC names the folder, SONOLET_STATE the place of the catalogue.\n";
 
@@ -42,10 +47,9 @@ void print(Catalogue& catalogue, const std::vector<Id>& ids) {
     }
 }
 
-void search(Catalogue& catalogue, const StatePaths& paths, const std::string& query) {
+void search(Catalogue& catalogue, const Kept& kept, const std::string& query) {
     constexpr int everything = INT_MAX;
-    const Accounts accounts(paths.accountsFile());
-    QueryStore store(paths.catalogueFile(musicFolder()), paths.accountsFile());
+    QueryStore store(kept.catalogue, kept.accounts);
     const SearchAnswer answer = store.index.search({query, false, {0, everything}, {0, 0}, {0, 0}});
     print(catalogue, answer.tracks.ids);
     std::cerr << answer.tracks.total << " tracks, " << answer.albums.total << " albums, "
@@ -55,17 +59,42 @@ void search(Catalogue& catalogue, const StatePaths& paths, const std::string& qu
     }
 }
 
+void show(Catalogue& catalogue, const Kept& kept, const std::optional<std::string>& query) {
+    if (query) {
+        search(catalogue, kept, *query);
+    } else {
+        print(catalogue, catalogue.tracks());
+    }
+}
+
+void visitServer(const std::optional<std::string>& user, const std::optional<std::string>& query) {
+    Visit visit(StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation), user);
+    visit.learnEverything();
+    Catalogue catalogue(visit.files().catalogue);
+    show(catalogue, visit.files(), query);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (tellsAbout("sonolet-index", usage, argc, argv)) {
         return 0;
     }
-    if (argc > 1 && (std::string(argv[1]) != "--search" || argc != 3)) {
-        std::cerr << usage;
-        return 2;
+    std::optional<std::string> query;
+    std::optional<std::string> user;
+    for (int place = 1; place < argc; place += 2) {
+        const std::string option = argv[place];
+        if (place + 1 == argc || (option != "--search" && option != "--user")) {
+            std::cerr << usage;
+            return 2;
+        }
+        (option == "--search" ? query : user) = argv[place + 1];
     }
     try {
+        if (!serverAddress().empty()) {
+            visitServer(user, query);
+            return 0;
+        }
         const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
         const std::string file = paths.catalogueFile(musicFolder());
         const auto opened =
@@ -81,11 +110,8 @@ int main(int argc, char** argv) {
                 return 1;  // which was told
             }
         }
-        if (argc > 1) {
-            search(catalogue, paths, argv[2]);
-        } else {
-            print(catalogue, catalogue.tracks());
-        }
+        const Accounts accounts(paths.accountsFile());
+        show(catalogue, {paths.accountsFile(), file}, query);
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "sonolet-index: " << error.what() << '\n';

@@ -3,8 +3,8 @@
 #include "accounts/Accounts.h"
 #include "store/StatePaths.h"
 #include "tools/About.h"
+#include "tools/Ask.h"
 
-#include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -30,47 +30,6 @@ constexpr char usage[] =
     "\n"
     "The password is asked for on a terminal, and otherwise read as one line of standard input.\n"
     "SONOLET_STATE names the folder that the accounts are kept in.\n";
-
-// What is typed is not shown while this lives.
-class HiddenInput final {
-public:
-    HiddenInput() {
-        if (tcgetattr(STDIN_FILENO, &shown) == 0) {
-            termios hidden = shown;
-            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-            changed = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
-        }
-    }
-    ~HiddenInput() {
-        if (changed) {
-            tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
-            std::fputc('\n', stderr);
-        }
-    }
-    HiddenInput(const HiddenInput&) = delete;
-    HiddenInput& operator=(const HiddenInput&) = delete;
-
-private:
-    termios shown{};
-    bool changed = false;
-};
-
-Secret askPassword(const std::string& prompt) {
-    std::string line;
-    if (isatty(STDIN_FILENO) != 0) {
-        std::fputs(prompt.c_str(), stderr);
-        const HiddenInput hidden;
-        std::getline(std::cin, line);
-    } else {
-        std::getline(std::cin, line);
-    }
-    const Secret password(line.c_str());
-    line.assign(line.size(), '\0');
-    if (password.value().empty()) {
-        throw std::runtime_error("no password was given");
-    }
-    return password;
-}
 
 Secret newPassword(const std::string& name) {
     const Secret password = askPassword("Password for " + name + ": ");

@@ -1,5 +1,6 @@
 #include "../fakes/Wav.h"
 #include "Command.h"
+#include "MusicServer.h"
 
 namespace fs = std::filesystem;
 
@@ -36,7 +37,9 @@ std::vector<std::string> hostCommand(const std::vector<std::string>& arguments) 
 // One folder of music, and the state of a service that has never seen it.
 class Place {
 public:
-    Place(const std::string& name, const std::string& music) : musicFolder(music) {
+    // `server`: the address of one with this music, or empty.
+    Place(const std::string& name, const std::string& music, const std::string& server = "")
+        : musicFolder(music) {
         state = fs::path(WORK_DIR) / name;
         for (const std::string& option : wordsOf("SONOLET_PAGES_OPTIONS")) {
             state += option;  // runs with other options may go on beside this one
@@ -44,8 +47,10 @@ public:
         fs::remove_all(state);
         fs::create_directories(state);
         environment = sanitizers;
-        environment.merge(std::map<std::string, std::string>{
-            {"SONOLET_MUSIC", musicFolder}, {"SONOLET_STATE", (state / "state").string()}});
+        environment.merge(
+            std::map<std::string, std::string>{{"SONOLET_MUSIC", musicFolder},
+                                               {"SONOLET_SERVER", server},
+                                               {"SONOLET_STATE", (state / "state").string()}});
     }
 
     // A constant LINKS for a page: the links of the folder's tracks, by title.
@@ -119,6 +124,28 @@ TEST_P(SelfCheckingPage, Passes) {
                             {"--log", "none"}),
                  3);
 }
+
+// The same pages over a server that others have written, without a letter changed.
+class ServedPage : public testing::TestWithParam<const char*> {};
+
+TEST_P(ServedPage, Passes) {
+    const std::string name = std::string("served-") + GetParam();
+    const MusicServer server(WORK_DIR "/" + name + "-server", demoMusic());
+    const Place place(name, demoMusic(), server.url());
+    const bool isConformance = GetParam() == std::string("conformance");
+    expectPassed(isConformance ? run(hostCommand({conformancePage, "--speed", "5", "--for", "1200",
+                                                  "--audio", "null", "--log", "none"}),
+                                     place.variables())
+                               : place.page(contentsOf(std::string(PAGES_DIR "/scripts/") +
+                                                       GetParam() + ".js"),
+                                            {"--log", "none"}),
+                 isConformance ? 590 : 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages,
+                         ServedPage,
+                         testing::Values("events", "playback", "conformance"),
+                         [](const auto& page) { return std::string(page.param); });
 
 INSTANTIATE_TEST_SUITE_P(Pages,
                          SelfCheckingPage,

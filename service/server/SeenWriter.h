@@ -1,0 +1,81 @@
+#ifndef SONOLET_SERVICE_SERVER_SEEN_WRITER_H
+#define SONOLET_SERVICE_SERVER_SEEN_WRITER_H
+
+#include "server/ServerStore.h"
+#include "store/Database.h"
+#include "subsonic/Items.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sonolet::service {
+
+// What answers of the server are about.
+struct Seen {
+    std::vector<ArtistItem> artists;
+    std::vector<AlbumItem> albums;
+    std::vector<SongItem> songs;
+};
+
+// Writes into the catalogue what the server has shown: so it has its name at once the next time,
+// and when the server is away. What was written already is left alone. A song's row has
+// "ID.SUFFIX" for its path, whatever the server calls its file.
+//
+// Threads: belongs to one at a time; each has its own. Errors: DatabaseError.
+class SeenWriter final {
+public:
+    SeenWriter(const std::string& catalogueFile, ServerStore& serverStore);
+
+    // All or nothing. What stands in an answer by itself is said to be there still.
+    void write(const Seen& seen);
+    // The server has it no more, or hides it.
+    void lose(sp_linktype kind, const Id& link);
+
+private:
+    struct Row {
+        std::int64_t id = 0;
+        bool isNew = false;
+    };
+
+    Row artist(const ArtistItem& item);
+    // `whole`: from an answer about albums, which says more than a song does.
+    Row album(const AlbumItem& item, bool whole);
+    void song(const SongItem& item);
+    // What is done to them is done to their words too.
+    template <typename Change>
+    void reindexed(const std::vector<std::int64_t>& tracks,
+                   const std::vector<std::int64_t>& albums,
+                   Change change);
+
+    ServerStore& store;
+    Database database;
+    struct Migration {
+        explicit Migration(Database& database);
+    } migration;
+    Statement findArtist;
+    Statement insertArtist;
+    Statement updateArtist;
+    Statement indexArtist;
+    Statement unindexArtist;
+    Statement findAlbum;
+    Statement insertAlbum;
+    Statement updateAlbum;
+    Statement indexAlbum;
+    Statement unindexAlbum;
+    Statement albumsOfArtist;
+    Statement tracksOfAlbum;
+    Statement tracksOfArtist;
+    Statement findTrack;
+    Statement putTrack;
+    Statement loseTrack;
+    Statement indexTrack;
+    Statement unindexTrack;
+    Statement listArtists;
+    Statement deleteArtists;
+    Statement insertTrackArtist;
+};
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,346 @@
+#include "server/ServerSource.h"
+
+#include "catalogue/Catalogue.h"
+#include "server/ServerAnswers.h"
+#include "store/StatePaths.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+namespace sonolet::service {
+
+namespace {
+
+constexpr std::chrono::milliseconds firstProbe{500};
+constexpr std::chrono::milliseconds lastProbe{4000};
+
+std::string environment(const char* name) {
+    const char* value = g_getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+class ServerPictures final : public Pictures {
+public:
+    ServerPictures(Subsonic& server, const std::string& storeFile)
+        : client(server), links(storeFile) {}
+
+    std::optional<std::string> find(const std::string& digest, int longerSide) override {
+        const std::optional<std::string> cover = links.cover(digest);
+        if (!cover) {
+            return std::nullopt;
+        }
+        try {
+            return client.bytes("getCoverArt",
+                                {{"id", *cover}, {"size", std::to_string(longerSide)}},
+                                largestPicture);
+        } catch (const ServerError& error) {
+            if (error.isNotThere()) {
+                return std::nullopt;
+            }
+            throw;
+        }
+    }
+
+private:
+    Subsonic& client;
+    ServerStore links;
+};
+
+}  // namespace
+
+ServerOptions ServerOptions::fromEnvironment() {
+    ServerOptions options;
+    options.address = serverAddress();
+    options.plainAllowed = environment("SONOLET_SERVER_PLAIN") == "1";
+    options.transcodes = environment("SONOLET_SERVER_TRANSCODE") == "1";
+    if (const std::string patience = environment("SONOLET_SERVER_PATIENCE"); !patience.empty()) {
+        char* end = nullptr;
+        const double seconds = g_ascii_strtod(patience.c_str(), &end);
+        constexpr double longest = 600;
+        constexpr double ms = 1000;
+        if (*end != '\0' || !(seconds > 0 && seconds <= longest)) {
+            throw std::runtime_error("SONOLET_SERVER_PATIENCE: \"" + patience +
+                                     "\" is no number of seconds from 0 to 600");
+        }
+        options.patience = std::chrono::milliseconds(static_cast<int>(seconds * ms));
+    }
+    return options;
+}
+
+ServerSource::ServerSource(SourceEvents toSession, const ServerOptions& serverOptions)
+    : events(std::move(toSession)), options(serverOptions), http(options.patience),
+      client(http, ServerAddress(options.address), [this](const ServerError* error) {
+          watch(error);
+      }) {}
+
+ServerSource::~ServerSource() {
+    stop();
+}
+
+std::string ServerSource::fileOf(const StatePaths& paths) const {
+    const std::string name = Id::digest({"server", client.address().base}).text();
+    constexpr std::size_t length = 12;
+    return paths.settings + "/server-" + name.substr(0, length);
+}
+
+Kept ServerSource::files(const StatePaths& paths) {
+    storeFile = fileOf(paths) + ".db";
+    sounds = std::make_unique<SoundStore>(http, client, paths.cache + "/music", events.log,
+                                          [this](const ServerError* error) { watch(error); });
+    return {fileOf(paths) + "-lists.db", paths.catalogueFile(client.address().base)};
+}
+
+void ServerSource::start(const Kept& files) {
+    sounds->setBitrate(320, options.transcodes);
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        kept = files;
+    }
+    ownLinks = std::make_unique<ServerStore>(storeFile);
+    findSize.reset();
+    sizes = std::make_unique<Database>(files.catalogue, Database::Durability::process);
+    findSize = std::make_unique<Statement>(
+        *sizes, "SELECT size FROM tracks WHERE folder_id = 1 AND name = ?1");
+    if (fetcher == nullptr) {
+        fetcher = std::make_unique<Worker>();
+    }
+    fetcher->post([this] { fetched.reset(); });
+}
+
+void ServerSource::stop() {
+    stopping = true;
+    http.stop();
+    fetcher.reset();
+    fetched.reset();
+    findSize.reset();
+    sizes.reset();
+    ownLinks.reset();
+}
+
+void ServerSource::rebuild(const DatabaseError& error) {
+    events.post([this, error] {
+        if (stopping || !error.damaged() || error.path() != kept.catalogue) {
+            return;
+        }
+        try {
+            events.log(setCatalogueAside(error));
+            start(kept);
+        } catch (const std::exception& failure) {
+            events.log(failure.what());
+        }
+    });
+}
+
+// ---- Whether it is there ----
+
+void ServerSource::watch(const ServerError* error) {
+    if (stopping) {
+        return;
+    }
+    if (error == nullptr) {
+        if (away.exchange(false)) {
+            events.log("The connection to " + client.address().base + " is back");
+            events.post([this] {
+                for (const Item& item : wanted) {
+                    fetch(item);
+                }
+                fetcher->post([this] { reportPlays(); });
+                events.connection(SP_ERROR_OK);
+            });
+        }
+        return;
+    }
+    if (error->number() == SP_ERROR_BAD_USERNAME_OR_PASSWORD) {
+        events.log(error->what());
+        events.post([this, number = error->number()] { events.expelled(number); });
+    } else if (error->isLost() && !away.exchange(true)) {
+        events.log(std::string("The connection is lost: ") + error->what());
+        events.post([this, number = error->number()] { events.connection(number); });
+        probeLater(firstProbe);
+    }
+}
+
+void ServerSource::probeLater(std::chrono::milliseconds pause) {
+    http.after(pause, [this, pause] {
+        // On the network's thread, which is joined before the worker.
+        fetcher->post([this, pause] {
+            try {
+                if (away) {
+                    client.call("ping");
+                }
+            } catch (const ServerError&) {
+                probeLater(std::min(pause * 2, lastProbe));
+            }
+        });
+    });
+}
+
+// ---- Who is logged in ----
+
+void ServerSource::enter(const Account& account) {
+    user = account;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        client.use(logins.at(account.name));
+    }
+    hopeless.clear();
+    for (const Item& item : wanted) {
+        fetch(item);
+    }
+    fetcher->post([this] { reportPlays(); });
+}
+
+void ServerSource::leave() {
+    user.reset();
+    client.use(std::nullopt);
+}
+
+// ---- What handles want ----
+
+sp_error ServerSource::absence(sp_linktype kind, const Id& id) {
+    const Item item(kind, id);
+    if (hopeless.count(item) > 0) {
+        return SP_ERROR_OTHER_PERMANENT;
+    }
+    if (wanted.insert(item).second) {
+        fetch(item);
+    }
+    return SP_ERROR_IS_LOADING;
+}
+
+// Nobody can be asked while nobody is logged in; the next login does.
+void ServerSource::fetch(const Item& item) {
+    if (user && !away && fetcher != nullptr) {
+        fetcher->post([this, item] { find(item); });
+    }
+}
+
+ServerSource::Fetching& ServerSource::fetching() {
+    if (fetched == nullptr) {
+        std::string catalogue;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            catalogue = kept.catalogue;
+        }
+        fetched = std::make_unique<Fetching>(storeFile, catalogue);
+    }
+    return *fetched;
+}
+
+void ServerSource::find(const Item& item) {
+    bool isThere = true;
+    try {
+        Fetching& with = fetching();
+        const std::string id = with.links.serverId(item.first, item.second);
+        const auto ask = [&](const char* method, const char* part) {
+            return client.call(method, {{"id", id}})[part];
+        };
+        Seen seen;
+        try {
+            if (item.first == SP_LINKTYPE_TRACK) {
+                seen.songs = readSongs(ask("getSong", "song"));
+                isThere = !seen.songs.empty();
+            } else if (item.first == SP_LINKTYPE_ALBUM) {
+                const Reply album = ask("getAlbum", "album");
+                seen.albums = readAlbums(album);
+                seen.songs = readSongs(album["song"]);
+                isThere = !seen.albums.empty();
+            } else {
+                const Reply artist = ask("getArtist", "artist");
+                seen.artists = readArtists(artist);
+                seen.albums = readAlbums(artist["album"]);
+                isThere = !seen.artists.empty();
+            }
+        } catch (const ServerError& error) {
+            isThere = !error.isNotThere();
+            if (isThere) {
+                events.log(error.what());
+                return;  // when it is back
+            }
+        }
+        with.writer.write(seen);
+    } catch (const std::exception& error) {
+        events.log(error.what());
+        fetched.reset();
+        return;
+    }
+    events.post([this, item, isThere] {
+        wanted.erase(item);
+        if (!isThere) {
+            hopeless.insert(item);
+            events.settled();
+        }
+    });
+}
+
+// ---- Plays ----
+
+void ServerSource::playing(const Id& track) {
+    fetcher->post([this, track] {
+        try {
+            const std::string id = fetching().links.serverId(SP_LINKTYPE_TRACK, track);
+            client.call("scrobble", {{"id", id}, {"submission", "false"}});
+        } catch (const std::exception&) {
+            // Who plays now is of no interest later.
+        }
+    });
+}
+
+void ServerSource::played(const Id& track) {
+    ownLinks->addPlay(track, g_get_real_time() / 1000);
+    fetcher->post([this] { reportPlays(); });
+}
+
+void ServerSource::reportPlays() {
+    try {
+        ServerStore& links = fetching().links;
+        for (const ServerStore::Play& play : links.plays()) {
+            try {
+                client.call("scrobble", {{"id", links.serverId(SP_LINKTYPE_TRACK, play.track)},
+                                         {"time", std::to_string(play.timeMs)},
+                                         {"submission", "true"}});
+            } catch (const ServerError& error) {
+                if (error.code() < 0) {
+                    return;  // it has not heard of it; later
+                }
+                events.log(std::string("A play is not counted: ") + error.what());
+            }
+            links.removePlay(play.number);
+        }
+    } catch (const std::exception& error) {
+        events.log(error.what());
+        fetched.reset();
+    }
+}
+
+// ---- What the session uses ----
+
+std::unique_ptr<Answers> ServerSource::answers(const Kept& files) {
+    return std::make_unique<ServerAnswers>(client, files, storeFile, [this] { return isAway(); });
+}
+
+std::unique_ptr<Pictures> ServerSource::pictures(const std::string&, const StopFlag&) {
+    return std::make_unique<ServerPictures>(client, storeFile);
+}
+
+std::shared_ptr<const Sound> ServerSource::openSound(const std::string& path) {
+    std::int64_t size = -1;
+    if (Cursor row = findSize->run(path); row.next()) {
+        size = row.integer(0);
+    }
+    return sounds->open(path, path, size);
+}
+
+void ServerSource::setBitrate(int kilobits) {
+    sounds->setBitrate(kilobits, options.transcodes);
+}
+
+void ServerSource::setCacheSize(std::uint64_t megabytes) {
+    sounds->setLimit(megabytes);
+}
+
+}  // namespace sonolet::service

@@ -1,0 +1,95 @@
+#ifndef SONOLET_SERVICE_SERVER_SERVER_STORE_H
+#define SONOLET_SERVICE_SERVER_SERVER_STORE_H
+
+#include "store/Database.h"
+
+#include "libspotify/api.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace sonolet::service {
+
+// What must be kept of a server beside its music: which link stands for which of its ids, the login
+// that is remembered, how its playlists were when both sides agreed, and the plays that it has not
+// been told of.
+//
+// An id that is a UUID is the link, so that its link is the same everywhere; any other has the
+// digest of its text for a link, which is the same everywhere too, but leads back only where the id
+// was seen. Threads: belongs to one at a time; several may be open. Errors: DatabaseError.
+class ServerStore final {
+public:
+    explicit ServerStore(const std::string& file);
+
+    // What `action` changes is one transaction.
+    template <typename Action>
+    void together(Action action) {
+        Transaction transaction(database);
+        action();
+        transaction.commit();
+    }
+
+    Id link(sp_linktype kind, const std::string& serverId);
+    // What to ask the server for. For a link that was never seen its UUID, as it may be one.
+    std::string serverId(sp_linktype kind, const Id& link);
+    // The digest of a cover, from which an image id is made; empty for no cover.
+    std::string coverDigest(const std::string& cover);
+    // Nothing for one that was never seen.
+    std::optional<std::string> cover(const std::string& digest);
+
+    std::optional<std::string> setting(const char* name);
+    // An empty value: forgotten.
+    void setSetting(const char* name, std::string_view value);
+
+    // How a list was when the server's and the one kept here were the same.
+    struct Base {
+        std::string name;
+        std::string comment;
+        bool isPublic = false;
+        std::string version;
+        std::vector<Id> songs;
+    };
+    std::optional<Base> base(const Id& list);
+    void setBase(const Id& list, const Base& base);
+    void forgetBase(const Id& list);
+    std::vector<Id> bases();
+    // The one that stands for a playlist of the server, if it has another link than the server's.
+    void setListId(const Id& list, const std::string& serverId);
+    std::optional<Id> listOf(const std::string& serverId);
+
+    struct Play {
+        std::int64_t number = 0;
+        Id track;
+        std::int64_t timeMs = 0;  // since 1970
+    };
+    void addPlay(const Id& track, std::int64_t timeMs);
+    std::vector<Play> plays();
+    void removePlay(std::int64_t number);
+
+private:
+    Database database;
+    struct Migration {
+        explicit Migration(Database& database);
+    } migration;
+    Statement insertItem;
+    Statement findItem;
+    Statement findLink;
+    Statement putSetting;
+    Statement getSetting;
+    Statement deleteSetting;
+    Statement putBase;
+    Statement getBase;
+    Statement deleteBase;
+    Statement listBases;
+    Statement insertPlay;
+    Statement listPlays;
+    Statement deletePlay;
+};
+
+}  // namespace sonolet::service
+
+#endif

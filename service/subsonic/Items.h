@@ -1,0 +1,68 @@
+#ifndef SONOLET_SERVICE_SUBSONIC_ITEMS_H
+#define SONOLET_SERVICE_SUBSONIC_ITEMS_H
+
+#include "subsonic/Reply.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What answers are about, as values. Ids are the server's texts, of which nothing can be told but
+// whether they are the same; an empty one stands for something that cannot be asked for.
+namespace sonolet::service {
+
+struct ArtistItem {
+    std::string id;
+    std::string name;
+};
+
+struct AlbumItem {
+    std::string id;
+    std::string name;
+    ArtistItem artist;
+    std::string cover;
+    int year = 0;
+    int songs = 0;  // 0: unknown
+    bool compilation = false;
+};
+
+struct SongItem {
+    std::string id;
+    std::string title;
+    std::vector<ArtistItem> artists;
+    AlbumItem album;  // what a song says of it
+    std::string cover;
+    std::string suffix;  // of the original file, in lower case
+    int disc = 1;
+    int number = 0;
+    int year = 0;
+    int durationMs = 0;      // whole seconds
+    std::int64_t size = -1;  // bytes; negative: unknown
+    std::int64_t plays = 0;
+    std::int64_t starred = 0;  // microseconds since 1970; 0: it is not
+};
+
+struct PlaylistItem {
+    std::string id;
+    std::string name;
+    std::string owner;
+    std::string comment;
+    bool isPublic = false;
+    // Different when the playlist is; of a server that says nothing of the kind always the same.
+    std::string version;
+    bool tellsChanges = false;
+    std::vector<SongItem> songs;
+};
+
+ArtistItem readArtist(const Reply& reply);
+AlbumItem readAlbum(const Reply& reply);
+SongItem readSong(const Reply& reply);
+PlaylistItem readPlaylist(const Reply& reply);
+
+std::vector<ArtistItem> readArtists(const Reply& list);
+std::vector<AlbumItem> readAlbums(const Reply& list);
+std::vector<SongItem> readSongs(const Reply& list);
+
+}  // namespace sonolet::service
+
+#endif

@@ -1,0 +1,278 @@
+#include "../TestMusic.h"
+#include "../TestSession.h"
+#include "BadServer.h"
+#include "server/Download.h"
+#include "server/ServerStore.h"
+#include "subsonic/Subsonic.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+namespace sonolet::service {
+namespace {
+
+using namespace sonolet::test;
+using testing::HasSubstr;
+
+// A session with a server that knows one song, and logins by token.
+struct ServerTest : testing::Test {
+    ServerTest() {
+        // NOLINTBEGIN(concurrency-mt-unsafe): no other thread is there yet
+        setenv("SONOLET_SERVER", server.url().c_str(), 1);
+        setenv("SONOLET_SERVER_PATIENCE", "0.5", 1);
+        // NOLINTEND(concurrency-mt-unsafe)
+        server.answer("ping", [](const std::string& head) {
+            const std::string salt = parameter(head, "s");
+            const std::string token = parameter(head, "t");
+            return token == ServerLogin::tokenOf("s\xc3\xa9same", salt) && salt.size() >= 6
+                       ? BadServer::envelope("")
+                       : BadServer::failure(40);
+        });
+        server.answer("search3", [](const std::string& head) {
+            const bool first = parameter(head, "songOffset") == "0";
+            return BadServer::envelope(R"("searchResult3":{)" +
+                                       (first ? R"("song":)" + song + "}" : std::string("}")));
+        });
+        server.answer("getSong", [](const std::string& head) {
+            return parameter(head, "id") == "7" ? BadServer::envelope(R"("song":)" + song)
+                                                : BadServer::failure(70);
+        });
+        server.answer("scrobble", [this](const std::string& head) {
+            plays += parameter(head, "id") + ' ' + parameter(head, "submission") + ';';
+            return BadServer::envelope("");
+        });
+        server.answer("getAlbum", [](const std::string&) { return BadServer::failure(70); });
+        server.answer("download", [this](const std::string& head) { return part(head); });
+    }
+    ~ServerTest() override {
+        // NOLINTBEGIN(concurrency-mt-unsafe): the session has ended its threads
+        unsetenv("SONOLET_SERVER");
+        unsetenv("SONOLET_SERVER_PATIENCE");
+        // NOLINTEND(concurrency-mt-unsafe)
+    }
+
+    static std::string parameter(const std::string& head, const std::string& name) {
+        const std::size_t from = head.find('&' + name + '=');
+        if (from == std::string::npos) {
+            return {};
+        }
+        const std::size_t begin = from + name.size() + 2;
+        return head.substr(begin, head.find_first_of("& ", begin) - begin);
+    }
+    // As many bytes as are to come at once.
+    std::string part(const std::string& head) const {
+        const std::size_t range = head.find("Range: bytes=");
+        const std::size_t from =
+            range == std::string::npos ? 0 : std::strtoul(head.c_str() + range + 13, nullptr, 10);
+        const std::string whole = file.substr(from);
+        const std::string about = "Content-Range: bytes " + std::to_string(from) + "-" +
+                                  std::to_string(file.size() - 1) + "/" +
+                                  std::to_string(file.size()) + "\r\n";
+        const std::string sent =
+            BadServer::reply(whole, "206 Partial Content", "audio/x-wav", about);
+        return whole.size() > most ? sent.substr(0, sent.size() - whole.size() + most) : sent;
+    }
+    std::string contents() {
+        std::ifstream stream(files.writeWav("song.wav", sound), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    // What a query is answered with.
+    sp_error ask(TestSession& session, const char* words) {
+        return sp_search_error(session.found(words).get());
+    }
+
+    // A number for an id, a title that is a number, no size: servers differ.
+    static inline const std::string song =
+        R"({"id":7,"title":1999,"album":"Blue","albumId":"al-1","artist":"Ann","artistId":"ar-1",)"
+        R"("duration":"2","suffix":"WAV","track":3,"playCount":null})";
+
+    TestMusic music;
+    TestFiles files;
+    const Samples sound = numbered(5, 88200);
+    const std::string file = contents();
+    std::size_t most = std::string::npos;
+    std::string plays;  // to be read once the session is gone
+    BadServer server;
+};
+
+TEST_F(ServerTest, LogsInByTokenAndShowsSearchesAndPlays) {
+    TestSession session;
+    EXPECT_EQ(session.login("ann", "wrong"), SP_ERROR_BAD_USERNAME_OR_PASSWORD);
+    EXPECT_EQ(server.count("ping"), 1U) << "some servers count what is wrong";
+    ASSERT_EQ(session.login("ann", "s\xc3\xa9same", true), SP_ERROR_OK);
+    EXPECT_EQ(session.loginWith(session.blob, "ann"), SP_ERROR_OK);
+
+    const auto found = session.found("1999");
+    ASSERT_EQ(sp_search_num_tracks(found.get()), 1);
+    sp_track* track = sp_search_track(found.get(), 0);
+    EXPECT_STREQ(sp_track_name(track), "1999");
+    EXPECT_STREQ(sp_album_name(sp_track_album(track)), "Blue");
+    EXPECT_EQ(sp_track_duration(track), 2000);
+
+    // Cut off every 100,000 bytes, it comes whole.
+    most = 100000;
+    ASSERT_EQ(sp_session_player_load(session.get(), track), SP_ERROR_OK);
+    ASSERT_EQ(sp_session_player_play(session.get(), true), SP_ERROR_OK);
+    ASSERT_TRUE(session.until([&] { return session.ended.load(); }));
+    EXPECT_TRUE(session.delivered == sound);
+    EXPECT_GE(server.count("download"), 4U);
+
+    EXPECT_TRUE(session.until([&] { return server.count("scrobble") == 2; }));
+
+    // While it is away, what was seen is found and what was heard is played.
+    server.answerAll("HTTP/1.1 503 Away\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ask(session, "ann"), SP_ERROR_OTHER_TRANSIENT) << "that is how it is learnt";
+    EXPECT_EQ(sp_session_connectionstate(session.get()), SP_CONNECTION_STATE_DISCONNECTED);
+    EXPECT_EQ(sp_search_num_tracks(session.found("1999 ann").get()), 1);
+    session.delivered.clear();
+    session.ended = false;
+    ASSERT_EQ(sp_session_player_seek(session.get(), 1000), SP_ERROR_OK);
+    ASSERT_EQ(sp_session_player_play(session.get(), true), SP_ERROR_OK);
+    ASSERT_TRUE(session.until([&] { return session.ended.load(); }));
+    EXPECT_EQ(session.delivered.size(), 88200U);
+    // What has ended is a play once the events are processed.
+    int timeout = 0;
+    EXPECT_EQ(sp_session_process_events(session.get(), &timeout), SP_ERROR_OK);
+
+    // Who is remembered is let in without it, and nobody else.
+    session.release();
+    EXPECT_EQ(plays, "7 false;7 true;");
+    TestSession later;
+    EXPECT_EQ(later.answered(sp_session_relogin(later.get())), SP_ERROR_OK);
+    EXPECT_EQ(later.login("ann", "wrong"), SP_ERROR_OTHER_TRANSIENT);
+    EXPECT_EQ(later.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+    const std::size_t told = server.count("scrobble");
+    server.behave();
+    EXPECT_TRUE(later.until(
+        [&] { return sp_session_connectionstate(later.get()) == SP_CONNECTION_STATE_LOGGED_IN; }));
+    EXPECT_THAT(later.log, HasSubstr("is back"));
+    EXPECT_TRUE(later.until([&] { return server.count("scrobble") > told; }))
+        << "what was played without it is told later";
+    EXPECT_EQ(later.log.find("same"), std::string::npos) << "no password in a line";
+}
+
+TEST_F(ServerTest, EachFailureHasItsNumberAndEndsInTime) {
+    const std::string cut = BadServer::envelope("").substr(0, 120);
+    const struct {
+        const char* what;
+        std::string bytes;
+        sp_error login;
+        sp_error query;
+        bool away;
+    } cases[] = {
+        // Who is refused is logged in no more, which answers everything.
+        {"wrong user", BadServer::failure(40), SP_ERROR_BAD_USERNAME_OR_PASSWORD,
+         SP_ERROR_OTHER_TRANSIENT, false},
+        {"too old", BadServer::failure(20), SP_ERROR_CLIENT_TOO_OLD, SP_ERROR_CLIENT_TOO_OLD,
+         false},
+        {"unpaid", BadServer::failure(60), SP_ERROR_USER_NEEDS_PREMIUM, SP_ERROR_USER_NEEDS_PREMIUM,
+         false},
+        {"401", BadServer::reply("", "401 No"), SP_ERROR_BAD_USERNAME_OR_PASSWORD,
+         SP_ERROR_OTHER_TRANSIENT, false},
+        {"403", BadServer::reply("", "403 No", "text/html"), SP_ERROR_ACCESS_DENIED,
+         SP_ERROR_ACCESS_DENIED, false},
+        {"404", BadServer::reply("<p>", "404 No", "text/html"), SP_ERROR_OTHER_PERMANENT,
+         SP_ERROR_OTHER_PERMANENT, false},
+        {"429", BadServer::reply("", "429 Slowly", "text/html"), SP_ERROR_OTHER_TRANSIENT,
+         SP_ERROR_OTHER_TRANSIENT, false},
+        {"wrong JSON", BadServer::reply("{\"subsonic-response\":"), SP_ERROR_OTHER_TRANSIENT,
+         SP_ERROR_OTHER_TRANSIENT, false},
+        {"too deep", BadServer::reply(std::string(1 << 20, '[')), SP_ERROR_OTHER_TRANSIENT,
+         SP_ERROR_OTHER_TRANSIENT, false},
+        {"moved", BadServer::reply("", "302 Moved", "text/html", "Location: /other\r\n"),
+         SP_ERROR_UNABLE_TO_CONTACT_SERVER, SP_ERROR_UNABLE_TO_CONTACT_SERVER, false},
+        {"500", BadServer::reply("", "500 Oh", "text/html"), SP_ERROR_OTHER_TRANSIENT,
+         SP_ERROR_OTHER_TRANSIENT, true},
+        {"cut", cut, SP_ERROR_OTHER_TRANSIENT, SP_ERROR_OTHER_TRANSIENT, true},
+        {"silence", "", SP_ERROR_TIMEOUT, SP_ERROR_TIMEOUT, true},
+    };
+    for (const auto& bad : cases) {
+        SCOPED_TRACE(bad.what);
+        server.behave();
+        TestSession session;
+        server.answerAll(bad.bytes);
+        EXPECT_EQ(session.login("ann", "s\xc3\xa9same"), bad.login);
+        EXPECT_THAT(session.log, HasSubstr("Login failed: "));
+        server.behave();
+        ASSERT_EQ(session.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+        server.answerAll(bad.bytes);
+        EXPECT_EQ(ask(session, "1999"), bad.query);
+        EXPECT_EQ(sp_session_connectionstate(session.get()) == SP_CONNECTION_STATE_DISCONNECTED,
+                  bad.away);
+        const bool expelled = bad.login == SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+        EXPECT_TRUE(!expelled || session.untilHeard("logged_out"));
+        EXPECT_THAT(session.log,
+                    HasSubstr(expelled ? "is logged in no more" : "A query was not answered: "));
+        if (bad.away) {
+            server.behave();
+            EXPECT_TRUE(session.until([&] {
+                return sp_session_connectionstate(session.get()) == SP_CONNECTION_STATE_LOGGED_IN;
+            }));
+        }
+        // Something is under way when it ends, and waits for nothing.
+        server.answerAll("");
+        const auto asked =
+            std::shared_ptr<sp_search>(sp_search_create(session.get(), "more", 0, 9, 0, 9, 0, 9, 0,
+                                                        9, SP_SEARCH_STANDARD, nullptr, nullptr),
+                                       sp_search_release);
+        session.release();
+        EXPECT_TRUE(sp_search_is_loaded(asked.get()));
+    }
+}
+
+TEST_F(ServerTest, ALinkIsAskedForAndLeadsBack) {
+    ServerStore store(files.path("store.db"));
+    const std::string uuid = "84e47682-111d-4767-a20f-6f9f452fa1da";
+    EXPECT_EQ(store.link(SP_LINKTYPE_TRACK, uuid).text(), "42LoupOPY97FsnIrF3aWH8");
+    for (const char* id :
+         {"84e47682-111d-4767-a20f-6f9f452fa1da", "7", "al-12",
+          "84E47682-111D-4767-A20F-6F9F452FA1DA", "84e47682111d4767a20f6f9f452fa1da"}) {
+        EXPECT_EQ(store.serverId(SP_LINKTYPE_TRACK, store.link(SP_LINKTYPE_TRACK, id)), id);
+    }
+    EXPECT_NE(store.link(SP_LINKTYPE_TRACK, "7"), store.link(SP_LINKTYPE_ALBUM, "7"));
+
+    TestSession session;
+    const auto seven = trackOf("spotify:track:" + store.link(SP_LINKTYPE_TRACK, uuid).text());
+    EXPECT_EQ(sp_track_error(seven.get()), SP_ERROR_IS_LOADING) << "nobody is logged in";
+    ASSERT_EQ(session.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+    EXPECT_TRUE(
+        session.until([&] { return sp_track_error(seven.get()) == SP_ERROR_OTHER_PERMANENT; }));
+    EXPECT_EQ(server.count("getSong"), 1U);
+}
+
+TEST(ServerAddress, SaysWhatIsWrongAndWhatIsPrivate) {
+    for (const char* wrong : {"", "music", "ftp://host", "http://", "http://ann:pw@host",
+                              "http://host/?a=b", "http://host/#a"}) {
+        EXPECT_THROW(ServerAddress{wrong}, std::runtime_error) << wrong;
+    }
+    EXPECT_EQ(ServerAddress("https://host:44/a/b//").base, "https://host:44/a/b");
+    EXPECT_EQ(ServerAddress("http://[::1]:4533").base, "http://[::1]:4533");
+    for (const char* known :
+         {"https://host", "http://localhost:1", "http://127.0.0.9", "http://[::1]"}) {
+        EXPECT_TRUE(ServerAddress(known).isPrivate) << known;
+    }
+    for (const char* open :
+         {"http://host", "http://127.evil.example", "http://localhost.example"}) {
+        EXPECT_FALSE(ServerAddress(open).isPrivate) << open;
+    }
+}
+
+TEST(Spans, KnowWhatIsThereAndWhatIsNot) {
+    Spans spans;
+    spans.add(10, 20);
+    spans.add(30, 40);
+    spans.add(0, 5);
+    EXPECT_EQ(spans.firstMissing(0), 5);
+    EXPECT_EQ(spans.firstMissing(7), 7);
+    EXPECT_EQ(spans.firstMissing(19), 20);
+    spans.add(20, 30);
+    EXPECT_EQ(spans.firstMissing(10), 40);
+    EXPECT_EQ(Spans::fromText(spans.asText()).asText(), "0 5\n10 40\n");
+    spans.add(3, 50);
+    EXPECT_EQ(spans.asText(), "0 50\n");
+    EXPECT_EQ(Spans::fromText("5 1\n-3 4\n1 2 x").asText(), "1 2\n");
+}
+
+}  // namespace
+}  // namespace sonolet::service
