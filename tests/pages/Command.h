@@ -38,6 +38,9 @@ inline Outcome run(const std::vector<std::string>& command,
 
 inline std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error("cannot read " + path);
+    }
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

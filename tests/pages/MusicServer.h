@@ -27,8 +27,8 @@ public:
         const std::map<std::string, std::string> environment = {{"HOME", folder}};
         const Outcome made =
             run({"/bin/sh", "-c",
-                 "cd \"$0\" && supysonic-cli user add listener -p listener && "
-                 "supysonic-cli folder add music \"$1\" && supysonic-cli folder scan --foreground",
+                 R"(cd "$0" && supysonic-cli user add listener -p listener &&
+                 supysonic-cli folder add music "$1" && supysonic-cli folder scan --foreground)",
                  folder, music},
                 environment);
         if (made.exitCode != 0) {
