@@ -28,16 +28,6 @@ std::string numberKey(std::int64_t registration) {
     return "#" + std::to_string(registration);
 }
 
-bool isQuery(Fn function) {
-    return function == Fn::sp_search_create || function == Fn::sp_albumbrowse_create ||
-           function == Fn::sp_artistbrowse_create || function == Fn::sp_toplistbrowse_create;
-}
-
-bool isCompletion(Fn function) {
-    return function == Fn::search_complete || function == Fn::albumbrowse_complete ||
-           function == Fn::artistbrowse_complete || function == Fn::toplistbrowse_complete;
-}
-
 bool hasPart(std::string_view name, std::string_view part) {
     return name.find(part) != std::string_view::npos;
 }
@@ -150,7 +140,7 @@ void Story::followLibrary(const Event& event, const Place& place) {
     if (!event.hasArguments()) {
         return;
     }
-    if (isCompletion(event.head.function)) {
+    if (completesQuery(event.head.function)) {
         remember(numberKey(event.integer(1)), place);
     } else if (!event.is(Fn::music_delivery) && !event.is(Fn::get_audio_buffer_stats)) {
         remember(keyOf(infoOf(event.head.function).name), place);
@@ -171,7 +161,7 @@ void Story::followSound(const Event& event, const Place& place) {
         delivered = written = 0;
         now.ringBytes = 0;
     };
-    if (isQuery(event.head.function) && event.hasArguments() && !event.arguments.empty()) {
+    if (startsQuery(event.head.function) && event.hasArguments() && !event.arguments.empty()) {
         for (const void* const function : offered) {
             listen(function, numberKey(event.integer(event.arguments.size() - 1)),
                    infoOf(event.head.function).name + sizeof "sp_" - 1);

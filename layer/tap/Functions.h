@@ -366,4 +366,15 @@ constexpr const FunctionInfo& infoOf(Fn function) {
     return functionTable[static_cast<int>(function)];
 }
 
+// A search or a browse, which completesQuery() answers later.
+constexpr bool startsQuery(Fn function) {
+    return function == Fn::sp_search_create || function == Fn::sp_albumbrowse_create ||
+           function == Fn::sp_artistbrowse_create || function == Fn::sp_toplistbrowse_create;
+}
+
+constexpr bool completesQuery(Fn function) {
+    return function == Fn::search_complete || function == Fn::albumbrowse_complete ||
+           function == Fn::artistbrowse_complete || function == Fn::toplistbrowse_complete;
+}
+
 #endif

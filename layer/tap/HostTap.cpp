@@ -334,6 +334,14 @@ int handleObject(jsplugin_obj* global,
     return answer;
 }
 
+// What is not there stays so.
+template <class Function>
+void stand(Function*& slot, Function* inItsPlace) {
+    if (slot != nullptr) {
+        slot = inItsPlace;
+    }
+}
+
 }  // namespace
 
 jsplugin_callbacks* hostTap(jsplugin_callbacks* ofHost) {
@@ -342,13 +350,8 @@ jsplugin_callbacks* hostTap(jsplugin_callbacks* ofHost) {
     if (ofHost == nullptr) {
         return nullptr;
     }
-    // What is not there stays so, and what is reserved is the host's.
+    // What is reserved is the host's.
     layers = *ofHost;
-    const auto stand = [](auto& slot, auto* function) {
-        if (slot != nullptr) {
-            slot = function;
-        }
-    };
     stand(layers.create_function, &createFunction);
     stand(layers.create_object, &createObject);
     stand(layers.add_poll_function, &addPollFunction);
@@ -365,11 +368,6 @@ struct jsplugin_capabilities* pluginTap(struct jsplugin_capabilities* ofPlugin) 
         return nullptr;
     }
     layers = *ofPlugin;
-    const auto stand = [](auto& slot, auto* function) {
-        if (slot != nullptr) {
-            slot = function;
-        }
-    };
     stand(layers.global_getter, &globalGetter);
     stand(layers.global_setter, &globalSetter);
     stand(layers.init, &init);

@@ -16,16 +16,6 @@ bool has(const Call& call, std::string_view part) {
     return nameOf(call).find(part) != std::string_view::npos;
 }
 
-bool isQuery(Fn function) {
-    return function == Fn::sp_search_create || function == Fn::sp_albumbrowse_create ||
-           function == Fn::sp_artistbrowse_create || function == Fn::sp_toplistbrowse_create;
-}
-
-bool isCompletion(Fn function) {
-    return function == Fn::search_complete || function == Fn::albumbrowse_complete ||
-           function == Fn::artistbrowse_complete || function == Fn::toplistbrowse_complete;
-}
-
 bool isOfListOrImage(Fn function) {
     return (function >= Fn::tracks_added && function <= Fn::container_loaded) ||
            function == Fn::image_loaded;
@@ -89,7 +79,7 @@ void LibraryRules::began(const Call& call) {
         if (record == nullptr || subscribers.erase(record) == 0) {
             findings.add(219, Party::Plugin, &call, {});
         }
-    } else if (isQuery(call.function)) {
+    } else if (startsQuery(call.function)) {
         queries[registrationOf(call)] = {nullptr, clock.now(), false};
     } else if (has(call, "_add_callbacks") || has(call, "_add_load_callback")) {
         registrations[registrationOf(call)] = {};
@@ -243,7 +233,7 @@ void LibraryRules::beganCallback(const Call& call) {
         findings.add(208, Party::Library, &call, subject, "outside sp_session_process_events");
     }
     lendArguments(call);
-    if (isCompletion(call.function)) {
+    if (completesQuery(call.function)) {
         const auto found = queries.find(registrationOf(call));
         const bool isKnown = found != queries.end() && !found->second.isAnswered;
         const auto handle = handles.find(subject.u.pointer);
@@ -319,7 +309,7 @@ void LibraryRules::endedFunction(const Call& call, const Value* results, unsigne
     } else if (result.tag == Tag::Handle && result.u.pointer != nullptr) {
         if (has(call, "_create")) {
             take(call, result);
-            if (isQuery(call.function)) {
+            if (startsQuery(call.function)) {
                 queries[registrationOf(call)].handle = result.u.pointer;
             }
         } else {
