@@ -126,21 +126,22 @@ Admission ServerSource::admitRemembered(Accounts& store) {
         }
         login = logins.at(*rememberedHere);
     }
+    std::optional<ServerError> lost;
     try {
         client.callAs(*login, "ping");
-        Admission admission = let(store, *login, false);
-        admission.blob.clear();
-        return admission;
     } catch (const ServerError& error) {
         events.log(std::string("Login failed: ") + error.what());
         if (!error.isLost()) {
             return {std::nullopt, error.number(), {}};
         }
-        Admission admission = let(store, *login, false);
-        admission.blob.clear();
-        watch(&error);
-        return admission;
+        lost = error;  // who is remembered is known here
     }
+    Admission admission = let(store, *login, false);
+    admission.blob.clear();
+    if (lost) {
+        watch(&*lost);
+    }
+    return admission;
 }
 
 std::optional<ServerLogin>
