@@ -25,12 +25,11 @@ public:
                                                 "/cache\n");
         // It takes the account's configuration before the folder's; here it has none.
         const std::map<std::string, std::string> environment = {{"HOME", folder}};
-        const Outcome made =
-            run({"/bin/sh", "-c",
-                 R"(cd "$0" && supysonic-cli user add listener -p listener &&
+        const Outcome made = run({"/bin/sh", "-c",
+                                  R"(cd "$0" && supysonic-cli user add listener -p listener &&
                  supysonic-cli folder add music "$1" && supysonic-cli folder scan --foreground)",
-                 folder, music},
-                environment);
+                                  folder, music},
+                                 environment);
         if (made.exitCode != 0) {
             throw std::runtime_error("supysonic-cli: " + made.output + made.errors);
         }
