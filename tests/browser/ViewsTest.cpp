@@ -125,6 +125,10 @@ struct Theme {
     explicit Theme(const std::string& itsName)
         : name(itsName), accepted(ACCEPTED_DIR "/" + itsName + ".png") {}
 
+    int difference(std::size_t column, std::size_t row) const {
+        return accepted.isThere() ? now.difference(accepted, column, row) : 100;
+    }
+
     const std::string name;
     const Sheet accepted;
     Sheet now{std::size(views), std::size(sizes)};
@@ -161,6 +165,23 @@ protected:
                  "'; for (let i = 0; i < 3; ++i) { await new Promise(requestAnimationFrame); }");
     }
 
+    // Takes the view as it is in a theme. What the window shows may be a frame behind the page: a
+    // picture that is not the accepted one is taken again, and differs still if the view does.
+    // After one that did, others are taken once.
+    std::string picture(Theme& theme, std::size_t column, std::size_t row, bool accept) {
+        std::string png;
+        for (int attempt = 0; attempt < (HasFailure() ? 1 : 20); ++attempt) {
+            wear(theme.name);
+            png = bytesOf(page.screenshot());
+            theme.now.place(png, column, row);
+            if (accept || theme.difference(column, row) <= tolerated) {
+                break;
+            }
+        }
+        return png;
+    }
+
+    static constexpr int tolerated = 12;  // of a hundred cells
     std::string link;
 };
 
@@ -176,9 +197,7 @@ TEST_F(Views, LookAsTheyWereAccepted) {
         for (std::size_t column = 0; column < std::size(views); ++column) {
             show(views[column]);
             for (Theme& theme : themes) {
-                wear(theme.name);
-                const std::string png = bytesOf(page.screenshot());
-                theme.now.place(png, column, row);
+                const std::string png = picture(theme, column, row, accept);
                 const std::string name = std::string(views[column].name) + '-' +
                                          std::to_string(sizes[row].width) + 'x' +
                                          std::to_string(sizes[row].height) + '-' + theme.name;
@@ -186,8 +205,7 @@ TEST_F(Views, LookAsTheyWereAccepted) {
                     writeTo(std::string(folder) + '/' + name + ".png", png);
                 }
                 if (!accept) {
-                    ASSERT_TRUE(theme.accepted.isThere());
-                    EXPECT_LE(theme.now.difference(theme.accepted, column, row), 12) << name;
+                    EXPECT_LE(theme.difference(column, row), tolerated) << name;
                 }
             }
         }
