@@ -7,7 +7,8 @@
 
 #include <string>
 
-// What the browser and its web processes say to each other.
+// What the browser and its web processes say to each other: WebKit's user messages, which arrive in
+// the order in which they were sent, on the main thread of each, and are lost when a side dies.
 namespace protocol {
 
 // The web process to the browser, each with a string.

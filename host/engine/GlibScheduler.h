@@ -12,9 +12,11 @@
 // Tasks on the thread's default GLib main context, `speed` times as fast as the clock.
 //
 // One source serves all tasks: GLib runs sources that are due in the order of their making, tasks
-// run in the order of their time.
+// run in the order of their time. Threads: the one that made it, on which tasks run. Tasks may
+// schedule and cancel, themselves included. Ownership: tasks that have not run go with it, unrun.
 class GlibScheduler final : public Scheduler {
 public:
+    // REQUIRES: `speed` is above 0; 2 halves each delay.
     explicit GlibScheduler(double speed = 1.0);
     ~GlibScheduler() override;
 
@@ -33,7 +35,9 @@ private:
         Task task;
     };
 
+    // Only what was due when it began: a task of no delay that schedules itself lets others in.
     void runDue();
+    // Sets the source to the first task that waits.
     void arm();
     static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer data);
 

@@ -16,6 +16,8 @@ public:
     Intrinsics(const Intrinsics&) = delete;
     Intrinsics& operator=(const Intrinsics&) = delete;
 
+    // New errors of the document, as its own constructors make them; they are in nobody's hands but
+    // the caller's. Never null: without memory the engine ends the process.
     JSValueRef makeError(const std::string& message) const;
     JSValueRef makeTypeError(const std::string& message) const;
 

@@ -11,6 +11,10 @@ class PluginCalls;
 
 // Accesses of script as calls of the plug-in: converts what goes in and out, and turns each answer
 // into what script sees.
+//
+// Threads, requirements and errors are as for ObjectAccess: an exception is an Error with the text
+// that the plug-in gave, and a TypeError where it says that there is nothing to be called.
+// Ownership: borrows all four, which outlive it.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and a member
 class PluginAccess final : public ObjectAccess {
 public:
@@ -32,6 +36,8 @@ public:
                     JSValueRef* exception) override;
 
 private:
+    // Adds the value of an answer to the reading. Texts are the plug-in's until it is called again,
+    // so they are copied here.
     void convert(ObjectRecord& record,
                  const std::string& name,
                  const jsplugin_value& result,

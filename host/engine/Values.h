@@ -12,7 +12,8 @@
 class ObjectStore;
 
 // Script values as the plug-in gets them; valid as long as this object, or until the plug-in
-// overwrites one.
+// overwrites one. Objects get their record, and with it their address, here; texts are UTF-8, and
+// what the plug-in cannot be told (a symbol) is undefined. Script thread, on the stack.
 class PluginArguments final {
 public:
     PluginArguments(ObjectStore& objects,
@@ -24,6 +25,7 @@ public:
     PluginArguments& operator=(const PluginArguments&) = delete;
 
     int count() const noexcept { return static_cast<int>(size); }
+    // Null for no arguments, as the plug-in expects.
     jsplugin_value* data() noexcept {
         return size == 0 ? nullptr : size <= few.size() ? few.data() : many.data();
     }

@@ -56,11 +56,13 @@ private:
         JSGlobalContextRef ref;  // owned
     };
 
+    // What a script finds beside the plug-in: timers, console, location and their like.
     void installWindow(bool exposeGc);
     // Reads and runs scripts beside the page, as a page's own.
     void importScripts(size_t argc, const JSValueRef argv[]) const;
     // Answers the exception, or null.
     JSValueRef evaluate(const std::string& script, const std::string& file) const;
+    // Promises that were rejected and have no handler by now are uncaught exceptions.
     void reportRejections();
 
     PageOwner& owner;

@@ -38,6 +38,7 @@ public:
 private:
     enum class Next { Wait, Reload, Close };
 
+    // Ends the round of the main loop that shows a page. A close is not taken back by a reload.
     void stopWaiting(Next wanted);
 
     const Options& options;

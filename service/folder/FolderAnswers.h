@@ -10,7 +10,11 @@
 
 namespace sonolet::service {
 
-// Answers out of the catalogue, which has all there is in a folder.
+// Answers out of the catalogue, which has all there is in a folder: nothing waits but for the disk,
+// and there is never more to learn than the scan has written. While it scans, answers are about
+// what it has found so far.
+//
+// Threads and ownership are as for Answers; connections of its own. Errors: DatabaseError.
 class FolderAnswers final : public Answers {
 public:
     explicit FolderAnswers(const Kept& kept) : store(kept.catalogue, kept.accounts) {}

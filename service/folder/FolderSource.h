@@ -11,9 +11,13 @@
 namespace sonolet::service {
 
 // Music in a folder on this machine: a scan fills the catalogue, which then answers everything, and
-// the accounts are those of this machine.
+// the accounts are those of this machine, with their passwords' hashes. It is never away; a folder
+// that cannot be read is a line of the log, and what was known of it stays known.
+//
+// Threads and errors are as for Source. Sounds are opened at their place in the folder.
 class FolderSource final : public Source {
 public:
+    // Looks at nothing yet: the folder need not be there.
     FolderSource(SourceEvents toSession, std::string musicFolder);
 
     std::string description() const override { return music; }

@@ -50,8 +50,8 @@ public:
     sp_error logout();
     // The source lets the one who is logged in stay no longer.
     void expel(sp_error why);
-    // Once, and only if nobody has asked to log in: has message_to_user say who can, while the first
-    // account has its first password.
+    // Once, and only if nobody has asked to log in: has message_to_user say who can, while the
+    // first account has its first password.
     void greet();
     // Who is logged in stays so.
     sp_error forgetMe() const;
