@@ -70,14 +70,40 @@ TEST(RunnerTest, TimersKeepTheirOrderUntilThePageCloses) {
         }, 40);
         clearTimeout(); clearTimeout(12345); clearInterval('x'); clearTimeout(interval + 1000);
         setTimeout(() => console.log('never'), 100000);
+        // Each is a millisecond at least, no number too: they come in the order of their making.
+        setTimeout(() => seen.push('x'), 1);
+        for (const delay of [0, -5, NaN, 'soon', undefined]) {
+            setTimeout(() => seen.push(String(delay)), delay);
+        }
         Promise.resolve('m').then((m) => seen.push(m));
         seen.push('s');
         try { setTimeout('code') } catch (e) { seen.push(e.message) }
     )");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(line(result.errors), "probe: inits 1 unloads 1 created none destructed 0 polls 0");
-    EXPECT_EQ(result.output,
-              "s,a timer takes a function as its first argument,m,a,b,c,1,2,3,first,second\n");
+    EXPECT_EQ(result.output, "s,a timer takes a function as its first argument,m,"
+                             "x,0,-5,NaN,soon,undefined,a,b,c,1,2,3,first,second\n");
+}
+
+TEST(RunnerTest, WhatATimerHeldGoesOnceItHasFired) {
+    const Outcome result = runPage(R"(
+        const made = [];
+        for (let i = 0; i < 100; ++i) {
+            const late = () => {};
+            made.push(new WeakRef(late));
+            setTimeout(late, 1, { argument: late });
+        }
+        setTimeout(() => {
+            gc();
+            // Some may stand on the stack still.
+            setTimeout(() => {
+                console.log(made.filter((late) => late.deref() === undefined).length > 50);
+                close();
+            }, 2);
+        }, 5);
+    )",
+                                   {"--expose-gc"});
+    EXPECT_EQ(result.output, "true\n") << result.errors;
 }
 
 TEST(RunnerTest, AnUncaughtExceptionSaysWhereAndEndsThePage) {

@@ -5,6 +5,8 @@
 #include "../fakes/Test.h"
 #include "AudioTrack.h"
 
+#include <future>
+
 using TellusClientNamespace::AudioTrack;
 using TellusClientNamespace::Player;
 
@@ -139,6 +141,27 @@ TEST_F(PlayerTest, EventsMayComeFromTheBackendsThreadUntilTheReleaseReturns) {
     play();
     player->releaseTrack();
     EXPECT_EQ(FakeRequest::alive, 0) << "a late request was kept";
+}
+
+TEST_F(PlayerTest, TheNextTrackWaitsForAReleaseThatAnotherThreadIsIn) {
+    std::promise<void> inside;
+    std::promise<void> asked;
+    FakeBackend& first = play();
+    factory.whenReleased = [&](FakeBackend& leaving) {
+        inside.set_value();
+        // Long enough for a track that does not wait; the one that does never ends it.
+        EXPECT_EQ(asked.get_future().wait_for(std::chrono::milliseconds(200)),
+                  std::future_status::timeout)
+            << "a backend was asked for while another was on its way out";
+        leaving.request(0, 16);
+    };
+    factory.whenRequested = [&](FakeBackend&) { asked.set_value(); };
+    std::thread backend([&] { first.send(0); });
+    inside.get_future().wait();
+    const FakeBackend& second = play();
+    EXPECT_EQ(served(second), "") << "a late request of the first met the second's queue";
+    backend.join();
+    factory.whenReleased = nullptr;
 }
 
 TEST_F(PlayerTest, EveryOtherEventIsOnlyTold) {

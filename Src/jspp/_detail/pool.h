@@ -81,8 +81,7 @@ public:
 
     // One comes from the pool; several, as for a table, from the heap.
     Kind* allocate(std::size_t count) {
-        return static_cast<Kind*>(count == 1 ? memory().take()
-                                             : ::operator new(count * sizeof(Kind)));
+        return static_cast<Kind*>(count == 1 ? memory().take() : ::operator new(count* size));
     }
     void deallocate(Kind* place, std::size_t count) noexcept {
         if (count == 1) {
@@ -93,8 +92,10 @@ public:
     }
 
 private:
+    static constexpr std::size_t size = sizeof(Kind);  // NOLINT(bugprone-sizeof-expression): any
+
     static pool& memory() noexcept {
-        static pool blocks(sizeof(Kind));
+        static pool blocks(size);
         return blocks;
     }
 };
