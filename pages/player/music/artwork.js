@@ -7,58 +7,85 @@ const CONTRAST = 3; // of the two colours, as of things that have to be told apa
 /** @typedef {() => number} Dice  the next of a row of numbers from 0 up to 1 */
 
 /**
- * A picture as an address: an SVG of some hundred characters.
+ * Draws the picture of a name: some tenths of a millisecond.
  * @param {string} name
+ * @param {number} pixels of its width and its height
  */
-export function artwork(name) {
-    const dice = diceOf(name);
-    const [ground, figure] = colours(dice);
-    const pattern = patterns[Math.floor(dice() * patterns.length)];
-    const drawing = `<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 ${SIZE} ${SIZE}" ` +
-        `width="${4 * SIZE}" height="${4 * SIZE}">` +
-        `<path fill="${ground}" d="M0 0h${SIZE}v${SIZE}H0z"/>` +
-        `<g fill="${figure}" stroke="${figure}" stroke-width="0">${pattern(dice)}</g></svg>`;
-    return `data:image/svg+xml,${encodeURIComponent(drawing)}`;
+export function artwork(name, pixels) {
+    const canvas = document.createElement("canvas");
+    canvas.width = canvas.height = pixels;
+    // Many of them scroll by, so none shall be a layer of its own on the graphics processor.
+    const context = canvas.getContext("2d", { willReadFrequently: true });
+    if (context !== null) {
+        const dice = diceOf(name);
+        const [ground, figure] = colours(dice);
+        context.scale(pixels / SIZE, pixels / SIZE);
+        context.fillStyle = css(ground);
+        context.fillRect(0, 0, SIZE, SIZE);
+        context.fillStyle = context.strokeStyle = css(figure);
+        patterns[Math.floor(dice() * patterns.length)](context, dice);
+    }
+    return canvas;
 }
 
-/** @type {((dice: Dice) => string)[]} */
+/**
+ * Ground and figure of the picture of a name: red, green and blue from 0 to 1.
+ * @param {string} name
+ */
+export const coloursOf = (name) => colours(diceOf(name));
+
+/** @type {((context: CanvasRenderingContext2D, dice: Dice) => void)[]} */
 const patterns = [
-    (dice) => { // rings around a point
+    (context, dice) => { // rings around a point
         const [x, y] = [at(dice), at(dice)];
-        return range(7).map((i) => `<circle fill="none" stroke-width="5" cx="${x}" cy="${y}" r="${
-            8 + i * 14}"/>`).join("");
+        context.lineWidth = 5;
+        range(7).forEach((i) => context.stroke(circle(x, y, 8 + i * 14)));
     },
-    (dice) => { // waves
+    (context, dice) => { // waves
         const height = 4 + dice() * 10;
-        return range(6).map((i) => {
-            const y = 14 + i * 19;
-            return `<path fill="none" stroke-width="5" d="M-20 ${y}${range(4).map(() =>
-                `q10 ${-height} 20 0t20 0`).join("")}"/>`;
-        }).join("");
+        context.lineWidth = 5;
+        range(6).forEach((i) => context.stroke(new Path2D(`M-20 ${14 + i * 19}${range(4).map(() =>
+            `q10 ${-height} 20 0t20 0`).join("")}`)));
     },
-    (dice) => range(8).map((i) => { // bars
+    (context, dice) => range(8).forEach((i) => { // bars
         const height = 15 + dice() * 85;
-        return `<path d="M${8 + i * 13.5} ${SIZE - 8}v${-height}h9v${height}z"/>`;
-    }).join(""),
-    (dice) => range(25).map((i) => // dots
-        `<circle cx="${16 + i % 5 * 22}" cy="${16 + Math.floor(i / 5) * 22}" r="${2 + dice() * 8}"/>`)
-        .join(""),
-    (dice) => { // a sun above water
+        context.fillRect(8 + i * 13.5, SIZE - 8 - height, 9, height);
+    }),
+    (context, dice) => range(25).forEach((i) => // dots
+        context.fill(circle(16 + i % 5 * 22, 16 + Math.floor(i / 5) * 22, 2 + dice() * 8))),
+    (context, dice) => { // a sun above water
         const x = at(dice);
-        return `<circle cx="${x}" cy="44" r="26"/>${range(4).map((i) =>
-            `<path d="M${x - 30 + i * 4} ${80 + i * 10}h${60 - i * 8}v4h${i * 8 - 60}z"/>`).join("")}`;
+        context.fill(circle(x, 44, 26));
+        range(4).forEach((i) => context.fillRect(x - 30 + i * 4, 80 + i * 10, 60 - i * 8, 4));
     },
-    (dice) => range(3).map((i) => { // mountains
+    (context, dice) => range(3).forEach((i) => { // mountains
         const [x, top] = [20 + i * 40, 20 + dice() * 50];
-        return `<path stroke-width="3" stroke-linejoin="round" fill-opacity="${.4 + i * .3}" d="M${
-            x - 45} ${SIZE}L${x} ${top}L${x + 45} ${SIZE}z"/>`;
-    }).join(""),
-    (dice) => { // quarters of circles
-        const turns = range(9).map(() => Math.floor(dice() * 4) * 90);
-        return turns.map((turn, i) => `<path transform="translate(${i % 3 * 40 + 20} ${
-            Math.floor(i / 3) * 40 + 20}) rotate(${turn})" d="M-20 -20h40a40 40 0 0 1-40 40z"/>`).join("");
+        const mountain = new Path2D(`M${x - 45} ${SIZE}L${x} ${top}L${x + 45} ${SIZE}z`);
+        context.lineWidth = 3;
+        context.lineJoin = "round";
+        context.globalAlpha = .4 + i * .3;
+        context.fill(mountain);
+        context.globalAlpha = 1;
+        context.stroke(mountain);
+    }),
+    (context, dice) => { // quarters of circles
+        const turns = range(9).map(() => Math.floor(dice() * 4) * Math.PI / 2);
+        turns.forEach((turn, i) => {
+            context.save();
+            context.translate(i % 3 * 40 + 20, Math.floor(i / 3) * 40 + 20);
+            context.rotate(turn);
+            context.fill(new Path2D("M-20 -20h40a40 40 0 0 1-40 40z"));
+            context.restore();
+        });
     },
 ];
+
+/** @param {number} x @param {number} y @param {number} radius */
+function circle(x, y, radius) {
+    const path = new Path2D();
+    path.arc(x, y, radius, 0, 2 * Math.PI);
+    return path;
+}
 
 /** @param {Dice} dice */
 const at = (dice) => Math.round(30 + dice() * 60);
@@ -78,9 +105,11 @@ function colours(dice) {
     for (let lightness = .5; contrast(ground, figure) < CONTRAST; lightness += .05) {
         figure = rgb(other, .45, lightness);
     }
-    return [ground, figure].map((colour) =>
-        `rgb(${colour.map((part) => Math.round(part * 255)).join(",")})`);
+    return [ground, figure];
 }
+
+/** @param {number[]} colour */
+const css = (colour) => `rgb(${colour.map((part) => Math.round(part * 255)).join(",")})`;
 
 /** @param {number} hue @param {number} saturation @param {number} lightness */
 function rgb(hue, saturation, lightness) {

@@ -120,38 +120,27 @@ function keep(id, picture) {
     }
 }
 
-/**
- * Artwork as pixels by its name: to draw the SVG anew for each frame of a list that scrolls takes
- * longer than the frame may.
- * @type {Map<string, string>}
- */
-const painted = new Map();
-const MOST_PAINTED = 500;
-const PIXELS = 320;
-
 /** @param {HTMLElement} element @param {string} name */
 function paint(element, name) {
-    const id = element.dataset.image || "";
-    const there = painted.get(name);
-    if (there !== undefined || name === "") {
-        there && place(element, id, there);
-        return;
+    if (name !== "") {
+        element.textContent = "";
+        element.append(artwork(name, Math.ceil(widthOf(element) * devicePixelRatio)));
     }
-    const image = new Image();
-    image.onload = () => {
-        const canvas = document.createElement("canvas");
-        canvas.width = canvas.height = PIXELS;
-        const context = canvas.getContext("2d");
-        if (context !== null && element.dataset.name === name) {
-            context.drawImage(image, 0, 0, PIXELS, PIXELS);
-            if (painted.size >= MOST_PAINTED) {
-                painted.clear();
-            }
-            painted.set(name, canvas.toDataURL());
-            place(element, id, painted.get(name) || "");
-        }
-    };
-    image.src = artwork(name);
+}
+
+/** Widths of covers by their class, in rem; to measure each would lay the page out each time. */
+const WIDTHS = { tiny: 2.6, small: 3.6, large: 14, largest: 24 };
+const CARD = 11;
+let rem = 0;
+window.addEventListener("resize", () => {
+    rem = 0;
+});
+
+/** @param {HTMLElement} element @returns {number} in pixels, or nearly */
+function widthOf(element) {
+    rem = rem || parseFloat(getComputedStyle(document.documentElement).fontSize);
+    const found = Object.entries(WIDTHS).find(([kind]) => element.classList.contains(kind));
+    return rem * (found ? found[1] : CARD);
 }
 
 /** @param {HTMLElement} element @param {string} id @param {string} picture */
@@ -176,18 +165,23 @@ function place(element, id, picture) {
  */
 export function tint(element, scope) {
     const content = byId("main").parentElement || document.body;
-    element.addEventListener("picture", (event) => {
+    const use = (/** @type {CanvasImageSource} */ picture) => {
         if (!scope.closed) {
-            content.style.setProperty("--tone", toneOf(/** @type {CustomEvent} */ (event).detail));
+            content.style.setProperty("--tone", toneOf(picture));
             content.classList.add("toned");
         }
-    });
+    };
+    element.addEventListener("picture", (event) => use(/** @type {CustomEvent} */ (event).detail));
+    const drawn = element.querySelector("canvas");
+    if (drawn !== null) {
+        use(drawn);
+    }
     scope.onClose(() => content.classList.remove("toned"));
 }
 
 /**
  * A picture's most colourful tone: "r, g, b". Reads eight by eight pixels.
- * @param {HTMLImageElement} image
+ * @param {CanvasImageSource} image
  */
 function toneOf(image) {
     const canvas = document.createElement("canvas");

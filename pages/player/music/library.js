@@ -10,6 +10,9 @@ import { Signal } from "../page/scope.js";
 /** Sizes that `cover` and `portrait` take: 300, 64 and 640 pixels. */
 export const ImageSize = /** @type {const} */ ({ normal: 0, small: 1, large: 2 });
 
+/** How often a question is looked after, in milliseconds. */
+const LOOK = 10;
+
 /** The service refused; `code` is one of Spotify.SP_ERROR. */
 export class ServiceError extends Error {
     /**
@@ -205,21 +208,30 @@ export function whenLoaded(thing) {
 }
 
 /**
- * A query's answer: `ask` starts the query and hands over the function to be called with it.
- * @template {{ error(): Spotify.ErrorCode }} T
- * @param {(done: (result: T) => void) => unknown} ask
+ * A query's answer: `ask` starts the query and hands over the function to be called with it. The
+ * query has its answer with one tick of the plug-in, and the function is called with another, up to
+ * 100 ms later: who looks meanwhile has it at once.
+ * @template {{ error(): Spotify.ErrorCode, isLoaded(): boolean }} T
+ * @param {(done: (result: T) => void) => T} ask
  * @returns {Promise<T>}
  */
 function answer(ask) {
     return new Promise((resolve, reject) => {
-        ask((result) => {
+        const told = (/** @type {T} */ result) => {
+            clearInterval(timer);
             const error = result.error();
             if (error === Spotify.SP_ERROR.SP_ERROR_OK) {
                 resolve(result);
             } else {
                 reject(new ServiceError(error));
             }
-        });
+        };
+        const query = ask(told);
+        const timer = setInterval(() => {
+            if (attempt(() => query.isLoaded(), false)) {
+                told(query);
+            }
+        }, LOOK);
     });
 }
 

@@ -130,10 +130,11 @@ function showResults(root, scope, query, found) {
             better && h("a", { class: "button primary", href: path("search", better) }, better)));
         return;
     }
+    const table = trackTable({ tracks, scope, label: `Tracks found for ${query}` });
     put(root,
         artists.length + albums.length > 0 && section("Artists and albums",
             h("div", { class: "shelf", "data-scroll": "" },
                 artists.map(artistCard), albums.map(albumCard))),
-        tracks.length > 0 && section(counted(tracks.length, "track"),
-            trackTable({ tracks, scope, label: `Tracks found for ${query}` }).element));
+        tracks.length > 0 && section(counted(tracks.length, "track"), table.element));
+    table.draw(); // not with the frame after this one
 }
