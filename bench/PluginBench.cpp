@@ -115,7 +115,7 @@ double logoutSeconds(int wrappers, const Make& make) {
 }
 
 template <class Make>
-void logout(const std::string& kind, const Make& make) {
+void loggingOut(const std::string& kind, const Make& make) {
     constexpr int wrappers = 100000;
     std::vector<double> samples;
     for (int round = 0; round < 5; ++round) {
@@ -132,9 +132,9 @@ void benchPlugin() {
     ownPartOfCall();
     nativeTrack();
     sharedPointer();
-    logout("Track", [] { return Factory::getInstance().createTrack(benchHandle<sp_track>()); });
-    logout("Playlist",
-           [] { return Factory::getInstance().createPlaylist(benchHandle<sp_playlist>()); });
+    loggingOut("Track", [] { return Factory::getInstance().createTrack(benchHandle<sp_track>()); });
+    loggingOut("Playlist",
+               [] { return Factory::getInstance().createPlaylist(benchHandle<sp_playlist>()); });
 }
 
 int main(int argc, char** argv) {
