@@ -209,7 +209,7 @@ void measureSearch(benchmark::State& state,
     double sumOfTotals = 0;
     std::string slowest;
     double slowestTime = 0;
-    for (auto _ : state) {
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores)
         const std::string& query = asked[samples.size() % asked.size()];
         const double processorStart = processorMilliseconds();
         const Clock::time_point start = Clock::now();
