@@ -17,11 +17,9 @@ Document* called(const jsplugin_obj* ctx) {
     if (object == nullptr) {
         return nullptr;
     }
-    Document* const document = Document::of(object->store);
-    if (document != nullptr) {
-        document->calledByPlugin();  // `object` may be gone after it
-    }
-    return document;
+    Document& document = object->store.document;
+    document.calledByPlugin();  // `object` may be gone after it
+    return &document;
 }
 
 int create(jsplugin_obj* ctx, const NativeCallbacks& callbacks, jsplugin_obj** result) noexcept {

@@ -2,54 +2,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace {
 
 constexpr Scheduler::Delay housekeepingInterval{2000};
 
-// The living ones: as many as there are frames.
-std::vector<Document*>& documents() {
-    static std::vector<Document*>& living = *new std::vector<Document*>;  // never freed
-    return living;
-}
-
-// The arguments of one call into script. The engine finds values on the stack by itself, but not
-// those in the heap.
-class ScriptArguments final {
-public:
-    ScriptArguments(JSContextRef callContext, std::size_t argc) : context(callContext) {
-        if (argc > few.size()) {
-            many.reserve(argc);
-        }
-        capacity = argc;
-    }
-    ~ScriptArguments() {
-        for (const JSValueRef value : many) {
-            JSValueUnprotect(context, value);
-        }
-    }
-    ScriptArguments(const ScriptArguments&) = delete;
-    ScriptArguments& operator=(const ScriptArguments&) = delete;
-
-    void add(JSValueRef value) {
-        if (capacity <= few.size()) {
-            few[count++] = value;
-        } else {
-            JSValueProtect(context, value);
-            many.push_back(value);
-        }
-    }
-    std::size_t size() const { return capacity <= few.size() ? count : many.size(); }
-    const JSValueRef* data() const { return capacity <= few.size() ? few.data() : many.data(); }
-
-private:
-    JSContextRef context;
-    std::size_t capacity = 0;
-    std::size_t count = 0;
-    std::array<JSValueRef, 16> few;  // the first `count` of them
-    std::vector<JSValueRef> many;
-};
+// The engine finds values on the stack by itself, but not those in the heap. Few calls have more
+// arguments.
+constexpr std::size_t mostOnStack = 16;
 
 }  // namespace
 
@@ -58,21 +21,11 @@ Document::Document(JSGlobalContextRef scriptContext,
                    Scheduler& pageScheduler,
                    ErrorReporter& errorReporter)
     : context(scriptContext), plugin(capabilities), scheduler(pageScheduler),
-      reporter(errorReporter), engine(context), store(context, engine, access, plugin),
-      calls(context, store), access(context, engine, store, calls) {
-    documents().push_back(this);
-}
+      reporter(errorReporter), store(*this, context, access, plugin), calls(context, store),
+      access(context, store, calls) {}
 
 Document::~Document() {
     close();
-    documents().erase(std::find(documents().begin(), documents().end(), this));
-}
-
-Document* Document::of(const ObjectStore& objects) noexcept {
-    const auto found =
-        std::find_if(documents().begin(), documents().end(),
-                     [&objects](const Document* each) { return &each->store == &objects; });
-    return found != documents().end() ? *found : nullptr;
 }
 
 bool Document::open(const Origin& origin) {
@@ -159,14 +112,25 @@ bool Document::callFunction(ObjectRecord* thisRecord,
     const JSObjectRef thisObject =
         thisRecord != nullptr ? store.scriptObject(*thisRecord) : nullptr;
     JSValueRef exception = nullptr;
-    ScriptArguments arguments(context, argc > 0 ? static_cast<std::size_t>(argc) : 0);
-    for (int i = 0; i < argc && exception == nullptr; ++i) {
-        arguments.add(store.toScript(context, argv[i], &exception));
+    const std::size_t count = argc > 0 ? static_cast<std::size_t>(argc) : 0;
+    std::array<JSValueRef, mostOnStack> few;
+    std::vector<JSValueRef> many;
+    for (std::size_t i = 0; i < count && exception == nullptr; ++i) {
+        const JSValueRef value = store.toScript(argv[i], &exception);
+        if (count <= few.size()) {
+            few[i] = value;
+        } else if (exception == nullptr) {
+            JSValueProtect(context, value);
+            many.push_back(value);
+        }
     }
     const PluginCalls::Wait wait(calls);
     if (exception == nullptr) {
-        JSObjectCallAsFunction(context, function, thisObject, arguments.size(), arguments.data(),
-                               &exception);
+        JSObjectCallAsFunction(context, function, thisObject, count,
+                               many.empty() ? few.data() : many.data(), &exception);
+    }
+    for (const JSValueRef value : many) {
+        JSValueUnprotect(context, value);
     }
     if (exception != nullptr) {
         reporter.uncaught(context, exception);

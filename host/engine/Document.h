@@ -2,7 +2,6 @@
 #define SONOLET_HOST_ENGINE_DOCUMENT_H
 
 #include "engine/ErrorReporter.h"
-#include "engine/Intrinsics.h"
 #include "engine/ObjectStore.h"
 #include "engine/PluginAccess.h"
 #include "engine/PluginCalls.h"
@@ -38,9 +37,6 @@ public:
 
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
-
-    // The living document whose objects these are.
-    static Document* of(const ObjectStore& objects) noexcept;
 
     // Starts the plug-in in this document. Answers false when it refuses the page, which then sees
     // none of its globals.
@@ -78,7 +74,6 @@ private:
     const struct jsplugin_capabilities& plugin;
     Scheduler& scheduler;
     ErrorReporter& reporter;
-    Intrinsics engine;
     ObjectStore store;
     PluginCalls calls;
     PluginAccess access;

@@ -1,6 +1,5 @@
 #include "engine/Fronts.h"
 
-#include "engine/FrontsScript.h"
 #include "engine/ObjectAccess.h"
 #include "engine/Text.h"
 
@@ -10,6 +9,8 @@
 #include <unordered_map>
 #include <utility>
 #include <vector>
+
+extern const char frontsScript[];  // fronts.js
 
 // Exported by the engine but in none of its public headers; null with an engine that has it not.
 // NOLINTNEXTLINE(readability-identifier-naming): the engine's name
@@ -211,12 +212,9 @@ JSValueRef Fronts::takeNative(size_t argc, const JSValueRef argv[], JSValueRef*)
     return nullptr;
 }
 
-// A function that its object no longer keeps.
 JSValueRef Fronts::partNative(size_t, const JSValueRef argv[], JSValueRef*) {
-    ObjectRecord* const function = recordOf(const_cast<JSObjectRef>(argv[0]));
-    if (function != nullptr && function->whole != nullptr && !function->weak) {
-        function->weak.set(context, function->object);
-        function->whole->hasLooseParts = true;
+    if (ObjectRecord* const function = recordOf(const_cast<JSObjectRef>(argv[0]))) {
+        function->access.drop(*function);
     }
     return nullptr;
 }
@@ -254,11 +252,11 @@ JSObjectRef Fronts::makeObject(ObjectRecord& record) {
 }
 
 JSObjectRef Fronts::makeFunction(ObjectRecord& record) {
-    const JSObjectRef function =
-        JSObjectMakeFunctionWithCallback(context, record.name, callFunction);
-    table().add(function, record);
+    // First: the engine may collect, and nothing would hold the function.
     reportMemory(costOfFunction);
-    return function;
+    record.object = JSObjectMakeFunctionWithCallback(context, record.name, callFunction);
+    table().add(record.object, record);
+    return record.object;
 }
 
 JSObjectRef Fronts::make(ObjectRecord& record) {
@@ -267,7 +265,7 @@ JSObjectRef Fronts::make(ObjectRecord& record) {
         record.object = makeObject(record);
         reportMemory(costOfObject);
     } else {
-        record.object = makeFunction(record);
+        makeFunction(record);
         if (callbacks.getter != nullptr || callbacks.setter != nullptr) {
             callables[&record] = record.object;
             record.number = newNumber(&record);
@@ -285,11 +283,6 @@ JSObjectRef Fronts::make(ObjectRecord& record) {
     // Until it is returned the front lives by being on the stack.
     record.weak.set(context, record.object);
     return record.object;
-}
-
-JSObjectRef Fronts::makePart(ObjectRecord& function) {
-    function.object = makeFunction(function);
-    return function.object;
 }
 
 void Fronts::forget(ObjectRecord& record) noexcept {

@@ -35,7 +35,7 @@ public:
     JSObjectRef make(ObjectRecord& record);
 
     // The same for a function that lives as long as the front that keeps it.
-    JSObjectRef makePart(ObjectRecord& function);
+    JSObjectRef makeFunction(ObjectRecord& record);
 
     // Makes names of the global object accesses to its record, until forgetNumber().
     void defineGlobals(ObjectRecord& global, char** names);
@@ -89,7 +89,6 @@ private:
         return numbered[static_cast<std::size_t>(number)];
     }
     JSObjectRef makeObject(ObjectRecord& record);  // null as make() does
-    JSObjectRef makeFunction(ObjectRecord& record);
     void reportMemory(std::size_t bytes);
 
     JSGlobalContextRef context;

@@ -23,9 +23,7 @@ JSValueRef call(JSContextRef context,
         *exception = thrown.value;
         return nullptr;
     } catch (const std::exception& error) {
-        const text::EngineString message(error.what());
-        const JSValueRef argument = JSValueMakeString(context, message.get());
-        *exception = JSObjectMakeError(context, 1, &argument, nullptr);
+        *exception = text::makeError(context, error.what());
         return nullptr;
     }
 }

@@ -42,6 +42,9 @@ public:
                             const JSValueRef argv[],
                             JSValueRef* exception) = 0;
 
+    // Script no longer has the function as an answer that is kept.
+    virtual void drop(ObjectRecord& function) = 0;
+
 protected:
     ~ObjectAccess() = default;
 };

@@ -11,38 +11,25 @@
 namespace {
 
 // Storage of many records, at an address that any of theirs tells.
-class Slab final {
-public:
+struct Slab {
     static constexpr std::size_t size = std::size_t{64} * 1024;
-
-    static Slab* around(const void* address) noexcept {
-        return reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(address) & ~(size - 1));
-    }
-
-    void* at(std::size_t index) noexcept {
-        return reinterpret_cast<char*>(this) + first + index * sizeof(ObjectRecord);
-    }
-
-    // Whether a living record begins there. REQUIRES: this is around it.
-    bool isRecord(const void* address) const noexcept {
-        const std::size_t offset = static_cast<std::size_t>(static_cast<const char*>(address) -
-                                                            reinterpret_cast<const char*>(this)) -
-                                   first;
-        const std::size_t index = offset / sizeof(ObjectRecord);
-        return index < count && offset % sizeof(ObjectRecord) == 0 && live[index];
-    }
-
-    void set(const void* record, bool isLive) noexcept {
-        live[static_cast<std::size_t>(static_cast<const char*>(record) -
-                                      static_cast<const char*>(at(0))) /
-             sizeof(ObjectRecord)] = isLive;
-    }
-
-    static constexpr std::size_t first = 128;
+    static constexpr std::size_t first = 128;  // where the first record lies
     static constexpr std::size_t count = (size - first) / sizeof(ObjectRecord);
 
-private:
-    std::bitset<count> live;
+    static Slab& around(const void* address) noexcept {
+        auto* const byte = static_cast<char*>(const_cast<void*>(address));
+        return *reinterpret_cast<Slab*>(byte - reinterpret_cast<std::uintptr_t>(address) % size);
+    }
+
+    // Which record begins there; `count` when none does.
+    std::size_t indexOf(const void* address) const noexcept {
+        const std::size_t offset = reinterpret_cast<std::uintptr_t>(address) -
+                                   reinterpret_cast<std::uintptr_t>(this) - first;
+        const std::size_t index = offset / sizeof(ObjectRecord);
+        return offset % sizeof(ObjectRecord) == 0 && index < count ? index : count;
+    }
+
+    std::bitset<count + 1> live;  // the last one never is
 };
 static_assert(sizeof(Slab) <= Slab::first);
 
@@ -87,7 +74,8 @@ void* ObjectRecord::operator new(std::size_t) {
         all.all.insert(slab);
         all.unused.reserve(all.all.size() * Slab::count);  // later ones come back without failing
         for (std::size_t i = Slab::count; i > 0; --i) {
-            all.unused.push_back(slab->at(i - 1));
+            all.unused.push_back(static_cast<char*>(memory) + Slab::first +
+                                 (i - 1) * sizeof(ObjectRecord));
         }
     }
     void* const place = all.unused.back();
@@ -105,28 +93,31 @@ ObjectRecord::ObjectRecord(ObjectStore& owner,
                            const NativeCallbacks& nativeCallbacks)
     : jsplugin_obj{nullptr}, store(owner), access(objectAccess), callbacks(oneOf(nativeCallbacks)),
       kind(recordKind) {
-    Slab::around(this)->set(this, true);
+    Slab& slab = Slab::around(this);
+    slab.live[slab.indexOf(this)] = true;
 }
 
 ObjectRecord::~ObjectRecord() {
     if (name != nullptr) {
         JSStringRelease(name);
     }
-    Slab::around(this)->set(this, false);
+    Slab& slab = Slab::around(this);
+    slab.live[slab.indexOf(this)] = false;
 }
 
 ObjectRecord* ObjectRecord::find(const jsplugin_obj* object) noexcept {
     if (object == nullptr) {
         return nullptr;
     }
-    const Slab* const slab = Slab::around(object);
+    const Slab& slab = Slab::around(object);
     Slabs& all = slabs();
-    if (slab != all.lately) {
-        if (all.all.count(slab) == 0) {
+    if (&slab != all.lately) {
+        if (all.all.count(&slab) == 0) {
             return nullptr;
         }
-        all.lately = slab;
+        all.lately = &slab;
     }
-    return slab->isRecord(object) ? static_cast<ObjectRecord*>(const_cast<jsplugin_obj*>(object))
-                                  : nullptr;
+    return slab.live[slab.indexOf(object)]
+               ? static_cast<ObjectRecord*>(const_cast<jsplugin_obj*>(object))
+               : nullptr;
 }

@@ -93,8 +93,6 @@ public:
     bool rooted = false;
     // Its script object keeps what this record's own trace marked last.
     bool holdsOthers = false;
-    // A part has a weak reference of its own, and may be gone before this is.
-    bool hasLooseParts = false;
 };
 
 // A page makes many, and lets them go together: they are to lie close.

@@ -3,15 +3,14 @@
 #include "engine/Text.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
-ObjectStore::ObjectStore(JSGlobalContextRef scriptContext,
-                         const Intrinsics& engineFunctions,
+ObjectStore::ObjectStore(Document& owner,
+                         JSGlobalContextRef scriptContext,
                          ObjectAccess& objectAccess,
                          const struct jsplugin_capabilities& capabilities)
-    : context(scriptContext), intrinsics(engineFunctions), access(objectAccess),
-      plugin(capabilities), fronts(scriptContext),
+    : document(owner), context(scriptContext), access(objectAccess), plugin(capabilities),
+      fronts(scriptContext),
       globalRecord(std::make_unique<ObjectRecord>(
           *this,
           access,
@@ -97,11 +96,7 @@ JSObjectRef ObjectStore::scriptObject(ObjectRecord& record) {
     if (record.kind != ObjectRecord::Kind::Native || closed) {
         return nullptr;
     }
-    if (record.whole != nullptr && record.whole->living() != nullptr) {
-        freeLooseParts(*record.whole);
-    } else {
-        separate(lifeOf(record));
-    }
+    separate(lifeOf(record));
     fronts.forget(record);
     // Script is about to hold it, so it needs no protection.
     return fronts.make(record);
@@ -117,7 +112,7 @@ JSObjectRef ObjectStore::partOf(ObjectRecord& whole, ObjectRecord& function) {
     unlist(function);
     function.whole = &whole;
     function.nextPart = std::exchange(whole.parts, &function);
-    return fronts.makePart(function);
+    return fronts.makeFunction(function);
 }
 
 // The parts of what has died have died with it; the plug-in may still know them.
@@ -128,6 +123,21 @@ void ObjectStore::separate(ObjectRecord& whole) {
         fronts.forget(*part);
         list(*part);
     }
+}
+
+void ObjectStore::loosen(ObjectRecord& function) {
+    if (function.whole == nullptr) {
+        return;
+    }
+    ObjectRecord** link = &function.whole->parts;
+    while (*link != &function) {
+        link = &(*link)->nextPart;
+    }
+    *link = std::exchange(function.nextPart, nullptr);
+    function.whole = nullptr;
+    function.weak.set(context, function.object);
+    list(function);
+    seen(function);
 }
 
 void ObjectStore::root(ObjectRecord& record) {
@@ -152,9 +162,7 @@ void ObjectStore::unroot(ObjectRecord& record) {
 
 // ---- Values ----
 
-JSValueRef ObjectStore::toScript(JSContextRef callContext,
-                                 const jsplugin_value& value,
-                                 JSValueRef* exception) {
+JSValueRef ObjectStore::toScript(const jsplugin_value& value, JSValueRef* exception) {
     switch (value.type) {
     case JSP_TYPE_NATIVE_OBJECT:
     case JSP_TYPE_OBJECT:
@@ -163,30 +171,28 @@ JSValueRef ObjectStore::toScript(JSContextRef callContext,
                 return object;
             }
         }
-        return intrinsics.undefined();
+        break;
     case JSP_TYPE_STRING:
         if (value.u.string != nullptr) {
-            return JSValueMakeString(callContext, text::strings().get(value.u.string));
+            return JSValueMakeString(context, text::strings().get(value.u.string));
         }
-        return intrinsics.undefined();
+        break;
     case JSP_TYPE_NUMBER:
-        // A NaN of another pattern would be no number to the intrinsics.
-        return JSValueMakeNumber(callContext, std::isnan(value.u.number) ? NAN : value.u.number);
+        return JSValueMakeNumber(context, value.u.number);
     case JSP_TYPE_BOOLEAN:
-        return intrinsics.boolean(value.u.boolean != 0);
+        return JSValueMakeBoolean(context, value.u.boolean != 0);
     case JSP_TYPE_NULL:
-        return intrinsics.null();
+        return JSValueMakeNull(context);
     case JSP_TYPE_EXPRESSION:
         if (value.u.string != nullptr) {
             const text::EngineString source(value.u.string);
-            const JSValueRef result =
-                JSEvaluateScript(callContext, source.get(), nullptr, nullptr, 1, exception);
-            return *exception == nullptr ? result : nullptr;
+            return JSEvaluateScript(context, source.get(), nullptr, nullptr, 1, exception);
         }
-        return intrinsics.undefined();
+        break;
     default:
-        return intrinsics.undefined();
+        break;
     }
+    return JSValueMakeUndefined(context);
 }
 
 ObjectRecord* ObjectStore::named(const jsplugin_value& value, const std::string& name) {
@@ -230,9 +236,6 @@ void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
     // By place: a trace may make an object.
     for (std::size_t i = 0; i < records.size(); ++i) {
         ObjectRecord& holder = *records[i];
-        if (holder.hasLooseParts) {
-            freeLooseParts(holder);
-        }
         if (holder.callbacks.trace != nullptr) {
             marked.clear();
             holder.callbacks.trace(&holder);
@@ -261,21 +264,6 @@ void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
         destruct(*record);
     }
     newSinceTrace = 0;
-}
-
-// Parts that their object no longer keeps live by themselves.
-void ObjectStore::freeLooseParts(ObjectRecord& whole) {
-    whole.hasLooseParts = false;
-    for (ObjectRecord** link = &whole.parts; *link != nullptr;) {
-        ObjectRecord& part = **link;
-        if (!part.weak) {
-            link = &part.nextPart;
-            continue;
-        }
-        *link = std::exchange(part.nextPart, nullptr);
-        part.whole = nullptr;
-        list(part);
-    }
 }
 
 // Gives what the trace of `holder` has marked to its script object to keep.

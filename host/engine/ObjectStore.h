@@ -2,7 +2,6 @@
 #define SONOLET_HOST_ENGINE_OBJECTSTORE_H
 
 #include "engine/Fronts.h"
-#include "engine/Intrinsics.h"
 #include "engine/ObjectRecord.h"
 
 #include <cstdint>
@@ -10,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+class Document;
 class ObjectAccess;
 
 // The objects of one document that the plug-in and the engine both know: which record belongs to
@@ -26,14 +26,16 @@ class ObjectAccess;
 class ObjectStore final {
 public:
     // `objectAccess` is where accesses of script to the objects go; it may be made later.
-    ObjectStore(JSGlobalContextRef scriptContext,
-                const Intrinsics& engineFunctions,
+    ObjectStore(Document& owner,
+                JSGlobalContextRef scriptContext,
                 ObjectAccess& objectAccess,
                 const struct jsplugin_capabilities& capabilities);
     ~ObjectStore();
 
     ObjectStore(const ObjectStore&) = delete;
     ObjectStore& operator=(const ObjectStore&) = delete;
+
+    Document& document;  // whose objects these are
 
     ObjectRecord& global() noexcept { return *globalRecord; }
 
@@ -59,13 +61,15 @@ public:
     // The record has gone to the plug-in.
     void seen(ObjectRecord& record) noexcept { lifeOf(record).handedAt = ++lastSerial; }
 
+    // The object of which the function is a part no longer keeps it: it lives by itself now.
+    void loosen(ObjectRecord& function);
+
     // From inside a trace of the plug-in; elsewhere it does nothing.
     void mark(ObjectRecord& record) noexcept;
 
     // What the plug-in answered, as a script value; undefined for what is none. Evaluates
     // expressions: `exception` is set when one throws, and then the result is null.
-    JSValueRef
-    toScript(JSContextRef callContext, const jsplugin_value& value, JSValueRef* exception);
+    JSValueRef toScript(const jsplugin_value& value, JSValueRef* exception);
 
     // The function that the plug-in answered for the property `name`; it keeps its first name. Null
     // for any other answer.
@@ -99,12 +103,10 @@ private:
     void unroot(ObjectRecord& record);
     void attach(ObjectRecord& holder);
     void separate(ObjectRecord& whole);
-    void freeLooseParts(ObjectRecord& whole);
     void destruct(ObjectRecord& record);
     void end(ObjectRecord& record);
 
     JSGlobalContextRef context;
-    const Intrinsics& intrinsics;
     ObjectAccess& access;
     const struct jsplugin_capabilities& plugin;
     Fronts fronts;

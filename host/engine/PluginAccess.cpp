@@ -1,10 +1,25 @@
 #include "engine/PluginAccess.h"
 
-#include "engine/Intrinsics.h"
 #include "engine/ObjectStore.h"
 #include "engine/PluginCalls.h"
 #include "engine/Text.h"
 #include "engine/Values.h"
+
+PluginAccess::PluginAccess(JSGlobalContextRef scriptContext,
+                           ObjectStore& objects,
+                           PluginCalls& pluginCalls)
+    : context(scriptContext), store(objects), calls(pluginCalls),
+      typeError(JSValueToObject(
+          context,
+          JSEvaluateScript(
+              context, text::EngineString("TypeError").get(), nullptr, nullptr, 1, nullptr),
+          nullptr)) {
+    JSValueProtect(context, typeError);
+}
+
+PluginAccess::~PluginAccess() {
+    JSValueUnprotect(context, typeError);
+}
 
 Reading PluginAccess::read(ObjectRecord& record, const std::string& name, JSValueRef* exception) {
     const PluginCalls::Call call(calls);
@@ -27,7 +42,7 @@ Reading PluginAccess::read(ObjectRecord& record, const std::string& name, JSValu
         }
         break;
     case JSP_GET_EXCEPTION:
-        *exception = engine.makeError(messageOf(result));
+        *exception = text::makeError(context, messageOf(result));
         break;
     default:
         break;
@@ -46,7 +61,7 @@ void PluginAccess::convert(ObjectRecord& record,
         reading.answer |= reading.value != nullptr ? Reading::isPart : 0;
     }
     if (reading.value == nullptr) {
-        reading.value = store.toScript(context, result, exception);
+        reading.value = store.toScript(result, exception);
     }
 }
 
@@ -59,10 +74,10 @@ bool PluginAccess::write(ObjectRecord& record,
     PluginArguments argument(store, context, 1, &value);
     switch (record.callbacks.setter(&record, name.c_str(), argument.data())) {
     case JSP_PUT_READ_ONLY:
-        *exception = engine.makeError("Cannot set \"" + name + "\": it is read-only");
+        *exception = text::makeError(context, "Cannot set \"" + name + "\": it is read-only");
         return true;
     case JSP_PUT_EXCEPTION:
-        *exception = engine.makeError(messageOf(*argument.data()));
+        *exception = text::makeError(context, messageOf(*argument.data()));
         return true;
     case JSP_GET_NO_PROPERTY:
         return false;  // the page's own property
@@ -84,19 +99,26 @@ JSValueRef PluginAccess::call(ObjectRecord& function,
     }
     PluginArguments arguments(store, context, argc, argv);
     jsplugin_value result = {};
-    switch (function.callbacks.call(thisRecord, &function, arguments.count(), arguments.data(),
+    switch (function.callbacks.call(thisRecord, &function, static_cast<int>(argc), arguments.data(),
                                     &result)) {
-    case JSP_CALL_NO_FUNCTION:
-        *exception = engine.makeTypeError(
-            (function.name == nullptr ? "the object" : '"' + text::toUtf8(function.name) + '"') +
-            " is not a function");
+    case JSP_CALL_NO_FUNCTION: {
+        const std::string name =
+            function.name == nullptr ? "the object" : '"' + text::toUtf8(function.name) + '"';
+        const text::EngineString message(name + " is not a function");
+        const JSValueRef argument = JSValueMakeString(context, message.get());
+        *exception = JSObjectCallAsConstructor(context, typeError, 1, &argument, nullptr);
         return nullptr;
+    }
     case JSP_CALL_VALUE:
-        return store.toScript(context, result, exception);
+        return store.toScript(result, exception);
     case JSP_CALL_EXCEPTION:
-        *exception = engine.makeError(messageOf(result));
+        *exception = text::makeError(context, messageOf(result));
         return nullptr;
     default:
-        return engine.undefined();
+        return JSValueMakeUndefined(context);
     }
+}
+
+void PluginAccess::drop(ObjectRecord& function) {
+    store.loosen(function);
 }

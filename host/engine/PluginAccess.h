@@ -5,7 +5,6 @@
 
 #include "jsplugin.h"
 
-class Intrinsics;
 class ObjectStore;
 class PluginCalls;
 
@@ -18,11 +17,12 @@ class PluginCalls;
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and a member
 class PluginAccess final : public ObjectAccess {
 public:
-    PluginAccess(JSGlobalContextRef scriptContext,
-                 const Intrinsics& engineFunctions,
-                 ObjectStore& objects,
-                 PluginCalls& pluginCalls)
-        : context(scriptContext), engine(engineFunctions), store(objects), calls(pluginCalls) {}
+    // REQUIRES: no script of the page has run yet; the context outlives this.
+    PluginAccess(JSGlobalContextRef scriptContext, ObjectStore& objects, PluginCalls& pluginCalls);
+    ~PluginAccess();
+
+    PluginAccess(const PluginAccess&) = delete;
+    PluginAccess& operator=(const PluginAccess&) = delete;
 
     Reading read(ObjectRecord& record, const std::string& name, JSValueRef* exception) override;
     bool write(ObjectRecord& record,
@@ -34,6 +34,7 @@ public:
                     size_t argc,
                     const JSValueRef argv[],
                     JSValueRef* exception) override;
+    void drop(ObjectRecord& function) override;
 
 private:
     // Adds the value of an answer to the reading. Texts are the plug-in's until it is called again,
@@ -45,9 +46,9 @@ private:
                  JSValueRef* exception);
 
     JSGlobalContextRef context;
-    const Intrinsics& engine;
     ObjectStore& store;
     PluginCalls& calls;
+    JSObjectRef typeError;  // protected; the page may put another in its place
 };
 
 #endif

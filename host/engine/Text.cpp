@@ -9,23 +9,9 @@ namespace text {
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
-
-bool isHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-bool isLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
-void append(std::string& out, char32_t point) {
-    if (point < 0x80) {
-        out += static_cast<char>(point);
-        return;
-    }
-    char bytes[6];
-    const int length = g_unichar_to_utf8(point, bytes);
-    out.append(bytes, static_cast<std::size_t>(length));
-}
+// The upper six bits of a unit that is one.
+constexpr char32_t highSurrogate = 0xD800 >> 10;
+constexpr char32_t lowSurrogate = 0xDC00 >> 10;
 
 // The text of `string` when it is all ASCII, as names are, without a NUL, and short.
 bool isShortAscii(JSStringRef string, std::array<char, 64>& out) {
@@ -43,19 +29,19 @@ bool isShortAscii(JSStringRef string, std::array<char, 64>& out) {
 }
 
 std::string slowUtf8(JSStringRef string) {
-    const JSChar* units = JSStringGetCharactersPtr(string);
+    const JSChar* const units = JSStringGetCharactersPtr(string);
     const std::size_t length = JSStringGetLength(string);
     std::string out;
     out.reserve(length);
     for (std::size_t i = 0; i < length; ++i) {
         char32_t point = units[i];
-        if (isHighSurrogate(point) && i + 1 < length && isLowSurrogate(units[i + 1])) {
-            ++i;
-            point = 0x10000 + ((point - 0xD800) << 10) + (units[i] - 0xDC00);
-        } else if (point == 0 || isHighSurrogate(point) || isLowSurrogate(point)) {
+        if (point >> 10 == highSurrogate && i + 1 < length && units[i + 1] >> 10 == lowSurrogate) {
+            point = 0x10000 + ((point & 0x3FF) << 10) + (units[++i] & 0x3FF);
+        } else if (point == 0 || point >> 10 == highSurrogate || point >> 10 == lowSurrogate) {
             point = replacement;
         }
-        append(out, point);
+        char bytes[6];
+        out.append(bytes, static_cast<std::size_t>(g_unichar_to_utf8(point, bytes)));
     }
     return out;
 }
@@ -76,6 +62,11 @@ std::string toUtf8(JSContextRef context, JSValueRef value) {
     std::string out = toUtf8(string);
     JSStringRelease(string);
     return out;
+}
+
+JSValueRef makeError(JSContextRef context, const std::string& message) {
+    const JSValueRef argument = JSValueMakeString(context, EngineString(message).get());
+    return JSObjectMakeError(context, 1, &argument, nullptr);
 }
 
 EngineString::EngineString(const char* utf8) {

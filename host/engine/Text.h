@@ -15,6 +15,9 @@ std::string toUtf8(JSStringRef string);
 // The text of `value`; empty when the conversion throws.
 std::string toUtf8(JSContextRef context, JSValueRef value);
 
+// An Error with this message.
+JSValueRef makeError(JSContextRef context, const std::string& message);
+
 // Owns an engine string.
 class EngineString final {
 public:

@@ -7,49 +7,41 @@ PluginArguments::PluginArguments(ObjectStore& objects,
                                  JSContextRef context,
                                  size_t argc,
                                  const JSValueRef argv[])
-    : size(argc) {
-    if (argc > few.size()) {
-        many.resize(argc);
-    }
-    jsplugin_value* const values = data();
+    : many(argc > few.size() ? argc : 0), values(argc == 0      ? nullptr
+                                                 : many.empty() ? few.data()
+                                                                : many.data()) {
     for (size_t i = 0; i < argc; ++i) {
-        values[i] = convert(objects, context, argv[i]);
+        jsplugin_value& converted = values[i] = {};
+        switch (JSValueGetType(context, argv[i])) {
+        case kJSTypeNull:
+            converted.type = JSP_TYPE_NULL;
+            break;
+        case kJSTypeBoolean:
+            converted.type = JSP_TYPE_BOOLEAN;
+            converted.u.boolean = JSValueToBoolean(context, argv[i]) ? 1 : 0;
+            break;
+        case kJSTypeNumber:
+            converted.type = JSP_TYPE_NUMBER;
+            converted.u.number = JSValueToNumber(context, argv[i], nullptr);
+            break;
+        case kJSTypeString:
+            converted.type = JSP_TYPE_STRING;
+            strings.reserve(argc);
+            converted.u.string = strings.emplace_back(text::toUtf8(context, argv[i])).c_str();
+            break;
+        case kJSTypeObject: {
+            ObjectRecord& record = objects.handOut(JSValueToObject(context, argv[i], nullptr));
+            converted.type = record.kind == ObjectRecord::Kind::Native ? JSP_TYPE_NATIVE_OBJECT
+                                                                       : JSP_TYPE_OBJECT;
+            converted.u.object = &record;
+            break;
+        }
+        default:
+            // Symbols and big integers have no type on the other side.
+            converted.type = JSP_TYPE_UNDEFINED;
+            break;
+        }
     }
-}
-
-jsplugin_value
-PluginArguments::convert(ObjectStore& objects, JSContextRef context, JSValueRef value) {
-    jsplugin_value converted = {};
-    switch (JSValueGetType(context, value)) {
-    case kJSTypeNull:
-        converted.type = JSP_TYPE_NULL;
-        break;
-    case kJSTypeBoolean:
-        converted.type = JSP_TYPE_BOOLEAN;
-        converted.u.boolean = JSValueToBoolean(context, value) ? 1 : 0;
-        break;
-    case kJSTypeNumber:
-        converted.type = JSP_TYPE_NUMBER;
-        converted.u.number = JSValueToNumber(context, value, nullptr);
-        break;
-    case kJSTypeString:
-        converted.type = JSP_TYPE_STRING;
-        strings.reserve(size);
-        converted.u.string = strings.emplace_back(text::toUtf8(context, value)).c_str();
-        break;
-    case kJSTypeObject: {
-        ObjectRecord& record = objects.handOut(JSValueToObject(context, value, nullptr));
-        converted.type =
-            record.kind == ObjectRecord::Kind::Native ? JSP_TYPE_NATIVE_OBJECT : JSP_TYPE_OBJECT;
-        converted.u.object = &record;
-        break;
-    }
-    default:
-        // Symbols and big integers have no type on the other side.
-        converted.type = JSP_TYPE_UNDEFINED;
-        break;
-    }
-    return converted;
 }
 
 std::string messageOf(const jsplugin_value& value) {

@@ -24,19 +24,14 @@ public:
     PluginArguments(const PluginArguments&) = delete;
     PluginArguments& operator=(const PluginArguments&) = delete;
 
-    int count() const noexcept { return static_cast<int>(size); }
     // Null for no arguments, as the plug-in expects.
-    jsplugin_value* data() noexcept {
-        return size == 0 ? nullptr : size <= few.size() ? few.data() : many.data();
-    }
+    jsplugin_value* data() noexcept { return values; }
 
 private:
-    jsplugin_value convert(ObjectStore& objects, JSContextRef context, JSValueRef value);
-
-    const std::size_t size;
     // Nearly every call has few arguments, which then take no memory of their own.
     std::array<jsplugin_value, 4> few;
     std::vector<jsplugin_value> many;
+    jsplugin_value* values;
     std::vector<std::string> strings;  // has room for all before the first: values point at them
 };
 

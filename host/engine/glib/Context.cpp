@@ -1,11 +1,11 @@
 #include "engine/glib/Context.h"
 
-#include "engine/glib/KernelScript.h"
-
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
 #include <utility>
+
+extern const char kernelScript[];  // kernel.js
 
 namespace {
 
