@@ -35,6 +35,7 @@ std::string formatted(const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
     char small[512];
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): KlogPrintf has begun it
     const int length = std::vsnprintf(small, sizeof small, format, args);
     std::string text;
     if (length > 0 && static_cast<std::size_t>(length) < sizeof small) {
