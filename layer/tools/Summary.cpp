@@ -295,6 +295,7 @@ std::string Summary::timesTable(const std::string& title,
         return {};
     }
     std::vector<std::pair<std::string, const Times*>> sorted;
+    sorted.reserve(rows.size());
     std::size_t width = 24;
     for (const auto& [name, times] : rows) {
         sorted.emplace_back(name, &times);

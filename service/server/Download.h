@@ -71,7 +71,7 @@ private:
     bool isWhole() const { return total >= 0 && there.endFrom(0) >= total; }
     void fetch(std::int64_t from);
     void demand(std::int64_t offset);
-    bool begins(const HttpHead& head);
+    bool begins(const HttpHead& received);
     bool comes(const char* bytes, std::size_t count);
     void isOver(const HttpError* error);
     void goOn();

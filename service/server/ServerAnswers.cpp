@@ -318,6 +318,7 @@ std::vector<Id> ServerAnswers::topTracks(const ToplistScope& scope) {
     }
     writer.write({{}, {}, songs});
     std::vector<Id> ids;
+    ids.reserve(songs.size());
     for (const SongItem& song : songs) {
         ids.push_back(links.link(SP_LINKTYPE_TRACK, song.id));
     }
