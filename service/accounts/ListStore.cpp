@@ -36,7 +36,7 @@ ListStore::ListStore(Database& sharedDatabase)
                     " AND c.kind = 3 AND e.removed IS NULL AND e.kind = 0"),
       insertList(database,
                  "INSERT INTO lists(link, owner_id, kind, name)"
-                 " VALUES(randomblob(16), ?1, 0, ?2) RETURNING link"),
+                 " VALUES(coalesce(?3, randomblob(16)), ?1, 0, ?2) RETURNING link"),
       insertEntry(database,
                   "INSERT INTO list_entries(list_id, rank, kind, item, creator, created, seen,"
                   " text) VALUES(?1, ?2, ?3, ?4, ?5, strftime('%s', 'now'), ?6, ?7)"),
@@ -163,10 +163,11 @@ void ListStore::noteSubscribers(const ListRow& container, const Id& playlist) {
 
 // ---- Changes ----
 
-ListRow ListStore::create(std::int64_t owner, std::string_view name) {
+ListRow
+ListStore::create(std::int64_t owner, std::string_view name, const std::optional<Id>& link) {
     std::optional<ListRow> made;
     together([&] {
-        Cursor row = insertList.run(owner, name);
+        Cursor row = insertList.run(owner, name, link);
         if (row.next()) {
             made = find(row.id(0).value_or(Id()));
         }

@@ -61,8 +61,9 @@ public:
     // The changes. Each takes lists and entries as they were read; what has gone meanwhile is
     // passed over. Names and texts are taken as they are: who calls has checked them.
 
-    // A playlist that stands in no container yet.
-    ListRow create(std::int64_t owner, std::string_view name);
+    // A playlist that stands in no container yet; its link is a new one unless it is given.
+    ListRow
+    create(std::int64_t owner, std::string_view name, const std::optional<Id>& link = std::nullopt);
     // Before the entry `before`, or where it was; 0: at the end. A star is given once: returns
     // what has come in.
     std::vector<std::int64_t> insert(const ListRow& list,

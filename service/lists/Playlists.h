@@ -50,6 +50,8 @@ public:
 
     // Looks for changes, the session's own included.
     void catchUp();
+    // The last change that was seen; another number: there are more.
+    std::int64_t newest() const { return lastChange; }
     // Tells each list's listeners that tracks in it may say more now.
     void tellMetadata();
 

@@ -57,25 +57,38 @@ ServerOptions ServerOptions::fromEnvironment() {
     options.address = serverAddress();
     options.plainAllowed = environment("SONOLET_SERVER_PLAIN") == "1";
     options.transcodes = environment("SONOLET_SERVER_TRANSCODE") == "1";
-    if (const std::string patience = environment("SONOLET_SERVER_PATIENCE"); !patience.empty()) {
-        char* end = nullptr;
-        const double seconds = g_ascii_strtod(patience.c_str(), &end);
-        constexpr double longest = 600;
-        constexpr double ms = 1000;
-        if (*end != '\0' || !(seconds > 0 && seconds <= longest)) {
-            throw std::runtime_error("SONOLET_SERVER_PATIENCE: \"" + patience +
-                                     "\" is no number of seconds from 0 to 600");
+    const auto seconds = [](const char* name, double least, std::chrono::milliseconds& value) {
+        const std::string text = environment(name);
+        if (text.empty()) {
+            return;
         }
-        options.patience = std::chrono::milliseconds(static_cast<int>(seconds * ms));
-    }
+        char* end = nullptr;
+        const double number = g_ascii_strtod(text.c_str(), &end);
+        constexpr double most = 600;
+        constexpr double ms = 1000;
+        if (*end != '\0' || !(number >= least && number <= most)) {
+            throw std::runtime_error(std::string(name) + ": \"" + text +
+                                     "\" is no number of seconds up to 600");
+        }
+        value = std::chrono::milliseconds(static_cast<int>(number * ms));
+    };
+    constexpr double shortestWait = 0.001;
+    seconds("SONOLET_SERVER_PATIENCE", shortestWait, options.patience);
+    seconds("SONOLET_SERVER_LOOK", 0, options.listPeriod);
     return options;
 }
 
 ServerSource::ServerSource(SourceEvents toSession, const ServerOptions& serverOptions)
     : events(std::move(toSession)), options(serverOptions), http(options.patience),
-      client(http, ServerAddress(options.address), [this](const ServerError* error) {
-          watch(error);
-      }) {}
+      client(
+          http, ServerAddress(options.address), [this](const ServerError* error) { watch(error); }),
+      lists(
+          http,
+          client.address(),
+          [this](const ServerError* error) { watch(error); },
+          options.listPeriod,
+          events.log,
+          [this] { return isAway(); }) {}
 
 ServerSource::~ServerSource() {
     stop();
@@ -109,11 +122,13 @@ void ServerSource::start(const Kept& files) {
         fetcher = std::make_unique<Worker>();
     }
     fetcher->post([this] { fetched.reset(); });
+    lists.start(storeFile, files);
 }
 
 void ServerSource::stop() {
     stopping = true;
     http.stop();
+    lists.stop();
     fetcher.reset();
     fetched.reset();
     findSize.reset();
@@ -149,6 +164,7 @@ void ServerSource::watch(const ServerError* error) {
                     fetch(item);
                 }
                 fetcher->post([this] { reportPlays(); });
+                lists.look();
                 events.connection(SP_ERROR_OK);
             });
         }
@@ -183,20 +199,32 @@ void ServerSource::probeLater(std::chrono::milliseconds pause) {
 
 void ServerSource::enter(const Account& account) {
     user = account;
+    ServerLogin login;
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        client.use(logins.at(account.name));
+        login = logins.at(account.name);
     }
+    client.use(login);
     hopeless.clear();
     for (const Item& item : wanted) {
         fetch(item);
     }
     fetcher->post([this] { reportPlays(); });
+    lists.enter(account, login);
 }
 
 void ServerSource::leave() {
     user.reset();
+    lists.leave();
     client.use(std::nullopt);
+}
+
+void ServerSource::listsChanged() {
+    lists.look();
+}
+
+void ServerSource::agreeOnLists() {
+    lists.agree();
 }
 
 // ---- What handles want ----

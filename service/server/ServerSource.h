@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_SERVER_SERVER_SOURCE_H
 
 #include "server/SeenWriter.h"
+#include "server/ServerLists.h"
 #include "server/SoundStore.h"
 #include "source/Source.h"
 #include "subsonic/Subsonic.h"
@@ -26,6 +27,8 @@ struct ServerOptions {
     bool plainAllowed = false;
     // How long nothing may come before the connection counts as lost.
     std::chrono::milliseconds patience{10000};
+    // How often it is looked at whether lists have changed there; 0: they are let alone.
+    std::chrono::milliseconds listPeriod{5000};
     // Asks for what the server makes of all music, at the preferred bitrate.
     bool transcodes = false;
 
@@ -37,7 +40,8 @@ struct ServerOptions {
 // read; a handle that has no row there has the server asked for it. Whether the server is there is
 // learnt from every answer; while it is away, it is asked every few seconds whether it is back.
 //
-// Threads: as Source's. Beside the network's thread one fetches what handles want.
+// Threads: as Source's. Beside the network's thread one fetches what handles want, one keeps the
+// lists the same.
 class ServerSource final : public Source {
 public:
     ServerSource(SourceEvents toSession, const ServerOptions& serverOptions);
@@ -65,6 +69,8 @@ public:
     void forget(Accounts& store) override;
     void enter(const Account& account) override;
     void leave() override;
+    void listsChanged() override;
+    void agreeOnLists() override;
 
     std::unique_ptr<Answers> answers(const Kept& files) override;
     std::unique_ptr<Pictures> pictures(const std::string& catalogue, const StopFlag& stop) override;
@@ -130,6 +136,7 @@ private:
     std::unique_ptr<Fetching> fetched;  // the fetching thread's
     Http http;
     Subsonic client;
+    ServerLists lists;
     std::unique_ptr<Worker> fetcher;  // last: its tasks use the above
 };
 

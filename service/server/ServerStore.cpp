@@ -30,6 +30,20 @@ CREATE TABLE plays(
     time INTEGER NOT NULL);
 )";
 
+// A list may be several users'.
+constexpr char schemaOfUsers[] = R"(
+DROP TABLE bases;
+CREATE TABLE bases(
+    user TEXT NOT NULL,
+    list BLOB NOT NULL,
+    name TEXT NOT NULL,
+    comment TEXT NOT NULL,
+    public INTEGER NOT NULL,
+    version TEXT NOT NULL,
+    songs BLOB NOT NULL,
+    PRIMARY KEY(user, list)) WITHOUT ROWID;
+)";
+
 constexpr char digits[] = "0123456789abcdef";
 constexpr std::size_t dashes[] = {8, 13, 18, 23};
 constexpr std::size_t uuidLength = 36;
@@ -83,23 +97,26 @@ std::string nameOf(sp_linktype kind) {
 }  // namespace
 
 ServerStore::Migration::Migration(Database& database) {
-    database.migrate({schema});
+    database.migrate({schema, schemaOfUsers});
 }
 
 ServerStore::ServerStore(const std::string& file)
     : database(file, Database::Durability::power), migration(database),
       insertItem(database, "INSERT OR IGNORE INTO items(kind, link, id) VALUES(?1, ?2, ?3)"),
+      putItem(database, "INSERT OR REPLACE INTO items(kind, link, id) VALUES(?1, ?2, ?3)"),
       findItem(database, "SELECT id FROM items WHERE kind = ?1 AND link = ?2"),
       findLink(database, "SELECT link FROM items WHERE kind = ?1 AND id = ?2"),
       putSetting(database, "INSERT OR REPLACE INTO settings(name, value) VALUES(?1, ?2)"),
       getSetting(database, "SELECT value FROM settings WHERE name = ?1"),
       deleteSetting(database, "DELETE FROM settings WHERE name = ?1"),
       putBase(database,
-              "INSERT OR REPLACE INTO bases(list, name, comment, public, version, songs)"
-              " VALUES(?1, ?2, ?3, ?4, ?5, ?6)"),
-      getBase(database, "SELECT name, comment, public, version, songs FROM bases WHERE list = ?1"),
-      deleteBase(database, "DELETE FROM bases WHERE list = ?1"),
-      listBases(database, "SELECT list FROM bases"),
+              "INSERT OR REPLACE INTO bases(user, list, name, comment, public, version, songs)"
+              " VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
+      getBase(database,
+              "SELECT name, comment, public, version, songs FROM bases"
+              " WHERE user = ?1 AND list = ?2"),
+      deleteBase(database, "DELETE FROM bases WHERE user = ?1 AND list = ?2"),
+      listBases(database, "SELECT list FROM bases WHERE user = ?1"),
       insertPlay(database, "INSERT INTO plays(track, time) VALUES(?1, ?2)"),
       listPlays(database, "SELECT number, track, time FROM plays ORDER BY number LIMIT 100"),
       deletePlay(database, "DELETE FROM plays WHERE number = ?1") {}
@@ -146,8 +163,8 @@ void ServerStore::setSetting(const char* name, std::string_view value) {
     value.empty() ? deleteSetting.execute(name) : putSetting.execute(name, value);
 }
 
-std::optional<ServerStore::Base> ServerStore::base(const Id& list) {
-    Cursor row = getBase.run(list);
+std::optional<ServerStore::Base> ServerStore::base(const std::string& user, const Id& list) {
+    Cursor row = getBase.run(user, list);
     if (!row.next()) {
         return std::nullopt;
     }
@@ -164,33 +181,35 @@ std::optional<ServerStore::Base> ServerStore::base(const Id& list) {
     return base;
 }
 
-void ServerStore::setBase(const Id& list, const Base& base) {
+void ServerStore::setBase(const std::string& user, const Id& list, const Base& base) {
     std::string songs;
     for (const Id& song : base.songs) {
         songs += song.view();
     }
-    putBase.execute(list, base.name, base.comment, base.isPublic, base.version, Blob{songs});
+    putBase.execute(user, list, base.name, base.comment, base.isPublic, base.version, Blob{songs});
 }
 
-void ServerStore::forgetBase(const Id& list) {
-    deleteBase.execute(list);
+void ServerStore::forgetBase(const std::string& user, const Id& list) {
+    deleteBase.execute(user, list);
 }
 
-std::vector<Id> ServerStore::bases() {
+std::vector<Id> ServerStore::bases(const std::string& user) {
     std::vector<Id> lists;
-    for (Cursor row = listBases.run(); row.next();) {
+    for (Cursor row = listBases.run(user); row.next();) {
         lists.push_back(row.id(0).value_or(Id()));
     }
     return lists;
 }
 
 void ServerStore::setListId(const Id& list, const std::string& serverId) {
-    insertItem.execute(static_cast<int>(SP_LINKTYPE_PLAYLIST), list, serverId);
+    putItem.execute(static_cast<int>(SP_LINKTYPE_PLAYLIST), list, serverId);
 }
 
-std::optional<Id> ServerStore::listOf(const std::string& serverId) {
-    Cursor row = findLink.run(static_cast<int>(SP_LINKTYPE_PLAYLIST), serverId);
-    return row.next() ? row.id(0) : std::nullopt;
+Id ServerStore::listOf(const std::string& serverId) {
+    if (Cursor row = findLink.run(static_cast<int>(SP_LINKTYPE_PLAYLIST), serverId); row.next()) {
+        return row.id(0).value_or(Id());
+    }
+    return link(SP_LINKTYPE_PLAYLIST, serverId);
 }
 
 void ServerStore::addPlay(const Id& track, std::int64_t timeMs) {

@@ -45,21 +45,23 @@ public:
     // An empty value: forgotten.
     void setSetting(const char* name, std::string_view value);
 
-    // How a list was when the server's and the one kept here were the same.
+    // How a list was when the server's and the one kept here were the same, for a user.
     struct Base {
         std::string name;
         std::string comment;
         bool isPublic = false;
+        // The server's; empty: what it has answered to the last change is still to be read.
         std::string version;
         std::vector<Id> songs;
     };
-    std::optional<Base> base(const Id& list);
-    void setBase(const Id& list, const Base& base);
-    void forgetBase(const Id& list);
-    std::vector<Id> bases();
-    // The one that stands for a playlist of the server, if it has another link than the server's.
+    std::optional<Base> base(const std::string& user, const Id& list);
+    void setBase(const std::string& user, const Id& list, const Base& base);
+    void forgetBase(const std::string& user, const Id& list);
+    std::vector<Id> bases(const std::string& user);
+    // The list that stands for a playlist of the server: one that was made here, or the one with
+    // the server's link.
     void setListId(const Id& list, const std::string& serverId);
-    std::optional<Id> listOf(const std::string& serverId);
+    Id listOf(const std::string& serverId);
 
     struct Play {
         std::int64_t number = 0;
@@ -76,6 +78,7 @@ private:
         explicit Migration(Database& database);
     } migration;
     Statement insertItem;
+    Statement putItem;
     Statement findItem;
     Statement findLink;
     Statement putSetting;

@@ -193,6 +193,9 @@ void Session::lookForChanges() {
             callbacks.post([this] { callbacks.raise(&sp_session_callbacks::userinfo_updated); });
         }
     }
+    if (std::exchange(knownListChange, lists->newest()) != lists->newest()) {
+        source->listsChanged();
+    }
 }
 
 // Goes back to the files of a disk that was full, once that is possible.

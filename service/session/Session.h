@@ -11,6 +11,7 @@
 #include "libspotify/api.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -114,7 +115,9 @@ private:
     std::unique_ptr<Login> logins;
     std::unique_ptr<FaultShow> faultShow;
 
-    bool dispatching = false;  // the owner thread's
+    // The owner thread's.
+    bool dispatching = false;
+    std::int64_t knownListChange = 0;  // to the source
 };
 
 }  // namespace sonolet::service

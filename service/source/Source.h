@@ -110,6 +110,9 @@ public:
     virtual void leave() {}
     // The user has changed lists or stars.
     virtual void listsChanged() {}
+    // For a program without a session, of the one who has entered: waits until what has changed
+    // here is with the source, and the other way round. Throws SourceError, DatabaseError.
+    virtual void agreeOnLists() {}
 
     // Of the worker that uses them.
     virtual std::unique_ptr<Answers> answers(const Kept& kept) = 0;

@@ -1,10 +1,22 @@
 #include "store/Files.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <system_error>
 
 namespace sonolet::service {
+
+FileLock::FileLock(const std::string& path, Wait wait)
+    : file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR)),
+      held(file.get() >= 0 &&
+           flock(file.get(), wait == Wait::yes ? LOCK_EX : LOCK_EX | LOCK_NB) == 0) {
+    if (!held && errno != EWOULDBLOCK && errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), path);
+    }
+}
 
 std::optional<std::string> readFile(int file, std::uint64_t largest) {
     struct stat status {};

@@ -31,6 +31,24 @@ private:
     const int number;  // negative for none
 };
 
+// A lock that processes, and whoever else opens its file, have one at a time.
+class FileLock final {
+public:
+    enum class Wait { no, yes };
+
+    // Makes the file. Throws std::system_error when that is not possible.
+    FileLock(const std::string& path, Wait wait);
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    // False: somebody else has it.
+    bool isHeld() const { return held; }
+
+private:
+    const FileDescriptor file;
+    const bool held;
+};
+
 // All of a regular file from where it stands; nothing for any other kind, one larger than `largest`
 // bytes, or a failure. A file that becomes shorter meanwhile gives what was there. Blocks as long
 // as the disk does.

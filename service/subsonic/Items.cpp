@@ -114,4 +114,8 @@ std::vector<SongItem> readSongs(const Reply& list) {
     return readAll<SongItem>(list, readSong);
 }
 
+std::vector<PlaylistItem> readPlaylists(const Reply& list) {
+    return readAll<PlaylistItem>(list, readPlaylist);
+}
+
 }  // namespace sonolet::service

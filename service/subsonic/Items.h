@@ -62,6 +62,7 @@ PlaylistItem readPlaylist(const Reply& reply);
 std::vector<ArtistItem> readArtists(const Reply& list);
 std::vector<AlbumItem> readAlbums(const Reply& list);
 std::vector<SongItem> readSongs(const Reply& list);
+std::vector<PlaylistItem> readPlaylists(const Reply& list);
 
 }  // namespace sonolet::service
 

@@ -1,11 +1,13 @@
 #include "tools/Lists.h"
 
 #include "store/LinkTarget.h"
+#include "store/StatePaths.h"
 
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace sonolet::service {
 
@@ -26,10 +28,10 @@ std::string linkOf(const ListRow& list) {
                                           : LinkTarget::playlist(list.owner, list.link).asString();
 }
 
-Lists::Lists(const StatePaths& paths)
-    : accounts(paths.accountsFile()), store(accounts.connection()),
-      catalogueFile(paths.catalogueFile(musicFolder())), catalogue(catalogueFile),
-      titles(catalogueFile, Database::Durability::process),
+Lists::Lists(const Kept& files, Learn learnTitle)
+    : accounts(files.accounts, learnTitle ? Accounts::First::nobody : Accounts::First::listener),
+      store(accounts.connection()), catalogueFile(files.catalogue), catalogue(catalogueFile),
+      learn(std::move(learnTitle)), titles(catalogueFile, Database::Durability::process),
       findTitle(titles, "SELECT link FROM tracks WHERE title = ?1 AND present") {}
 
 void Lists::use(const std::string& userName) {
@@ -101,6 +103,14 @@ std::vector<std::int64_t> Lists::endsOf(const std::string& name) {
                                 : std::vector<std::int64_t>{start->id, end->id};
 }
 
+std::vector<Id> Lists::tracksCalled(const std::string& title) {
+    std::vector<Id> found;
+    for (Cursor row = findTitle.run(title); row.next();) {
+        found.push_back(row.id(0).value_or(Id()));
+    }
+    return found;
+}
+
 Id Lists::track(const std::string& name) {
     if (name.substr(0, name.find(':')) == "spotify") {
         const std::optional<LinkTarget> link = LinkTarget::parse(name);
@@ -109,12 +119,14 @@ Id Lists::track(const std::string& name) {
         }
         return link->id;
     }
-    std::vector<Id> found;
-    for (Cursor row = findTitle.run(name); row.next();) {
-        found.push_back(row.id(0).value_or(Id()));
+    std::vector<Id> found = tracksCalled(name);
+    if (found.empty() && learn) {
+        learn(name);
+        found = tracksCalled(name);
     }
     if (found.empty()) {
-        throw std::runtime_error("no track is called " + quoted(name) + " in " + musicFolder());
+        throw std::runtime_error("no track is called " + quoted(name) + " in " +
+                                 (learn ? serverAddress() : musicFolder()));
     }
     if (found.size() > 1) {
         std::string text = "several tracks are called " + quoted(name) + ":";
@@ -124,6 +136,12 @@ Id Lists::track(const std::string& name) {
         throw std::runtime_error(text);
     }
     return found.front();
+}
+
+void Lists::requireFolder(const char* otherwise) const {
+    if (learn) {
+        throw std::runtime_error(otherwise);
+    }
 }
 
 std::size_t Lists::position(const std::string& text, std::size_t most) const {

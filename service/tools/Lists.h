@@ -4,10 +4,11 @@
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 #include "catalogue/Catalogue.h"
-#include "store/StatePaths.h"
+#include "source/Source.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,9 +28,12 @@ std::string linkOf(const ListRow& list);
 // Threads: one. Errors: std::runtime_error that says in words for the terminal which name leads
 // nowhere or to several; DatabaseError.
 struct Lists {
+    // Has the catalogue know the tracks of that title.
+    using Learn = std::function<void(const std::string& title)>;
+
     // Opens accounts and catalogue, also beside a session that runs, which sees each change when it
-    // looks for changes next.
-    explicit Lists(const StatePaths& paths);
+    // looks for changes next. `learnTitle` is asked about titles that the catalogue does not have.
+    explicit Lists(const Kept& files, Learn learnTitle = {});
 
     // To be called first.
     void use(const std::string& userName);
@@ -42,6 +46,9 @@ struct Lists {
     std::vector<std::int64_t> endsOf(const std::string& name);
     // An exact title, or a link.
     Id track(const std::string& name);
+
+    // Throws that text where the music is a server's.
+    void requireFolder(const char* otherwise) const;
 
     // From 0 to `most`.
     std::size_t position(const std::string& text, std::size_t most) const;
@@ -58,6 +65,9 @@ struct Lists {
     ListRow container;
 
 private:
+    std::vector<Id> tracksCalled(const std::string& title);
+
+    const Learn learn;
     Database titles;
     Statement findTitle;
 };

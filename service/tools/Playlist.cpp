@@ -5,6 +5,7 @@
 #include "tools/About.h"
 #include "tools/ListTexts.h"
 #include "tools/Lists.h"
+#include "tools/Visit.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,9 +13,11 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -50,7 +53,9 @@ constexpr char usage[] =
     "LIST is an exact name, a link, \"starred\" or \"inbox\"; TRACK is an exact title, a link, or "
     "in\n"
     "remove a position. Positions count from 0. The user is listener unless --user says other.\n"
-    "SONOLET_STATE names the folder that the lists are kept in, SONOLET_MUSIC the music.\n";
+    "SONOLET_STATE names the folder that the lists are kept in, SONOLET_MUSIC the music, or\n"
+    "SONOLET_SERVER a music server, which is told at once: --user NAME asks for the password;\n"
+    "else the user is who is remembered there, or listener with the password listener.\n";
 
 // Wrong on the command line.
 class Misuse final : public std::runtime_error {
@@ -58,15 +63,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+using Arguments = std::vector<std::string>;
+using Options = std::map<std::string, std::string>;
+
 class Program final {
 public:
-    explicit Program(const StatePaths& paths) : lists(paths) {}
+    Program(Lists& usersLists, Options given) : lists(usersLists), options(std::move(given)) {}
 
-    void run(const std::vector<std::string>& arguments);
+    void run(Arguments given);
 
 private:
-    using Arguments = std::vector<std::string>;
-
     struct Command {
         std::size_t least;
         std::size_t most;
@@ -75,7 +81,6 @@ private:
 
     static const std::map<std::string, Command> commands;
 
-    Arguments takeOptions(const Arguments& arguments);
     static const std::string& newName(const std::string& name);
     std::vector<NewEntry> tracks(const Arguments& names);
 
@@ -93,10 +98,9 @@ private:
     void send(const Arguments& given);
     void exportList(const Arguments& given);
 
-    Lists lists;
+    Lists& lists;
     ListStore& store = lists.store;
-
-    std::map<std::string, std::string> options;
+    Options options;
 };
 
 const std::map<std::string, Program::Command> Program::commands = {
@@ -115,8 +119,8 @@ const std::map<std::string, Program::Command> Program::commands = {
     {"export", {1, 2, &Program::exportList}},
 };
 
-// Options and the commands that know them; without "=" they take no value.
-Program::Arguments Program::takeOptions(const Arguments& arguments) {
+// Takes the options out of the arguments. Each goes with some commands.
+Options takeOptions(Arguments& arguments) {
     static const std::map<std::string, std::string> known = {{"--user", ""},
                                                              {"--at", "add"},
                                                              {"--message", "add send"},
@@ -124,6 +128,7 @@ Program::Arguments Program::takeOptions(const Arguments& arguments) {
                                                              {"--collaborative", "new"},
                                                              {"--folder", "new"},
                                                              {"--in", "new"}};
+    Options options;
     Arguments rest;
     bool ended = false;
     for (std::size_t index = 0; index < arguments.size(); ++index) {
@@ -149,11 +154,11 @@ Program::Arguments Program::takeOptions(const Arguments& arguments) {
             throw Misuse(std::string(option).append(" goes with ").append(where));
         }
     }
-    return rest;
+    arguments = std::move(rest);
+    return options;
 }
 
-void Program::run(const std::vector<std::string>& arguments) {
-    Arguments given = takeOptions(arguments);
+void Program::run(Arguments given) {
     const auto command = given.empty() ? commands.end() : commands.find(given.front());
     if (command == commands.end()) {
         throw Misuse(given.empty() ? "a command is needed" : "no command " + given.front());
@@ -162,8 +167,6 @@ void Program::run(const std::vector<std::string>& arguments) {
     if (given.size() < command->second.least || given.size() > command->second.most) {
         throw Misuse("wrong number of arguments for " + command->first);
     }
-    const std::string name = options.count("--user") > 0 ? options["--user"] : "listener";
-    lists.use(name);
     (this->*command->second.action)(given);
 }
 
@@ -351,6 +354,7 @@ void Program::follow(const Arguments& given) {
 }
 
 void Program::send(const Arguments& given) {
+    lists.requireFolder("servers have no inboxes");
     const std::optional<Account> receiver = lists.accounts.find(given[0]);
     if (!receiver) {
         throw std::runtime_error("there is no user " + given[0]);
@@ -360,6 +364,7 @@ void Program::send(const Arguments& given) {
 }
 
 void Program::exportList(const Arguments& given) {
+    lists.requireFolder("only music in a folder can be exported");
     std::size_t left = 0;
     const std::string text = asM3u(lists, lists.list(given[0]), left);
     if (left > 0) {
@@ -379,15 +384,39 @@ void Program::exportList(const Arguments& given) {
     }
 }
 
+void runOverFolder(const StatePaths& paths, Arguments arguments, Options options) {
+    Lists lists(Kept{paths.accountsFile(), paths.catalogueFile(musicFolder())});
+    const auto user = options.find("--user");
+    lists.use(user == options.end() ? "listener" : user->second);
+    Program(lists, std::move(options)).run(std::move(arguments));
+}
+
+void runOverServer(const StatePaths& paths, Arguments arguments, Options options) {
+    const auto user = options.find("--user");
+    Visit visit(paths, user == options.end() ? std::nullopt : std::optional(user->second));
+    visit.agreeOnLists();
+    const std::unique_ptr<Answers> answers = visit.source().answers(visit.files());
+    Lists lists(visit.files(), [&](const std::string& title) {
+        constexpr int some = 100;
+        answers->search({title, false, {0, some}, {}, {}});
+    });
+    lists.use(visit.account().name);
+    Program(lists, std::move(options)).run(std::move(arguments));
+    visit.agreeOnLists();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (tellsAbout("sonolet-playlist", usage, argc, argv)) {
         return 0;
     }
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    Arguments arguments(argv + 1, argv + argc);
     try {
-        Program(StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation)).run(arguments);
+        Options options = takeOptions(arguments);
+        const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
+        const auto runOver = serverAddress().empty() ? runOverFolder : runOverServer;
+        runOver(paths, std::move(arguments), std::move(options));
         return 0;
     } catch (const Misuse& error) {
         std::cerr << "sonolet-playlist: " << error.what() << "\n\n" << usage;

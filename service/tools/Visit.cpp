@@ -51,6 +51,15 @@ Visit::Visit(const StatePaths& paths, const std::optional<std::string>& user) {
     from->enter(*entered);
 }
 
+void Visit::agreeOnLists() {
+    try {
+        from->agreeOnLists();
+    } catch (const SourceError& error) {
+        std::cerr << error.what()
+                  << "\nWhat is changed is kept here, and told to the server later\n";
+    }
+}
+
 Visit::~Visit() {
     from->stop();
 }

@@ -31,6 +31,10 @@ public:
     // Has the catalogue know everything the server has; tells standard error how far it is.
     void learnEverything();
 
+    // Has the lists here and there be the same. While the server is away, standard error is told
+    // that they will be later.
+    void agreeOnLists();
+
 private:
     std::unique_ptr<Source> from;
     Kept kept;

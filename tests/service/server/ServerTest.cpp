@@ -21,6 +21,7 @@ struct ServerTest : testing::Test {
         // NOLINTBEGIN(concurrency-mt-unsafe): no other thread is there yet
         setenv("SONOLET_SERVER", server.url().c_str(), 1);
         setenv("SONOLET_SERVER_PATIENCE", "0.5", 1);
+        setenv("SONOLET_SERVER_LOOK", "0", 1);
         // NOLINTEND(concurrency-mt-unsafe)
         server.answer("ping", [](const std::string& head) {
             const std::string salt = parameter(head, "s");
@@ -49,6 +50,7 @@ struct ServerTest : testing::Test {
         // NOLINTBEGIN(concurrency-mt-unsafe): the session has ended its threads
         unsetenv("SONOLET_SERVER");
         unsetenv("SONOLET_SERVER_PATIENCE");
+        unsetenv("SONOLET_SERVER_LOOK");
         // NOLINTEND(concurrency-mt-unsafe)
     }
 
@@ -239,6 +241,102 @@ TEST_F(ServerTest, ALinkIsAskedForAndLeadsBack) {
     EXPECT_TRUE(
         session.until([&] { return sp_track_error(seven.get()) == SP_ERROR_OTHER_PERMANENT; }));
     EXPECT_EQ(server.count("getSong"), 1U);
+}
+
+// A list of 120 songs is put in another order, which takes three requests; the server goes after
+// the first. Then it refuses one that is added.
+TEST_F(ServerTest, AChangeIsSentUntilItIsTakenOrRefused) {
+    setenv("SONOLET_SERVER_LOOK", "0.05", 1);  // NOLINT(concurrency-mt-unsafe): as above
+    std::mutex mutex;
+    std::vector<int> songs(120);
+    std::iota(songs.begin(), songs.end(), 1);
+    int left = 1000;  // requests that are still taken
+    bool takesAll = true;
+    const auto parameters = [](const std::string& head, const std::string& name) {
+        std::vector<int> values;
+        for (std::size_t at = head.find('&' + name + '='); at != std::string::npos;
+             at = head.find('&' + name + '=', at + 1)) {
+            values.push_back(std::atoi(head.c_str() + at + name.size() + 2));
+        }
+        return values;
+    };
+    const auto list = [&](bool withSongs) {
+        std::string entries;
+        for (const int id : songs) {
+            entries += (entries.empty() ? "" : ",") + (R"({"id":)" + std::to_string(id) + "}");
+        }
+        return R"({"id":3,"name":"Mix","changed":")" + std::to_string(left) + '"' +
+               (withSongs ? R"(,"entry":[)" + entries + "]}" : "}");
+    };
+    const auto change = [&](const std::string& head) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (left == 0) {
+            return BadServer::reply("", "503 Away", "text/html");
+        }
+        if (!takesAll) {
+            return BadServer::failure(70);
+        }
+        --left;
+        if (head.find("createPlaylist") != std::string::npos) {
+            songs.clear();
+        }
+        for (const char* name : {"songId", "songIdToAdd"}) {
+            const std::vector<int> come = parameters(head, name);
+            songs.insert(songs.end(), come.begin(), come.end());
+        }
+        return BadServer::envelope("");
+    };
+    server.answer("createPlaylist", change);
+    server.answer("updatePlaylist", change);
+    server.answer("getPlaylists", [&](const std::string&) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return BadServer::envelope(R"("playlists":{"playlist":)" + list(false) + "}");
+    });
+    server.answer("getPlaylist", [&](const std::string&) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return BadServer::envelope(R"("playlist":)" + list(true));
+    });
+    server.answer("getStarred2", [](const std::string&) { return BadServer::envelope(""); });
+
+    TestSession session;
+    ASSERT_EQ(session.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+    sp_playlistcontainer* const container = sp_session_playlistcontainer(session.get());
+    ASSERT_TRUE(session.until([&] { return sp_playlistcontainer_num_playlists(container) == 1; }));
+    sp_playlist* const mix = sp_playlistcontainer_playlist(container, 0);
+    ASSERT_EQ(sp_playlist_num_tracks(mix), 120);
+    sp_track* const moved[] = {sp_playlist_track(mix, 119)};
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        left = 1;
+    }
+    ASSERT_EQ(sp_playlist_add_tracks(mix, moved, 1, 0, session.get()), SP_ERROR_OK);
+    ASSERT_TRUE(session.until([&] {
+        return sp_session_connectionstate(session.get()) == SP_CONNECTION_STATE_DISCONNECTED;
+    }));
+    EXPECT_EQ(sp_playlist_num_tracks(mix), 121) << "nothing is lost here";
+    const auto there = [&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return songs;
+    };
+    EXPECT_EQ(there().size(), 50U) << "the server has a part";
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        left = 1000;
+    }
+    std::vector<int> whole(121);
+    std::iota(whole.begin(), whole.end(), 0);
+    whole[0] = 120;
+    EXPECT_TRUE(session.until([&] { return there() == whole; }));
+
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        takesAll = false;
+    }
+    ASSERT_EQ(sp_playlist_add_tracks(mix, moved, 1, 0, session.get()), SP_ERROR_OK);
+    EXPECT_TRUE(session.until([&] { return sp_playlist_num_tracks(mix) == 121; }))
+        << "as the server has it";
+    EXPECT_THAT(session.log, HasSubstr("A list is not changed: "));
+    EXPECT_EQ(there(), whole);
 }
 
 TEST(ServerAddress, SaysWhatIsWrongAndWhatIsPrivate) {
