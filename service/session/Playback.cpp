@@ -24,7 +24,13 @@ PlayerEvents Playback::events() {
         return callbacks.deliver(delivered, frames, count);
     };
     events.endOfTrack = [this] {
-        countPlay();
+        {
+            const std::lock_guard<std::mutex> lock(loadedMutex);
+            if (loaded) {
+                ended.push_back(*loaded);
+            }
+        }
+        callbacks.post([this] { countPlays(); });
         callbacks.endOfTrack();
     };
     events.streamingError = [this](sp_error error, const std::string& why) {
@@ -38,18 +44,25 @@ PlayerEvents Playback::events() {
     return events;
 }
 
-void Playback::countPlay() {
-    std::optional<Id> ended;
+void Playback::countPlays() {
+    std::vector<Id> plays;
     {
         const std::lock_guard<std::mutex> lock(loadedMutex);
-        ended = loaded;
+        plays.swap(ended);
     }
-    callbacks.post([this, ended] {
-        if (ended && account()) {
-            accounts().recordPlay(account()->id, *ended);
-            source.played(*ended);
-        }
-    });
+    for (const Id& track : plays) {
+        callbacks.orLog("A play is not counted", [&] {
+            if (account()) {
+                accounts().recordPlay(account()->id, track);
+                source.played(track);
+            }
+        });
+    }
+}
+
+void Playback::close() {
+    player.reset();
+    countPlays();
 }
 
 sp_error Playback::playable(Track& track) const {
@@ -116,6 +129,7 @@ void Playback::stop() {
     playing = false;
     // There is nothing to unload when nothing is loaded; the answer would say no more.
     static_cast<void>(player->unload());
+    countPlays();
     const std::lock_guard<std::mutex> lock(loadedMutex);
     loaded.reset();
 }

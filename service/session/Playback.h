@@ -13,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sonolet::service {
 
@@ -51,12 +52,13 @@ public:
     void checkToken();
     bool isPlaying() const { return playing; }
 
-    // Joins the player's thread.
-    void close() { player.reset(); }
+    // Joins the player's thread. What has ended by then counts.
+    void close();
 
 private:
     PlayerEvents events();
-    void countPlay();
+    // The tracks that have ended by now.
+    void countPlays();
     Accounts& accounts() const { return *lists->library()->accounts(); }
     const std::optional<Account>& account() const { return lists->account(); }
     std::string path(Track& track) const { return source.soundPath(track.path()); }
@@ -80,6 +82,7 @@ private:
     // The track whose end the player may report; set once load() has returned.
     std::mutex loadedMutex;
     std::optional<Id> loaded;
+    std::vector<Id> ended;  // not counted yet
 
     std::unique_ptr<Player> player;  // last: its thread uses the above
 };
