@@ -27,14 +27,14 @@ void Factory::setSession(sp_session* librarySession,
     library = libraryShare;
 }
 
-void Factory::Made::add(const orvo::shared_ptr<Object>& wrapper) {
+void Factory::Made::add(orvo::weak_ptr<Object> wrapper) {
     if (wrappers.size() >= cleanAt) {
         wrappers.erase(std::remove_if(wrappers.begin(), wrappers.end(),
                                       [](const auto& weak) { return weak.expired(); }),
                        wrappers.end());
-        cleanAt = std::max<std::size_t>(16, 2 * wrappers.size());
+        cleanAt = std::max<std::size_t>(8, 2 * wrappers.size());
     }
-    wrappers.push_back(wrapper);
+    wrappers.push_back(std::move(wrapper));
 }
 
 void Factory::Made::clear() {
@@ -50,7 +50,7 @@ void Factory::Made::clear() {
 template <class Kept, class Kind>
 orvo::shared_ptr<Kept> Factory::create(Made& made, Kind* handle) {
     orvo::shared_ptr<Kept> wrapper(new Kept(session, handle, library));
-    made.add(wrapper);
+    made.add({wrapper, orvo::unshared});
     return wrapper;
 }
 
@@ -61,7 +61,7 @@ orvo::shared_ptr<Playlist> Factory::createPlaylist(sp_playlist* handle) {
 orvo::shared_ptr<Playlist>
 Factory::createPlaylist(const orvo::shared_ptr<Playlistcontainer>& container, sp_playlist* handle) {
     orvo::shared_ptr<Playlist> wrapper(new Playlist(session, handle, library, container));
-    playlists.add(wrapper);
+    playlists.add({wrapper, orvo::unshared});
     return wrapper;
 }
 

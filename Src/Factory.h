@@ -70,16 +70,17 @@ public:
 
 private:
     // The wrappers of one kind, in order of making. The dead among them go whenever the list has
-    // doubled since they last went. Weakly: that a wrapper stands here keeps nothing alive.
+    // doubled since they last went, but not before there are eight: more blocks at once the heap
+    // would sort. Weakly: that a wrapper stands here keeps nothing alive.
     class Made final {
     public:
-        void add(const orvo::shared_ptr<Object>& wrapper);
+        void add(orvo::weak_ptr<Object> wrapper);
         // Clears the living, and forgets all.
         void clear();
 
     private:
         std::vector<orvo::weak_ptr<Object>> wrappers;
-        std::size_t cleanAt = 16;
+        std::size_t cleanAt = 8;
     };
 
     Factory() = default;

@@ -32,8 +32,10 @@ TEST(SharedPointer, DestroysWithTheLastOwnerAndLeavesWeakPointersEmpty) {
     {
         const orvo::shared_ptr<Derived> derived(new Derived);
         base = derived;
+        orvo::weak_ptr<Counted> first(derived, orvo::unshared);
         weak = derived;
         EXPECT_EQ(weak.lock(), derived);
+        EXPECT_EQ(std::exchange(weak, std::move(first)).lock(), derived);
     }
     base = *&base;  // an assignment to itself keeps the object
     EXPECT_EQ(base->shared_from_this(), base);

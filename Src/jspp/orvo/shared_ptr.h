@@ -18,6 +18,10 @@ class weak_ptr;
 template <class T>
 class enable_shared_from_this;
 
+// Says that no other thread has a pointer to the object yet: counting is cheaper then.
+struct unshared_t {};
+inline constexpr unshared_t unshared{};
+
 namespace __detail {
 
 // What all pointers to one object share. It outlives the object while there are weak pointers.
@@ -30,6 +34,10 @@ struct count_block {
     // REQUIRES: the caller has a share, or a weak pointer for the second.
     void add_strong() noexcept { strong.fetch_add(1, std::memory_order_relaxed); }
     void add_weak() noexcept { weak.fetch_add(1, std::memory_order_relaxed); }
+    // The same while no other thread has a pointer to the object.
+    void add_weak_unshared() noexcept {
+        weak.store(weak.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
 
     // False once the object has gone. For a weak pointer, whose object may be going on another
     // thread at this moment.
@@ -46,7 +54,9 @@ struct count_block {
 
     // The caller's weak pointer, or the share of all strong ones; the block may be gone afterwards.
     void drop_weak() noexcept {
-        if (weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        // Nobody can join whoever is alone, so then there is nothing to count.
+        if (weak.load(std::memory_order_acquire) == 1 ||
+            weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
             delete this;
         }
     }
@@ -192,6 +202,14 @@ public:
         if (block) {
             block->add_weak();
         }
+    }
+
+    // The same. REQUIRES: the owner owns something, without a deleter.
+    template <class U>
+    weak_ptr(const shared_ptr<U>& owner, unshared_t) noexcept
+        : block(owner.block), pointer(owner.pointer) {
+        assert(!owner.deleter);
+        block->add_weak_unshared();
     }
 
     weak_ptr(const weak_ptr& other) noexcept
