@@ -65,6 +65,7 @@ sonolet_install_library(sonolet_web host lib/browser "$ORIGIN/..")
 sonolet_install_program(sonolet-host host)
 sonolet_install_program(sonolet-browser host)
 sonolet_install_program(sonolet-trace host)
+sonolet_install_program(sonolet-replay host)
 if(SONOLET_BUILD_HOST)
     install(DIRECTORY pages DESTINATION ${CMAKE_INSTALL_DATADIR}/sonolet COMPONENT host
         PATTERN "tsconfig.json" EXCLUDE

@@ -124,9 +124,14 @@ private:
             throw std::runtime_error(file + ": no symbol jsplugin_capabilities");
         }
         if (settings.isWatching()) {
-            Imports(library).replace([](const std::string& symbol, void* function) {
-                void* const tap = libraryTap(symbol, function);
-                return tap != nullptr ? tap : backendTap(symbol, function);
+            Imports(library).replace([this](const std::string& symbol, void* function) {
+                if (void* const tap = libraryTap(symbol, function)) {
+                    return tap;
+                }
+                void* const tap = backendTap(symbol, function);
+                return tap == nullptr && recorder != nullptr && settings.isReplayable
+                           ? systemTap(symbol, function)
+                           : tap;
             });
         }
     }

@@ -14,6 +14,11 @@ std::string variable(const char* name) {
     return value != nullptr ? value : "";
 }
 
+bool isSet(const char* name) {
+    const std::string value = variable(name);
+    return !value.empty() && value != "0";
+}
+
 }  // namespace
 
 Settings Settings::fromEnvironment() {
@@ -21,8 +26,8 @@ Settings Settings::fromEnvironment() {
     settings.plugin = variable("SONOLET_LAYER_PLUGIN");
     settings.traceFile = variable("SONOLET_TRACE");
     settings.findingsFile = variable("SONOLET_FINDINGS");
-    const std::string validate = variable("SONOLET_VALIDATE");
-    settings.validates = !validate.empty() && validate != "0";
+    settings.isReplayable = isSet("SONOLET_TRACE_REPLAYABLE");
+    settings.validates = isSet("SONOLET_VALIDATE");
 
     const std::string size = variable("SONOLET_TRACE_SIZE");
     char* end = nullptr;

@@ -12,6 +12,7 @@ struct Settings {
     std::string plugin;          // SONOLET_LAYER_PLUGIN; empty: libSonolet.so.1.0 beside the layer
     std::string traceFile;       // SONOLET_TRACE; empty: nothing is recorded
     std::size_t traceBytes = 0;  // SONOLET_TRACE_SIZE in MiB: of all files of the trace together
+    bool isReplayable = false;   // SONOLET_TRACE_REPLAYABLE is set, and not to 0
     bool validates = false;      // SONOLET_VALIDATE is set, and not to 0
     std::string findingsFile;    // SONOLET_FINDINGS; empty: standard error
 

@@ -4,7 +4,7 @@
 build=$root/build/dev
 jobs=$(nproc)
 run_targets=(Sonolet Sonolet-layer kellog spotify12 sonolet-host sonolet-fault sonolet-user sonolet-index
-    sonolet-playlist sonolet-trace sonolet-demo)
+    sonolet-playlist sonolet-trace sonolet-replay sonolet-demo)
 browser_targets=(sonolet-browser)
 
 # configure PRESET [cmake option...]: quiet when it works.

@@ -32,6 +32,7 @@ page, the player.
                      program; sets SONOLET_PLUGIN)
   --trace FILE       write a timeline of what passes between the plug-in and
                      the rest, for a trace viewer (docs/watching.md)
+  --replayable       write it so that sonolet-replay can do it again
   --validate         check what passes there against the rules of both sides
                      (docs/integration.md)
   --log LEVEL        write log lines from this level: trace, error, none or a

@@ -109,6 +109,7 @@ where it is installed, without a page, the player.
                      program)
   --trace FILE       write a timeline of what passes between the plug-in and
                      the rest, for a trace viewer (docs/watching.md)
+  --replayable       write it so that sonolet-replay can do it again
   --validate         check what passes there against the rules of both sides
                      (docs/integration.md)
   --log LEVEL        write log lines from this level: trace, error, none or a

@@ -92,6 +92,8 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
             throw std::invalid_argument("--trace takes a file");
         }
         trace = std::filesystem::absolute(value).string();
+    } else if (option == "--replayable") {
+        isReplayable = true;
     } else if (option == "--validate") {
         validates = true;
     } else if (option == "--log") {
@@ -121,6 +123,11 @@ void DeviceOptions::setEnvironment() const {
     }
     if (!trace.empty()) {
         setenv("SONOLET_TRACE", trace.c_str(), 1);
+    } else if (isReplayable) {
+        throw std::invalid_argument("--replayable is for a timeline: --trace FILE is missing");
+    }
+    if (isReplayable) {
+        setenv("SONOLET_TRACE_REPLAYABLE", "1", 1);
     }
     if (validates) {
         setenv("SONOLET_VALIDATE", "1", 1);

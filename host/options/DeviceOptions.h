@@ -17,11 +17,12 @@ struct DeviceOptions {
     std::string fault;  // the same; what the music service is to show of bad days
     AudioOptions audio;
     std::optional<int> logLevel;
-    std::string trace;       // a file that says what passes between plug-in and device; empty: none
-    bool validates = false;  // checks what passes there
+    std::string trace;  // a file that says what passes between plug-in and device; empty: none
+    bool isReplayable = false;  // ... and says it so that ./sonolet replay can do it again
+    bool validates = false;     // checks what passes there
 
     // Those of the device's options that have no value.
-    static constexpr const char* flags[] = {"--validate"};
+    static constexpr const char* flags[] = {"--replayable", "--validate"};
 
     // Takes one option with its value; answers false when it is none of the device's.
     bool set(const std::string& option, const std::string& value);

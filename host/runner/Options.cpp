@@ -54,6 +54,7 @@ Runs a page script with the plug-in's globals, until the page calls close().
                    offline@5s-12s,token@20s (sets SONOLET_FAULT)
   --trace FILE     write a timeline of what passes between the plug-in and the
                    rest, for a trace viewer (docs/watching.md)
+  --replayable     write it so that sonolet-replay can do it again
   --validate       check what passes there against the rules of both sides, and
                    end with code 3 when one was broken (docs/integration.md)
   --log LEVEL      write log lines from this level: trace, error, none or a

@@ -11,7 +11,7 @@ const char* readValues(const char* from, std::size_t count, std::vector<Value>& 
         from += sizeof value;
         if (value.tag == Tag::Texts) {
             const char* const texts = from;
-            for (std::uint32_t i = 0; i < value.size && i < arrayLimit; ++i) {
+            for (std::uint32_t i = 0; i < value.size && i < limits.array; ++i) {
                 from += std::strlen(from) + 1;
             }
             from = texts + padded(static_cast<std::size_t>(from - texts));

@@ -46,7 +46,8 @@ void number(std::string& out, double number) {
         integer(out, static_cast<std::int64_t>(number));
     } else {
         char buffer[32];
-        const int length = std::snprintf(buffer, sizeof buffer, "%.17g", number);
+        const int length = number == 0 ? std::snprintf(buffer, sizeof buffer, "-0.0")
+                                       : std::snprintf(buffer, sizeof buffer, "%.17g", number);
         // The process may have a locale with another sign.
         std::replace(buffer, buffer + length, ',', '.');
         out += buffer;

@@ -125,7 +125,7 @@ bool Names::isHidden(const Event& event, std::size_t argument) const {
 
 bool Names::isKnownSecret(const Value& value) const {
     return !secrets.empty() &&
-           secrets.count(std::string(storedText(value).substr(0, textLimit))) > 0;
+           secrets.count(std::string(storedText(value).substr(0, limits.text))) > 0;
 }
 
 // Each login brings a new blob: the oldest are forgotten.
@@ -140,6 +140,18 @@ void Names::learn(std::string secret) {
     }
 }
 
+std::int64_t Names::numberOf(std::string_view secret) {
+    if (secret.empty()) {
+        return 0;
+    }
+    if (numbers.size() >= mostSecrets) {
+        numbers.clear();
+    }
+    const auto [found, isNew] = numbers.emplace(secret, lastNumber + 1);
+    lastNumber += isNew ? 1 : 0;
+    return found->second;
+}
+
 void Names::hideArguments(Event& event) {
     const std::string_view user = event.is(Fn::sp_session_login) ? event.text(1) : "";
     for (std::size_t i = 0; i < event.arguments.size(); ++i) {
@@ -150,7 +162,7 @@ void Names::hideArguments(Event& event) {
         }
         // A name that is a password, too, is told wherever it stands as a name.
         if (value.tag == Tag::Secret && text != user) {
-            learn(std::string(text.substr(0, textLimit)));
+            learn(std::string(text.substr(0, limits.text)));
         }
         if (isHidden(event, i) || isKnownSecret(value)) {
             value.tag = Tag::Secret;

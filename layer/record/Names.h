@@ -35,6 +35,11 @@ public:
     // the next event.
     std::string_view memberOf(const void* functionObject) const;
 
+    // A number for a secret text: the same for the same text, from 1 on, 0 for the
+    // empty one. After 256 all are
+    // forgotten and get new ones.
+    std::int64_t numberOf(std::string_view secret);
+
     // How many objects of the plug-in the browser has, functions included.
     std::size_t living() const { return objects.size(); }
 
@@ -68,6 +73,8 @@ private:
     // Texts that were seen where the library gets or gives secrets: the last 256, oldest first.
     std::unordered_set<std::string> secrets;
     std::deque<std::string> secretsInOrder;
+    std::unordered_map<std::string, std::int64_t> numbers;
+    std::int64_t lastNumber = 0;
 };
 
 #endif

@@ -32,12 +32,22 @@ struct Record {
     std::uint64_t ended;
 };
 
-// As much of a text as is told. Of bytes so many that their Base64 text is as long. Arrays are
+// As much of each as is told. Of bytes so many that their Base64 text is as long. Arrays are
 // limited by elements, all else by bytes; a secret is copied only to be known again.
-constexpr std::size_t textLimit = 96;
-constexpr std::size_t bytesLimit = 72;
-constexpr std::size_t secretLimit = 256;
-constexpr std::size_t arrayLimit = 4096;
+struct Limits {
+    std::size_t text = 96;
+    std::size_t bytes = 72;
+    std::size_t secret = 256;
+    std::size_t array = 4096;
+
+    // For recordings that are to be replayed.
+    static constexpr Limits none() {
+        constexpr std::size_t all = UINT32_MAX;
+        return {all, all, all, all};
+    }
+};
+// The process's. Set before the first record is made, and not changed.
+inline Limits limits;
 
 // How many bytes of what a value points to are in the record. REQUIRES for Tag::Texts: the caller's
 // own array; in a record the texts lie behind one another instead, and Event reads them.
@@ -49,20 +59,20 @@ inline std::size_t storedBytes(const Value& value) {
     switch (value.tag) {
     case Tag::Text:
     case Tag::Expression:
-        return limited(textLimit, 1);
+        return limited(limits.text, 1);
     case Tag::Secret:
-        return limited(secretLimit, 1);
+        return limited(limits.secret, 1);
     case Tag::Bytes:
-        return limited(bytesLimit, 1);
+        return limited(limits.bytes, 1);
     case Tag::Handles:
-        return limited(arrayLimit, sizeof(void*));
+        return limited(limits.array, sizeof(void*));
     case Tag::Integers:
-        return limited(arrayLimit, sizeof(int));
+        return limited(limits.array, sizeof(int));
     case Tag::Texts: {
         // One behind the other, each with its end.
         std::size_t bytes = 0;
         const auto* const texts = static_cast<char* const*>(value.u.pointer);
-        for (std::size_t i = 0; i < value.size && i < arrayLimit; ++i) {
+        for (std::size_t i = 0; i < value.size && i < limits.array; ++i) {
             bytes += std::strlen(texts[i]) + 1;
         }
         return bytes;

@@ -14,7 +14,8 @@
 
 namespace {
 
-constexpr std::size_t capacity = 1U << 20U;
+constexpr std::size_t usualCapacity = 1U << 20U;
+constexpr std::size_t wholeCapacity = 16U << 20U;
 constexpr std::chrono::milliseconds interval{50};
 constexpr std::chrono::seconds longestWait{1};
 
@@ -58,9 +59,23 @@ char* copyValues(char* to, const Value* values, unsigned count) {
     return to;
 }
 
+// Whether the call leads into the plug-in, or out of it. While the plug-in is loaded and in exit
+// handlers it calls without having been called: nobody else is in it then.
+bool goesIn(const Call& call) {
+    return infoOf(call.function).caller != Party::Plugin;
+}
+bool comesOut(const Call& call) {
+    return !goesIn(call) && call.outer != nullptr;
+}
+
 }  // namespace
 
-Recorder::Recorder(const Settings& settings) : start(clockNs()), file(settings) {
+Recorder::Recorder(const Settings& settings)
+    : start(clockNs()), isReplayable(settings.isReplayable),
+      capacity(isReplayable ? wholeCapacity : usualCapacity), file(settings) {
+    if (isReplayable) {
+        limits = Limits::none();
+    }
     filling.bytes = std::make_unique<char[]>(capacity);
     // The browser's signals are the browser's.
     sigset_t all;
@@ -82,9 +97,15 @@ std::uint64_t Recorder::now() const noexcept {
 // ---- The threads that call ----
 
 void Recorder::began(Call& call) noexcept {
+    if (isReplayable && goesIn(call)) {
+        baton.take();
+    }
     call.beganAt = now();
     if (call.outer != nullptr && !call.outer->isWritten) {
         writeDown(*call.outer);
+    }
+    if (isReplayable && comesOut(call)) {
+        baton.give();
     }
 }
 
@@ -99,10 +120,16 @@ void Recorder::writeDown(Call& call) noexcept {
 }
 
 void Recorder::ended(Call& call, const Value* results, unsigned count) noexcept {
+    if (isReplayable && comesOut(call)) {
+        baton.take();
+    }
     append({0, call.function, call.isWritten ? Phase::End : Phase::Whole,
             static_cast<std::uint8_t>(count), call.isWritten ? 0 : call.count, 0, call.beganAt,
             now()},
            call.arguments, results);
+    if (isReplayable && goesIn(call)) {
+        baton.give();
+    }
 }
 
 void Recorder::mark(const std::string& text) noexcept {
@@ -143,7 +170,7 @@ void Recorder::run() {
     pthread_setname_np(pthread_self(), "sonolet-trace");
     Buffer writing;
     writing.bytes = std::make_unique<char[]>(capacity);
-    Scribe scribe(file);
+    Scribe scribe(file, isReplayable);
     bool isLast = false;
     std::size_t lostBefore = 0;
     while (!isLast) {
@@ -169,6 +196,7 @@ void Recorder::run() {
 }
 
 void Recorder::finish() {
+    baton.retire();
     {
         const std::lock_guard<std::mutex> lock(mutex);
         ending = true;

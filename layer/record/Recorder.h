@@ -2,6 +2,7 @@
 #define SONOLET_LAYER_RECORD_RECORDER_H
 
 #include "Settings.h"
+#include "record/Baton.h"
 #include "record/Record.h"
 #include "record/TraceFile.h"
 #include "tap/Call.h"
@@ -18,11 +19,12 @@
 //
 // Threads: any. A buffer that is full makes its callers wait for the writing thread, a second at
 // most; what does not fit then is left out, and a mark in the trace says how many calls that were.
-// Units: times are nanoseconds since the recorder was made (CLOCK_MONOTONIC); the buffer has 1 MiB.
-// Ownership: values are copied while their call lasts, no pointer of a caller is kept. Signals: the
-// writing thread blocks all of them, so the browser's handlers run on the browser's threads.
-// Errors: after construction nothing is thrown; a file that cannot be written any more is told once
-// on standard error and the calls go on.
+// In a recording that is to be replayed calls are whole, and one thread at a time is in the
+// plug-in. Units: times are nanoseconds since the recorder was made (CLOCK_MONOTONIC); the buffer
+// has 1 MiB, or 16 for such a recording. Ownership: values are copied while their call lasts, no
+// pointer of a caller is kept. Signals: the writing thread blocks all of them, so the browser's
+// handlers run on the browser's threads. Errors: after construction nothing is thrown; a file that
+// cannot be written any more is told once on standard error and the calls go on.
 class Recorder final : public Watcher {
 public:
     // Throws std::runtime_error when the file cannot be written.
@@ -48,7 +50,7 @@ public:
     void finish();
 
 private:
-    // Whole records, one behind the other; `size` is what is used of the 1 MiB.
+    // Whole records, one behind the other; `size` is what is used of them.
     struct Buffer {
         std::unique_ptr<char[]> bytes;
         std::size_t size = 0;
@@ -63,7 +65,10 @@ private:
     void run();
 
     const std::uint64_t start;
-    TraceFile file;  // the writing thread's
+    const bool isReplayable;
+    const std::size_t capacity;  // bytes of a buffer
+    Baton baton;                 // of a recording that is to be replayed
+    TraceFile file;              // the writing thread's
 
     // State below is protected by mutex.
     std::mutex mutex;

@@ -18,7 +18,7 @@ constexpr std::uint64_t memoryInterval = 1000000000;  // ns
 constexpr std::uint64_t longestIdle = 60000000000;    // ns
 constexpr std::uint64_t memoryStep = 256U << 10U;     // bytes
 
-constexpr const char* partyNames[] = {"host", "plugin", "library", "backend", "log"};
+constexpr const char* partyNames[] = {"host", "plugin", "library", "backend", "log", "system"};
 
 std::string commandOf(std::uint32_t thread) {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/comm");
@@ -42,7 +42,8 @@ bool isOk(const Event& event) {
 
 }  // namespace
 
-Scribe::Scribe(TraceFile& traceFile) : file(traceFile), process(getpid()) {
+Scribe::Scribe(TraceFile& traceFile, bool isWholeTrace)
+    : file(traceFile), isWhole(isWholeTrace), process(getpid()) {
     beginFile();
 }
 
@@ -61,7 +62,10 @@ void Scribe::beginFile() {
     json::integer(head, static_cast<std::int64_t>(sizeof(void*) * 8));
     head += ",\"date\":\"";
     head += date;
-    head += "\"}},\n{\"ph\":\"M\",\"name\":\"process_name\",\"pid\":";
+    head += "\",\"part\":";
+    json::integer(head, ++parts);
+    head += isWhole ? ",\"replayable\":true}},\n" : "}},\n";
+    head += "{\"ph\":\"M\",\"name\":\"process_name\",\"pid\":";
     json::integer(head, process);
     head += ",\"args\":{\"name\":";
     json::text(head, commandOf(static_cast<std::uint32_t>(process)));
@@ -141,14 +145,14 @@ void Scribe::event(const char*& from) {
     if (quiet.thread != 0 && (thread != quiet.thread || !isQuiet(event))) {
         tellHeld();
     }
-    const bool mayBeQuiet = event.is(Fn::poll) || event.is(Fn::document_gc_trace);
+    const bool mayBeQuiet = !isWhole && (event.is(Fn::poll) || event.is(Fn::document_gc_trace));
     if (quiet.thread == 0 && mayBeQuiet && event.head.phase == Phase::Begin) {
         quiet.thread = thread;
         quiet.isCollection = event.is(Fn::document_gc_trace);
         quiet.began = event.head.began;
         out = &quiet.held;
     }
-    const bool isNothing = quiet.thread == 0 && event.head.phase == Phase::Whole &&
+    const bool isNothing = !isWhole && quiet.thread == 0 && event.head.phase == Phase::Whole &&
                            (event.is(Fn::poll) || event.is(Fn::gc_trace)) &&
                            (event.is(Fn::gc_trace) || event.resultInteger(0) == 1);
     if (isNothing) {
@@ -303,9 +307,21 @@ void Scribe::values(const char* name, const std::vector<Value>& all) {
     *out += "\":[";
     for (std::size_t i = 0; i < all.size(); ++i) {
         *out += i > 0 ? "," : "";
-        appendValue(*out, all[i]);
+        if (isWhole && all[i].tag == Tag::Secret) {
+            secret(all[i]);
+        } else {
+            appendValue(*out, all[i]);
+        }
     }
     *out += ']';
+}
+
+void Scribe::secret(const Value& value) {
+    *out += "{\"secret\":";
+    json::integer(*out, names.numberOf(storedText(value)));
+    *out += ",\"bytes\":";
+    json::integer(*out, value.size);
+    *out += '}';
 }
 
 void Scribe::story(const Event& event) {

@@ -28,8 +28,9 @@
 // TraceFile::write.
 class Scribe final {
 public:
-    // Writes the head of the file.
-    explicit Scribe(TraceFile& traceFile);
+    // Writes the head of the file. A whole trace can be replayed: nothing is told as idle, and each
+    // secret has a number and its length, so that the same is known to be the same.
+    explicit Scribe(TraceFile& traceFile, bool isWholeTrace = false);
 
     // Whole records, one behind the other, in order. Their lines are kept until the batch ends, or
     // there are 256 KiB of them. REQUIRES: none is cut off.
@@ -79,8 +80,11 @@ private:
     void begin(const char* phase, std::uint32_t thread, std::uint64_t time);
     void arguments(const Event& event, const std::string& name);
     void values(const char* name, const std::vector<Value>& all);
+    void secret(const Value& value);
 
     TraceFile& file;
+    const bool isWhole;
+    int parts = 0;  // files that were begun
     std::string lines;
     std::string* out = &lines;  // or what is held back
     const int process;

@@ -2,11 +2,14 @@
 
 #include "record/Event.h"
 #include "record/Json.h"
+#include "tap/Utf8.h"
+
+#include <cmath>
 
 namespace {
 
 void appendArray(std::string& out, const Value& value) {
-    const std::size_t count = value.size < arrayLimit ? value.size : arrayLimit;
+    const std::size_t count = value.size < limits.array ? value.size : limits.array;
     const char* const kind = value.tag == Tag::Handles ? handleNames[value.kind] : "texts";
     out += value.tag == Tag::Integers ? "[" : std::string("{\"") + kind + "\":[";
     const char* text = value.u.text;
@@ -34,7 +37,13 @@ void appendValue(std::string& out, const Value& value) {
     };
     switch (value.tag) {
     case Tag::Nothing:
-        out += "{}";
+        if (value.kind != 0) {
+            open("type");
+            json::integer(out, static_cast<std::int32_t>(value.size));
+            out += '}';
+        } else {
+            out += "{}";
+        }
         break;
     case Tag::Undefined:
         out += "{\"undefined\":true}";
@@ -49,7 +58,13 @@ void appendValue(std::string& out, const Value& value) {
         json::integer(out, value.u.integer);
         break;
     case Tag::Number:
-        json::number(out, value.u.number);
+        if (std::isfinite(value.u.number)) {
+            json::number(out, value.u.number);
+        } else {
+            open("number");
+            json::number(out, value.u.number);
+            out += '}';
+        }
         break;
     case Tag::Secret:
         out += "{\"secret\":true}";
@@ -57,7 +72,11 @@ void appendValue(std::string& out, const Value& value) {
     case Tag::Text:
         if (value.u.text == nullptr) {
             out += "{\"text\":null}";
-        } else if (value.size > textLimit) {
+        } else if (value.size <= limits.text && !isUtf8(storedText(value))) {
+            open("bytes of text");
+            json::hex(out, value.u.text, value.size);
+            out += '}';
+        } else if (value.size > limits.text) {
             open("text");
             json::text(out, storedText(value));
             out += ",\"bytes\":";

@@ -7,6 +7,8 @@
 #include "uva.h"
 
 #include <array>
+#include <atomic>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <deque>
@@ -35,6 +37,11 @@ public:
                 values[count++] = integerValue(request->offset);
                 values[count++] = integerValue(request->size);
                 values[count++] = pointerOf(request->data);
+            } else if (event->type == 6) {
+                const auto* const resized = static_cast<const VideoResizedEvent*>(event);
+                values[count++] = integerValue(resized->width);
+                values[count++] = integerValue(resized->height);
+                values[count++] = numberValue(resized->pixelAspectRatio);
             }
         }
         Call call(Fn::handleEvent, values, count);
@@ -199,6 +206,19 @@ logLine(KlogContext* context, int level, const char* file, int line, const char*
     call.end();
 }
 
+// Asked before each line that may be written; told when the answer is another than before.
+int (*thresholdOriginal)(const KlogContext*) = nullptr;
+std::atomic<int> lastThreshold{INT_MIN};
+
+int threshold(const KlogContext* context) {
+    const int answer = thresholdOriginal(context);
+    if (lastThreshold.exchange(answer, std::memory_order_relaxed) != answer) {
+        Call call(Fn::threshold, nullptr, 0);
+        call.end(integerValue(answer));
+    }
+    return answer;
+}
+
 template <class Function>
 void* take(Function*& original, void* function, Function* pass) {
     original = reinterpret_cast<Function*>(function);
@@ -216,6 +236,9 @@ void* backendTap(const std::string& symbol, void* function) {
     }
     if (symbol == "KlogPrintf") {
         return take(logOriginal, function, &logLine);
+    }
+    if (symbol == "_ZNK11KlogContext9thresholdEv") {
+        return take(thresholdOriginal, function, &threshold);
     }
     return nullptr;
 }

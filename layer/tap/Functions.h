@@ -7,7 +7,7 @@
 #include <cstdint>
 
 // Who stands at an end of a call.
-enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
+enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log, System };
 
 // Of jsplugin.h: what the host calls of the plug-in. The two getters and traces: a document's has
 // the longer name.
@@ -303,6 +303,16 @@ enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log };
     X(handleEvent)                                                                                 \
     X(getDRMBackend)
 
+// Of the log, and where the plug-in may wait for another of its threads; of these only what the
+// course of a whole recording depends on.
+#define SONOLET_LOG_CALLS(X)                                                                       \
+    X(KlogPrintf)                                                                                  \
+    X(threshold)
+
+#define SONOLET_SYSTEM_CALLS(X)                                                                    \
+    X(pthread_mutex_lock)                                                                          \
+    X(pthread_cond_wait)
+
 #define SONOLET_ENUMERATOR(name) name,
 
 // A function by its place in the table.
@@ -317,7 +327,8 @@ enum class Fn : std::uint16_t {
     SONOLET_LIBRARY_FUNCTIONS(SONOLET_ENUMERATOR)
     SONOLET_BACKEND_CALLS(SONOLET_ENUMERATOR)
     SONOLET_CLIENT_CALLS(SONOLET_ENUMERATOR)
-    KlogPrintf,
+    SONOLET_LOG_CALLS(SONOLET_ENUMERATOR)
+    SONOLET_SYSTEM_CALLS(SONOLET_ENUMERATOR)
     count
 };
 // clang-format on
@@ -337,6 +348,8 @@ struct FunctionInfo {
 #define SONOLET_TO_LIBRARY(name) {#name, Party::Plugin, Party::Library},
 #define SONOLET_FROM_BACKEND(name) {#name, Party::Backend, Party::Plugin},
 #define SONOLET_TO_BACKEND(name) {#name, Party::Plugin, Party::Backend},
+#define SONOLET_TO_LOG(name) {#name, Party::Plugin, Party::Log},
+#define SONOLET_TO_SYSTEM(name) {#name, Party::Plugin, Party::System},
 
 // clang-format off
 constexpr FunctionInfo functionTable[] = {
@@ -349,7 +362,8 @@ constexpr FunctionInfo functionTable[] = {
     SONOLET_LIBRARY_FUNCTIONS(SONOLET_TO_LIBRARY)
     SONOLET_BACKEND_CALLS(SONOLET_TO_BACKEND)
     SONOLET_CLIENT_CALLS(SONOLET_FROM_BACKEND)
-    {"KlogPrintf", Party::Plugin, Party::Log},
+    SONOLET_LOG_CALLS(SONOLET_TO_LOG)
+    SONOLET_SYSTEM_CALLS(SONOLET_TO_SYSTEM)
 };
 // clang-format on
 static_assert(sizeof functionTable / sizeof *functionTable == static_cast<int>(Fn::count));
@@ -360,6 +374,8 @@ static_assert(sizeof functionTable / sizeof *functionTable == static_cast<int>(F
 #undef SONOLET_TO_LIBRARY
 #undef SONOLET_FROM_BACKEND
 #undef SONOLET_TO_BACKEND
+#undef SONOLET_TO_LOG
+#undef SONOLET_TO_SYSTEM
 
 // REQUIRES: not Fn::count, which stands for a mark.
 constexpr const FunctionInfo& infoOf(Fn function) {

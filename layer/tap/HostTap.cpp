@@ -320,8 +320,15 @@ int handleObject(jsplugin_obj* global,
                  jsplugin_notify** notifyA,
                  jsplugin_notify** notifyB,
                  jsplugin_notify** notifyC) {
-    const Value values[] = {objectValue(global), objectValue(parent), integerValue(attributeCount)};
-    Call call(Fn::handle_object, values, 3);
+    std::vector<const char*> texts;
+    for (int i = 0; i < attributeCount && attributes != nullptr; ++i) {
+        for (const char* const text : {attributes[i].name, attributes[i].value}) {
+            texts.push_back(text != nullptr ? text : "");
+        }
+    }
+    const Value values[] = {objectValue(global), objectValue(parent), integerValue(attributeCount),
+                            Value::of(Tag::Texts, texts.data(), texts.size())};
+    Call call(Fn::handle_object, values, 4);
     const int answer = plugin->handle_object(global, parent, attributeCount, attributes, getter,
                                              setter, destructor, trace, notifyA, notifyB, notifyC);
     if (answer == 1) {

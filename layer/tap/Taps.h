@@ -15,6 +15,8 @@
 // before the plug-in calls anybody, on one thread.
 void* libraryTap(const std::string& symbol, void* function);
 void* backendTap(const std::string& symbol, void* function);  // and the log's
+// Where one of the plug-in's threads waits for another; for recordings that are to be replayed.
+void* systemTap(const std::string& symbol, void* function);
 
 // What host and plug-in get of each other: copies in which the functions that are there have been
 // replaced. The layer owns them to the end of the process; calls are passed on to what was given,

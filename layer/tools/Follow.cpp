@@ -121,8 +121,8 @@ std::string readable(const json& value) {
     if (value.empty()) {
         return "-";
     }
-    if (value.contains("secret")) {
-        return "(secret)";
+    if (const auto secret = value.find("secret"); secret != value.end()) {
+        return secret->is_number() ? "(secret " + secret->dump() + ")" : "(secret)";
     }
     if (value.contains("undefined")) {
         return "undefined";

@@ -17,7 +17,8 @@ struct Filter {
     bool wants(const TraceEvent& event, const std::string& threadName) const;
 };
 
-// A value as people read it: "Fog Signal", 3, track 55d0, (secret). What is no UTF-8 becomes
+// A value as people read it: "Fog Signal", 3, track 55d0, (secret); of a
+// recording that can be replayed (secret 3), the same number for the same. What is no UTF-8 becomes
 // U+FFFD; any JSON has some text.
 std::string readable(const nlohmann::json& value);
 
