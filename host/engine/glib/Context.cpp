@@ -12,7 +12,9 @@ namespace {
 // Outside of calls from script so many values that are no objects are kept.
 constexpr std::size_t mostPassing = 1024;
 
-constexpr std::int32_t thrown = 16;  // as kernel.js knows it
+// As kernel.js knows them.
+constexpr std::int32_t thrown = 16;
+constexpr std::int32_t outside = 1 << 30;
 
 std::string textOf(JSCValue* value) {
     // As bytes: there may be a NUL in it.
@@ -64,6 +66,9 @@ OpaqueJSContext::OpaqueJSContext(JSCContext* scriptContext)
 
 OpaqueJSContext::~OpaqueJSContext() {
     *link = nullptr;
+    if (lettingGo != 0) {
+        g_source_remove(lettingGo);
+    }
     JSCValue* nothing = jsc_value_function_callv(function("close"), 0, nullptr);
     release(nothing);
     for (auto& each : functions) {
@@ -223,9 +228,28 @@ OpaqueJSValue* OpaqueJSContext::answered(JSCValue* text, JSValueRef* exception) 
     return hasThrown ? nullptr : answer;
 }
 
+void OpaqueJSContext::letGoLater() {
+    if (depth > 0 || lettingGo != 0) {
+        return;
+    }
+    const GSourceFunc letGo = [](gpointer self) -> gboolean {
+        auto* const of = static_cast<OpaqueJSContext*>(self);
+        of->lettingGo = 0;
+        if (of->depth > 0 || of->calling > 0) {
+            return G_SOURCE_REMOVE;  // a loop inside of a script: another one is asked for later
+        }
+        JSCValue* nothing = jsc_value_function_callv(of->function("letGo"), 0, nullptr);
+        release(nothing);
+        of->passing.clear();
+        return G_SOURCE_REMOVE;
+    };
+    lettingGo = g_idle_add_full(G_PRIORITY_DEFAULT, letGo, this, nullptr);
+}
+
 OpaqueJSValue* OpaqueJSContext::call(const char* operation,
                                      const std::vector<JSValueRef>& values,
                                      JSValueRef* exception) {
+    letGoLater();
     if (values.size() >= room) {
         JSCValue* size = jsc_value_new_number(context, static_cast<double>(values.size() + 1));
         JSCValue* nothing = jsc_value_function_callv(function("makeRoom"), 1, &size);
@@ -238,9 +262,11 @@ OpaqueJSValue* OpaqueJSContext::call(const char* operation,
             texts.push_back(text);
         }
     }
-    kinds[0] = static_cast<std::int32_t>(values.size());
+    kinds[0] = static_cast<std::int32_t>(values.size()) | (depth == 0 ? outside : 0);
+    ++calling;
     JSCValue* const text = jsc_value_function_callv(function(operation),
                                                     static_cast<guint>(texts.size()), texts.data());
+    --calling;
     for (JSCValue*& each : texts) {
         release(each);
     }
@@ -248,6 +274,7 @@ OpaqueJSValue* OpaqueJSContext::call(const char* operation,
 }
 
 OpaqueJSValue* OpaqueJSContext::evaluate(const std::string& script, JSValueRef* exception) {
+    letGoLater();
     JSCValue* result =
         jsc_context_evaluate(context, script.data(), static_cast<gssize>(script.size()));
     JSCException* const failure = jsc_context_get_exception(context);

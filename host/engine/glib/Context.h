@@ -16,7 +16,8 @@
 enum class Kind : std::int32_t { Undefined, Null, Boolean, Number, String, Object, Other };
 
 // One value. An object is known by its number, which is never used twice; its record lies where it
-// lies while the object lives or is referred to weakly.
+// lies while the object lives or is referred to weakly. An object that comes to the native half
+// lives until that has returned to the script that called it, or to the main loop.
 struct OpaqueJSValue {
     OpaqueJSContext& context;
     Kind kind = Kind::Undefined;
@@ -88,6 +89,9 @@ private:
     OpaqueJSValue* answered(JSCValue* text, JSValueRef* exception);
     JSCValue* function(const char* name);
     void forget(OpaqueJSValue& dead);
+    // Before a call of kernel.js: what it holds outside of calls from script goes once the main
+    // loop is reached.
+    void letGoLater();
 
     JSCContext* const context;  // owned
     const Link link;
@@ -105,6 +109,8 @@ private:
     unsigned depth = 0;                 // of calls from script
     std::uint64_t calls = 0;            // so many have been
     std::uint64_t innermost = 0;        // which of them is under way; 0: none
+    unsigned calling = 0;               // calls of kernel.js under way
+    guint lettingGo = 0;                // the main loop's source; 0: none waits
 };
 
 #endif

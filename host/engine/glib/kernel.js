@@ -16,6 +16,7 @@
     // As enum Kind in Context.h.
     const UNDEFINED = 0, NULL = 1, BOOLEAN = 2, NUMBER = 3, STRING = 4, OBJECT = 5, OTHER = 6;
     const THROWN = 16;  // a flag of the result's
+    const OUTSIDE = 1 << 30;  // a flag of the count's: no call from script is under way
 
     let room = 0, kinds, numbers;
     function makeRoom(count) {
@@ -59,6 +60,15 @@
             registry.register(object, number);
         }
         return number;
+    }
+
+    // While a script runs, the engine keeps what weak references have seen. Outside of that nobody
+    // does until the native half has come to the end of what it is at, so the latest are kept here.
+    const MOST_HELD = 1024;
+    let held = { __proto__: null }, nextHeld = 0;
+    function hold(value) {
+        held[nextHeld] = value;
+        nextHeld = (nextHeld + 1) % MOST_HELD;
     }
 
     // Answers the text, if it is one.
@@ -160,18 +170,29 @@
     // answers its text.
     function operation(body) {
         return (...given) => {
-            const count = kinds[0];
+            const isOutside = kinds[0] >= OUTSIDE;
+            const count = kinds[0] % OUTSIDE;
             const values = { __proto__: null, length: count };
             for (let i = 0, next = 0; i < count; ++i) {
                 values[i] = take(i + 1, kinds[i + 1] === STRING ? given[next++] : undefined);
+                if (isOutside) {
+                    hold(values[i]);
+                }
             }
+            let result;
+            let hasThrown = 0;
             try {
-                return put(0, body(values));
+                result = body(values);
             } catch (error) {
-                const text = put(0, error);
-                kinds[0] |= THROWN;
-                return text;
+                result = error;
+                hasThrown = THROWN;
             }
+            if (isOutside) {
+                hold(result);
+            }
+            const text = put(0, result);
+            kinds[0] |= hasThrown;
+            return text;
         };
     }
 
@@ -187,7 +208,14 @@
         __proto__: null,
         makeRoom,
         close() { isClosed = true; },
-        accept: (value) => put(0, value),
+        letGo() {
+            held = { __proto__: null };
+            nextHeld = 0;
+        },
+        accept(value) {
+            hold(value);
+            return put(0, value);
+        },
         bytes: (number) => new Bytes(weak.get(number).deref()),
         call: operation((values) => apply(values[0], values[1] === undefined ? global : values[1],
                                           rest(values, 2))),

@@ -7,8 +7,9 @@
 // only GLib's: Context.h says how it is done over that one. Names, arguments and meaning are the
 // engine's own; what differs is told here.
 //
-// A value that is no object lives until the call from script in which it was made has returned;
-// outside of such calls, until some thousand others have been made. Threads: the script thread.
+// A value lives until the call from script in which it was made or came has returned; outside of
+// such calls until the main loop is reached, of a thousand and more the latest. Threads: the script
+// thread.
 
 // NOLINTBEGIN: the engine's names
 #ifdef __cplusplus
