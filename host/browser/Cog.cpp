@@ -39,6 +39,9 @@ page, the player.
                      number (default: error)
   --fault SPEC       faults of the music service at given times, as
                      offline@5s-12s,token@20s (sets SONOLET_FAULT)
+  --speed N          polls, faults and the wav and null sinks N times as fast as
+                     real time; the page's own timers keep theirs (sets
+                     SONOLET_SPEED)
   --help             show this text
   --version          print the version
 

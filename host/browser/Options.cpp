@@ -116,6 +116,8 @@ where it is installed, without a page, the player.
                      number (default: error)
   --fault SPEC       faults of the music service at given times, as
                      offline@5s-12s,token@20s (sets SONOLET_FAULT)
+  --speed N          polls, faults and the wav and null sinks N times as fast as
+                     real time; the page's own timers keep theirs (default: 1)
   --size WxH         size of the page in pixels (default: 1280x720)
   --screenshot FILE  write the page into a PNG file once it is ready, and end.
                      It is ready when it has loaded, and <html> does not have

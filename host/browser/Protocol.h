@@ -21,22 +21,22 @@ struct DeviceSettings {
     AudioOptions audio;
 };
 
-inline const GVariantType* const settingsType = G_VARIANT_TYPE("(sis)");
+inline const GVariantType* const settingsType = G_VARIANT_TYPE("(sisd)");
 
 // The settings as what WebKit hands to a web process, and back: fields in a fixed order, for two
 // programs of one build. The first is a floating reference; the second copies what it reads.
 // REQUIRES: `packed` came from pack().
 inline GVariant* pack(const DeviceSettings& settings) {
-    return g_variant_new("(sis)", settings.plugin.c_str(), static_cast<int>(settings.audio.sink),
-                         settings.audio.wavPath.c_str());
+    return g_variant_new("(sisd)", settings.plugin.c_str(), static_cast<int>(settings.audio.sink),
+                         settings.audio.wavPath.c_str(), settings.audio.speed);
 }
 
 inline DeviceSettings unpack(GVariant* packed) {
     const char* plugin = nullptr;
     const char* wavPath = nullptr;
     int sink = 0;
-    g_variant_get(packed, "(&si&s)", &plugin, &sink, &wavPath);
     DeviceSettings settings;
+    g_variant_get(packed, "(&si&sd)", &plugin, &sink, &wavPath, &settings.audio.speed);
     settings.plugin = plugin;
     settings.audio.sink = static_cast<AudioOptions::Sink>(sink);
     settings.audio.wavPath = wavPath;

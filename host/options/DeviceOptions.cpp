@@ -85,6 +85,8 @@ bool DeviceOptions::set(const std::string& option, const std::string& value) {
         fault = value;
     } else if (option == "--audio") {
         setSink(audio, value);
+    } else if (option == "--speed") {
+        audio.speed = positiveNumber({option, value});
     } else if (option == "--plugin") {
         plugin = value;
     } else if (option == "--trace") {

@@ -25,8 +25,6 @@ Options Options::parse(int argc, char* const argv[]) {
             options.stressGc = true;
         } else if (option == "--for") {
             options.seconds = positiveNumber(argument);
-        } else if (option == "--speed") {
-            options.audio.speed = positiveNumber(argument);
         } else if (!options.set(option, argument.value)) {
             throw std::invalid_argument("unknown option " + option + " (--help lists them)");
         }

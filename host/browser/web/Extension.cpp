@@ -14,6 +14,7 @@
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
+#include <utility>
 
 // NOLINTBEGIN(readability-identifier-naming): WebKit's name
 extern "C" __attribute__((visibility("default"))) void
@@ -51,8 +52,11 @@ protocol::DeviceSettings settingsOf(const GVariant* userData) {
         plugin != nullptr
             ? plugin
             : std::filesystem::path(ownFile()).parent_path().parent_path() / "libSonolet.so.1.0";
-    if (const char* const audio = g_getenv("SONOLET_AUDIO")) {
-        options.set("--audio", audio);
+    for (const auto& [variable, option] :
+         {std::pair("SONOLET_AUDIO", "--audio"), {"SONOLET_SPEED", "--speed"}}) {
+        if (const char* const value = g_getenv(variable)) {
+            options.set(option, value);
+        }
     }
     return {options.plugin, options.audio};
 }
@@ -89,7 +93,7 @@ void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extensio
         setAudioOptions(settings.audio);
         publishSymbols();
         // Never freed: the process ends while pages are open.
-        static Frames* const frames = new Frames(settings.plugin);
+        static Frames* const frames = new Frames(settings.plugin, settings.audio.speed);
         (void)frames;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-web: %s\n", error.what());

@@ -20,7 +20,8 @@ std::string originOf(WebKitFrame* frame) {
 
 }  // namespace
 
-Frames::Frames(const std::string& pluginFile) : plugin(pluginFile) {
+Frames::Frames(const std::string& pluginFile, double speed)
+    : plugin(pluginFile), scheduler(speed) {
     using Handler = void(WebKitScriptWorld*, WebKitWebPage*, WebKitFrame*, gpointer);
     Handler* const handler = [](auto*, WebKitWebPage* page, WebKitFrame* frame, gpointer self) {
         static_cast<Frames*>(self)->windowCleared(page, frame);

@@ -17,8 +17,9 @@
 // plug-in admits it. Threads: the main thread.
 class Frames final {
 public:
-    // Throws std::runtime_error when the plug-in cannot be loaded.
-    explicit Frames(const std::string& pluginFile);
+    // Polls come `speed` times as fast as the clock says. Throws std::runtime_error when the plug-in
+    // cannot be loaded.
+    Frames(const std::string& pluginFile, double speed);
 
     Frames(const Frames&) = delete;
     Frames& operator=(const Frames&) = delete;
