@@ -4,6 +4,7 @@
 #include <fstream>
 
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -20,15 +21,68 @@ long anonymousOf(int process) {
     return 0;
 }
 
-// By hand it passes in sonolet-browser too; under a driver the page does not come to its end there.
-TEST(Documents, ConformInCogAsInTheRunner) {
-    if (!WebDriver::inCog()) {
-        GTEST_SKIP() << "of Cog alone";
+// In the environment, as long as this lives. REQUIRES: no other thread runs.
+class Variable final {
+public:
+    Variable(const char* variable, const char* value) : name(variable) {
+        setenv(name, value, 1);  // NOLINT(concurrency-mt-unsafe)
     }
+    ~Variable() { unsetenv(name); }  // NOLINT(concurrency-mt-unsafe)
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    const char* const name;
+};
+
+// A page script of the runner's as a web page: what it writes is in `lines`, and `isClosed` says
+// when it has come to its end.
+std::string webPage(const std::string& script) {
+    return R"html(<!DOCTYPE html><script>
+const lines = [];
+let isClosed = false;
+console.log = (line) => lines.push(line);
+const gc = () => {};
+close = () => { isClosed = true; };
+onerror = onunhandledrejection = (event) => { lines.push(`not ok ${event.reason ?? event}`); close(); };
+</script><script>)html" +
+           script + "</script>";
+}
+
+// The engine collects all the time meanwhile.
+TEST(Documents, RunThePagesOfTheRunner) {
+    const Place place("suite");
+    const Outcome links = run(
+        {"/bin/bash", "-c",
+         R"sh("$0/sonolet-index" | awk -F'\t' '{ printf "\"%s\": \"%s\", ", $4, $1 }')sh", BIN_DIR},
+        {});
+    const std::string before = "const LINKS = {" + links.output + "};\n" +
+                               contentsOf(EXAMPLES_DIR "/../tests/pages/harness.js");
+    const Variable collects("JSC_collectContinuously", "true");
+    WebDriver page({"--audio", "null", "--speed", "20"});
+    for (const std::string name : {"tests/pages/scripts/events", "tests/pages/scripts/playback",
+                                   "pages/hello", "pages/play", "pages/search"}) {
+        const bool checksItself = name.rfind("tests", 0) == 0;
+        const std::string file = place.file("page.html");
+        writeTo(file, webPage((checksItself ? before : "") +
+                              contentsOf(EXAMPLES_DIR "/../" + name + ".js")));
+        page.open("file://" + file);
+        const std::string output = page.evaluate(
+            "while (!isClosed) { await new Promise((later) => setTimeout(later, 10)); }"
+            "return lines.join(' | ')");
+        EXPECT_THAT(output, Not(HasSubstr("not ok"))) << name;
+        EXPECT_THAT(output, Not(HasSubstr("threw"))) << name;
+        if (checksItself) {
+            EXPECT_THAT(output, HasSubstr("| 1..")) << name;
+        }
+    }
+}
+
+TEST(Documents, ConformAsInTheRunner) {
     const Place place("conformance");
     const Outcome made = run({BIN_DIR "/sonolet-playlist", "new", "A list"}, {});
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    WebDriver page({"--audio", "null"});
+    WebDriver page({"--audio", "null", "--speed", "5"});
     page.open("file://" EXAMPLES_DIR "/conformance/index.html?run");
     const std::string summary =
         page.evaluate("while (document.documentElement.dataset.ready !== 'true') {"

@@ -150,8 +150,9 @@ private:
                                   "print(s.getsockname()[1], end='')"},
                                  {})
                                  .output;
-    const Process driver{
-        {inCog() ? "/usr/bin/WPEWebDriver" : "/usr/bin/WebKitWebDriver", "--port=" + port}};
+    // What the page's console writes would fill a pipe that nobody reads.
+    const Process driver{{"/bin/sh", "-c", "exec \"$0\" --port=$1 >/dev/null 2>&1",
+                          inCog() ? "/usr/bin/WPEWebDriver" : "/usr/bin/WebKitWebDriver", port}};
     std::string session = "http://127.0.0.1:" + port + "/session";
 };
 
