@@ -47,10 +47,10 @@ bool TagStream::pay(std::int64_t count) {
     return current == State::open;
 }
 
-TagLib::ByteVector TagStream::readBlock(unsigned long length) {
+TagLib::ByteVector TagStream::readBlock(TagSize length) {
     const std::int64_t end = place < cutFrom ? std::min(cutFrom, size) : size;
     const std::int64_t count =
-        std::min(static_cast<std::int64_t>(std::min<unsigned long>(length, LONG_MAX)),
+        std::min(static_cast<std::int64_t>(std::min<TagSize>(length, LONG_MAX)),
                  std::max<std::int64_t>(end - place, 0));
     searchLeft -= count <= smallStep ? count : 0;
     if (count == 0 || searchLeft < 0 || !pay(count)) {
@@ -86,7 +86,7 @@ TagLib::ByteVector TagStream::readBlock(unsigned long length) {
     return block;
 }
 
-void TagStream::seek(long offset, Position from) {
+void TagStream::seek(TagOffset offset, Position from) {
     const std::int64_t base = from == Current ? place : from == End ? size : 0;
     const std::int64_t target = std::max<std::int64_t>(base + offset, 0);
     // A search goes back by a few bytes at times, and on by one step.

@@ -3,6 +3,7 @@
 
 #include "music/MusicFile.h"
 
+#include <taglib.h>
 #include <tiostream.h>
 
 #include <algorithm>
@@ -14,6 +15,17 @@
 #include <vector>
 
 namespace sonolet::service {
+
+// How TagLib counts bytes: in words, and from its version 2 on as the system does for files.
+#if TAGLIB_MAJOR_VERSION >= 2
+using TagOffset = TagLib::offset_t;
+using TagStart = TagLib::offset_t;
+using TagSize = std::size_t;
+#else
+using TagOffset = long;
+using TagStart = unsigned long;
+using TagSize = unsigned long;
+#endif
 
 // A music file as the tag library reads it: to be read alone, and not for ever.
 //
@@ -44,20 +56,22 @@ public:
 
     TagLib::FileName name() const override { return file.path().c_str(); }
     // Fewer bytes at the end, and none where reading ends.
-    TagLib::ByteVector readBlock(unsigned long length) override;
+    TagLib::ByteVector readBlock(TagSize length) override;
     bool readOnly() const override { return true; }
     bool isOpen() const override { return true; }
-    void seek(long offset, Position from = Beginning) override;
-    long tell() const override {
-        return static_cast<long>(std::min<std::int64_t>(place, LONG_MAX));
+    void seek(TagOffset offset, Position from = Beginning) override;
+    TagOffset tell() const override {
+        return static_cast<TagOffset>(std::min<std::int64_t>(place, LONG_MAX));
     }
-    long length() override { return static_cast<long>(current == State::open ? size : 0); }
+    TagOffset length() override {
+        return static_cast<TagOffset>(current == State::open ? size : 0);
+    }
 
     // A file is never written.
     void writeBlock(const TagLib::ByteVector&) override {}
-    void insert(const TagLib::ByteVector&, unsigned long, unsigned long) override {}
-    void removeBlock(unsigned long, unsigned long) override {}
-    void truncate(long) override {}
+    void insert(const TagLib::ByteVector&, TagStart, TagSize) override {}
+    void removeBlock(TagStart, TagSize) override {}
+    void truncate(TagOffset) override {}
 
 private:
     bool pay(std::int64_t count);
