@@ -15,6 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr unsigned findingsIntervalMs = 250;
+
 // Where pages keep what they store, beside the music service's state.
 std::string dataFolder() {
     const char* state = g_getenv("SONOLET_STATE");
@@ -33,8 +35,8 @@ std::string ofProcess(int number, const std::string& file) {
 
 }  // namespace
 
-Browser::Browser(const Options& givenOptions)
-    : options(givenOptions), context(makeContext()),
+Browser::Browser(const Options& givenOptions, Findings* itsFindings)
+    : options(givenOptions), findings(itsFindings), context(makeContext()),
       settings(webkit_settings_new_with_settings(
           "enable-developer-extras",
           TRUE,
@@ -130,8 +132,15 @@ int Browser::run() {
         windows.front()->show();
         webkit_web_view_load_uri(view, options.uri.c_str());
     }
+    if (findings != nullptr) {
+        auto* const look = +[](gpointer of) -> gboolean {
+            static_cast<Findings*>(of)->look();
+            return G_SOURCE_CONTINUE;
+        };
+        g_timeout_add(findingsIntervalMs, look, findings);
+    }
     g_main_loop_run(loop);
-    return exitCode;
+    return findings != nullptr && findings->tellAll() ? std::max(exitCode, 3) : exitCode;
 }
 
 WebKitWebView* Browser::open(WebKitWebView* related, bool automated) {

@@ -4,6 +4,7 @@
 #include "browser/Options.h"
 #include "browser/Screenshot.h"
 #include "browser/Window.h"
+#include "options/Findings.h"
 
 #include <webkit2/webkit2.h>
 
@@ -13,19 +14,20 @@
 
 // The browser's windows, from the first to the last.
 //
-// REQUIRES: GTK is initialised. Threads: the main thread. Ownership: borrows the options; each
-// window is deleted when its page has unloaded. Errors: what a page or its process does wrong is a
-// line on standard error and the exit code.
+// REQUIRES: GTK is initialised. Threads: the main thread. Ownership: borrows the options and the
+// findings; each window is deleted when its page has unloaded. Errors: what a page or its process
+// does wrong is a line on standard error and the exit code.
 class Browser final : public WindowOwner {
 public:
-    explicit Browser(const Options& givenOptions);
+    explicit Browser(const Options& givenOptions, Findings* itsFindings = nullptr);
     ~Browser() override;
 
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
 
     // Opens the first window, and returns when the last has closed. Answers the exit code: 0; 1
-    // when a page could not be loaded or threw; 2 when the browser itself cannot work. Once.
+    // when a page could not be loaded or threw; 2 when the browser itself cannot work; 3 when
+    // what passes was to be checked and a rule was broken. Once.
     int run();
 
     // The view is the new window's.
@@ -48,6 +50,7 @@ private:
     void fail(int code, const std::string& message);
 
     const Options& options;
+    Findings* const findings;         // of all web processes; null: nothing is checked
     WebKitWebContext* const context;  // owned
     WebKitSettings* const settings;   // owned
     GMainLoop* const loop;            // owned

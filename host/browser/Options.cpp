@@ -132,6 +132,6 @@ the inspector, Ctrl+W closes the window. The signal SIGUSR2 reloads too.
 
 Exit codes: 0 the window was closed, or the screenshot written; 1 the page could
 not be loaded, its process died, or it had an uncaught exception; 2 an option,
-the page's file, the plug-in or the display is wrong.
+the page's file, the plug-in or the display is wrong; 3 --validate found something.
 )";
 }

@@ -1,11 +1,13 @@
 #include "browser/Browser.h"
 #include "browser/Options.h"
+#include "options/Findings.h"
 #include "options/Limits.h"
 
 #include <gtk/gtk.h>
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <stdexcept>
 
 int main(int argc, char* argv[]) {
@@ -21,11 +23,12 @@ int main(int argc, char* argv[]) {
         }
         checkLimits();
         options.setEnvironment();
+        const auto findings = options.validates ? std::make_unique<Findings>() : nullptr;
         if (!gtk_init_check(nullptr, nullptr)) {
             throw std::runtime_error("no display: neither DISPLAY nor WAYLAND_DISPLAY leads to one "
                                      "(xvfb-run brings its own)");
         }
-        return Browser(options).run();
+        return Browser(options, findings.get()).run();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-browser: %s\n", error.what());
         return 2;

@@ -89,6 +89,29 @@ TEST(Browser, TellsWhatIsWrong) {
     EXPECT_THAT(noDisplay.errors, HasSubstr("no display"));
 }
 
+// A plug-in that answers what there is not, in the page's process.
+TEST(Browser, EndsWithAnotherCodeWhenARuleWasBroken) {
+    const Place place("rules");
+    const std::string page = place.file("page.html");
+    writeTo(page, "<script>Probe.garbageType; Probe.brokenText; Probe.garbageType;</script>");
+    const std::vector<std::string> command{browser, page,           "--plugin",
+                                           PROBE,   "--screenshot", place.file("page.png")};
+    EXPECT_EQ(run(command, {}).exitCode, 0);
+    std::vector<std::string> checked = command;
+    checked.emplace_back("--validate");
+    const Outcome told = run(checked, {});
+    EXPECT_EQ(told.exitCode, 3);
+    EXPECT_THAT(told.errors, HasSubstr("libSonolet-layer: rule 108, plug-in: a value has a type"));
+    EXPECT_THAT(told.errors,
+                HasSubstr("sonolet-browser: 3 findings: rule 101 plug-in 1, rule 108 plug-in 2\n"));
+    const std::string file = place.file("findings.txt");
+    writeTo(file, "libSonolet-layer: rule 108, plug-in: of another day\n");
+    const Outcome kept = run(checked, {{"SONOLET_FINDINGS", file}});
+    EXPECT_EQ(kept.exitCode, 3);
+    EXPECT_EQ(kept.errors, "sonolet-browser: 3 findings: rule 101 plug-in 1, rule 108 plug-in 2\n");
+    EXPECT_THAT(contentsOf(file), HasSubstr("before it: getter garbageType, getter brokenText"));
+}
+
 TEST(Browser, SurvivesTheDeathOfThePagesProcess) {
     const Place place("crash");
     const bool inCog = WebDriver::inCog();

@@ -50,6 +50,14 @@ std::string line(const std::string& text) {
     return text.substr(0, text.find('\n'));
 }
 
+TEST(RunnerTest, ABrokenRuleIsTheExitCodeWhateverThePageDoes) {
+    for (const std::string end : {"close()", "throw new Error('late')"}) {
+        const Outcome result = runPage("Probe.garbageType; " + end, {"--validate"});
+        EXPECT_EQ(result.exitCode, 3) << result.errors;
+        EXPECT_THAT(result.errors, HasSubstr("libSonolet-layer: 1 finding: rule 108 plug-in 1\n"));
+    }
+}
+
 TEST(RunnerTest, TimersKeepTheirOrderUntilThePageCloses) {
     const Outcome result = runPage(R"(
         const seen = [];
