@@ -89,8 +89,9 @@ bench_device() {
         [[ " --json --markdown device " == *" $argument "* ]] ||
             misuse "the benchmark device takes no other beside it"
     done
-    needs_root
-    prepare_i386
+    needs_root i386
+    lock_root i386
+    prepare_root i386
     say "i386: building"
     in_root i386 sh -c "cmake --preset release -DSONOLET_BUILD_BENCH=device \
         -DSONOLET_BUILD_TESTS=OFF >/dev/null && cmake --build build/release \

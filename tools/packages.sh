@@ -10,7 +10,13 @@ build_packages=(
     libsoup-3.0-dev libjson-glib-dev glib-networking
 )
 browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
-wpe_packages=(libwpewebkit-1.1-dev cog)
+# Debian 13 has another WPE WebKit, which host/engine knows nothing of.
+wpe_of_bookworm=(libwpewebkit-1.1-dev cog)
+wpe_packages=() build_wpe=OFF
+own_release=$(. /etc/os-release 2>/dev/null && echo "${VERSION_CODENAME:-}")
+if [[ $own_release == bookworm ]]; then
+    wpe_packages=("${wpe_of_bookworm[@]}") build_wpe=ON
+fi
 package_packages=(dpkg-dev file lintian)
 test_packages=(
     libgtest-dev libgmock-dev binutils node-typescript man-db supysonic gunicorn

@@ -31,7 +31,7 @@ test_preset() {
     local preset=$1 log=$root/build/test-$1.log options=(-DSONOLET_BUILD_TESTS=ON)
     if [[ $preset == dev ]]; then
         install_axe
-        options+=(-DSONOLET_BUILD_BROWSER=ON -DSONOLET_BUILD_WPE=ON)
+        options+=(-DSONOLET_BUILD_BROWSER=ON "-DSONOLET_BUILD_WPE=$build_wpe")
     fi
     say "$preset: building"
     if ! configure "$preset" "${options[@]}" ||
@@ -60,18 +60,57 @@ count_tests() {
     skipped=$((skipped + left_out))
 }
 
-# test_root: the same for the whole system on 32 bits, as "./sonolet test dev" in the root i386.
+# test_root NAME: the same for the whole system in a root, as "./sonolet test dev" there.
 test_root() {
-    local log=$root/build/i386-root$home_in_root/build/test-dev.log
+    local name=$1 log=$root/build/$1-root$home_in_root/build/test-dev.log
     install_axe
-    timed "i386: system" prepare_i386
+    lock_root "$name"
+    timed "$name: system" prepare_root "$name"
     in_namespaces rm -f "$log"
-    say "i386: building and testing in build/i386-root"
-    timed "i386: build and tests" in_root i386 ./sonolet test dev || true
+    say "$name: building and testing in build/$name-root"
+    timed "$name: build and tests" in_root "$name" ./sonolet test dev || true
     if [[ -e $log ]]; then
-        count_tests i386 "$log"
+        count_tests "$name" "$log"
     else
-        say "i386: not built"
+        say "$name: not built"
+        failed=$((failed + 1))
+    fi
+}
+
+# test_armhf: the whole system cross-built over a Debian of that processor, none of whose programs
+# runs; without the rights to make one, the plug-in and its unit tests.
+test_armhf() {
+    why_no_root armhf
+    if [[ -n $reason ]]; then
+        say "armhf: the plug-in alone, for the whole system is impossible here: $reason"
+        test_preset armhf
+        return
+    fi
+    lock_root armhf
+    timed "armhf: system" make_sysroot
+    test_preset armhf-whole
+    timed "armhf: samples" same_samples armhf "$root/build/armhf-whole/bin/sonolet-host"
+}
+
+# same_samples NAME HOST: another build's host plays the demo library into a file that is the same,
+# bit for bit, as what this machine's host plays; one test more.
+same_samples() {
+    local folder=$root/build/samples name=$1 page=$root/tests/pages/scripts/samples.js host
+    prepare
+    rm -rf "$folder"
+    mkdir -p "$folder"
+    "$build/bin/sonolet-demo" "$build/demo" >&2
+    for host in "$build/bin/sonolet-host" "$2"; do
+        SONOLET_STATE=$folder/state "$host" "$page" --music "$build/demo" --speed 10 --for 1000 \
+            --audio "wav:$folder/$(basename "$(dirname "$(dirname "$host")")").wav" || true
+        rm -rf "$folder/state"
+    done
+    local files=("$folder"/*.wav)
+    if ((${#files[@]} == 2)) && cmp "${files[@]}"; then
+        say "$name: $(stat -c %s "${files[0]}") bytes of sound are those of this machine"
+        passed=$((passed + 1))
+    else
+        say "$name: the sound is not that of this machine; both are in $folder"
         failed=$((failed + 1))
     fi
 }
