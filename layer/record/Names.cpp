@@ -134,7 +134,7 @@ void Names::learn(std::string secret) {
         return;
     }
     secretsInOrder.push_back(std::move(secret));
-    if (secretsInOrder.size() > mostSecrets) {
+    if (forgets && secretsInOrder.size() > mostSecrets) {
         secrets.erase(secretsInOrder.front());
         secretsInOrder.pop_front();
     }
@@ -143,9 +143,6 @@ void Names::learn(std::string secret) {
 std::int64_t Names::numberOf(std::string_view secret) {
     if (secret.empty()) {
         return 0;
-    }
-    if (numbers.size() >= mostSecrets) {
-        numbers.clear();
     }
     const auto [found, isNew] = numbers.emplace(secret, lastNumber + 1);
     lastNumber += isNew ? 1 : 0;

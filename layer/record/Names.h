@@ -27,6 +27,9 @@
 // off has no name and is hidden rather than told.
 class Names final {
 public:
+    // One that forgets knows the latest 256 secrets of the library again; else all.
+    explicit Names(bool itForgets = true) : forgets(itForgets) {}
+
     // Each event once, in order. Answers its name: "get Track.name", "call Session.login", "poll",
     // "sp_track_name"; of a call's end the empty text. Texts that are secret become so in `event`.
     std::string follow(Event& event);
@@ -35,9 +38,8 @@ public:
     // the next event.
     std::string_view memberOf(const void* functionObject) const;
 
-    // A number for a secret text: the same for the same text, from 1 on, 0 for the
-    // empty one. After 256 all are
-    // forgotten and get new ones.
+    // A number for a secret text: the same for the same text, from 1 on, 0 for the empty one.
+    // Whoever asks for numbers keeps all these texts.
     std::int64_t numberOf(std::string_view secret);
 
     // How many objects of the plug-in the browser has, functions included.
@@ -70,6 +72,7 @@ private:
 
     std::unordered_map<const void*, std::string> objects;
     std::unordered_map<std::uint32_t, std::vector<Frame>> threads;
+    const bool forgets;
     // Texts that were seen where the library gets or gives secrets: the last 256, oldest first.
     std::unordered_set<std::string> secrets;
     std::deque<std::string> secretsInOrder;

@@ -43,7 +43,7 @@ bool isOk(const Event& event) {
 }  // namespace
 
 Scribe::Scribe(TraceFile& traceFile, bool isWholeTrace)
-    : file(traceFile), isWhole(isWholeTrace), process(getpid()) {
+    : file(traceFile), isWhole(isWholeTrace), process(getpid()), names(!isWholeTrace) {
     beginFile();
 }
 

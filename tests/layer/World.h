@@ -127,6 +127,7 @@ inline Backend realBackend;
 inline sp_session_callbacks pluginsCallbacks() {
     sp_session_callbacks callbacks = {};
     callbacks.logged_in = [](sp_session*, sp_error) { runInside(); };
+    callbacks.credentials_blob_updated = [](sp_session*, const char*) {};
     callbacks.end_of_track = [](sp_session*) {};
     callbacks.music_delivery = [](sp_session*, const sp_audioformat*, const void*, int) {
         runInside();
