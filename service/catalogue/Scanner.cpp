@@ -91,9 +91,18 @@ std::string inFolder(const std::string& folder, const std::string& name) {
 
 }  // namespace
 
-Scanner::Scanner(std::string musicFolder, std::string catalogueFile, ScanEvents scanEvents)
+bool isFolderPicture(const std::string& name) {
+    return std::any_of(pictureNames.begin(), pictureNames.end(), [&](const char* wanted) {
+        return g_ascii_strcasecmp(name.c_str(), wanted) == 0;
+    });
+}
+
+Scanner::Scanner(std::string musicFolder,
+                 std::string catalogueFile,
+                 ScanEvents scanEvents,
+                 Pass whichPass)
     : music(std::move(musicFolder)), file(std::move(catalogueFile)), events(std::move(scanEvents)),
-      thread([this] { run(); }) {}
+      pass(whichPass), thread([this] { run(); }) {}
 
 Scanner::~Scanner() {
     stopping = true;
@@ -136,7 +145,9 @@ void Scanner::scanOnce() {
     const Clock::time_point start = Clock::now();
     lastFlush = start;
     lastReport = start;
-    events.log("Scanning " + music);
+    if (pass == Pass::first) {
+        events.log("Scanning " + music);
+    }
     writer = std::make_unique<CatalogueWriter>(file);
     struct stat begun {};
     if (stat(music.c_str(), &begun) == 0) {
@@ -160,7 +171,15 @@ void Scanner::scanOnce() {
         events.log("What was known of " + music + " stays known");
         return;
     }
-    const std::chrono::duration<double> taken = Clock::now() - start;
+    if (pass == Pass::first || counts.added + counts.changed + counts.removed > 0) {
+        reportResult(Clock::now() - start);
+    }
+    if (events.playlistFiles) {
+        events.playlistFiles(playlistFiles, stopping);
+    }
+}
+
+void Scanner::reportResult(std::chrono::duration<double> taken) {
     char seconds[32];
     std::snprintf(seconds, sizeof(seconds), "%.2f", taken.count());
     events.log("Scanned " + music + " in " + seconds +
@@ -168,9 +187,6 @@ void Scanner::scanOnce() {
                std::to_string(counts.added) + " new, " + std::to_string(counts.changed) +
                " changed, " + std::to_string(counts.removed) + " removed, " +
                std::to_string(counts.skipped) + " skipped");
-    if (events.playlistFiles) {
-        events.playlistFiles(playlistFiles, stopping);
-    }
 }
 
 void Scanner::scanFolder(const std::string& path) {

@@ -28,6 +28,9 @@ struct ScanEvents {
     std::function<void(bool complete)> finished;
 };
 
+// Whether a file of that name is looked at for its folder's picture.
+bool isFolderPicture(const std::string& name);
+
 // Brings a catalogue up to date with a folder of music, once, on a thread of its own, which begins
 // in the constructor.
 //
@@ -41,9 +44,15 @@ struct ScanEvents {
 // the next scan goes on from there.
 class Scanner final {
 public:
+    // One that looks again says only what it has found.
+    enum class Pass { first, again };
+
     // The catalogue is made if it is not there. `log` and `finished` must be given, and all three
     // stay callable until the destructor returns.
-    Scanner(std::string musicFolder, std::string catalogueFile, ScanEvents scanEvents);
+    Scanner(std::string musicFolder,
+            std::string catalogueFile,
+            ScanEvents scanEvents,
+            Pass whichPass = Pass::first);
 
     // Stops within a file and joins.
     ~Scanner();
@@ -73,6 +82,7 @@ private:
                     const KnownFolder& known);
     void loseFolders();
     void reportProgress();
+    void reportResult(std::chrono::duration<double> taken);
     void flush();
     std::string absolute(const std::string& path) const;
 
@@ -80,6 +90,7 @@ private:
     const std::string music;
     const std::string file;
     const ScanEvents events;
+    const Pass pass;
 
     StopFlag stopping{false};
 

@@ -9,10 +9,8 @@
 namespace sonolet::service {
 
 FolderSource::FolderSource(SourceEvents toSession, std::string musicFolder)
-    : events(std::move(toSession)), music(std::move(musicFolder)), scan(events, music, [this] {
-          settling = false;
-          events.settled();
-      }) {}
+    : events(std::move(toSession)), music(std::move(musicFolder)),
+      scan(events, music, [this](Scan::Pass pass) { scanned(pass); }) {}
 
 Kept FolderSource::files(const StatePaths& paths) {
     return {paths.accountsFile(), paths.catalogueFile(music)};
@@ -21,6 +19,26 @@ Kept FolderSource::files(const StatePaths& paths) {
 void FolderSource::start(const Kept& kept) {
     settling = true;
     scan.start(kept);
+}
+
+void FolderSource::stop() {
+    watch.reset();
+    scan.stop();
+}
+
+void FolderSource::scanned(Scan::Pass pass) {
+    if (pass == Scan::Pass::again) {
+        return;  // whoever reads the catalogue sees that it has changed
+    }
+    settling = false;
+    if (watch == nullptr) {
+        // The clock of files is a little behind.
+        constexpr std::int64_t grain = 20000000;
+        watch = std::make_unique<FolderWatch>(
+            music, scan.begun() - grain, [this] { events.post([this] { scan.again(); }); },
+            FolderWatch::Limits());
+    }
+    events.settled();
 }
 
 template <typename Action>

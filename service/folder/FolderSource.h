@@ -1,6 +1,7 @@
 #ifndef SONOLET_SERVICE_FOLDER_FOLDER_SOURCE_H
 #define SONOLET_SERVICE_FOLDER_FOLDER_SOURCE_H
 
+#include "folder/FolderWatch.h"
 #include "folder/Scan.h"
 #include "source/Source.h"
 
@@ -25,7 +26,7 @@ public:
     Accounts::First firstAccount() const override { return Accounts::First::listener; }
 
     void start(const Kept& kept) override;
-    void stop() override { scan.stop(); }
+    void stop() override;
     void rebuild(const DatabaseError& error) override { scan.rebuild(error); }
 
     bool isSettling() const override { return settling; }
@@ -48,6 +49,7 @@ public:
     std::shared_ptr<const Sound> openSound(const std::string& soundPath) override;
 
 private:
+    void scanned(Scan::Pass pass);
     // What fails is a line that begins with the consequence.
     template <typename Action>
     void orLog(const char* consequence, Action action) const;
@@ -58,6 +60,7 @@ private:
 
     bool settling = true;  // until the first scan of these files is over
     Scan scan;
+    std::unique_ptr<FolderWatch> watch;
 };
 
 }  // namespace sonolet::service
