@@ -22,7 +22,7 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script load plugin sound base64 memory size growth layer search playing\n"
+    "groups: script load plugin sound base64 memory size growth layer search playing player\n"
     "(all of these, if none is named), device\n";
 
 // Wrong use.
@@ -38,9 +38,9 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 11> allGroups = {"script", "load",   "plugin", "sound",
-                                               "base64", "memory", "size",   "growth",
-                                               "layer",  "search", "playing"};
+const std::array<std::string, 12> allGroups = {"script", "load",   "plugin",  "sound",
+                                               "base64", "memory", "size",    "growth",
+                                               "layer",  "search", "playing", "player"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -182,7 +182,7 @@ void run(const Options& options) {
         if (group == "script" || group == "load") {
             add(figuresOf(program("sonolet-bench-script") + ' ' + group));
         } else if (group == "search" || group == "playing" || group == "layer" ||
-                   group == "device") {
+                   group == "player" || group == "device") {
             add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));

@@ -19,6 +19,7 @@ measured against in the same run or its limit, the ratio, the goal, and whether 
   growth   ten, a thousand, a hundred thousand of everything
   search   search among 100,000 tracks, scans of 10,000 files (half a gigabyte in TMPDIR)
   playing  the gap between tracks; two minutes beside as many busy processes as there are cores
+  player   searches and scrolling in the player, among 6,000 and 100,000 tracks
   device   playing on 32 bits with 192 MiB and a quarter of a core, in build/i386-root
 
 Without a group, all of them but device: some minutes.
@@ -42,8 +43,8 @@ command_bench() {
     fi
     local needed=("${build_packages[@]}" "${bench_packages[@]}")
     read -ra needed <<<"${needed[*]} ${preset_packages[i686]}"
-    install_missing "${needed[@]}"
-    configure release -DSONOLET_BUILD_BENCH=ON -DSONOLET_BUILD_TESTS=OFF || exit 1
+    install_missing "${needed[@]}" "${browser_packages[@]}" xvfb
+    configure release -DSONOLET_BUILD_BENCH=ON -DSONOLET_BUILD_BROWSER=ON -DSONOLET_BUILD_TESTS=OFF || exit 1
     say "building"
     build_in "$root/build/release" sonolet-bench-all || fail "the build failed"
     local device=()
