@@ -23,7 +23,7 @@ test_packages=(
 )
 browser_test_packages=(
     webkit2gtk-driver wpewebkit-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio
-    curl procps python3
+    curl procps python3 xdotool
 )
 # What all of dev needs.
 whole_packages=(

@@ -70,6 +70,83 @@ TEST_F(Player, PlaysAndSeeksWhatASearchFinds) {
               "true");
 }
 
+TEST_F(Player, StartsTheNextTrackWithinTheEventThatEndsOne) {
+    enter("#/album/Ines Orrell/Small Hours?play");
+    // The page's listener comes first: what it does not call before this one, it calls later.
+    EXPECT_EQ(evaluate(R"js(
+        const titles = [...await until(() => find('.track.sounding') && find('[aria-rowindex="3"]') &&
+            document.querySelectorAll('.track-title'))].map((one) => one.textContent);
+        const { Session, Sonolet } = Spotify;
+        const calls = [];
+        for (const name of ['playerPrefetch', 'playerLoad', 'playerPlay']) {
+            const real = Session[name];
+            Object.defineProperty(Session, name, { value: (...given) => {
+                calls.push(name);
+                return real.apply(Session, given);
+            } });
+        }
+        Sonolet.addEventListener('TrackComplete', () => calls.push('TrackComplete'));
+        const toItsEnd = async () => { // which loads it anew
+            await until(() => text('#position') > '0:00');
+            fill('#seek', find('#seek').max - 3000);
+            find('#seek').dispatchEvent(new Event('change'));
+            calls.length = 0;
+        };
+        const seen = () => [calls.join(), titles.indexOf(text('.bar-title'))].join();
+        await toItsEnd();
+        await until(() => calls.includes('TrackComplete'));
+        const first = seen();
+        // What comes before the track that is ready is made ready in its place.
+        await toItsEnd();
+        await until(() => calls.includes('playerPrefetch'));
+        find('[aria-rowindex="1"]').focus();
+        press('ContextMenu');
+        document.activeElement.click();
+        await until(() => calls.includes('TrackComplete'));
+        return [first, seen()];
+    )js"),
+              R"(["playerLoad,playerPlay,playerPrefetch,playerLoad,playerPlay,TrackComplete,1",)"
+              R"("playerLoad,playerPlay,playerPrefetch,playerPrefetch,playerLoad,playerPlay,)"
+              R"(TrackComplete,0"])");
+}
+
+// As X has them. The one key to play and to pause comes as "MediaPlay".
+TEST_F(Player, ObeysTheKeysOfKeyboardsAndRemoteControls) {
+    enter("#/album/Ines Orrell/Small Hours?play");
+    evaluate("await until(() => find('.track.sounding') && find('[aria-rowindex=\"3\"]'));"
+             "find('[aria-rowindex=\"1\"]').focus();"
+             "window.titles = [...document.querySelectorAll('.track-title')].map((one) =>"
+             "    one.textContent);"
+             "window.now = (await import('./music/playback.js')).now;");
+    // There is no window manager that gives the focus.
+    ASSERT_EQ(run({"/usr/bin/xdotool", "search", "--onlyvisible", "--limit", "1", "--class",
+                   "sonolet-browser", "windowfocus"},
+                  {})
+                  .exitCode,
+              0);
+    const struct {
+        const char *key, *look;
+    } cases[] = {
+        {"XF86AudioPlay", "now.status === 'paused'"},
+        {"XF86AudioPlay", "now.status === 'playing'"},
+        {"XF86AudioNext", "text('.bar-title') === titles[1]"},
+        {"XF86AudioForward", "now.position > 9000"},
+        {"XF86AudioRewind", "now.position < 9000"},
+        {"XF86AudioPrev", "text('.bar-title') === titles[0]"},
+        {"XF86AudioStop", "now.status === 'stopped'"},
+        {"Menu", "text('.dialog h2') === titles[0]"},
+        {"XF86Search", "document.activeElement.id === 'search' && !find('.dialog')"},
+        {"XF86HomePage", "location.hash === '#/home'"},
+        {"XF86Back", "location.hash.startsWith('#/album')"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.key);
+        EXPECT_EQ(run({"/usr/bin/xdotool", "key", one.key}, {}).exitCode, 0);
+        EXPECT_EQ(evaluate("return Boolean(await until(() => " + std::string(one.look) + "));"),
+                  "true");
+    }
+}
+
 TEST_F(Player, ShowsAtOnceWhatIsChangedElsewhere) {
     const std::string link = playlist({"new", "Evening"});
     enter("#/playlist/" + link);

@@ -4,12 +4,14 @@
 
 import { closeDialog, focusRoot } from "./dialog.js";
 import { byId } from "./dom.js";
-import { next, now, previous, stop, toggle } from "../music/playback.js";
+import { next, now, previous, seek, stop, toggle } from "../music/playback.js";
 
 const FOCUSABLE = "a[href], button, input, [tabindex]";
 /** Devices name their back key in their own ways. */
 const BACK = ["GoBack", "BrowserBack", "XF86Back", "Backspace"];
 const BACK_CODES = [461, 10009];
+/** How far the keys that wind go, in milliseconds. */
+const STEP = 10000;
 
 /** @typedef {"Left" | "Right" | "Up" | "Down"} Direction */
 
@@ -50,24 +52,25 @@ function handle(event, help) {
     if (byId("app").hidden) {
         return false; // the sign-in
     }
-    if (BACK_CODES.includes(event.keyCode) || (BACK.includes(key) && !typing)) {
+    if (BACK_CODES.includes(event.keyCode) || (BACK.includes(key) && !(typing && key === "Backspace"))) {
         if (!closeDialog()) {
             history.back();
         }
         return true;
     }
-    return media(key) || (!typing && !event.ctrlKey && shortcut(key, target, help));
+    return media(event) || device(key, target) || (!typing && !event.ctrlKey && shortcut(key, target, help));
 }
 
-/** @param {string} key */
-function media(key) {
+/** @param {KeyboardEvent} event */
+function media({ key, code }) {
     switch (key) {
     case "MediaPlayPause":
         toggle();
         return true;
     case "MediaPlay":
-    case "MediaPause": // two keys, so that neither does what the other is for
-        if ((now.status === "playing") === (key === "MediaPause")) {
+    case "MediaPause":
+        // One key for both may come as either; of two, neither does what the other is for.
+        if (code === "MediaPlayPause" || (now.status === "playing") === (key === "MediaPause")) {
             toggle();
         }
         return true;
@@ -79,6 +82,39 @@ function media(key) {
         return true;
     case "MediaTrackPrevious":
         previous();
+        return true;
+    case "MediaFastForward":
+        seek(now.position + STEP);
+        return true;
+    case "MediaRewind":
+        seek(now.position - STEP);
+        return true;
+    default:
+        return false;
+    }
+}
+
+/**
+ * Keys of remote controls that go somewhere.
+ * @param {string} key
+ * @param {HTMLElement} target
+ */
+function device(key, target) {
+    switch (key) {
+    case "BrowserHome":
+        closeDialog();
+        location.hash = "#/home";
+        return true;
+    case "BrowserSearch":
+        closeDialog();
+        byId("search").focus();
+        return true;
+    case "ContextMenu": // of the row that has the focus, else of the page
+        if (!closeDialog()) {
+            const row = target.closest("[role=row]");
+            const more = row && row.querySelector(".more");
+            (more instanceof HTMLElement ? more : byId("menu")).click();
+        }
         return true;
     default:
         return false;

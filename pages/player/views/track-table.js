@@ -126,7 +126,7 @@ export function trackRow({ scope, read, start, numbered, by, note, buttons }) {
     const length = h("span", { class: "track-time", role: "gridcell" });
     const star = iconButton("star", "Star", { class: "icon-button star", tabindex: "-1",
         onclick: () => track && setStar(track, !track.isStarred()) });
-    const more = iconButton("more", "More", { tabindex: "-1",
+    const more = iconButton("more", "More", { class: "icon-button more", tabindex: "-1",
         onclick: () => track && info && openTrackMenu(track, info) });
     lead.append(numbered ? number : picture, h("span", { class: "track-state" }, icon("play")));
     const row = h("div", { class: `track ${numbered ? "numbered" : ""}`, role: "row" },
