@@ -181,11 +181,13 @@ TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
                        "];"
                        "for (let i = 0; i < 3; ++i) {"
                        "    find('[data-column=Title]').click();"
+                       "    await new Promise(requestAnimationFrame);"
                        "    seen.push(" +
                        titles +
                        ");"
                        "}"
                        "find('[data-column=Title]').click();"
+                       "await new Promise(requestAnimationFrame);"
                        "return [seen.join(), text('.facts')];"),
               R"(["MKS,KMS,SMK,MKS","listener · 3 tracks"])");
     // A change elsewhere is told and comes in its place.
@@ -225,6 +227,33 @@ TEST_F(Player, SortsAPlaylistAndPlaysItSoAndKeepsItsOwnOrder) {
                        "await until(() => find('.track-title').textContent);"
                        "return [...seen, text('.track-title')];"),
               R"(["KMS","Kettle Song","Before the Birds"])");
+}
+
+TEST_F(Player, SortsAllThatASearchFindsAndAnArtistsTracks) {
+    enter("#/home");
+    EXPECT_EQ(evaluate(R"js(
+        const { SearchTracks } = await import('./music/tracklist.js');
+        SearchTracks.page = 5; // of twelve
+        const shown = (selector) => Array.from(document.querySelectorAll(selector), (one) =>
+            one.textContent);
+        const seen = [];
+        for (const address of ['#/search/year:1000-2999', '#/artist/Low Tide Quartet']) {
+            await goTo(address);
+            await until(() => find('.track-title bdi'));
+            const count = find('.tracks').getAttribute('aria-rowcount');
+            find('[data-column=Time]').click();
+            await until(() => find('[data-column=Time][aria-pressed=true]'));
+            find('[data-column=Time]').click();
+            const backwards = await until(() => {
+                const times = shown('.track-time');
+                return !times.includes('') && times.length > 2 && times[0] > times[times.length - 1] &&
+                    times;
+            });
+            seen.push(count, backwards.every((time, at) => at === 0 || backwards[at - 1] >= time));
+        }
+        return seen.join();
+    )js"),
+              R"("12,true,3,true")");
 }
 
 TEST_F(Player, ListsAllAlbumsAndArtistsWithLettersToJumpBy) {

@@ -5,6 +5,7 @@
 //   peek(i)       the track, or null while it has to be fetched
 //   fetch(i)      a promise of it
 //   changed       a Signal; see Change
+//   whole()       a promise of all of them being at hand
 //   copy()        a list over the same tracks that lives on its own (the queue outlives a view)
 //   close()       takes its listeners back
 
@@ -47,6 +48,8 @@ export class FixedTracks {
         return this.at(index);
     }
 
+    async whole() {}
+
     copy() {
         return this;
     }
@@ -86,6 +89,8 @@ export class PlaylistTracks {
         return this.playlist.track(index);
     }
 
+    async whole() {}
+
     copy() {
         return new PlaylistTracks(this.playlist);
     }
@@ -110,10 +115,15 @@ export class SearchTracks {
         this.asked = new Map([[0, Promise.resolve(first)]]);
         /** @type {Map<number, Spotify.Search>} */
         this.pages = new Map([[0, first]]);
+        /** @type {Spotify.Search | null} */
+        this.all = null;
     }
 
     /** @param {number} index @returns {Spotify.Track | null} */
     peek(index) {
+        if (this.all !== null) {
+            return index < this.all.numTracks() ? this.all.track(index) : null;
+        }
         const page = this.pages.get(Math.floor(index / SearchTracks.page));
         if (page === undefined) {
             this.fetch(index).catch(() => {}); // the row stays empty; scrolling back asks again
@@ -138,6 +148,12 @@ export class SearchTracks {
         return (await asked).track(index % SearchTracks.page);
     }
 
+    async whole() {
+        if (this.all === null && this.length > SearchTracks.page) {
+            this.all = await search(this.query, { tracks: this.length });
+        }
+    }
+
     copy() {
         return this;
     }
@@ -158,9 +174,9 @@ const columns = {
 };
 export const COLUMNS = Object.keys(columns);
 
-/** Another list whose tracks are all at hand, in the order of a column. */
+/** Another list, in the order of a column. */
 export class SortedTracks {
-    /** @param {FixedTracks | PlaylistTracks} base */
+    /** @param {FixedTracks | PlaylistTracks | SearchTracks} base */
     constructor(base) {
         this.base = base;
         /** One of COLUMNS; "" for the list's own order. */
@@ -181,8 +197,13 @@ export class SortedTracks {
         return this.base.length;
     }
 
-    /** @param {string} column @param {boolean} backwards */
-    sort(column, backwards) {
+    /**
+     * @param {string} column
+     * @param {boolean} backwards
+     * @returns {Promise<void>} rejected, and nothing is changed, when not all tracks can be had
+     */
+    async sort(column, backwards) {
+        await this.base.whole();
         this.column = column;
         this.backwards = backwards;
         this.arrange();

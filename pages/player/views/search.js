@@ -6,15 +6,17 @@ import { albumsOf, artistsOf, path, search } from "../music/library.js";
 import { announce } from "../page/notices.js";
 import { go, parseAddress, readdress } from "../page/router.js";
 import { Scope, Signal } from "../page/scope.js";
-import { SearchTracks } from "../music/tracklist.js";
+import { SearchTracks, SortedTracks } from "../music/tracklist.js";
 import { albumCard, artistCard, empty, section } from "./parts.js";
-import { trackTable } from "./track-table.js";
+import { sortBar, trackTable } from "./track-table.js";
 
 /**
  * At least so many milliseconds lie between two questions: whoever types fast does not ask for each
  * letter, and the last one waits no longer than that. The answer takes two ticks of the plug-in.
  */
 const PAUSE = 90;
+/** To sort tracks, all of them are asked for. */
+const MOST_SORTED = 2000;
 
 /**
  * What is in the field now; the answers to what was there before are of no use any more.
@@ -117,7 +119,7 @@ export async function searchView({ root, scope, args, title }) {
  * @param {Spotify.Search} found
  */
 function showResults(root, scope, query, found) {
-    const tracks = new SearchTracks(query, found);
+    const tracks = new SortedTracks(new SearchTracks(query, found));
     const artists = artistsOf(found);
     const albums = albumsOf(found);
     const total = tracks.length + artists.length + albums.length;
@@ -135,6 +137,7 @@ function showResults(root, scope, query, found) {
         artists.length + albums.length > 0 && section("Artists and albums",
             h("div", { class: "shelf", "data-scroll": "" },
                 artists.map(artistCard), albums.map(albumCard))),
-        tracks.length > 0 && section(counted(tracks.length, "track"), table.element));
+        tracks.length > 0 && section(counted(tracks.length, "track"),
+            tracks.length > 1 && tracks.length <= MOST_SORTED && sortBar(tracks), table.element));
     table.draw(); // not with the frame after this one
 }

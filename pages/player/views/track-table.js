@@ -69,8 +69,8 @@ export function sortBar(tracks) {
         bar.append(h("button", { type: "button", class: "sort", "data-column": column,
             onclick: () => {
                 const again = tracks.column === column;
-                tracks.sort(again && tracks.backwards ? "" : column, again && !tracks.backwards);
-                fill();
+                tracks.sort(again && tracks.backwards ? "" : column, again && !tracks.backwards)
+                    .then(fill, () => notify("This could not be sorted just now.", null, "error"));
             } }));
     }
     fill();
