@@ -306,12 +306,42 @@ TEST_F(Views, AreReachedAndUsedByKeysAlone) {
         EXPECT_EQ(at("(await until(() => find('.track.current')), focused().split(',')[0] ==="
                      "    text('.track.current .track-title'))"),
                   R"(",true")");
+        // Its star, and its menu, which Back closes and whose second line is the queue.
+        const auto expect = [&](const std::string& look) {
+            EXPECT_EQ(evaluate("return until(() => " + look + " && !hidden());"), "true") << look;
+        };
+        expect("find('.track.sounding')");
+        page.press({" "});  // or the queue would end meanwhile
+        expect("find('.track.current') && !find('.track.sounding')");
+        page.press({"Right", "Enter"});
+        expect("focused() === 'Star' &&"
+               "    document.activeElement.getAttribute('aria-pressed') === 'true'");
+        page.press({"Enter", "Right", "Enter"});
+        expect("find('.dialog') && focused() === 'Play next'");
+        page.press({"Back"});
+        expect("!find('.dialog') && focused() === 'More'");
+        page.press({"Enter", "Down", "Enter"});
+        expect("text('.notice').includes('in the queue')");
+        page.press({"Escape"});
+        expect("!find('.notice')");
         page.press({"Back"});
         EXPECT_EQ(at("(await until(() => find('.letters') && focused().startsWith('Lanterns')))"),
                   R"(",true")");
         // A search is typed, and its first track played.
         page.press({"/", "s", "a", "l", "t", "Enter"});
         EXPECT_EQ(at("(await until(() => find('.shelf, .track-title')), true)"), R"(",true")");
+        // A playlist is sorted; the queue put in another order, and emptied of a track.
+        evaluate("await goTo(find('.tree-row').hash || '#/starred');"
+                 "await until(() => find('.sort') && find('.track')); find('.track').focus();");
+        page.press({"Up", "Enter"});
+        expect("document.activeElement.matches('.sort[aria-pressed=true]')");
+        evaluate("await goTo('#/playing'); find('.queue [aria-rowindex=\"1\"]').focus();"
+                 "window.second = text('[aria-rowindex=\"2\"] .track-title');");
+        page.press({"Right", "Enter"});
+        expect("text('[aria-rowindex=\"1\"] .track-title') === second");
+        evaluate("find('.queue [aria-rowindex=\"1\"]').focus();");
+        page.press({"Right", "Right", "Enter"});
+        expect("!text('.queue').includes(second)");
     }
 }
 

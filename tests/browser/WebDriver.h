@@ -56,11 +56,11 @@ public:
     void reload() { call("POST", "/refresh", "{}"); }
 
     // Presses and releases real keys, one after the other: "Left", "Up", "Right", "Down", "Enter",
-    // "Back", or what they write.
+    // "Back", "Escape", or what they write.
     void press(const std::vector<std::string>& keys) {
         const std::map<std::string, std::string> codes = {
-            {"Left", "\\uE012"}, {"Up", "\\uE013"},    {"Right", "\\uE014"},
-            {"Down", "\\uE015"}, {"Enter", "\\uE007"}, {"Back", "\\uE003"}};
+            {"Left", "\\uE012"},  {"Up", "\\uE013"},   {"Right", "\\uE014"}, {"Down", "\\uE015"},
+            {"Enter", "\\uE007"}, {"Back", "\\uE003"}, {"Escape", "\\uE00C"}};
         std::string actions;
         for (const std::string& key : keys) {
             const auto code = codes.find(key);

@@ -39,6 +39,14 @@ export function notify(message, action, kind = "info") {
     setTimeout(expire, kind === "error" ? 10000 : 5000);
 }
 
+/** Whether there was one. */
+export function dismissNotices() {
+    const place = byId("notices");
+    const some = place.children.length > 0;
+    place.textContent = "";
+    return some;
+}
+
 /** @param {string} message */
 export function announce(message) {
     byId("announcer").textContent = message;

@@ -4,6 +4,7 @@
 
 import { closeDialog, focusRoot } from "./dialog.js";
 import { byId } from "./dom.js";
+import { dismissNotices } from "./notices.js";
 import { next, now, previous, seek, stop, toggle } from "../music/playback.js";
 
 const FOCUSABLE = "a[href], button, input, [tabindex]";
@@ -47,7 +48,7 @@ function handle(event, help) {
         return arrow(target, direction, typing);
     }
     if (key === "Escape") {
-        return closeDialog();
+        return closeDialog() || dismissNotices();
     }
     if (byId("app").hidden) {
         return false; // the sign-in
@@ -201,17 +202,23 @@ export function reveal(element) {
  */
 function nearest(from, direction) {
     const start = from === document.body ? new DOMRect(0, 0, 1, 1) : from.getBoundingClientRect();
-    const scroller = from.closest("[data-scroll]");
+    const aside = direction === "Left" || direction === "Right";
     let best = null;
     let bestScore = Infinity;
     for (const element of focusRoot().querySelectorAll(FOCUSABLE)) {
-        if (element === from || !(element instanceof HTMLElement) || !reachable(element, scroller)) {
+        if (element === from || !(element instanceof HTMLElement) || !reachable(element, from)) {
             continue;
         }
         if (from !== document.body && (element.contains(from) || from.contains(element))) {
             continue;
         }
-        const score = distance(start, element.getBoundingClientRect(), direction);
+        if (aside && !besides(from, element)) {
+            continue;
+        }
+        // What scrolling would show comes before what lies around the box.
+        const inside = aside || scrolledWith(element, from);
+        const score = distance(start, element.getBoundingClientRect(), direction) +
+            (inside ? 0 : innerHeight / 2);
         if (score < bestScore) {
             bestScore = score;
             best = element;
@@ -221,17 +228,37 @@ function nearest(from, direction) {
 }
 
 /**
- * Whether the element can be seen, or would be by scrolling the box that the focus is in already.
- * @param {HTMLElement} element
- * @param {Element | null} scroller
+ * Left and right lead from the view and its top to the sidebar, and else stay in their strip.
+ * @param {HTMLElement} from
+ * @param {HTMLElement} to
  */
-function reachable(element, scroller) {
+function besides(from, to) {
+    const [one, other] = [from, to].map((element) => element.closest(".bar, .top"));
+    return one === other || (to.closest(".sidebar") !== null && !from.closest(".bar"));
+}
+
+/**
+ * Whether a box that scrolls has both in it.
+ * @param {HTMLElement} element
+ * @param {HTMLElement} from
+ */
+function scrolledWith(element, from) {
+    const box = element.closest("[data-scroll]");
+    return box !== null && box.contains(from);
+}
+
+/**
+ * Whether the element can be seen, or would be by scrolling a box that the focus is in already.
+ * @param {HTMLElement} element
+ * @param {HTMLElement} from
+ */
+function reachable(element, from) {
     if (element.offsetParent === null || element.hasAttribute("disabled") ||
         element.hasAttribute("data-skip")) {
         return false;
     }
     const box = element.closest("[data-scroll]");
-    if (box === null || box === scroller) {
+    if (box === null || box.contains(from)) {
         return true;
     }
     const [inner, outer] = [element.getBoundingClientRect(), box.getBoundingClientRect()];
