@@ -135,8 +135,9 @@ function showKeys() {
         ["→, ← on the progress bar", "five seconds on, back"],
         ["Alt + ↑, Alt + ↓", "move a track of the queue"],
         ["A letter", "to it, among albums and artists"],
+        ["Menu", "what can be done with a track"],
         ["/", "search"],
-        ["Page Up, Page Down, Home, End", "through long lists"],
+        ["Page Up, Page Down, Home, End", "through lists"],
         ["Backspace, Back", "back"],
         ["Escape", "close what is open"],
     ];

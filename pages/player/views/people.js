@@ -12,7 +12,7 @@ export async function peopleView({ root, scope, args, title }) {
     const { Session } = Spotify;
     if (args.length === 0) {
         title("People");
-        put(root, h("h1", null, "People"));
+        put(root, h("h1", { class: "list-title" }, "People"));
         const names = list(Session.numFriends(), (i) => Session.friend(i).canonicalName());
         put(root, names.length === 0
             ? empty("people", "Nobody else", "Other accounts of this service are listed here.")
@@ -36,7 +36,7 @@ export async function peopleView({ root, scope, args, title }) {
         }
     };
     title(name);
-    put(root, h("h1", null, named(name)), lists);
+    put(root, h("h1", { class: "list-title" }, named(name)), lists);
     scope.listen(container, "ContainerLoaded", fill);
     fill();
 }

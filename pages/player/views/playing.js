@@ -43,7 +43,6 @@ export async function playingView({ root, scope, title }) {
             h("p", { class: "facts" },
                 h("button", { type: "button", class: "text-button", onclick: () => openArtist(track) },
                     named(info.artists.join(", "))),
-                " · ",
                 h("button", { type: "button", class: "text-button", onclick: () => openAlbum(track) },
                     named(info.album))));
     };
