@@ -75,7 +75,8 @@ lint_sources() {
     say "clang-format: ${#sources[@]} files"
     (cd "$root" && clang-format-14 --dry-run -Werror "${sources[@]}") || status=1
     configure dev -B "$lint_build" -DSONOLET_BUILD_TESTS=ON -DSONOLET_BUILD_BROWSER=ON \
-        "-DSONOLET_BUILD_WPE=$build_wpe" -DSONOLET_BUILD_BENCH=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON || return 1
+        "-DSONOLET_BUILD_WPE=$build_wpe" -DSONOLET_BUILD_BENCH=ON -DSONOLET_FUZZ=ON \
+        -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON || return 1
     mapfile -t compiled < <(compiled_of "${sources[@]}")
     say "clang-tidy: ${#compiled[@]} sources"
     (cd "$root" && printf '%s\0' "${compiled[@]}" |

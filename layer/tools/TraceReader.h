@@ -11,7 +11,7 @@
 //
 // The fields are those of the "Trace Event Format" that layer/record/Scribe.h names; what a line
 // does not have is 0 or empty, and so is what has another type than it should.
-struct TraceEvent {  // NOLINT(bugprone-exception-escape): moving JSON does not throw
+struct TraceEvent {        // NOLINT(bugprone-exception-escape): moving JSON does not throw
     char phase = 0;        // 'X' a whole call, 'B' and 'E' its ends, 'i', 'C', 's', 'f', 'M'
     std::string name;      // as the timeline shows it
     std::string category;  // "host>plugin"

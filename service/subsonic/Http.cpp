@@ -102,8 +102,8 @@ private:
     void end(const GError& error);
     void beginWait();
 
-    static void sent(GObject* session, GAsyncResult* result, gpointer self);
-    static void got(GObject* stream, GAsyncResult* result, gpointer self);
+    static void sent(GObject* session, GAsyncResult* result, gpointer data);
+    static void got(GObject* stream, GAsyncResult* result, gpointer data);
 
     // Constant after construction.
     Loop& loop;

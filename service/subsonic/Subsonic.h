@@ -88,7 +88,7 @@ public:
 private:
     std::string
     url(const ServerLogin& login, const char* method, const Parameters& parameters) const;
-    HttpReply fetch(const std::string& url, std::size_t largest);
+    HttpReply fetch(const std::string& asked, std::size_t largest);
 
     // Constant after construction.
     Http& http;

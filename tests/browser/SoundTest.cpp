@@ -19,9 +19,9 @@ Frames soundOf(Frames frames) {
 TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
     const Place place("sound");
     const std::string page = PAGES_DIR "/two-tracks.js";
-    const Outcome played = run({BIN_DIR "/sonolet-host", page, "--speed", "20", "--audio",
-                                "wav:" + place.file("source.wav")},
-                               {});
+    const std::string host = BIN_DIR "/sonolet-host";
+    const Outcome played =
+        run({host, page, "--speed", "20", "--audio", "wav:" + place.file("source.wav")}, {});
     ASSERT_EQ(played.exitCode, 0) << played.errors;
     const Frames source =
         soundOf(SoundServer::framesOf(contentsOf(place.file("source.wav")).substr(44)));

@@ -15,7 +15,9 @@ struct Malloc {
     Malloc() = default;
     template <typename U>
     explicit Malloc(const Malloc<U>&) {}
-    T* allocate(std::size_t count) { return static_cast<T*>(malloc(count * sizeof(T))); }
+    T* allocate(std::size_t count) {
+        return static_cast<T*>(malloc(count * sizeof(T)));  // NOLINT(bugprone-sizeof-expression)
+    }
     void deallocate(T* block, std::size_t) { free(block); }
     bool operator==(const Malloc&) const { return true; }
     bool operator!=(const Malloc&) const { return false; }

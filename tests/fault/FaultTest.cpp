@@ -11,7 +11,7 @@
 
 // Millions of allocations: of each, only the nearest callers are kept.
 extern "C" __attribute__((visibility("default"), used)) const char*
-__asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
+__asan_default_options() {  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming)
     return "malloc_context_size=3:quarantine_size_mb=32";
 }
 
@@ -21,7 +21,7 @@ namespace {
 constexpr unsigned long usualStride = 7;
 
 unsigned long setting(const char* name, unsigned long otherwise) {
-    const char* const text = getenv(name);
+    const char* const text = getenv(name);  // NOLINT(concurrency-mt-unsafe)
     return text == nullptr ? otherwise : strtoul(text, nullptr, 10);
 }
 

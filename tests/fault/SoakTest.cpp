@@ -33,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(Nightly, Soak, testing::Bool(), [](const auto& signsOut
 });
 
 TEST_P(Soak, WeeksOfAPlayersLifeTakeNoMoreThanItsSecondDay) {
-    const char* const text = getenv("SONOLET_SOAK_DAYS");
+    const char* const text = getenv("SONOLET_SOAK_DAYS");  // NOLINT(concurrency-mt-unsafe)
     const long days = text == nullptr ? 3 : strtol(text, nullptr, 10);
     FakeLog::get().reset();
     FakeLog::get().threshold = 5;

@@ -49,7 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         case 1:
         case 2: {
             const unsigned frames = input.below(65536) * (input.byte() % 4 + 1);
-            bytes.resize(frames * frameSize);
+            bytes.resize(std::size_t{frames} * frameSize);
             for (unsigned char& one : bytes) {
                 one = static_cast<unsigned char>(next++ * 7);
             }

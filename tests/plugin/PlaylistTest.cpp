@@ -241,7 +241,8 @@ TEST_F(ContainerTest, TheSessionHandsOutItsListsAndKeepsNoReferenceOfTheirCreati
         spotify.handles[std::string(expected, strchr(expected, '('))] = {result};
         const int before = result->references;
         Answer first{};
-        EXPECT_EQ(referencesInHost(result, [&] { first = session(name, {"who"}); }), before + 1)
+        EXPECT_EQ(referencesInHost(result, [&, get = name] { first = session(get, {"who"}); }),
+                  before + 1)
             << "the reference of the create function was not back";
         EXPECT_NE(session(name, {"who"}), first);
         EXPECT_EQ(result->references, before + 2);

@@ -54,7 +54,7 @@ public:
     void probe(jspp::function_context& context) {
         context.return_interface(context.interface_of<Probe>(0), false);
     }
-    void callBack(jspp::function_context& context) {
+    void callBack(jspp::function_context& context) const {
         context.object(0).call(jspp::call_parameters());
         context.return_string(text + ", still");
     }
