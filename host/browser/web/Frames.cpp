@@ -6,12 +6,8 @@
 
 namespace {
 
-// Deprecated where there is another way from a page to its own frame; not everywhere is.
-G_GNUC_BEGIN_IGNORE_DEPRECATIONS
-WebKitFrame* mainFrameOf(WebKitWebPage* page) {
-    return webkit_web_page_get_main_frame(page);
-}
-G_GNUC_END_IGNORE_DEPRECATIONS
+// What a page remembers: the origin of the document that its main frame shows.
+constexpr const char* originKey = "sonolet-origin";
 
 std::string originOf(WebKitFrame* frame) {
     g_autoptr(JSCContext) context = webkit_frame_get_js_context(frame);
@@ -20,8 +16,7 @@ std::string originOf(WebKitFrame* frame) {
 
 }  // namespace
 
-Frames::Frames(const std::string& pluginFile, double speed)
-    : plugin(pluginFile), scheduler(speed) {
+Frames::Frames(const std::string& pluginFile, double speed) : plugin(pluginFile), scheduler(speed) {
     using Handler = void(WebKitScriptWorld*, WebKitWebPage*, WebKitFrame*, gpointer);
     Handler* const handler = [](auto*, WebKitWebPage* page, WebKitFrame* frame, gpointer self) {
         static_cast<Frames*>(self)->windowCleared(page, frame);
@@ -34,9 +29,12 @@ void Frames::windowCleared(WebKitWebPage* page, WebKitFrame* frame) {
     try {
         end(frame);
         const std::string origin = originOf(frame);
-        const bool isOwn =
-            webkit_frame_is_main_frame(frame) || origin == originOf(mainFrameOf(page));
-        if (origin != "null" && isOwn) {
+        if (webkit_frame_is_main_frame(frame)) {
+            g_object_set_data_full(G_OBJECT(page), originKey, g_strdup(origin.c_str()), g_free);
+        }
+        const auto* const ofPage =
+            static_cast<const char*>(g_object_get_data(G_OBJECT(page), originKey));
+        if (origin != "null" && ofPage != nullptr && origin == ofPage) {
             open(frame, origin);
         }
     } catch (const std::exception& error) {
