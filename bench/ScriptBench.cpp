@@ -204,7 +204,7 @@ void inChild(const std::function<void()>& work) {
 
 void onPage(const std::function<void(ScriptPage&)>& measured) {
     const PluginLibrary plugin(SONOLET_BENCH_PLUGIN);
-    ScriptPage page(plugin);
+    ScriptPage page(plugin, JSGlobalContextCreateInGroup(nullptr, nullptr));
     const SecondThread second;
     page.define("peer", peer::track(page.context));
     page.define("peerPlaylist", peer::playlist(page.context));

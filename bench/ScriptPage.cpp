@@ -22,8 +22,8 @@ void ManualScheduler::run(double delay) {
     }
 }
 
-ScriptPage::ScriptPage(const PluginLibrary& plugin)
-    : context(JSGlobalContextCreateInGroup(nullptr, nullptr)),
+ScriptPage::ScriptPage(const PluginLibrary& plugin, JSGlobalContextRef owned)
+    : context(owned),
       document(std::make_unique<Document>(context, plugin.capabilities(), scheduler, *this)) {
     document->open({"file", "", 0});
     evaluate("session = Spotify.Session.create(Spotify.SessionConfig);");
@@ -46,7 +46,7 @@ JSObjectRef ScriptPage::evaluate(const std::string& script) const {
 
 void ScriptPage::define(const char* name, JSValueRef value) const {
     JSObjectSetProperty(context, JSContextGetGlobalObject(context), text::EngineString(name).get(),
-                        value, kJSPropertyAttributeNone, nullptr);
+                        value, JSPropertyAttributes{}, nullptr);
 }
 
 void ScriptPage::define(const char* name, JSObjectCallAsFunctionCallback function) const {

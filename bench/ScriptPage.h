@@ -31,7 +31,8 @@ private:
 // A page of the development host's engine with the plug-in in it, and a session.
 class ScriptPage final : public ErrorReporter {
 public:
-    explicit ScriptPage(const PluginLibrary& plugin);
+    // Takes over the context, which is new.
+    ScriptPage(const PluginLibrary& plugin, JSGlobalContextRef owned);
     ~ScriptPage() override;
 
     ScriptPage(const ScriptPage&) = delete;

@@ -9,6 +9,7 @@ Builds the release preset and what measures it, and prints one table: each figur
 measured against in the same run or its limit, the ratio, the goal, and whether it holds.
 
   script   calls, reads, events and wrappers in the host's script engine
+  browser  the same over what browsers show of their engine, beside the runner
   load     loading the plug-in
   plugin   the plug-in by itself, without a script engine
   sound    the ring of sound, and a second of playing

@@ -1,0 +1,92 @@
+// sonolet-bench-browser and sonolet-bench-runner: what the plug-in costs a page, measured the same
+// way over both interfaces of the engine: GLib's, which is all that browsers show of theirs, and
+// the C one of the runner.
+
+#include "Figures.h"
+#include "ScriptPage.h"
+
+#ifdef SONOLET_BENCH_GLIB
+#include "engine/glib/Context.h"
+#endif
+
+#include <glib.h>
+#include <unistd.h>
+
+#include <exception>
+#include <fstream>
+#include <iostream>
+
+using namespace figures;
+
+namespace {
+
+JSGlobalContextRef makeContext() {
+#ifdef SONOLET_BENCH_GLIB
+    return new OpaqueJSContext(jsc_context_new());
+#else
+    return JSGlobalContextCreateInGroup(nullptr, nullptr);
+#endif
+}
+
+// What waits for the main loop.
+void settle() {
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+}
+
+double residentMegabytes() {
+    std::ifstream statm("/proc/self/statm");
+    double pages = 0;
+    statm >> pages >> pages;
+    return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+// As from timers: so many at a time, and the main loop between. Collections are part of it.
+std::function<void()> inSlices(const ScriptPage& page, const std::string& body, int count) {
+    constexpr int slice = 500;
+    return [make = page.loop(body, slice), count] {
+        for (int done = 0; done < count; done += slice) {
+            make();
+            settle();
+        }
+    };
+}
+
+void browser(ScriptPage& page) {
+    const double before = residentMegabytes();
+    page.evaluate("all = []; for (let i = 0; i < 10000; ++i) {"
+                  "const made = playlist.track(i); made.name(); all.push(made); }");
+    const double after = residentMegabytes();
+    page.evaluate("all = null;");
+    constexpr int calls = 100000;
+    constexpr int count = 20000;
+    const auto row = [&](const char* what, const char* body, int times) {
+        report(plain(what, measure(9, times, processSeconds, inSlices(page, body, times)), "ns"));
+    };
+    row("kept call", "last = track.index();", calls);
+    row("wrapper made, called once and dropped", "last = track.album().name();", count);
+    row("row of a list (two wrappers, five first calls)",
+        "const track = playlist.track(i), album = track.album();"
+        "last = track.name() + track.duration() + album.name() + album.year();",
+        count);
+    report(plain("memory of 10,000 wrappers, each called once", after - before, "MB"));
+}
+
+}  // namespace
+
+int main() {
+    // Where the engine's own tasks come, as in a browser.
+    g_main_context_push_thread_default(g_main_context_default());
+    try {
+        const PluginLibrary plugin(SONOLET_BENCH_PLUGIN);
+        ScriptPage page(plugin, makeContext());
+        const SecondThread second;
+        page.evaluate("track = Spotify.Track.create('spotify:track:1');"
+                      "playlist = Spotify.Playlist.create('spotify:playlist:1');");
+        browser(page);
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "sonolet-bench-browser: " << error.what() << '\n';
+        return 1;
+    }
+}
