@@ -156,8 +156,15 @@ TEST_F(Player, ShowsAtOnceWhatIsChangedElsewhere) {
                        "find('[aria-rowindex=\"3\"]').focus();"
                        "return text('.facts');"),
               R"("listener · 3 tracks")");
+    playlist({"describe", "Evening", "For when it rains"});
+    playlist({"message", "Evening", "1", "with you"});
+    playlist({"move", "Evening", "1", "0"});
+    EXPECT_EQ(evaluate("return until(() => text('.description') === 'For when it rains' &&"
+                       "    text('[aria-rowindex=\"1\"]').startsWith('Kettle Song') &&"
+                       "    text('[aria-rowindex=\"1\"]').includes('with you'));"),
+              "true");
     // The focus stays on its track.
-    playlist({"remove", "Evening", "0"});
+    playlist({"remove", "Evening", "1"});
     playlist({"rename", "Evening", "Late evening"});
     EXPECT_EQ(evaluate("await until(() => text('.facts') === 'listener · 2 tracks' &&"
                        "    text('.hero h1') === 'Late evening' &&"
