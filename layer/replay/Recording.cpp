@@ -6,21 +6,8 @@
 #include <iterator>
 #include <sstream>
 #include <system_error>
-#include <unordered_map>
 
 namespace {
-
-Fn functionOf(const std::string& name) {
-    static const auto& all = [] {
-        auto& names = *new std::unordered_map<std::string, Fn>;
-        for (int i = 0; i < static_cast<int>(Fn::count); ++i) {
-            names.emplace(functionTable[i].name, static_cast<Fn>(i));
-        }
-        return names;
-    }();
-    const auto found = all.find(name);
-    return found != all.end() ? found->second : Fn::count;
-}
 
 std::string textOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -104,7 +91,7 @@ void Recording::add(const TraceEvent& event, std::string_view line) {
                                  [&](const auto& each) { return each.first == event.thread; });
     std::vector<Fn>& calls =
         of != open.end() ? of->second : open.emplace_back(event.thread, std::vector<Fn>()).second;
-    Step step{functionOf(event.call), event.phase, event.thread, lines, line};
+    Step step{functionNamed(event.call), event.phase, event.thread, lines, line};
     if (event.phase == 'E') {
         step.function = calls.empty() ? Fn::count : calls.back();
         if (!calls.empty()) {

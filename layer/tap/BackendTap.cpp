@@ -212,7 +212,8 @@ std::atomic<int> lastThreshold{INT_MIN};
 
 int threshold(const KlogContext* context) {
     const int answer = thresholdOriginal(context);
-    if (lastThreshold.exchange(answer, std::memory_order_relaxed) != answer) {
+    if (lastThreshold.load(std::memory_order_relaxed) != answer &&
+        lastThreshold.exchange(answer, std::memory_order_relaxed) != answer) {
         Call call(Fn::threshold, nullptr, 0);
         call.end(integerValue(answer));
     }

@@ -5,6 +5,8 @@
 // who is called. Signatures are not repeated here, they are those of the platform's headers.
 
 #include <cstdint>
+#include <string_view>
+#include <unordered_map>
 
 // Who stands at an end of a call.
 enum class Party : std::uint8_t { Host, Plugin, Library, Backend, Log, System };
@@ -380,6 +382,19 @@ static_assert(sizeof functionTable / sizeof *functionTable == static_cast<int>(F
 // REQUIRES: not Fn::count, which stands for a mark.
 constexpr const FunctionInfo& infoOf(Fn function) {
     return functionTable[static_cast<int>(function)];
+}
+
+// Fn::count for a name that is not in the table.
+inline Fn functionNamed(std::string_view name) {
+    static const auto& all = [] {
+        auto& names = *new std::unordered_map<std::string_view, Fn>;
+        for (int i = 0; i < static_cast<int>(Fn::count); ++i) {
+            names.emplace(functionTable[i].name, static_cast<Fn>(i));
+        }
+        return names;
+    }();
+    const auto found = all.find(name);
+    return found != all.end() ? found->second : Fn::count;
 }
 
 // A search or a browse, which completesQuery() answers later.

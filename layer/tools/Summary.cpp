@@ -1,5 +1,7 @@
 #include "tools/Summary.h"
 
+#include "tap/Functions.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -7,10 +9,6 @@ namespace {
 
 bool has(const std::string& text, const char* part) {
     return text.find(part) != std::string::npos;
-}
-
-bool isQuery(const std::string& call) {
-    return call == "sp_search_create" || (has(call, "browse_create") && has(call, "sp_"));
 }
 
 // "1.234 s", "56.7 ms", "0.8 us": four digits that matter.
@@ -205,9 +203,9 @@ void Summary::comes(const TraceEvent& event, const std::string& name) {
     const auto& in = event.in();
     if (name == "destructor") {
         objects.erase(TraceEvent::address(in, 0));
-    } else if (isQuery(name) && !in.empty()) {
+    } else if (startsQuery(functionNamed(name)) && !in.empty()) {
         asked[in.back().dump()] = {name.substr(3, name.rfind('_') - 3), event.time};
-    } else if (has(name, "_complete") && in.size() == 2) {
+    } else if (completesQuery(functionNamed(name)) && in.size() == 2) {
         const auto query = asked.find(in[1].dump());
         if (query != asked.end()) {
             queries[query->second.first].add(event.time - query->second.second);
