@@ -12,7 +12,7 @@ using std::chrono::seconds;
 
 // The faults of a session that is so old.
 Faults at(int age, const char* spec, int speed = 1) {
-    return Faults(spec, 1000 * speed, Faults::Clock::now() - seconds(age));
+    return Faults(spec, std::int64_t{1000} * speed, Faults::Clock::now() - seconds(age));
 }
 
 TEST(FaultSpec, SaysWhatLastsAndWhatHappensOnce) {
