@@ -17,8 +17,8 @@
 // plug-in admits it. Threads: the main thread.
 class Frames final {
 public:
-    // Polls come `speed` times as fast as the clock says. Throws std::runtime_error when the plug-in
-    // cannot be loaded.
+    // Polls come `speed` times as fast as the clock says. Throws std::runtime_error when the
+    // plug-in cannot be loaded.
     Frames(const std::string& pluginFile, double speed);
 
     Frames(const Frames&) = delete;
