@@ -19,7 +19,7 @@ if [[ $own_release == bookworm ]]; then
 fi
 package_packages=(dpkg-dev file lintian)
 test_packages=(
-    libgtest-dev libgmock-dev binutils node-typescript man-db supysonic gunicorn
+    libgtest-dev libgmock-dev binutils node-typescript man-db supysonic gunicorn openssl
 )
 browser_test_packages=(
     webkit2gtk-driver wpewebkit-driver xvfb pulseaudio pulseaudio-utils gstreamer1.0-pulseaudio

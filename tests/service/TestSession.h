@@ -32,6 +32,9 @@ public:
         callbacks.logged_out = [](sp_session*) { current->events.emplace_back("logged_out"); };
         callbacks.metadata_updated = [](sp_session*) { current->events.emplace_back("metadata"); };
         callbacks.userinfo_updated = [](sp_session*) { current->events.emplace_back("userinfo"); };
+        callbacks.connection_error = [](sp_session*, sp_error error) {
+            current->events.emplace_back("connection " + std::to_string(error));
+        };
         callbacks.play_token_lost = [](sp_session*) { current->events.emplace_back("token lost"); };
         callbacks.streaming_error = [](sp_session*, sp_error) {
             current->events.emplace_back("stream error");

@@ -221,6 +221,86 @@ TEST_F(ServerTest, EachFailureHasItsNumberAndEndsInTime) {
     }
 }
 
+// A server with a certificate that it has signed itself.
+class UntrustedServer final {
+public:
+    explicit UntrustedServer(const std::string& folder) {
+        const std::string key = folder + "/key.pem";
+        const std::string certificate = folder + "/certificate.pem";
+        const Outcome made = ::run(
+            {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+             "-nodes", "-days", "1", "-subj", "/CN=localhost", "-addext",
+             "subjectAltName=DNS:localhost,IP:127.0.0.1", "-keyout", key, "-out", certificate},
+            {});
+        EXPECT_EQ(made.exitCode, 0) << made.errors;
+        const char* const command[] = {"openssl", "s_server",  "-accept", "127.0.0.1:0",
+                                       "-key",    key.c_str(), "-cert",   certificate.c_str(),
+                                       "-www",    nullptr};
+        gint output = -1;
+        EXPECT_TRUE(g_spawn_async_with_pipes(
+            nullptr, const_cast<gchar**>(command), nullptr,
+            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
+                                     G_SPAWN_STDERR_TO_DEV_NULL),
+            nullptr, nullptr, &process, nullptr, &output, nullptr, nullptr));
+        FILE* const lines = fdopen(output, "r");
+        char line[200] = "";
+        while (std::strncmp(line, "ACCEPT ", 7) != 0 && fgets(line, sizeof(line), lines)) {
+        }
+        const std::string said = line;
+        port = said.substr(said.rfind(':') + 1, 5);
+        port.erase(port.find_last_not_of("\n") + 1);
+        fclose(lines);
+    }
+    ~UntrustedServer() {
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+    }
+    UntrustedServer(const UntrustedServer&) = delete;
+    UntrustedServer& operator=(const UntrustedServer&) = delete;
+    std::string url() const { return "https://127.0.0.1:" + port; }
+
+private:
+    GPid process = 0;
+    std::string port;
+};
+
+TEST_F(ServerTest, WhatCannotBeReachedHasItsNumberItsEventAndItsLine) {
+    const UntrustedServer untrusted(files.path("."));
+    const struct {
+        std::string url;
+        sp_error error;
+        const char* line;
+    } cases[] = {
+        {"http://-.invalid", SP_ERROR_HOST_NOT_FOUND, "http://-.invalid: "},
+        {"http://127.0.0.1:1", SP_ERROR_UNABLE_TO_CONTACT_SERVER, "refused"},
+        {untrusted.url(), SP_ERROR_UNABLE_TO_CONTACT_SERVER, "certificate"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.url);
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no session is there
+        setenv("SONOLET_SERVER", each.url.c_str(), 1);
+        std::optional<TestSession> session(std::in_place);
+        EXPECT_EQ(session->login("ann", "s\xc3\xa9same"), each.error);
+        EXPECT_THAT(session->log, HasSubstr("Login failed: "));
+        EXPECT_THAT(session->log, HasSubstr(each.line));
+        EXPECT_EQ(sp_session_connectionstate(session->get()), SP_CONNECTION_STATE_LOGGED_OUT);
+        session.reset();
+        // Who was remembered before is let in, and told.
+        for (const auto& found : std::filesystem::directory_iterator(music.paths().settings)) {
+            const std::string name = found.path();
+            if (name.find("/server-") != std::string::npos &&
+                name.rfind(".db") == name.size() - 3 && name.find("-lists") == std::string::npos) {
+                ServerStore(name).setSetting("remembered", "ann\nsaltsalt\n0123456789abcdef");
+            }
+        }
+        session.emplace();
+        EXPECT_EQ(session->answered(sp_session_relogin(session->get())), SP_ERROR_OK);
+        EXPECT_TRUE(session->untilHeard("connection " + std::to_string(each.error)));
+        EXPECT_EQ(sp_session_connectionstate(session->get()), SP_CONNECTION_STATE_DISCONNECTED);
+        EXPECT_THAT(session->log, HasSubstr("The connection is lost: "));
+    }
+}
+
 TEST_F(ServerTest, ALinkIsAskedForAndLeadsBack) {
     ServerStore store(files.path("store.db"));
     const std::string uuid = "84e47682-111d-4767-a20f-6f9f452fa1da";
