@@ -166,8 +166,16 @@ void ListSync::agree(Meeting meeting, bool readAnyway) {
     if (isKnown && !readAnyway && !(hasChanges() && isChanged(*row, *base))) {
         return;
     }
-    meeting.theirs =
-        readPlaylist(server.call("getPlaylist", {{"id", meeting.theirs.id}})["playlist"]);
+    try {
+        meeting.theirs =
+            readPlaylist(server.call("getPlaylist", {{"id", meeting.theirs.id}})["playlist"]);
+    } catch (const ServerError& error) {
+        constexpr int gone = 70;
+        if (error.code() != gone) {
+            throw;
+        }
+        return;  // deleted since the overview was given
+    }
     merge(meeting, base);
 }
 
