@@ -55,11 +55,11 @@ void FolderWatch::Release::operator()(GFileMonitor* monitor) const {
     g_file_monitor_cancel(monitor);
     g_object_unref(monitor);
 }
-void FolderWatch::Release::operator()(GMainContext* context) const {
-    g_main_context_unref(context);
+void FolderWatch::Release::operator()(GMainContext* which) const {
+    g_main_context_unref(which);
 }
-void FolderWatch::Release::operator()(GMainLoop* loop) const {
-    g_main_loop_unref(loop);
+void FolderWatch::Release::operator()(GMainLoop* which) const {
+    g_main_loop_unref(which);
 }
 void FolderWatch::Release::operator()(GSource* source) const {
     g_source_destroy(source);

@@ -54,8 +54,8 @@ public:
 private:
     struct Release {
         void operator()(_GFileMonitor* monitor) const;
-        void operator()(_GMainContext* context) const;
-        void operator()(_GMainLoop* loop) const;
+        void operator()(_GMainContext* which) const;
+        void operator()(_GMainLoop* which) const;
         void operator()(_GSource* source) const;
     };
     using Monitor = std::unique_ptr<_GFileMonitor, Release>;
