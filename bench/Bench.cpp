@@ -23,8 +23,8 @@ using figures::Figure;
 
 constexpr char usage[] =
     "usage: sonolet-bench [--json | --markdown] [--device DIR] [GROUP...]\n"
-    "groups: script browser load plugin sound base64 memory size growth layer search playing\n"
-    "player (all of these, if none is named), device\n";
+    "groups: script browser load plugin sound base64 memory size growth layer search server\n"
+    "playing player (all of these, if none is named), device\n";
 
 // Wrong use.
 struct Misuse : std::runtime_error {
@@ -39,9 +39,9 @@ struct Options {
     std::vector<std::string> groups;
 };
 
-const std::array<std::string, 13> allGroups = {"script", "browser", "load",  "plugin", "sound",
-                                               "base64", "memory",  "size",  "growth", "layer",
-                                               "search", "playing", "player"};
+const std::array<std::string, 14> allGroups = {"script", "browser", "load",    "plugin", "sound",
+                                               "base64", "memory",  "size",    "growth", "layer",
+                                               "search", "server",  "playing", "player"};
 
 Options parse(const std::vector<std::string>& arguments) {
     Options options;
@@ -201,8 +201,8 @@ void run(const Options& options) {
         } else if (group == "browser") {
             add(besideRunner(figuresOf(program("sonolet-bench-browser")),
                              figuresOf(program("sonolet-bench-runner"))));
-        } else if (group == "search" || group == "playing" || group == "layer" ||
-                   group == "player" || group == "device") {
+        } else if (group == "search" || group == "server" || group == "playing" ||
+                   group == "layer" || group == "player" || group == "device") {
             add(figuresOf(program("sonolet-bench-" + group)));
         } else if (group == "memory") {
             add(figuresOf(program("sonolet-bench-memory")));

@@ -248,7 +248,7 @@ public:
         }
         const std::string said = line;
         port = said.substr(said.rfind(':') + 1, 5);
-        port.erase(port.find_last_not_of("\n") + 1);
+        port.erase(port.find_last_not_of('\n') + 1);
         fclose(lines);
     }
     ~UntrustedServer() {
