@@ -386,8 +386,8 @@ constexpr const FunctionInfo& infoOf(Fn function) {
 
 // Fn::count for a name that is not in the table.
 inline Fn functionNamed(std::string_view name) {
-    static const auto& all = [] {
-        auto& names = *new std::unordered_map<std::string_view, Fn>;
+    static const auto all = [] {
+        std::unordered_map<std::string_view, Fn> names;
         for (int i = 0; i < static_cast<int>(Fn::count); ++i) {
             names.emplace(functionTable[i].name, static_cast<Fn>(i));
         }
