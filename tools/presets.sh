@@ -25,24 +25,55 @@ run_tests() {
         tee "$2" | grep -vE '^ +Start +[0-9]+:|[. ]Passed +[0-9.]+ sec$' || true
 }
 
-# test_preset PRESET: leaves its counts in passed, failed and skipped.
 passed=0 failed=0 skipped=0
-test_preset() {
-    local preset=$1 log=$root/build/test-$1.log options=(-DSONOLET_BUILD_TESTS=ON)
-    if [[ $preset == dev ]]; then
+
+# test_presets PRESET...: leaves their counts in passed, failed and skipped. One is tested while the
+# next is built: tests wait for sound or timers most of their time.
+test_presets() {
+    local preset testing=""
+    for preset in "$@"; do
+        say "$preset: building"
+        if build_tests "$preset"; then
+            end_tests "$testing"
+            begin_tests "$preset"
+            testing=$preset
+        else
+            say "$preset: not built"
+            failed=$((failed + 1))
+        fi
+    done
+    end_tests "$testing"
+}
+
+build_tests() {
+    local options=(-DSONOLET_BUILD_TESTS=ON)
+    if [[ $1 == dev ]]; then
         install_axe
         options+=(-DSONOLET_BUILD_BROWSER=ON "-DSONOLET_BUILD_WPE=$build_wpe")
     fi
-    say "$preset: building"
-    if ! configure "$preset" "${options[@]}" ||
-        ! timed "$preset: build" build_in "$root/build/$preset"; then
-        say "$preset: not built"
-        failed=$((failed + 1))
-        return
-    fi
-    say "$preset: testing"
-    timed "$preset: tests" run_tests "$preset" "$log"
-    count_tests "$preset" "$log"
+    configure "$1" "${options[@]}" && timed "$1: build" build_in "$root/build/$1"
+}
+
+# begin_tests PRESET: in the background; end_tests tells what they had to say.
+begin_tests() {
+    local log=$root/build/test-$1.log
+    say "$1: testing"
+    {
+        times=()
+        timed "$1: tests" run_tests "$1" "$log" >"$log.told"
+        tell_times 2>"$log.times"
+    } &
+}
+
+end_tests() {
+    local log=$root/build/test-$1.log
+    [[ -n $1 ]] || return 0
+    wait
+    say "$1: tested"
+    cat "$log.told"
+    times+=("$(cat "$log.times")")
+    rm "$log.told" "$log.times"
+    count_tests "$1" "$log"
 }
 
 # count_tests NAME LOG: adds what CTest says at the end of LOG to passed, failed and skipped.
@@ -83,12 +114,12 @@ test_armhf() {
     why_no_root armhf
     if [[ -n $reason ]]; then
         say "armhf: the plug-in alone, for the whole system is impossible here: $reason"
-        test_preset armhf
+        test_presets armhf
         return
     fi
     lock_root armhf
     timed "armhf: system" make_sysroot
-    test_preset armhf-whole
+    test_presets armhf-whole
     timed "armhf: samples" same_samples armhf "$root/build/armhf-whole/bin/sonolet-host"
 }
 
