@@ -34,16 +34,23 @@ std::vector<std::string> hostCommand(const std::vector<std::string>& arguments) 
     return command;
 }
 
+// Where the files of a test are; other runs of it may go on beside this one.
+std::string folderOf(std::string name) {
+    for (const char* const variable : {"SONOLET_PAGES_UNDER", "SONOLET_PAGES_OPTIONS"}) {
+        for (const std::string& word : wordsOf(variable)) {
+            name += fs::path(word).filename();
+        }
+    }
+    return WORK_DIR "/" + name;
+}
+
 // One folder of music, and the state of a service that has never seen it.
 class Place {
 public:
     // `server`: the address of one with this music, or empty.
     Place(const std::string& name, const std::string& music, const std::string& server = "")
         : musicFolder(music) {
-        state = fs::path(WORK_DIR) / name;
-        for (const std::string& option : wordsOf("SONOLET_PAGES_OPTIONS")) {
-            state += option;  // runs with other options may go on beside this one
-        }
+        state = folderOf(name);
         fs::remove_all(state);
         fs::create_directories(state);
         environment = sanitizers;
@@ -130,7 +137,7 @@ class ServedPage : public testing::TestWithParam<const char*> {};
 
 TEST_P(ServedPage, Passes) {
     const std::string name = std::string("served-") + GetParam();
-    const MusicServer server(WORK_DIR "/" + name + "-server", demoMusic());
+    const MusicServer server(folderOf(name + "-server"), demoMusic());
     const Place place(name, demoMusic(), server.url());
     const bool isConformance = GetParam() == std::string("conformance");
     // That at its own speed: its steps have limits in page time, which a busy machine keeps.
