@@ -4,6 +4,7 @@
 #include "replay/Parts.h"
 #include "tap/Imports.h"
 #include "tap/Taps.h"
+#include "tools/About.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -161,15 +162,8 @@ Replayer& replayer() {
 int main(int argc, char* argv[]) {
     try {
         const std::vector<std::string> words(argv + 1, argv + argc);
-        for (const std::string& word : words) {
-            if (word == "--help" || word == "-h") {
-                std::fputs(help, stdout);
-                return 0;
-            }
-            if (word == "--version") {
-                std::puts("sonolet-replay " SONOLET_VERSION);
-                return 0;
-            }
+        if (tellsAbout("sonolet-replay", help, words)) {
+            return 0;
         }
         replay(parse(words));
     } catch (const std::exception& error) {

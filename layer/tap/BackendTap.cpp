@@ -220,12 +220,6 @@ int threshold(const KlogContext* context) {
     return answer;
 }
 
-template <class Function>
-void* take(Function*& original, void* function, Function* pass) {
-    original = reinterpret_cast<Function*>(function);
-    return reinterpret_cast<void*>(pass);
-}
-
 }  // namespace
 
 void* backendTap(const std::string& symbol, void* function) {

@@ -28,12 +28,6 @@ int wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
     return answer;
 }
 
-template <class Function>
-void* take(Function*& original, void* function, Function* pass) {
-    original = reinterpret_cast<Function*>(function);
-    return reinterpret_cast<void*>(pass);
-}
-
 }  // namespace
 
 void* systemTap(const std::string& symbol, void* function) {

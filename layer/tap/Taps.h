@@ -18,6 +18,14 @@ void* backendTap(const std::string& symbol, void* function);  // and the log's
 // Where one of the plug-in's threads waits for another; for recordings that are to be replayed.
 void* systemTap(const std::string& symbol, void* function);
 
+// For those: keeps the address of a function that has the type of `pass`, which stands in its
+// place.
+template <class Function>
+void* take(Function*& original, void* function, Function* pass) {
+    original = reinterpret_cast<Function*>(function);
+    return reinterpret_cast<void*>(pass);
+}
+
 // What host and plug-in get of each other: copies in which the functions that are there have been
 // replaced. The layer owns them to the end of the process; calls are passed on to what was given,
 // which must stay where it is. Null for null.

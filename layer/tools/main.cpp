@@ -1,5 +1,6 @@
 // sonolet-trace: reads what the layer has written.
 
+#include "tools/About.h"
 #include "tools/Follow.h"
 #include "tools/Html.h"
 #include "tools/Summary.h"
@@ -169,15 +170,8 @@ int run(const Options& options) {
 int main(int argc, char* argv[]) {
     try {
         const std::vector<std::string> words(argv + 1, argv + argc);
-        for (const std::string& word : words) {
-            if (word == "--help" || word == "-h") {
-                std::fputs(help, stdout);
-                return 0;
-            }
-            if (word == "--version") {
-                std::puts("sonolet-trace " SONOLET_VERSION);
-                return 0;
-            }
+        if (tellsAbout("sonolet-trace", help, words)) {
+            return 0;
         }
         return run(parse(words));
     } catch (const std::exception& error) {
