@@ -174,6 +174,7 @@ void Download::demand(std::int64_t offset) {
 void Download::fetch(std::int64_t from) {
     place = from;
     next = -1;
+    begun = Subsonic::Clock::now();
     refusal.clear();
     isRefusal = false;
     Subsonic::Parameters parameters = {{"id", wanted.id}};
@@ -270,9 +271,11 @@ void Download::isOver(const HttpError* error) {
     bool whole = false;
     std::optional<ServerError> failed;
     bool isWell = false;
+    Subsonic::Clock::time_point asked;
     {
         const Lock lock(mutex);
         transfer.reset();
+        asked = begun;
         if (!failure.empty()) {
             return;
         }
@@ -307,9 +310,9 @@ void Download::isOver(const HttpError* error) {
     changed.notify_all();
     if (failed && failed->isLost()) {
         const ServerError lost(*failed);
-        store.watch()(&lost);
+        store.watch().failed(lost);
     } else if (isWell) {
-        store.watch()(nullptr);
+        store.watch().answered(asked);
     }
     if (whole) {
         store.shrink();

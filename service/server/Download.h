@@ -90,6 +90,7 @@ private:
     std::int64_t total = -1;  // bytes; negative: unknown
     std::string etag;
     std::shared_ptr<Http::Transfer> transfer;  // none: nothing is on its way
+    Subsonic::Clock::time_point begun;         // the transfer
     std::int64_t place = 0;                    // where its next byte goes
     std::int64_t next = 0;                     // what to go on with
     bool isPart = true;                        // the server gives parts, as far as is known

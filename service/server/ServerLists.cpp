@@ -8,12 +8,12 @@ namespace sonolet::service {
 
 ServerLists::ServerLists(Http& network,
                          const ServerAddress& address,
-                         Subsonic::Watch watch,
+                         Subsonic::Watch& connection,
                          std::chrono::milliseconds lookPeriod,
                          Log logLine,
                          std::function<bool()> away)
     : http(network), period(lookPeriod), log(std::move(logLine)), isAway(std::move(away)),
-      server(network, address, std::move(watch)) {}
+      server(network, address, connection) {}
 
 void ServerLists::start(const std::string& storeFile, const Kept& kept) {
     if (worker == nullptr) {

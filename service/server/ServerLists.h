@@ -27,7 +27,7 @@ public:
     // The functions are for any thread.
     ServerLists(Http& network,
                 const ServerAddress& address,
-                Subsonic::Watch watch,
+                Subsonic::Watch& connection,
                 std::chrono::milliseconds lookPeriod,
                 Log logLine,
                 std::function<bool()> away);

@@ -111,7 +111,7 @@ Admission ServerSource::admit(
         }
         events.log("The server is away; " + name + " is known here");
         Admission admission = let(store, *known, remember);
-        watch(&error);
+        failed(error);
         return admission;
     }
 }
@@ -139,7 +139,7 @@ Admission ServerSource::admitRemembered(Accounts& store) {
     Admission admission = let(store, *login, false);
     admission.blob.clear();
     if (lost) {
-        watch(&*lost);
+        failed(*lost);
     }
     return admission;
 }

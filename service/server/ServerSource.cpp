@@ -80,15 +80,10 @@ ServerOptions ServerOptions::fromEnvironment() {
 
 ServerSource::ServerSource(SourceEvents toSession, const ServerOptions& serverOptions)
     : events(std::move(toSession)), options(serverOptions), http(options.patience),
-      client(
-          http, ServerAddress(options.address), [this](const ServerError* error) { watch(error); }),
-      lists(
-          http,
-          client.address(),
-          [this](const ServerError* error) { watch(error); },
-          options.listPeriod,
-          events.log,
-          [this] { return isAway(); }) {}
+      client(http, ServerAddress(options.address), *this),
+      lists(http, client.address(), *this, options.listPeriod, events.log, [this] {
+          return isAway();
+      }) {}
 
 ServerSource::~ServerSource() {
     stop();
@@ -102,8 +97,7 @@ std::string ServerSource::fileOf(const StatePaths& paths) const {
 
 Kept ServerSource::files(const StatePaths& paths) {
     storeFile = fileOf(paths) + ".db";
-    sounds = std::make_unique<SoundStore>(http, client, paths.cache + "/music", events.log,
-                                          [this](const ServerError* error) { watch(error); });
+    sounds = std::make_unique<SoundStore>(http, client, paths.cache + "/music", events.log, *this);
     return {fileOf(paths) + "-lists.db", paths.catalogueFile(client.address().base)};
 }
 
@@ -152,30 +146,41 @@ void ServerSource::rebuild(const DatabaseError& error) {
 
 // ---- Whether it is there ----
 
-void ServerSource::watch(const ServerError* error) {
+void ServerSource::answered(Subsonic::Clock::time_point asked) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (stopping || asked <= lostAt || !away.exchange(false)) {
+            return;
+        }
+    }
+    events.log("The connection to " + client.address().base + " is back");
+    events.post([this] {
+        for (const Item& item : wanted) {
+            fetch(item);
+        }
+        fetcher->post([this] { reportPlays(); });
+        lists.look();
+        events.connection(SP_ERROR_OK);
+    });
+}
+
+void ServerSource::failed(const ServerError& error) {
     if (stopping) {
         return;
     }
-    if (error == nullptr) {
-        if (away.exchange(false)) {
-            events.log("The connection to " + client.address().base + " is back");
-            events.post([this] {
-                for (const Item& item : wanted) {
-                    fetch(item);
-                }
-                fetcher->post([this] { reportPlays(); });
-                lists.look();
-                events.connection(SP_ERROR_OK);
-            });
+    if (error.number() == SP_ERROR_BAD_USERNAME_OR_PASSWORD) {
+        events.log(error.what());
+        events.post([this, number = error.number()] { events.expelled(number); });
+    } else if (error.isLost()) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            lostAt = Subsonic::Clock::now();
+            if (away.exchange(true)) {
+                return;
+            }
         }
-        return;
-    }
-    if (error->number() == SP_ERROR_BAD_USERNAME_OR_PASSWORD) {
-        events.log(error->what());
-        events.post([this, number = error->number()] { events.expelled(number); });
-    } else if (error->isLost() && !away.exchange(true)) {
-        events.log(std::string("The connection is lost: ") + error->what());
-        events.post([this, number = error->number()] { events.connection(number); });
+        events.log(std::string("The connection is lost: ") + error.what());
+        events.post([this, number = error.number()] { events.connection(number); });
         probeLater(firstProbe);
     }
 }

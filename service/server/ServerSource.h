@@ -42,7 +42,7 @@ struct ServerOptions {
 //
 // Threads: as Source's. Beside the network's thread one fetches what handles want, one keeps the
 // lists the same.
-class ServerSource final : public Source {
+class ServerSource final : public Source, public Subsonic::Watch {
 public:
     ServerSource(SourceEvents toSession, const ServerOptions& serverOptions);
     ~ServerSource() override;
@@ -93,7 +93,8 @@ private:
     };
 
     // Any thread.
-    void watch(const ServerError* error);
+    void answered(Subsonic::Clock::time_point asked) override;
+    void failed(const ServerError& error) override;
     void probeLater(std::chrono::milliseconds pause);
     ServerLogin proven(const std::string& name, const std::string& password);
     std::optional<ServerLogin>
@@ -123,6 +124,7 @@ private:
     std::map<std::string, ServerLogin> logins;  // by account, of this process
     std::map<std::string, ServerLogin> blobs;   // of servers that know no tokens
     std::optional<std::string> rememberedHere;  // an account; until the program ends
+    Subsonic::Clock::time_point lostAt;         // seen last
     Kept kept;
 
     // State below is the owner's.

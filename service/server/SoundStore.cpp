@@ -51,10 +51,13 @@ private:
 
 }  // namespace
 
-SoundStore::SoundStore(
-    Http& network, Subsonic& client, std::string cacheFolder, Log logLine, Watch watchConnection)
+SoundStore::SoundStore(Http& network,
+                       Subsonic& client,
+                       std::string cacheFolder,
+                       Log logLine,
+                       Subsonic::Watch& connection)
     : http(network), server(client), folder(std::move(cacheFolder)), say(std::move(logLine)),
-      tell(std::move(watchConnection)) {}
+      tell(connection) {}
 
 void SoundStore::setBitrate(int kilobits, bool always) {
     bitrate = kilobits;

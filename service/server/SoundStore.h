@@ -28,9 +28,12 @@ class Download;
 class SoundStore final {
 public:
     using Log = std::function<void(std::string line)>;
-    using Watch = Subsonic::Watch;
 
-    SoundStore(Http& network, Subsonic& client, std::string cacheFolder, Log logLine, Watch watch);
+    SoundStore(Http& network,
+               Subsonic& client,
+               std::string cacheFolder,
+               Log logLine,
+               Subsonic::Watch& connection);
 
     // `path` is "ID.SUFFIX", `size` what the server says of it, negative for nothing.
     std::shared_ptr<const Sound>
@@ -44,7 +47,7 @@ public:
     // For downloads.
     Http& network() const { return http; }
     Subsonic& client() const { return server; }
-    const Watch& watch() const { return tell; }
+    Subsonic::Watch& watch() const { return tell; }
     const Log& log() const { return say; }
     // Makes room, which goes by what was used when.
     void shrink();
@@ -55,7 +58,7 @@ private:
     Subsonic& server;
     const std::string folder;
     const Log say;
-    const Watch tell;
+    Subsonic::Watch& tell;
 
     std::atomic<std::uint64_t> megabytes{0};
     std::atomic<int> bitrate{320};

@@ -148,8 +148,8 @@ ServerLogin ServerLogin::withToken(const std::string& user, const std::string& p
     return login;
 }
 
-Subsonic::Subsonic(Http& network, ServerAddress where, Watch watchConnection)
-    : http(network), place(std::move(where)), watch(std::move(watchConnection)) {}
+Subsonic::Subsonic(Http& network, ServerAddress where, Watch& connection)
+    : http(network), place(std::move(where)), watch(connection) {}
 
 void Subsonic::use(const std::optional<ServerLogin>& login) {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -250,26 +250,28 @@ Reply Subsonic::call(const char* method, const Parameters& parameters) {
     if (!login) {
         throw ServerError(SP_ERROR_PERMISSION_DENIED, "nobody is logged in", false);
     }
+    const Clock::time_point asked = Clock::now();
     try {
         Reply answer = callAs(*login, method, parameters);
-        watch(nullptr);
+        watch.answered(asked);
         return answer;
     } catch (const ServerError& error) {
-        watch(&error);
+        watch.failed(error);
         throw;
     }
 }
 
 std::string Subsonic::bytes(const char* method, const Parameters& parameters, std::size_t largest) {
+    const Clock::time_point asked = Clock::now();
     try {
         HttpReply reply = fetch(url(method, parameters), largest);
         if (const std::optional<ServerError> error = errorOf(reply.head, reply.body)) {
             throw ServerError(*error);
         }
-        watch(nullptr);
+        watch.answered(asked);
         return std::move(reply.body);
     } catch (const ServerError& error) {
-        watch(&error);
+        watch.failed(error);
         throw;
     }
 }

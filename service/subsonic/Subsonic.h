@@ -5,7 +5,7 @@
 #include "subsonic/Http.h"
 #include "subsonic/Items.h"
 
-#include <functional>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -61,10 +61,20 @@ struct ServerLogin {
 class Subsonic final {
 public:
     using Parameters = std::vector<std::pair<const char*, std::string>>;
-    // Told of each answer: NULL, or why there was none. On the thread that asked.
-    using Watch = std::function<void(const ServerError* error)>;
+    using Clock = std::chrono::steady_clock;
 
-    Subsonic(Http& network, ServerAddress where, Watch watchConnection);
+    // Told of each answer, on the thread that asked. It outlives who tells it.
+    class Watch {
+    public:
+        // `asked`: an answer tells only that the server was there then or later.
+        virtual void answered(Clock::time_point asked) = 0;
+        virtual void failed(const ServerError& error) = 0;
+
+    protected:
+        ~Watch() = default;
+    };
+
+    Subsonic(Http& network, ServerAddress where, Watch& connection);
 
     const ServerAddress& address() const { return place; }
 
@@ -93,7 +103,7 @@ private:
     // Constant after construction.
     Http& http;
     const ServerAddress place;
-    const Watch watch;
+    Watch& watch;
 
     mutable std::mutex mutex;
     std::optional<ServerLogin> user;  // protected by mutex

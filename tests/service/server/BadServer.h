@@ -12,6 +12,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -64,6 +65,13 @@ public:
         const std::lock_guard<std::mutex> lock(mutex);
         isAlways = false;
     }
+    // What was never answered is answered now.
+    void answerLate(const std::string& bytes) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        for (const int connection : unanswered) {
+            static_cast<void>(send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+        }
+    }
     std::size_t count(const std::string& method) {
         const std::lock_guard<std::mutex> lock(mutex);
         return asked[method];
@@ -102,6 +110,8 @@ private:
                 if (ready[i].revents != 0 && !isWaiting(ready[i].fd, heads[ready[i].fd])) {
                     close(ready[i].fd);
                     heads.erase(ready[i].fd);
+                    const std::lock_guard<std::mutex> lock(mutex);
+                    unanswered.erase(ready[i].fd);
                 }
             }
             ready.resize(2);
@@ -126,6 +136,10 @@ private:
             return true;
         }
         const std::string answer = answerTo(head);
+        if (answer.empty()) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            unanswered.insert(connection);
+        }
         static_cast<void>(send(connection, answer.data(), answer.size(), MSG_NOSIGNAL));
         return answer.empty();
     }
@@ -149,6 +163,7 @@ private:
     // State below is protected by mutex.
     std::map<std::string, Answer> answers;
     std::map<std::string, std::size_t> asked;
+    std::set<int> unanswered;  // connections
     std::string always;
     bool isAlways = false;
 

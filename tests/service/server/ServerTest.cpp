@@ -159,6 +159,24 @@ TEST_F(ServerTest, LogsInByTokenAndShowsSearchesAndPlays) {
     EXPECT_EQ(later.log.find("same"), std::string::npos) << "no password in a line";
 }
 
+// What was asked before the loss may be answered after it.
+TEST_F(ServerTest, ALateAnswerDoesNotBringTheConnectionBack) {
+    TestSession session;
+    ASSERT_EQ(session.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+    const auto found = session.found("1999");
+    server.answer("scrobble", [](const std::string&) { return std::string(); });
+    ASSERT_EQ(sp_session_player_load(session.get(), sp_search_track(found.get(), 0)), SP_ERROR_OK);
+    ASSERT_EQ(sp_session_player_play(session.get(), true), SP_ERROR_OK);
+    ASSERT_TRUE(session.until([&] { return session.ended && server.count("scrobble") == 1; }));
+
+    server.answerAll("HTTP/1.1 503 Away\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ask(session, "ann"), SP_ERROR_OTHER_TRANSIENT);
+    server.answerLate(BadServer::envelope(""));
+    ASSERT_TRUE(session.until([&] { return server.count("scrobble") == 2; })) << "the play is next";
+    EXPECT_EQ(sp_session_connectionstate(session.get()), SP_CONNECTION_STATE_DISCONNECTED);
+    EXPECT_EQ(session.log.find("is back"), std::string::npos);
+}
+
 TEST_F(ServerTest, EachFailureHasItsNumberAndEndsInTime) {
     const std::string cut = BadServer::envelope("").substr(0, 120);
     const struct {
