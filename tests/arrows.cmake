@@ -11,8 +11,15 @@ set(host_sees platform)
 set(layer_sees platform)
 set(service_sees platform)
 
-# Rooms of the service.
-set(rooms
+# Rooms, each with those that it may include. What stands beside the rooms is everybody's.
+set(layer_rooms
+    "tap:"
+    "calls: tap"
+    "record: calls tap"
+    "validate: tap"
+    "tools: tap"
+    "replay: calls tap tools")
+set(service_rooms
     "store:"
     "threads:"
     "faults: store"
@@ -62,17 +69,18 @@ foreach(folder IN LISTS folders)
             string(REGEX MATCH "^[^/]*" owner ${found})
             if(NOT owner STREQUAL folder AND NOT owner IN_LIST ${folder}_sees)
                 list(APPEND wrong "${folder}/${file} includes ${name}")
-            elseif(folder STREQUAL "service" AND owner STREQUAL "service")
-                string(REGEX MATCH "^[^/]*" from "${file}")
-                string(REGEX REPLACE "^service/([^/]*).*" "\\1" to "${found}")
+            elseif(DEFINED ${folder}_rooms AND "${folder}/${file} ${found}" MATCHES
+                    "^${folder}/([^/]*)/[^ ]* ${folder}/([^/]*)/")
+                set(from ${CMAKE_MATCH_1})
+                set(to ${CMAKE_MATCH_2})
                 set(allowed FALSE)
-                foreach(room IN LISTS rooms)
+                foreach(room IN LISTS ${folder}_rooms)
                     if(room MATCHES "^${from}:" AND "${room} ${from}" MATCHES " ${to}( |$)")
                         set(allowed TRUE)
                     endif()
                 endforeach()
                 if(NOT allowed)
-                    list(APPEND wrong "service/${file} includes ${name}")
+                    list(APPEND wrong "${folder}/${file} includes ${name}")
                 endif()
             endif()
         endforeach()

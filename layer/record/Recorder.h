@@ -2,8 +2,8 @@
 #define SONOLET_LAYER_RECORD_RECORDER_H
 
 #include "Settings.h"
+#include "calls/Record.h"
 #include "record/Baton.h"
-#include "record/Record.h"
 #include "record/TraceFile.h"
 #include "tap/Call.h"
 

@@ -1,7 +1,7 @@
 #include "record/Scribe.h"
 
-#include "record/Json.h"
-#include "record/ValueText.h"
+#include "calls/Json.h"
+#include "calls/ValueText.h"
 
 #include <fcntl.h>
 #include <unistd.h>

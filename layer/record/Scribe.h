@@ -1,9 +1,9 @@
 #ifndef SONOLET_LAYER_RECORD_SCRIBE_H
 #define SONOLET_LAYER_RECORD_SCRIBE_H
 
-#include "record/Event.h"
-#include "record/Names.h"
-#include "record/Story.h"
+#include "calls/Event.h"
+#include "calls/Names.h"
+#include "calls/Story.h"
 #include "record/TraceFile.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "replay/Twins.h"
 
-#include "record/ValueText.h"
+#include "calls/ValueText.h"
 #include "replay/Recording.h"
 
 #include <cmath>

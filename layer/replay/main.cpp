@@ -1,6 +1,6 @@
 // sonolet-replay: the plug-in alone, against a host and a library that do what a recording says.
 
-#include "record/Record.h"
+#include "calls/Record.h"
 #include "replay/Parts.h"
 #include "tap/Imports.h"
 #include "tap/Taps.h"

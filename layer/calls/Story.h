@@ -1,7 +1,7 @@
-#ifndef SONOLET_LAYER_RECORD_STORY_H
-#define SONOLET_LAYER_RECORD_STORY_H
+#ifndef SONOLET_LAYER_CALLS_STORY_H
+#define SONOLET_LAYER_CALLS_STORY_H
 
-#include "record/Event.h"
+#include "calls/Event.h"
 
 #include <cstdint>
 #include <deque>

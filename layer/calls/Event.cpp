@@ -1,4 +1,4 @@
-#include "record/Event.h"
+#include "calls/Event.h"
 
 #include <cstring>
 

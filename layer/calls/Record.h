@@ -1,5 +1,5 @@
-#ifndef SONOLET_LAYER_RECORD_RECORD_H
-#define SONOLET_LAYER_RECORD_RECORD_H
+#ifndef SONOLET_LAYER_CALLS_RECORD_H
+#define SONOLET_LAYER_CALLS_RECORD_H
 
 #include "tap/Functions.h"
 #include "tap/Value.h"

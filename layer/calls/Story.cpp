@@ -1,4 +1,4 @@
-#include "record/Story.h"
+#include "calls/Story.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "record/Names.h"
+#include "calls/Names.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
-#ifndef SONOLET_LAYER_RECORD_EVENT_H
-#define SONOLET_LAYER_RECORD_EVENT_H
+#ifndef SONOLET_LAYER_CALLS_EVENT_H
+#define SONOLET_LAYER_CALLS_EVENT_H
 
-#include "record/Record.h"
+#include "calls/Record.h"
 
 #include <string_view>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "record/Json.h"
+#include "calls/Json.h"
 
 #include "tap/Utf8.h"
 

@@ -1,7 +1,7 @@
-#include "record/ValueText.h"
+#include "calls/ValueText.h"
 
-#include "record/Event.h"
-#include "record/Json.h"
+#include "calls/Event.h"
+#include "calls/Json.h"
 #include "tap/Utf8.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
-#ifndef SONOLET_LAYER_RECORD_NAMES_H
-#define SONOLET_LAYER_RECORD_NAMES_H
+#ifndef SONOLET_LAYER_CALLS_NAMES_H
+#define SONOLET_LAYER_CALLS_NAMES_H
 
-#include "record/Event.h"
+#include "calls/Event.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#ifndef SONOLET_LAYER_RECORD_JSON_H
-#define SONOLET_LAYER_RECORD_JSON_H
+#ifndef SONOLET_LAYER_CALLS_JSON_H
+#define SONOLET_LAYER_CALLS_JSON_H
 
 #include <cstddef>
 #include <cstdint>
