@@ -23,7 +23,7 @@ public:
         }
         const std::string answer = call(
             "POST", "",
-            std::string(R"({"capabilities":{"alwaysMatch":{"timeouts":{"script":200000},)") +
+            std::string(R"({"capabilities":{"alwaysMatch":{"timeouts":{"script":500000},)") +
                 (inCog() ? R"("wpe:browserOptions":{"binary":")" BIN_DIR "/sonolet-cog"
                          : R"("webkitgtk:browserOptions":{"binary":")" BIN_DIR "/sonolet-browser") +
                 R"(","args":[)" + arguments + "]}}}}");
