@@ -148,7 +148,10 @@ make_root() {
     find /usr/share/keyrings /etc/apt/keyrings /etc/apt/trusted.gpg /etc/apt/trusted.gpg.d -type f \
         -exec cp -t "$work/keyrings" {} + 2>/dev/null || true
     sources=$(package_sources "$architecture" "$release" "$work")
-    [[ -n $sources ]] || fail "no package source of this machine has Debian $release for $architecture"
+    if [[ -z $sources ]]; then
+        say "$name: impossible here: no package source of this machine has Debian $release for $architecture"
+        exit "$impossible"
+    fi
     apt-config dump | grep '^Acquire::' | grep -v '^Acquire::IndexTargets' >"$work/apt.conf"
     printf '%s\n' "$sources" >"$work/sources.list"
     local packages
