@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 GlibScheduler::GlibScheduler(double speedFactor) : speed(speedFactor) {
     static GSourceFuncs functions = {nullptr, nullptr, &GlibScheduler::dispatch,
@@ -51,6 +52,7 @@ void GlibScheduler::runDue() {
     const gint64 now = g_get_monotonic_time();
     // Tasks scheduled from here on wait for the next round, so that other sources get theirs.
     const unsigned long roundEnd = lastTurn;
+    std::vector<unsigned> late;
     auto next = order.begin();
     while (next != order.end() && next->first.first <= now) {
         if (next->first.second > roundEnd) {
@@ -64,16 +66,26 @@ void GlibScheduler::runDue() {
         const bool again = task();
         if (const auto entry = entries.find(id); entry != entries.end()) {
             if (again) {
-                // A late task keeps its beat, but never runs twice to catch up.
                 Entry& repeated = entry->second;
-                const gint64 due = std::max(repeated.place.first + repeated.interval, now);
-                repeated.place = Place(due, ++lastTurn);
-                order.emplace(repeated.place, id);
+                repeated.place = Place(repeated.place.first + repeated.interval, ++lastTurn);
+                if (repeated.place.first > now) {
+                    order.emplace(repeated.place, id);
+                } else {
+                    late.push_back(id);
+                }
             } else {
                 entries.erase(entry);
             }
         }
         next = order.begin();
+    }
+    // What is late keeps its beat, but never runs twice to catch up.
+    const gint64 end = g_get_monotonic_time();
+    for (const unsigned id : late) {
+        if (const auto entry = entries.find(id); entry != entries.end()) {
+            entry->second.place.first = end + (end - now);
+            order.emplace(entry->second.place, id);
+        }
     }
     arm();
 }

@@ -268,9 +268,9 @@ TEST_F(Views, AreReachedAndUsedByKeysAlone) {
         SCOPED_TRACE(size.width);
         page.resize(size.width, size.height);
         const auto at = [this](const std::string& look) {
-            return evaluate("await until(() => !find('.view[aria-busy]'));"
-                            "return [hidden(), " +
-                            look + "].join();");
+            return evaluate("await until(() => !find('.view[aria-busy]')); const seen = " + look +
+                            "; await until(() => hidden() !== 'nothing has it');"
+                            "return [hidden(), seen].join();");
         };
         // Each place of the sidebar, into it and back.
         evaluate("await goTo('#/people'); await goTo('#/home');");

@@ -244,6 +244,30 @@ TEST_F(DocumentTest, AScriptMayEndTheStackAnywhere) {
     });
 }
 
+// On a browser's thread, whose own sources rank below.
+TEST(GlibScheduler, LeavesOthersTheThreadAlthoughATaskIsAlwaysLate) {
+    GlibScheduler scheduler;
+    int runs = 0;
+    bool othersRan = false;
+    scheduler.schedule(Scheduler::Delay(1), [&] {
+        if (++runs == 1) {
+            const GSourceFunc other = [](gpointer ran) -> gboolean {
+                *static_cast<bool*>(ran) = true;
+                return G_SOURCE_REMOVE;
+            };
+            g_idle_add_full(G_PRIORITY_LOW, other, &othersRan, nullptr);
+        }
+        const gint64 end = g_get_monotonic_time() + 2000;
+        while (g_get_monotonic_time() < end) {
+        }
+        return true;
+    });
+    while (runs < 100 && !othersRan) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    EXPECT_TRUE(othersRan);
+}
+
 // The plug-in's `fire` has its arguments on its stack while the first listener makes garbage or
 // collects it, and passes them on to the second one.
 TEST_F(DocumentTest, AListenerThatIsLongOrCollectsDoesNotGrowAndItsCallerKeepsWhatItHas) {
