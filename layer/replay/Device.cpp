@@ -25,13 +25,11 @@ class Backend final : public UVABackend {
 public:
     int setSource(const char*, SourceDescription**, int) override {
         sound.restart();
-        return replayer().answered().at(0).get<int>();
+        return replayer().answered<int>();
     }
     void play() override { replayer().answered(); }
     void pause(int) override { replayer().answered(); }
-    void getPosition(double& position) override {
-        position = replayer().answered().at(0).get<double>();
-    }
+    void getPosition(double& position) override { position = replayer().answered<double>(); }
     void writeData(NeedDataEvent* event, unsigned size, WriteDataStatus) override {
         if (!sound.isInOrder(event->data, size)) {
             replayer().differ("sound as it was delivered",
@@ -48,8 +46,9 @@ private:
 
 // Never freed: the plug-in may call late.
 UVABackend* request(UVABackend::UVABackendType, UVAClient* client) {
-    clients[Twins::address(replayer().argumentsOfNext().at(1))] = client;
-    return replayer().answered().at(0).get<bool>() ? new Backend : nullptr;
+    replayer().reading(
+        [&] { clients[Twins::address(replayer().argumentsOfNext().at(1))] = client; });
+    return replayer().answered<bool>() ? new Backend : nullptr;
 }
 
 void release(UVABackend*) {
@@ -91,7 +90,7 @@ int threshold(const KlogContext*) {
     static std::atomic<int> now{INT_MIN};
     const json next = replayer().answerOfNext(Fn::threshold);
     if (!next.empty()) {
-        now = next[0].get<int>();
+        now = replayer().reading([&] { return next[0].get<int>(); });
     }
     return now;
 }

@@ -20,21 +20,25 @@ std::unordered_map<Twins::Address, jsplugin_unload*> unloads;
 // What the call that is under way was given as the recording has it.
 template <class Functions>
 void remember(Functions& all, std::size_t which, typename Functions::mapped_type function) {
-    const json in = replayer().argumentsOfNext();
-    if (which < in.size()) {
-        all[Twins::address(in[which])] = function;
-    }
+    replayer().reading([&] {
+        const json in = replayer().argumentsOfNext();
+        if (which < in.size()) {
+            all[Twins::address(in[which])] = function;
+        }
+    });
 }
 
 Twins::Object* made(int& answer, jsplugin_obj** result) {
-    const json out = replayer().answered();
-    answer = out.at(0).get<int>();
-    if (answer != JSP_CREATE_OK || out.size() < 2) {
-        return nullptr;
-    }
-    Twins::Object& object = replayer().twins.makeObject(out[1]);
-    *result = &object.own;
-    return &object;
+    return replayer().reading([&]() -> Twins::Object* {
+        const json out = replayer().answered();
+        answer = out.at(0).get<int>();
+        if (answer != JSP_CREATE_OK || out.size() < 2) {
+            return nullptr;
+        }
+        Twins::Object& object = replayer().twins.makeObject(out[1]);
+        *result = &object.own;
+        return &object;
+    });
 }
 
 int createFunction(jsplugin_obj*,
@@ -66,16 +70,16 @@ int createObject(jsplugin_obj* document,
 
 int addPollFunction(jsplugin_obj*, unsigned, jsplugin_poll* poll) {
     remember(polls, 2, poll);
-    return replayer().answered().at(0).get<int>();
+    return replayer().answered<int>();
 }
 
 int addUnloadListener(jsplugin_obj*, jsplugin_unload* unload) {
     remember(unloads, 1, unload);
-    return replayer().answered().at(0).get<int>();
+    return replayer().answered<int>();
 }
 
 int callFunction(jsplugin_obj*, jsplugin_obj*, jsplugin_obj*, int, jsplugin_value*, void*, void*) {
-    return replayer().answered().at(0).get<int>();
+    return replayer().answered<int>();
 }
 
 void mark(jsplugin_obj*) {
@@ -130,9 +134,9 @@ void callFunctionOfPlugin(const json& in) {
         arguments.push_back(replayer().twins.slot(in[i]));
     }
     jsplugin_value result{};
-    there(objectIn(in.at(1)).call,
-          "function")(pointerTo(in.at(0)), pointerTo(in.at(1)), in.at(2).get<int>(),
-                      arguments.empty() ? nullptr : arguments.data(), &result);
+    there(objectIn(in.at(1)).call, "function")(
+        pointerTo(in.at(0)), pointerTo(in.at(1)), Twins::count(in.at(2), arguments.size()),
+        arguments.empty() ? nullptr : arguments.data(), &result);
 }
 
 void destroy(const json& in) {
@@ -152,7 +156,7 @@ void handleObject(const json& in) {
     jsplugin_notify* notify[3] = {};
     Twins::Object& parent = objectIn(in.at(1));
     const int answer = there(plugin->handle_object, "handle_object")(
-        pointerTo(in.at(0)), &parent.own, in.at(2).get<int>(),
+        pointerTo(in.at(0)), &parent.own, Twins::count(in.at(2), attributes.size()),
         attributes.empty() ? nullptr : attributes.data(), &given.getter, &given.setter,
         &given.destructor, &given.trace, &notify[0], &notify[1], &notify[2]);
     if (answer == 1) {

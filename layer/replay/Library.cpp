@@ -34,6 +34,19 @@ T handleOf(const json& value) {
     return reinterpret_cast<T>(Twins::address(value));
 }
 
+// At least so many. Null for null.
+const void* bytesFrom(const json& value, std::size_t least) {
+    if (value.is_null()) {
+        return nullptr;
+    }
+    const std::string& bytes = replayer().twins.bytes(value);
+    if (bytes.size() < least) {
+        throw NotReplayable(std::to_string(least) + " bytes of which " +
+                            std::to_string(bytes.size()) + " are there");
+    }
+    return bytes.data();
+}
+
 // A value of the recording as what the header says it is.
 template <class T>
 T valueFrom(const json& value) {
@@ -47,11 +60,8 @@ T valueFrom(const json& value) {
     } else if constexpr (HandleOf<Pointee>::value) {
         return handleOf<T>(value);
     } else if constexpr (std::is_same_v<T, const byte*>) {
-        return value.is_null()
-                   ? nullptr
-                   : reinterpret_cast<const byte*>(replayer().twins.bytes(value).data());
-    } else if constexpr (std::is_same_v<T, const void*>) {
-        return value.is_null() ? nullptr : replayer().twins.bytes(value).data();
+        // An image's number.
+        return reinterpret_cast<const byte*>(bytesFrom(value, 20));
     } else if constexpr (std::is_same_v<T, void*>) {
         return sessionUserdata;
     } else {
@@ -137,13 +147,17 @@ template <Fn function, class R, class... A>
 struct Answering<function, R(A...)> {
     static R answer(A... arguments) {
         (keepCallbacks(arguments), ...);
-        const json out = replayer().answered();
-        writeAll(out, arguments...);
-        if constexpr (std::is_same_v<R, sp_subscribers*>) {
-            return subscribers(out);
-        } else {
-            return valueFrom<R>(out.at(0));
-        }
+        return replayer().reading([&]() -> R {
+            const json out = replayer().answered();
+            writeAll(out, arguments...);
+            if constexpr (std::is_same_v<R, sp_subscribers*>) {
+                return subscribers(out);
+            } else if constexpr (std::is_same_v<R, const void*>) {
+                return bytesFrom(out.at(0), out.size() > 1 ? out[1].get<std::size_t>() : 0);
+            } else {
+                return valueFrom<R>(out.at(0));
+            }
+        });
     }
 
     // One piece of memory, as the library's.
@@ -168,12 +182,14 @@ struct Answering<Fn::sp_session_create, sp_error(const sp_session_config*, sp_se
     static sp_error answer(const sp_session_config* config, sp_session** session) {
         sessionCallbacks = config->callbacks;
         sessionUserdata = config->userdata;
-        const json out = replayer().answered();
-        const auto error = valueFrom<sp_error>(out.at(0));
-        if (error == SP_ERROR_OK) {
-            *session = handleOf<sp_session*>(out.at(1));
-        }
-        return error;
+        return replayer().reading([&] {
+            const json out = replayer().answered();
+            const auto error = valueFrom<sp_error>(out.at(0));
+            if (error == SP_ERROR_OK) {
+                *session = handleOf<sp_session*>(out.at(1));
+            }
+            return error;
+        });
     }
 };
 
@@ -194,9 +210,11 @@ T argumentFrom(const json& in, std::size_t i, Kept& kept) {
         for (const json& track : value.at("track")) {
             kept.tracks.push_back(handleOf<sp_track*>(json{{"track", track}}));
         }
+        Twins::count(in.at(i + 1), kept.tracks.size());
         return kept.tracks.data();
     } else if constexpr (std::is_same_v<T, const int*>) {
         kept.integers = value.get<std::vector<int>>();
+        Twins::count(in.at(i + 1), kept.integers.size());
         return kept.integers.data();
     } else if constexpr (std::is_same_v<T, const sp_audioformat*>) {
         kept.format = {static_cast<sp_sampletype>(value.at(0).get<int>()), value.at(1).get<int>(),

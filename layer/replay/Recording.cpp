@@ -9,9 +9,19 @@
 
 namespace {
 
+// Empty when it cannot be read.
 std::string textOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A number of the head; 0 for what is none.
+std::int64_t numberOf(const TraceEvent& head, const char* name, std::int64_t whenMissing) {
+    const auto found = head.arguments.find(name);
+    if (found == head.arguments.end()) {
+        return whenMissing;
+    }
+    return TraceEvent::integer(nlohmann::json::array({*found}), 0);
 }
 
 }  // namespace
@@ -20,13 +30,21 @@ Recording::Recording(const std::string& path) {
     if (!std::ifstream(path)) {
         throw NotReplayable(path + ": " + std::generic_category().message(errno));
     }
-    texts.push_back(textOf(path + ".old"));
-    texts.push_back(textOf(path));
+    readBoth(path, textOf(path), textOf(path + ".old"));
+}
+
+Recording::Recording(const std::string& path, std::string newer, std::string older) {
+    readBoth(path, std::move(newer), std::move(older));
+}
+
+void Recording::readBoth(const std::string& path, std::string newer, std::string older) {
+    texts[0] = std::move(older);
+    texts[1] = std::move(newer);
     // An older file may be left of another process: only what this one goes on from belongs to it.
     TraceEvent head;
-    std::istringstream newer(texts[1].substr(0, 1024));
+    std::istringstream beginning(texts[1].substr(0, 1024));
     const bool isContinued =
-        TraceReader(newer).next(head) && head.phase == 'M' && head.arguments.value("part", 1) > 1;
+        TraceReader(beginning).next(head) && head.phase == 'M' && numberOf(head, "part", 1) > 1;
     if (isContinued && !texts[0].empty()) {
         read(path + ".old", texts[0]);
     }
@@ -58,14 +76,15 @@ void Recording::read(const std::string& path, const std::string& text) {
         }
         if (event.phase == 'M' && event.name == "sonolet_trace") {
             hasHead = true;
-            if (!event.arguments.value("replayable", false)) {
+            const auto replayable = event.arguments.find("replayable");
+            if (replayable == event.arguments.end() || *replayable != true) {
                 throw NotReplayable(path + ": was not recorded with --replayable "
                                            "(SONOLET_TRACE_REPLAYABLE=1)");
             }
-            if (event.arguments.value("bits", 0) > static_cast<int>(sizeof(void*) * 8)) {
+            if (numberOf(event, "bits", 0) > static_cast<int>(sizeof(void*) * 8)) {
                 throw NotReplayable(path + ": is of a 64-bit process, this one has 32 bits");
             }
-            if (event.arguments.value("part", 1) != ++parts) {
+            if (numberOf(event, "part", 1) != ++parts) {
                 throw NotReplayable(path + ": its beginning was dropped, the files of the timeline "
                                            "were full (SONOLET_TRACE_SIZE)");
             }

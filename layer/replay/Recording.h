@@ -16,6 +16,9 @@ struct NotReplayable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// No value of a recording has more: a record lay in the recorder's buffer as a whole.
+constexpr std::size_t mostBytes = 16U << 20U;
+
 // A call of a recording, or one end of it.
 struct Step {
     Fn function = Fn::count;  // of an 'E' as well
@@ -37,6 +40,12 @@ public:
     // Throws NotReplayable: there is no such file, it is no timeline or none that says all, its
     // beginning or calls in it are missing, it has broken lines, or calls that nobody knows.
     explicit Recording(const std::string& path);
+    // Of what such files have; the path is for words alone.
+    Recording(const std::string& path, std::string newer, std::string older);
+
+    // Steps have views of the texts.
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
 
     const std::vector<Step>& steps() const { return all; }
     // As the line says it.
@@ -47,10 +56,11 @@ public:
     double seconds() const;
 
 private:
+    void readBoth(const std::string& path, std::string newer, std::string older);
     void read(const std::string& path, const std::string& text);
     void add(const TraceEvent& event, std::string_view line);
 
-    std::vector<std::string> texts;
+    std::string texts[2];  // the older one first
     std::vector<Step> all;
     std::vector<std::pair<std::int64_t, std::vector<Fn>>> open;  // by thread
     std::size_t lines = 0;

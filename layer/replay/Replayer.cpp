@@ -65,15 +65,10 @@ void Replayer::perform() {
     const std::size_t step = turns.make(*self.line);
     const auto how = invocations.find(steps[step].function);
     if (how == invocations.end()) {
-        refuse("line " + std::to_string(steps[step].line) + ": " +
-               infoOf(steps[step].function).name + " cannot be called here");
+        refuse(std::string(infoOf(steps[step].function).name) + " cannot be called here");
     }
     self.inside.push_back(step);
-    try {
-        how->second(Recording::event(steps[step]).in());
-    } catch (const std::exception& error) {
-        refuse("line " + std::to_string(steps[step].line) + ": " + error.what());
-    }
+    reading([&] { how->second(Recording::event(steps[step]).in()); });
 }
 
 json Replayer::resultsOfThis() const {
@@ -85,19 +80,18 @@ json Replayer::resultsOfThis() const {
 
 json Replayer::answered() {
     std::size_t step = turns.make(*self.line);
-    try {
-        if (steps[step].phase == 'B') {
-            turns.pass();
-            drive();
-            if (self.line->hasEnded()) {
-                rest();
-            }
-            step = turns.make(*self.line);
+    if (steps[step].phase == 'B') {
+        turns.pass();
+        drive();
+        if (self.line->hasEnded()) {
+            rest();
         }
-        return Recording::event(steps[step]).out();
-    } catch (const std::exception& error) {
-        refuse("line " + std::to_string(steps[step].line) + ": " + error.what());
+        step = turns.make(*self.line);
+        if (steps[step].phase != 'E') {
+            refuse("the call around this one does not end");
+        }
     }
+    return Recording::event(steps[step]).out();
 }
 
 json Replayer::argumentsOfNext() const {
@@ -149,11 +143,7 @@ void Replayer::began(Call& call) noexcept {
     if (infoOf(call.function).caller != Party::Plugin) {
         return;
     }
-    try {
-        compareCall(call);
-    } catch (const std::exception& error) {
-        refuse(error.what());
-    }
+    reading([&] { compareCall(call); });
 }
 
 void Replayer::ended(Call& call, const Value* results, unsigned count) noexcept {
@@ -163,11 +153,7 @@ void Replayer::ended(Call& call, const Value* results, unsigned count) noexcept 
         }
         return;
     }
-    try {
-        compareReturn(results, count);
-    } catch (const std::exception& error) {
-        refuse(error.what());
-    }
+    reading([&] { compareReturn(results, count); });
 }
 
 void Replayer::compareCall(const Call& call) {
@@ -268,7 +254,9 @@ void Replayer::stuck() {
 }
 
 void Replayer::refuse(const std::string& reason) {
-    std::fprintf(stderr, "%s: %s\n", program.c_str(), reason.c_str());
+    const std::size_t made = turns.made();
+    std::fprintf(stderr, "%s: line %zu: %s\n", program.c_str(), steps[made > 0 ? made - 1 : 0].line,
+                 reason.c_str());
     end(2, "");
 }
 

@@ -6,6 +6,7 @@
 #include "replay/Twins.h"
 #include "tap/Call.h"
 
+#include <exception>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -19,8 +20,8 @@
 // Device.cpp) ask for answers. At the first difference the process ends.
 //
 // Threads: one for each of the recording; drive() runs on it. The process's exit handlers run on
-// the first. Errors: a difference is told on standard output, exit code 1; NotReplayable on
-// standard error, exit code 2.
+// the first. Errors: a difference is told on standard output, exit code 1; what cannot be replayed,
+// with its line, on standard error, exit code 2.
 class Replayer final : public Watcher {
 public:
     // What calls into the plug-in as the arguments say.
@@ -43,6 +44,11 @@ public:
     // The recorded results of the call out of the plug-in that this thread is in. What the
     // recording has inside it is done before.
     nlohmann::json answered();
+    // The first of them.
+    template <class T>
+    T answered() {
+        return reading([this] { return answered().at(0).get<T>(); });
+    }
     // Of the call that this thread makes next: what the recording says of it when it is this one;
     // null when it is another.
     nlohmann::json argumentsOfNext() const;
@@ -54,7 +60,21 @@ public:
     [[noreturn]] void differ(const std::string& expected, const std::string& seen);
     // The step under way does not come to its end.
     [[noreturn]] void stuck();
+    // With the line of the step under way.
     [[noreturn]] void refuse(const std::string& reason);
+
+    // What makes something of a recorded value. When the value is not as the layer writes it, that
+    // is told and the process ends: nothing is thrown through the plug-in.
+    template <class Read>
+    auto reading(Read read) {
+        try {
+            return read();
+        } catch (const NotReplayable& error) {
+            refuse(error.what());
+        } catch (const std::exception& error) {
+            refuse(std::string("is not what the layer writes of such a call: ") + error.what());
+        }
+    }
 
     void began(Call& call) noexcept override;
     void ended(Call& call, const Value* results, unsigned count) noexcept override;

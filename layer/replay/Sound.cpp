@@ -1,6 +1,9 @@
 #include "replay/Sound.h"
 
+#include "replay/Recording.h"
+
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -14,6 +17,10 @@ std::size_t taken = 0;  // bytes so far
 }  // namespace
 
 const void* soundFor(std::size_t bytes, std::size_t takenOfThem) {
+    if (bytes > mostBytes || takenOfThem > bytes) {
+        throw NotReplayable(std::to_string(takenOfThem) + " of " + std::to_string(bytes) +
+                            " bytes of sound are no delivery");
+    }
     static auto& sound = *new std::vector<unsigned char>;
     sound.resize(bytes);
     for (std::size_t i = 0; i < bytes; ++i) {

@@ -11,7 +11,7 @@
 // Threads: one at a time; whoever makes a step of the recording (replay/Turns.h).
 
 // A delivery of so many bytes, of which the plug-in took so many when it was recorded. Valid until
-// the next one.
+// the next one. Throws NotReplayable for numbers that no delivery has.
 const void* soundFor(std::size_t bytes, std::size_t taken);
 
 // The way of one backend's stream.

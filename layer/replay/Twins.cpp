@@ -40,6 +40,13 @@ Twins::Address Twins::address(const json& value) {
     return static_cast<Address>(address);
 }
 
+int Twins::count(const json& value, std::size_t there) {
+    if (value != there) {
+        refuse(value, ("no number of the " + std::to_string(there) + " values there").c_str());
+    }
+    return value.get<int>();
+}
+
 Twins::Object* Twins::object(const json& value) {
     const Address recorded = address(value);
     if (recorded == 0) {
@@ -67,8 +74,11 @@ const char* Twins::text(const json& value) {
         return keep(value.get<std::string>());
     }
     if (has(value, "secret") && has(value, "bytes")) {
-        return keep(
-            standIn(value["secret"].get<std::int64_t>(), value["bytes"].get<std::size_t>()));
+        const auto bytes = value["bytes"].get<std::int64_t>();
+        if (bytes < 0 || bytes > static_cast<std::int64_t>(mostBytes)) {
+            refuse(value, "no secret");
+        }
+        return keep(standIn(value["secret"].get<std::int64_t>(), static_cast<std::size_t>(bytes)));
     }
     if (has(value, "bytes of text")) {
         return keep(bytes(json{{"hex", value["bytes of text"]}}));

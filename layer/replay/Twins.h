@@ -40,6 +40,8 @@ public:
 
     // Of {"kind": "address"}.
     static Address address(const nlohmann::json& value);
+    // The number of values, `value`, when so many are there.
+    static int count(const nlohmann::json& value, std::size_t there);
     // Made when it is new. Null for a null object.
     Object* object(const nlohmann::json& value);
     // Anew: what was there at this address is gone.

@@ -29,6 +29,26 @@ std::int64_t integerOf(const json& value) {
     return number > -most && number < most ? static_cast<std::int64_t>(number) : 0;
 }
 
+// Whether values lie in each other as nobody writes them: whoever goes through such ones runs out
+// of stack.
+bool isTooDeep(std::string_view line) {
+    constexpr int most = 64;
+    int depth = 0;
+    bool isText = false;
+    for (std::size_t i = 0; i < line.size() && depth <= most; ++i) {
+        const char c = line[i];
+        if (isText) {
+            i += c == '\\' ? 1 : 0;
+            isText = c != '"';
+        } else if (c == '"') {
+            isText = true;
+        } else {
+            depth += c == '[' || c == '{' ? 1 : c == ']' || c == '}' ? -1 : 0;
+        }
+    }
+    return depth > most;
+}
+
 const json* at(const json& values, std::size_t n) {
     return values.is_array() && n < values.size() ? &values[n] : nullptr;
 }
@@ -67,6 +87,9 @@ std::string TraceEvent::address(const json& values, std::size_t n) {
 bool TraceReader::parse(std::string_view line, TraceEvent& event) {
     while (!line.empty() && (line.back() == ',' || line.back() == '\r' || line.back() == ' ')) {
         line.remove_suffix(1);
+    }
+    if (isTooDeep(line)) {
+        return false;
     }
     json object = json::parse(line.begin(), line.end(), nullptr, false);
     if (!object.is_object()) {

@@ -47,8 +47,8 @@ public:
     // input.clear() the next call goes on with it, which is how a file is followed.
     bool next(TraceEvent& event);
 
-    // One line; false when it is no event. With or without its comma. `event` is not to be used
-    // after false.
+    // One line; false when it is no event, or has values within each other that go 64 deep. With or
+    // without its comma. `event` is not to be used after false.
     static bool parse(std::string_view line, TraceEvent& event);
 
     // Whether the last line said that nothing follows.

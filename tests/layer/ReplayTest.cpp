@@ -180,6 +180,20 @@ TEST_F(Replay, SaysWhyAFileCannotBeReplayed) {
         {replaced("\"call\":\"getter\",\"in\":[{\"object\":\"",
                   "\"call\":\"getter\",\"in\":[{\"object\":\"9"),
          "line [0-9]+: the plug-in has given no getter"},
+        // Values that would have the plug-in read what is not there, or are read inside its calls.
+        {replaced(",4,\"listener\",", ",5,\"listener\","),
+         "line [0-9]+: 5 is no number of the 4 values there"},
+        {replaced("\"listener\",{\"secret\":2,\"bytes\":",
+                  "\"listener\",{\"secret\":2,\"bytes\":9999999"),
+         "line [0-9]+: .*is no secret"},
+        {replaced("},[0,44100,2],{},", "},[0,44100,2],{},99999999"),
+         "line [0-9]+: [0-9]+ of [0-9]+ bytes of sound are no delivery"},
+        {replaced("\"out\":[\"Fog Signal\"]", "\"out\":[7]"), "line [0-9]+: 7 is no text"},
+        {replaced("\"name\":\"requestBackend\",\"args\":{\"in\":[1,{\"at\":\"",
+                  "\"name\":\"requestBackend\",\"args\":{\"in\":[1,{\"at\":\"x"),
+         "line [0-9]+: .*is no address"},
+        {replaced("],\"out\":[true]}", "],\"out\":[\"yes\"]}"),
+         "line [0-9]+: is not what the layer writes of such a call"},
     };
     const std::string file = watched->folder + "/refused.json";
     for (const auto& [text, why] : cases) {
