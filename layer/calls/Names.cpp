@@ -30,12 +30,13 @@ bool isMember(Fn function) {
 
 std::string_view Names::nameOf(const void* object) const {
     const auto found = objects.find(object);
-    return found != objects.end() ? std::string_view(found->second) : std::string_view("object");
+    return found != objects.end() ? std::string_view(found->second.name)
+                                  : std::string_view("object");
 }
 
 std::string_view Names::memberOf(const void* functionObject) const {
     const auto found = objects.find(functionObject);
-    return found != objects.end() ? std::string_view(found->second) : std::string_view();
+    return found != objects.end() ? std::string_view(found->second.name) : std::string_view();
 }
 
 std::string Names::follow(Event& event) {
@@ -59,15 +60,25 @@ std::string Names::follow(Event& event) {
         nameResult(event, frame);
         const bool isCreate = event.is(Fn::create_function) || event.is(Fn::create_object);
         if (isCreate && event.resultPointer(1) != nullptr) {
-            objects[event.resultPointer(1)] = "object";
+            forget(event.resultPointer(1));
+            objects[event.resultPointer(1)] = {"object", event.is(Fn::create_function)};
+            functions += event.is(Fn::create_function) ? 1 : 0;
             if (!frames.empty()) {
                 frames.back().made = event.resultPointer(1);
             }
         } else if (event.is(Fn::destructor)) {
-            objects.erase(frame.object);
+            forget(frame.object);
         }
     }
     return name;
+}
+
+void Names::forget(const void* object) {
+    const auto found = objects.find(object);
+    if (found != objects.end()) {
+        functions -= found->second.isFunction ? 1 : 0;
+        objects.erase(found);
+    }
 }
 
 // The first name stays: the same object may be answered again, by another name.
@@ -83,7 +94,7 @@ void Names::nameResult(const Event& event, const Frame& frame) {
             name = nameOf(frame.object);
         }
     }
-    objects[object] = name;
+    objects[object].name = std::move(name);
 }
 
 std::string Names::of(const Event& event) const {

@@ -42,10 +42,16 @@ public:
     // Whoever asks for numbers keeps all these texts.
     std::int64_t numberOf(std::string_view secret);
 
-    // How many objects of the plug-in the browser has, functions included.
+    // How many objects of the plug-in the browser has, functions included, and how many of them are
+    // none: wrappers of the library's things, and the few that are there from the start.
     std::size_t living() const { return objects.size(); }
+    std::size_t wrappers() const { return objects.size() - functions; }
 
 private:
+    struct Living {
+        std::string name;
+        bool isFunction = false;
+    };
     // The calls of the host that a thread is in.
     struct Frame {
         Fn function;
@@ -58,6 +64,7 @@ private:
     std::string of(const Event& event) const;
     // "object" for one that is not known.
     std::string_view nameOf(const void* object) const;
+    void forget(const void* object);
     // The object that was made in this call has its name from now on.
     void nameResult(const Event& event, const Frame& frame);
     // Both make Tag::Secret of the tags of what is to be hidden.
@@ -70,7 +77,8 @@ private:
     // Compared as far as records have texts, and as a whole.
     bool isKnownSecret(const Value& value) const;
 
-    std::unordered_map<const void*, std::string> objects;
+    std::unordered_map<const void*, Living> objects;
+    std::size_t functions = 0;  // of the objects
     std::unordered_map<std::uint32_t, std::vector<Frame>> threads;
     const bool forgets;
     // Texts that were seen where the library gets or gives secrets: the last 256, oldest first.

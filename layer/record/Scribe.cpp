@@ -243,7 +243,8 @@ void Scribe::begin(const char* phase, std::uint32_t thread, std::uint64_t time) 
 }
 
 void Scribe::tellThread(std::uint32_t thread, std::string_view role) {
-    const std::string name = std::string(role) + " (" + commandOf(thread) + ")";
+    const std::string command = commandOf(thread);  // empty: the thread has ended
+    const std::string name = std::string(role) + (command.empty() ? "" : " (" + command + ")");
     threads.emplace(thread, name);
     tellThreadName(thread, name);
 }
@@ -359,7 +360,9 @@ void Scribe::counters(std::uint64_t now) {
         return;  // once it is known what to make of what is held back
     }
     const Story::Levels& levels = follower.levels();
-    if (now - levelsAt >= levelsInterval && (!(levels == told) || names.living() != toldObjects)) {
+    const bool isNew =
+        !(levels == told) || names.living() != toldObjects || names.wrappers() != toldWrappers;
+    if (now - levelsAt >= levelsInterval && isNew) {
         levelsAt = now;
         if (levels.ringBytes != told.ringBytes) {
             counter("ring bytes", static_cast<std::uint64_t>(levels.ringBytes));
@@ -373,8 +376,12 @@ void Scribe::counters(std::uint64_t now) {
         if (names.living() != toldObjects) {
             counter("script objects", names.living());
         }
+        if (names.wrappers() != toldWrappers) {
+            counter("wrappers", names.wrappers());
+        }
         told = levels;
         toldObjects = names.living();
+        toldWrappers = names.wrappers();
     }
     if (now - memoryAt >= memoryInterval) {
         memoryAt = now;

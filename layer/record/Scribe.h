@@ -106,6 +106,7 @@ private:
     // each second, when it has changed by 256 KiB.
     Story::Levels told;
     std::size_t toldObjects = 0;
+    std::size_t toldWrappers = 0;
     std::uint64_t levelsAt = 0;
     std::uint64_t memoryAt = 0;
     std::uint64_t toldMemory = 0;

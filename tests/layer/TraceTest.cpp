@@ -246,6 +246,7 @@ TEST(Summary, AnswersWhatPeopleAsk) {
     EXPECT_THAT(text, ContainsRegex("\n  search +1 +([1-9][0-9][0-9][.0-9]* ms|[0-9.]+ s) "));
     EXPECT_THAT(text, ContainsRegex("\n +32[12]  call Track.create\n"));
     EXPECT_THAT(text, ContainsRegex("\n +3[2-9][0-9]  track\n"));
+    EXPECT_THAT(text, ContainsRegex("\n  wrappers +[0-9]+ +3[2-9][0-9] "));
 }
 
 TEST(Reader, SaysWhatItIsGivenAndLeavesOutWhatIsBroken) {
