@@ -9,7 +9,7 @@ build_packages=(
     libtag1-dev libgdk-pixbuf-2.0-dev libsqlite3-dev libcrypt-dev nlohmann-json3-dev
     libsoup-3.0-dev libjson-glib-dev glib-networking
 )
-browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-droid-fallback)
+browser_packages=(libwebkit2gtk-4.1-dev fonts-inter fonts-noto-core fonts-droid-fallback)
 # Debian 13 has another WPE WebKit, which host/engine knows nothing of.
 wpe_of_bookworm=(libwpewebkit-1.1-dev cog)
 wpe_packages=() build_wpe=OFF

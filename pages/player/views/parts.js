@@ -41,8 +41,8 @@ export function albumCard(album) {
         onclick: () => remember(address, album) },
     cover(coverId(album, ImageSize.normal), title),
     h("span", { class: "card-title two-lines" }, named(title)),
-    h("span", { class: "card-note two-lines" }, artist && named(artist), artist && year ? " · " : "",
-        year ? String(year) : ""));
+    h("span", { class: "card-note two-lines" }, artist && named(artist),
+        artist && year ? "\u00a0·\u00a0" : "", year ? String(year) : ""));
 }
 
 /** @param {Spotify.Artist} artist */

@@ -73,6 +73,7 @@ export function sortBar(tracks) {
                     .then(fill, () => notify("This could not be sorted just now.", null, "error"));
             } }));
     }
+    bar.prepend(h("span", { class: "sort-by", "aria-hidden": "true" }, "Sort by"));
     fill();
     return bar;
 }
