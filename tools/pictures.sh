@@ -6,16 +6,21 @@ command_pictures() {
     case ${1:-} in
     --help | -h)
         cat <<'TEXT'
-usage: ./sonolet pictures [--accept]
+usage: ./sonolet pictures [--accept | --docs]
 
 Takes a picture of every view of the player at four sizes, light and dark, into build/pictures,
 and says which differ from what was accepted last. With --accept they are what later ones, and the
-tests, are compared with (tests/browser/accepted).
+tests, are compared with (tests/browser/accepted). With --docs those of README and docs are made
+anew (docs/images).
 TEXT
         return
         ;;
     "") ;;
     --accept) accept=(SONOLET_ACCEPT=1) ;;
+    --docs)
+        "$root/docs/images/make"
+        return
+        ;;
     *) misuse "pictures: unknown option $1" ;;
     esac
     install_missing "${whole_packages[@]}"
