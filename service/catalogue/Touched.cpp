@@ -66,26 +66,7 @@ Touched::Touched(Database& database)
           "SELECT available, EXISTS(SELECT 1 FROM albums WHERE artist_id = ?1 AND available) OR"
           " EXISTS(SELECT 1 FROM track_artists ta JOIN tracks t ON t.id = ta.track_id"
           " WHERE ta.artist_id = ?1 AND t.present) FROM artists WHERE id = ?1"),
-      updateArtist(database, "UPDATE artists SET available = ?2 WHERE id = ?1"),
-      indexTrack(database,
-                 "INSERT INTO track_index(rowid, title, artist, album, year)"
-                 " SELECT id, title, artist, album, year FROM track_texts WHERE id = ?1"),
-      unindexTrack(
-          database,
-          "INSERT INTO track_index(track_index, rowid, title, artist, album, year)"
-          " SELECT 'delete', id, title, artist, album, year FROM track_texts WHERE id = ?1"),
-      indexAlbum(database,
-                 "INSERT INTO album_index(rowid, name, artist, year)"
-                 " SELECT id, name, artist, year FROM album_texts WHERE id = ?1"),
-      unindexAlbum(database,
-                   "INSERT INTO album_index(album_index, rowid, name, artist, year)"
-                   " SELECT 'delete', id, name, artist, year FROM album_texts WHERE id = ?1"),
-      indexArtist(database,
-                  "INSERT INTO artist_index(rowid, name)"
-                  " SELECT id, name FROM artist_texts WHERE id = ?1"),
-      unindexArtist(database,
-                    "INSERT INTO artist_index(artist_index, rowid, name)"
-                    " SELECT 'delete', id, name FROM artist_texts WHERE id = ?1") {}
+      updateArtist(database, "UPDATE artists SET available = ?2 WHERE id = ?1"), index(database) {}
 
 void Touched::begin() {
     touchedKeys.clear();
@@ -106,7 +87,7 @@ void Touched::touch(std::int64_t track) {
 
 void Touched::unindex(std::int64_t track) {
     if (unindexedTracks.insert(track).second) {
-        unindexTrack.execute(track);
+        index.tracks.remove(track);
     }
 }
 
@@ -121,7 +102,7 @@ void Touched::finish() {
         summariseArtist(artist);
     }
     for (const std::int64_t track : unindexedTracks) {
-        indexTrack.execute(track);
+        index.tracks.add(track);
     }
 }
 
@@ -160,9 +141,9 @@ void Touched::giveLinks(const Id& key) {
 }
 
 void Touched::summarise(std::int64_t album) {
-    unindexAlbum.execute(album);
+    index.albums.remove(album);
     updateSummary(album);
-    indexAlbum.execute(album);
+    index.albums.add(album);
     if (Cursor row = artistOfAlbum.run(album); row.next()) {
         touchedArtists.insert(row.integer(0));
     }
@@ -198,11 +179,11 @@ void Touched::summariseArtist(std::int64_t artist) {
         return;
     }
     if (before) {
-        unindexArtist.execute(artist);
+        index.artists.remove(artist);
     }
     updateArtist.execute(artist, available);
     if (available) {
-        indexArtist.execute(artist);
+        index.artists.add(artist);
     }
 }
 

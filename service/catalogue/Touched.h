@@ -1,6 +1,7 @@
 #ifndef SONOLET_SERVICE_CATALOGUE_TOUCHED_H
 #define SONOLET_SERVICE_CATALOGUE_TOUCHED_H
 
+#include "catalogue/WordIndex.h"
 #include "store/Database.h"
 
 #include <cstdint>
@@ -57,12 +58,7 @@ private:
     Statement artistOfAlbum;
     Statement findAvailability;
     Statement updateArtist;
-    Statement indexTrack;
-    Statement unindexTrack;
-    Statement indexAlbum;
-    Statement unindexAlbum;
-    Statement indexArtist;
-    Statement unindexArtist;
+    WordIndex index;
 
     std::set<Id> touchedKeys;
     std::set<std::int64_t> touchedAlbums;

@@ -50,12 +50,6 @@ SeenWriter::SeenWriter(const std::string& catalogueFile, ServerStore& serverStor
       insertArtist(database,
                    "INSERT INTO artists(link, name, available) VALUES(?1, ?2, 1) RETURNING id"),
       updateArtist(database, "UPDATE artists SET name = ?2, available = 1 WHERE id = ?1"),
-      indexArtist(database,
-                  "INSERT INTO artist_index(rowid, name)"
-                  " SELECT id, name FROM artist_texts WHERE id = ?1"),
-      unindexArtist(database,
-                    "INSERT INTO artist_index(artist_index, rowid, name)"
-                    " SELECT 'delete', id, name FROM artist_texts WHERE id = ?1"),
       findAlbum(database,
                 "SELECT id, name, artist_id, year, type, available, cover FROM albums"
                 " WHERE link = ?1"),
@@ -65,12 +59,6 @@ SeenWriter::SeenWriter(const std::string& catalogueFile, ServerStore& serverStor
       updateAlbum(database,
                   "UPDATE albums SET name = ?2, artist_id = ?3, year = ?4, type = ?5,"
                   " available = 1, cover = ?6 WHERE id = ?1"),
-      indexAlbum(database,
-                 "INSERT INTO album_index(rowid, name, artist, year)"
-                 " SELECT id, name, artist, year FROM album_texts WHERE id = ?1"),
-      unindexAlbum(database,
-                   "INSERT INTO album_index(album_index, rowid, name, artist, year)"
-                   " SELECT 'delete', id, name, artist, year FROM album_texts WHERE id = ?1"),
       albumsOfArtist(database, "SELECT id FROM albums WHERE artist_id = ?1"),
       tracksOfAlbum(database, "SELECT id FROM tracks WHERE album_id = ?1"),
       tracksOfArtist(database,
@@ -89,20 +77,13 @@ SeenWriter::SeenWriter(const std::string& catalogueFile, ServerStore& serverStor
                " disc = excluded.disc, number = excluded.number, year = excluded.year,"
                " duration = excluded.duration RETURNING id"),
       loseTrack(database, "UPDATE tracks SET present = 0 WHERE id = ?1"),
-      indexTrack(database,
-                 "INSERT INTO track_index(rowid, title, artist, album, year)"
-                 " SELECT id, title, artist, album, year FROM track_texts WHERE id = ?1"),
-      unindexTrack(database,
-                   "INSERT INTO track_index(track_index, rowid, title, artist, album, year)"
-                   " SELECT 'delete', id, title, artist, album, year FROM track_texts"
-                   " WHERE id = ?1"),
       listArtists(database,
                   "SELECT artist_id FROM track_artists WHERE track_id = ?1 ORDER BY position"),
       deleteArtists(database, "DELETE FROM track_artists WHERE track_id = ?1"),
       insertTrackArtist(
           database,
-          "INSERT OR IGNORE INTO track_artists(track_id, position, artist_id) VALUES(?1, ?2, ?3)") {
-}
+          "INSERT OR IGNORE INTO track_artists(track_id, position, artist_id) VALUES(?1, ?2, ?3)"),
+      index(database) {}
 
 void SeenWriter::write(const Seen& seen) {
     // The links first: a catalogue without them could not be asked about.
@@ -126,17 +107,17 @@ void SeenWriter::reindexed(const std::vector<std::int64_t>& tracks,
                            const std::vector<std::int64_t>& albums,
                            Change change) {
     for (const std::int64_t track : tracks) {
-        unindexTrack.execute(track);
+        index.tracks.remove(track);
     }
     for (const std::int64_t album : albums) {
-        unindexAlbum.execute(album);
+        index.albums.remove(album);
     }
     change();
     for (const std::int64_t album : albums) {
-        indexAlbum.execute(album);
+        index.albums.add(album);
     }
     for (const std::int64_t track : tracks) {
-        indexTrack.execute(track);
+        index.tracks.add(track);
     }
 }
 
@@ -166,13 +147,13 @@ SeenWriter::Row SeenWriter::artist(const ArtistItem& item) {
     }
     if (id == 0) {
         id = rowsOf(insertArtist.run(link, name)).at(0);
-        indexArtist.execute(id);
+        index.artists.add(id);
         return {id, true};
     }
-    unindexArtist.execute(id);
+    index.artists.remove(id);
     reindexed(rowsOf(tracksOfArtist.run(id)), rowsOf(albumsOfArtist.run(id)),
               [&] { updateArtist.execute(id, name); });
-    indexArtist.execute(id);
+    index.artists.add(id);
     return {id, false};
 }
 
@@ -199,7 +180,7 @@ SeenWriter::Row SeenWriter::album(const AlbumItem& item, bool whole) {
     if (id == 0) {
         id = rowsOf(insertAlbum.run(link, artistRow, name, item.year, type, digestOrNull(cover)))
                  .at(0);
-        indexAlbum.execute(id);
+        index.albums.add(id);
         return {id, true};
     }
     if (before != std::tuple(name, artistRow, std::int64_t{item.year}, type, true, cover)) {
@@ -235,7 +216,7 @@ void SeenWriter::song(const SongItem& item) {
         return;
     }
     if (id != 0) {
-        unindexTrack.execute(id);
+        index.tracks.remove(id);
     }
     id = rowsOf(putTrack.run(path, item.size, link, albumRow, title, item.disc, item.number,
                              item.year, item.durationMs))
@@ -245,7 +226,7 @@ void SeenWriter::song(const SongItem& item) {
     for (const std::int64_t each : artists) {
         insertTrackArtist.execute(id, position++, each);
     }
-    indexTrack.execute(id);
+    index.tracks.add(id);
 }
 
 void SeenWriter::lose(sp_linktype kind, const Id& link) {
@@ -254,7 +235,7 @@ void SeenWriter::lose(sp_linktype kind, const Id& link) {
     }
     Transaction transaction(database);
     if (const std::vector<std::int64_t> rows = rowsOf(findTrack.run(link)); !rows.empty()) {
-        unindexTrack.execute(rows.front());
+        index.tracks.remove(rows.front());
         loseTrack.execute(rows.front());
     }
     transaction.commit();

@@ -1,6 +1,7 @@
 #ifndef SONOLET_SERVICE_SERVER_SEEN_WRITER_H
 #define SONOLET_SERVICE_SERVER_SEEN_WRITER_H
 
+#include "catalogue/WordIndex.h"
 #include "server/ServerStore.h"
 #include "store/Database.h"
 #include "subsonic/Items.h"
@@ -56,24 +57,19 @@ private:
     Statement findArtist;
     Statement insertArtist;
     Statement updateArtist;
-    Statement indexArtist;
-    Statement unindexArtist;
     Statement findAlbum;
     Statement insertAlbum;
     Statement updateAlbum;
-    Statement indexAlbum;
-    Statement unindexAlbum;
     Statement albumsOfArtist;
     Statement tracksOfAlbum;
     Statement tracksOfArtist;
     Statement findTrack;
     Statement putTrack;
     Statement loseTrack;
-    Statement indexTrack;
-    Statement unindexTrack;
     Statement listArtists;
     Statement deleteArtists;
     Statement insertTrackArtist;
+    WordIndex index;
 };
 
 }  // namespace sonolet::service
