@@ -130,6 +130,14 @@ std::string Accounts::canonicalName(std::string_view name) {
     return canonical;
 }
 
+bool Accounts::canBeName(std::string_view name) {
+    try {
+        return !canonicalName(name).empty();
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
 Account Accounts::read(const Cursor& row) {
     return Account{row.integer(0), row.text(1), row.text(2), row.text(3), row.text(4)};
 }
@@ -165,12 +173,21 @@ Account Accounts::admit(std::string_view name) {
     const std::string canonical = canonicalName(name);
     std::optional<Account> account = find(canonical);
     if (!account) {
-        Transaction transaction(database);
-        insertAccount.execute(canonical, name, "");
+        admitAll({std::string(name)});
         account = find(canonical);
-        transaction.commit();
     }
     return account.value();
+}
+
+void Accounts::admitAll(const std::vector<std::string>& names) {
+    Transaction transaction(database);
+    for (const std::string& name : names) {
+        const std::string canonical = canonicalName(name);
+        if (!find(canonical)) {
+            insertAccount.execute(canonical, name, "");
+        }
+    }
+    transaction.commit();
 }
 
 bool Accounts::setPassword(std::string_view name, const Secret& password) {

@@ -40,6 +40,7 @@ public:
 
     // The canonical form of a name; throws when it cannot be a name.
     static std::string canonicalName(std::string_view name);
+    static bool canBeName(std::string_view name);
 
     // By name.
     std::vector<Account> all();
@@ -51,6 +52,8 @@ public:
     void add(std::string_view name, const Secret& password);
     // The account of somebody whom another checks: no password is right. Made if there is none.
     Account admit(std::string_view name);
+    // The same for many. All can be names.
+    void admitAll(const std::vector<std::string>& names);
     // Forgets blobs and the remembered user with it. False: no such user.
     bool setPassword(std::string_view name, const Secret& password);
     // His playlists go with him, and leave the containers of others. False: no such user.

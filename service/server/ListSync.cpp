@@ -124,6 +124,11 @@ void ListSync::agreePlaylists() {
         if (stop) {
             return;
         }
+        if (!isOwn(item) && !Accounts::canBeName(item.owner)) {
+            sayOnce("The playlist \"" + item.name +
+                    "\" belongs to nobody who can have a name here");
+            continue;
+        }
         Meeting meeting{links.listOf(item.id), item, item.version, isOwn(item)};
         there.insert(meeting.link);
         const bool isTurn = !item.tellsChanges && number++ == turn % all.size();
@@ -162,8 +167,8 @@ void ListSync::agree(Meeting meeting, bool readAnyway) {
         }
         log("The playlist \"" + meeting.theirs.name + "\" has changed since it was removed here");
     }
-    const bool isKnown = isSame && row && lists.contains(container, meeting.link);
-    if (isKnown && !readAnyway && !(hasChanges() && isChanged(*row, *base))) {
+    meeting.wasThere = row && lists.contains(container, meeting.link);
+    if (isSame && meeting.wasThere && !readAnyway && !(hasChanges() && isChanged(*row, *base))) {
         return;
     }
     try {
@@ -187,8 +192,13 @@ void ListSync::merge(const Meeting& meeting, std::optional<Base> base) {
     const std::int64_t owner = meeting.isOwn ? user.id : accounts.admit(theirs.owner).id;
     Base agreed;
     bool isWhole = true;
+    bool isRemoved = false;
     lists.together([&] {
         std::optional<ListRow> row = lists.find(meeting.link);
+        isRemoved = meeting.wasThere && !(row && lists.contains(container, meeting.link));
+        if (isRemoved) {
+            return;  // while the server was asked; the next pass tells it
+        }
         if (!row) {
             row = lists.create(owner, theirName, meeting.link);
         }
@@ -217,6 +227,9 @@ void ListSync::merge(const Meeting& meeting, std::optional<Base> base) {
             setItems(lists, *row, agreed.songs, row->owner);
         }
     });
+    if (isRemoved) {
+        return;
+    }
     const bool isSent = agreed.name != theirName || agreed.comment != theirs.comment ||
                         agreed.isPublic != theirs.isPublic || agreed.songs != theirSongs;
     if (isSent && meeting.isOwn) {

@@ -59,6 +59,7 @@ private:
         PlaylistItem theirs;
         std::string version;  // as the overview of all playlists says it
         bool isOwn = false;
+        bool wasThere = false;  // in the user's container, before the server was asked for it
     };
 
     void agreePlaylists();
