@@ -308,7 +308,10 @@ std::vector<Id> ServerAnswers::topTracks(const ToplistScope& scope) {
             songs.push_back(std::move(song));
         }
     }
-    if (!scope.country) {
+    // Not every server says of a song how often it was played.
+    const bool isCounted = std::any_of(songs.begin(), songs.end(),
+                                       [](const SongItem& song) { return song.plays > 0; });
+    if (!scope.country && isCounted) {
         songs.erase(std::remove_if(songs.begin(), songs.end(),
                                    [](const SongItem& song) { return song.plays == 0; }),
                     songs.end());
