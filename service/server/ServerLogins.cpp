@@ -1,7 +1,7 @@
 #include "accounts/Password.h"
 #include "server/ServerSource.h"
 
-// Who is let in by a server, and how that is kept.
+// Who is let in by a server, and how that is kept; who else uses it.
 
 namespace sonolet::service {
 
@@ -9,6 +9,7 @@ namespace {
 
 constexpr char rememberedSetting[] = "remembered";
 constexpr std::size_t blobBytes = 32;
+constexpr std::size_t mostUsers = 1000;
 
 // What is kept of a login, or handed out as a blob: name, salt and token, a line each.
 std::string written(const ServerLogin& login) {
@@ -166,6 +167,32 @@ std::optional<std::string> ServerSource::remembered(Accounts& store) {
     }
     const std::lock_guard<std::mutex> lock(mutex);
     return rememberedHere;
+}
+
+// Who else uses the server is a friend here. Most tell that to administrators alone; then friends
+// are those whose playlists are shown, and those who have logged in here.
+void ServerSource::meetUsers() {
+    try {
+        std::vector<std::string> names;
+        for (const Reply& each : client.callAside("getUsers")["users"]["user"].list()) {
+            const std::string name = each["username"].text();
+            if (Accounts::canBeName(name) && names.size() < mostUsers) {
+                names.push_back(name);
+            }
+        }
+        Kept files;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            files = kept;
+        }
+        if (files.onDisk && !names.empty()) {
+            Accounts(files.accounts, Accounts::First::nobody).admitAll(names);
+        }
+    } catch (const ServerError&) {
+        // It does not say, or not now.
+    } catch (const std::exception& error) {
+        events.log(std::string("The server's users are not known: ") + error.what());
+    }
 }
 
 void ServerSource::forget(Accounts&) {

@@ -158,7 +158,10 @@ void ServerSource::answered(Subsonic::Clock::time_point asked) {
         for (const Item& item : wanted) {
             fetch(item);
         }
-        fetcher->post([this] { reportPlays(); });
+        fetcher->post([this] {
+            reportPlays();
+            meetUsers();
+        });
         lists.look();
         events.connection(SP_ERROR_OK);
     });
@@ -214,7 +217,10 @@ void ServerSource::enter(const Account& account) {
     for (const Item& item : wanted) {
         fetch(item);
     }
-    fetcher->post([this] { reportPlays(); });
+    fetcher->post([this] {
+        reportPlays();
+        meetUsers();
+    });
     lists.enter(account, login);
 }
 

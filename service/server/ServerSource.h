@@ -105,6 +105,7 @@ private:
     void fetch(const Item& item);
     // The fetching thread's.
     void find(const Item& item);
+    void meetUsers();
     void reportPlays();
     Fetching& fetching();
 

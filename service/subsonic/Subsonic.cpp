@@ -71,6 +71,8 @@ std::optional<ServerError> errorOfStatus(int status) {
         return ServerError(SP_ERROR_ACCESS_DENIED, text, false);
     case 429:
         return ServerError(SP_ERROR_OTHER_TRANSIENT, text + ": it is asked too often", false);
+    case 501:
+        return ServerError(SP_ERROR_OTHER_PERMANENT, text + ": it does not do that", false);
     default:
         break;
     }
@@ -173,16 +175,16 @@ Subsonic::url(const ServerLogin& login, const char* method, const Parameters& pa
     return url;
 }
 
-std::string Subsonic::url(const char* method, const Parameters& parameters) const {
-    std::optional<ServerLogin> login;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        login = user;
-    }
-    if (!login) {
+ServerLogin Subsonic::current() const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (!user) {
         throw ServerError(SP_ERROR_PERMISSION_DENIED, "nobody is logged in", false);
     }
-    return url(*login, method, parameters);
+    return *user;
+}
+
+std::string Subsonic::url(const char* method, const Parameters& parameters) const {
+    return url(current(), method, parameters);
 }
 
 ServerError Subsonic::errorOf(const HttpError& error, const std::string& base) {
@@ -241,18 +243,15 @@ Reply Subsonic::callAs(const ServerLogin& login, const char* method, const Param
     throw ServerError(*refused);
 }
 
+Reply Subsonic::callAside(const char* method) {
+    return callAs(current(), method);
+}
+
 Reply Subsonic::call(const char* method, const Parameters& parameters) {
-    std::optional<ServerLogin> login;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        login = user;
-    }
-    if (!login) {
-        throw ServerError(SP_ERROR_PERMISSION_DENIED, "nobody is logged in", false);
-    }
+    const ServerLogin login = current();
     const Clock::time_point asked = Clock::now();
     try {
-        Reply answer = callAs(*login, method, parameters);
+        Reply answer = callAs(login, method, parameters);
         watch.answered(asked);
         return answer;
     } catch (const ServerError& error) {

@@ -84,7 +84,8 @@ public:
 
     // What the server answers under its envelope.
     Reply call(const char* method, const Parameters& parameters = {});
-    // The same as somebody else, without telling the watch.
+    // The same without telling the watch: of what many servers do not say, and as somebody else.
+    Reply callAside(const char* method);
     Reply callAs(const ServerLogin& login, const char* method, const Parameters& parameters = {});
     // An answer that is no JSON: a picture.
     std::string bytes(const char* method, const Parameters& parameters, std::size_t largest);
@@ -96,6 +97,7 @@ public:
     static ServerError errorOf(const HttpError& error, const std::string& base);
 
 private:
+    ServerLogin current() const;
     std::string
     url(const ServerLogin& login, const char* method, const Parameters& parameters) const;
     HttpReply fetch(const std::string& asked, std::size_t largest);
