@@ -1,13 +1,7 @@
-#include "../TestMusic.h"
-#include "../TestSession.h"
-#include "BadServer.h"
+#include "OneSong.h"
+#include "UntrustedServer.h"
 #include "server/Download.h"
 #include "server/ServerStore.h"
-#include "subsonic/Subsonic.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
 
 namespace sonolet::service {
 namespace {
@@ -15,95 +9,7 @@ namespace {
 using namespace sonolet::test;
 using testing::HasSubstr;
 
-// A session with a server that knows one song, and logins by token.
-struct ServerTest : testing::Test {
-    ServerTest() {
-        // NOLINTBEGIN(concurrency-mt-unsafe): no other thread is there yet
-        setenv("SONOLET_SERVER", server.url().c_str(), 1);
-        bePatient("60");
-        setenv("SONOLET_SERVER_LOOK", "0", 1);
-        // NOLINTEND(concurrency-mt-unsafe)
-        server.answer("ping", [](const std::string& head) {
-            const std::string salt = parameter(head, "s");
-            const std::string token = parameter(head, "t");
-            return token == ServerLogin::tokenOf("s\xc3\xa9same", salt) && salt.size() >= 6
-                       ? BadServer::envelope("")
-                       : BadServer::failure(40);
-        });
-        server.answer("search3", [](const std::string& head) {
-            const bool first = parameter(head, "songOffset") == "0";
-            return BadServer::envelope(R"("searchResult3":{)" +
-                                       (first ? R"("song":)" + song + "}" : std::string("}")));
-        });
-        server.answer("getSong", [](const std::string& head) {
-            return parameter(head, "id") == "7" ? BadServer::envelope(R"("song":)" + song)
-                                                : BadServer::failure(70);
-        });
-        server.answer("scrobble", [this](const std::string& head) {
-            plays += parameter(head, "id") + ' ' + parameter(head, "submission") + ';';
-            return BadServer::envelope("");
-        });
-        server.answer("getAlbum", [](const std::string&) { return BadServer::failure(70); });
-        server.answer("download", [this](const std::string& head) { return part(head); });
-    }
-    ~ServerTest() override {
-        // NOLINTBEGIN(concurrency-mt-unsafe): the session has ended its threads
-        unsetenv("SONOLET_SERVER");
-        unsetenv("SONOLET_SERVER_PATIENCE");
-        unsetenv("SONOLET_SERVER_LOOK");
-        // NOLINTEND(concurrency-mt-unsafe)
-    }
-
-    // In seconds, for sessions to come. The first connection that is encrypted takes one by itself
-    // where the machine is busy.
-    static void bePatient(const char* seconds) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): no session is there
-        setenv("SONOLET_SERVER_PATIENCE", seconds, 1);
-    }
-
-    static std::string parameter(const std::string& head, const std::string& name) {
-        const std::size_t from = head.find('&' + name + '=');
-        if (from == std::string::npos) {
-            return {};
-        }
-        const std::size_t begin = from + name.size() + 2;
-        return head.substr(begin, head.find_first_of("& ", begin) - begin);
-    }
-    // As many bytes as are to come at once.
-    std::string part(const std::string& head) const {
-        const std::size_t range = head.find("Range: bytes=");
-        const std::size_t from =
-            range == std::string::npos ? 0 : std::strtoul(head.c_str() + range + 13, nullptr, 10);
-        const std::string whole = file.substr(from);
-        const std::string about = "Content-Range: bytes " + std::to_string(from) + "-" +
-                                  std::to_string(file.size() - 1) + "/" +
-                                  std::to_string(file.size()) + "\r\n";
-        const std::string sent =
-            BadServer::reply(whole, "206 Partial Content", "audio/x-wav", about);
-        return whole.size() > most ? sent.substr(0, sent.size() - whole.size() + most) : sent;
-    }
-    std::string contents() {
-        std::ifstream stream(files.writeWav("song.wav", sound), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    // What a query is answered with.
-    sp_error ask(TestSession& session, const char* words) {
-        return sp_search_error(session.found(words).get());
-    }
-
-    // A number for an id, a title that is a number, no size: servers differ.
-    static inline const std::string song =
-        R"({"id":7,"title":1999,"album":"Blue","albumId":"al-1","artist":"Ann","artistId":"ar-1",)"
-        R"("duration":"2","suffix":"WAV","track":3,"playCount":null})";
-
-    TestMusic music;
-    TestFiles files;
-    const Samples sound = numbered(5, 88200);
-    const std::string file = contents();
-    std::size_t most = std::string::npos;
-    std::string plays;  // to be read once the session is gone
-    BadServer server;
-};
+struct ServerTest : OneSong {};
 
 TEST_F(ServerTest, LogsInByTokenAndShowsSearchesAndPlays) {
     TestSession session;
@@ -207,6 +113,8 @@ TEST_F(ServerTest, EachFailureHasItsNumberAndEndsInTime) {
          SP_ERROR_OTHER_TRANSIENT, false},
         {"moved", BadServer::reply("", "302 Moved", "text/html", "Location: /other\r\n"),
          SP_ERROR_UNABLE_TO_CONTACT_SERVER, SP_ERROR_UNABLE_TO_CONTACT_SERVER, false},
+        {"501", BadServer::reply("", "501 No", "text/html"), SP_ERROR_OTHER_PERMANENT,
+         SP_ERROR_OTHER_PERMANENT, false},
         {"500", BadServer::reply("", "500 Oh", "text/html"), SP_ERROR_OTHER_TRANSIENT,
          SP_ERROR_OTHER_TRANSIENT, true},
         {"cut", cut, SP_ERROR_OTHER_TRANSIENT, SP_ERROR_OTHER_TRANSIENT, true},
@@ -247,49 +155,6 @@ TEST_F(ServerTest, EachFailureHasItsNumberAndEndsInTime) {
     }
 }
 
-// A server with a certificate that it has signed itself.
-class UntrustedServer final {
-public:
-    explicit UntrustedServer(const std::string& folder) {
-        const std::string key = folder + "/key.pem";
-        const std::string certificate = folder + "/certificate.pem";
-        const Outcome made = ::run(
-            {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-             "-nodes", "-days", "1", "-subj", "/CN=localhost", "-addext",
-             "subjectAltName=DNS:localhost,IP:127.0.0.1", "-keyout", key, "-out", certificate},
-            {});
-        EXPECT_EQ(made.exitCode, 0) << made.errors;
-        const char* const command[] = {"openssl", "s_server",  "-accept", "127.0.0.1:0",
-                                       "-key",    key.c_str(), "-cert",   certificate.c_str(),
-                                       "-www",    nullptr};
-        gint output = -1;
-        EXPECT_TRUE(g_spawn_async_with_pipes(
-            nullptr, const_cast<gchar**>(command), nullptr,
-            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
-                                     G_SPAWN_STDERR_TO_DEV_NULL),
-            nullptr, nullptr, &process, nullptr, &output, nullptr, nullptr));
-        FILE* const lines = fdopen(output, "r");
-        char line[200] = "";
-        while (std::strncmp(line, "ACCEPT ", 7) != 0 && fgets(line, sizeof(line), lines)) {
-        }
-        const std::string said = line;
-        port = said.substr(said.rfind(':') + 1, 5);
-        port.erase(port.find_last_not_of('\n') + 1);
-        fclose(lines);
-    }
-    ~UntrustedServer() {
-        kill(process, SIGKILL);
-        waitpid(process, nullptr, 0);
-    }
-    UntrustedServer(const UntrustedServer&) = delete;
-    UntrustedServer& operator=(const UntrustedServer&) = delete;
-    std::string url() const { return "https://127.0.0.1:" + port; }
-
-private:
-    GPid process = 0;
-    std::string port;
-};
-
 TEST_F(ServerTest, WhatCannotBeReachedHasItsNumberItsEventAndItsLine) {
     const UntrustedServer untrusted(files.path("."));
     const struct {
@@ -324,6 +189,54 @@ TEST_F(ServerTest, WhatCannotBeReachedHasItsNumberItsEventAndItsLine) {
         EXPECT_TRUE(session->untilHeard("connection " + std::to_string(each.error)));
         EXPECT_EQ(sp_session_connectionstate(session->get()), SP_CONNECTION_STATE_DISCONNECTED);
         EXPECT_THAT(session->log, HasSubstr("The connection is lost: "));
+    }
+}
+
+TEST_F(ServerTest, APasswordGoesWhereNobodyReadsItAndIsWrittenNowhere) {
+    const std::string password = "s\xc3\xa9same";
+    const std::string here = server.url();
+    const std::string there = std::string(here).replace(here.find("127.0.0.1"), 9, "0.0.0.0");
+    const struct {
+        int code;  // of a server that knows no tokens
+        std::string url;
+        const char* allowed;
+        sp_error error;
+    } cases[] = {
+        {10, here, "", SP_ERROR_OK},   {41, here, "", SP_ERROR_OK},
+        {42, here, "", SP_ERROR_OK},   {10, there, "", SP_ERROR_ACCESS_DENIED},
+        {10, there, "1", SP_ERROR_OK}, {40, here, "1", SP_ERROR_BAD_USERNAME_OR_PASSWORD},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.url + each.allowed + ' ' + std::to_string(each.code));
+        std::atomic<int> sent{0};
+        server.answer("ping", [&](const std::string& head) {
+            const std::string plain = parameter(head, "p");
+            sent += plain.empty() ? 0 : 1;
+            return plain.empty()                     ? BadServer::failure(each.code)
+                   : plain == "enc:" + hex(password) ? BadServer::envelope("")
+                                                     : BadServer::failure(40);
+        });
+        // NOLINTBEGIN(concurrency-mt-unsafe): no session is there
+        setenv("SONOLET_SERVER", each.url.c_str(), 1);
+        setenv("SONOLET_SERVER_PLAIN", each.allowed, 1);
+        // NOLINTEND(concurrency-mt-unsafe)
+        TestSession session;
+        EXPECT_EQ(session.login("ann", password.c_str(), true), each.error);
+        EXPECT_EQ(sent, each.error == SP_ERROR_OK ? 1 : 0);
+        EXPECT_EQ(session.answered(sp_session_relogin(session.get())),
+                  each.error == SP_ERROR_OK ? SP_ERROR_OK : SP_ERROR_NO_CREDENTIALS);
+        const std::filesystem::recursive_directory_iterator state(music.stateFolder());
+        for (const auto& entry : state) {
+            if (!entry.is_regular_file()) {
+                continue;
+            }
+            std::ifstream stream(entry.path(), std::ios::binary);
+            const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+            for (const std::string& secret : {password, hex(password), session.blob}) {
+                EXPECT_TRUE(secret.empty() || bytes.find(secret) == std::string::npos)
+                    << entry.path();
+            }
+        }
     }
 }
 
