@@ -5,6 +5,14 @@
 #include <utility>
 #include <vector>
 
+namespace {
+
+// In which others have the thread when tasks are late, in microseconds: sound is requested in less
+// than a second.
+constexpr gint64 longestRest = 100000;
+
+}  // namespace
+
 GlibScheduler::GlibScheduler(double speedFactor) : speed(speedFactor) {
     static GSourceFuncs functions = {nullptr, nullptr, &GlibScheduler::dispatch,
                                      nullptr, nullptr, nullptr};
@@ -83,7 +91,7 @@ void GlibScheduler::runDue() {
     const gint64 end = g_get_monotonic_time();
     for (const unsigned id : late) {
         if (const auto entry = entries.find(id); entry != entries.end()) {
-            entry->second.place.first = end + (end - now);
+            entry->second.place.first = end + std::min(end - now, longestRest);
             order.emplace(entry->second.place, id);
         }
     }

@@ -12,9 +12,10 @@
 // Tasks on the thread's default GLib main context, `speed` times as fast as the clock.
 //
 // One source serves all tasks: GLib runs sources that are due in the order of their making, tasks
-// run in the order of their time. Those that repeat and are late, because the processor is, leave the
-// thread for as long as they had it: a browser's own sources may rank below. Threads: the one that made it, on which tasks run. Tasks may
-// schedule and cancel, themselves included. Ownership: tasks that have not run go with it, unrun.
+// run in the order of their time. Those that repeat and are late, because the processor is, leave
+// the thread for as long as they had it, a tenth of a second at most: a browser's own sources may
+// rank below. Threads: the one that made it, on which tasks run. Tasks may schedule and cancel,
+// themselves included. Ownership: tasks that have not run go with it, unrun.
 class GlibScheduler final : public Scheduler {
 public:
     // REQUIRES: `speed` is above 0; 2 halves each delay.
