@@ -19,6 +19,7 @@ measured against in the same run or its limit, the ratio, the goal, and whether 
   size     the plug-in for i686
   growth   ten, a thousand, a hundred thousand of everything
   search   search among 100,000 tracks, scans of 10,000 files (half a gigabyte in TMPDIR)
+  server   a music server of 100,000 tracks, and one that hangs
   playing  the gap between tracks; two minutes beside as many busy processes as there are cores
   player   searches and scrolling in the player, among 6,000 and 100,000 tracks
   device   playing on 32 bits with 192 MiB and a quarter of a core, in build/i386-root
