@@ -1,3 +1,4 @@
+#include "MusicServer.h"
 #include "PlayerPage.h"
 
 using testing::HasSubstr;
@@ -68,6 +69,40 @@ TEST_F(Player, PlaysAndSeeksWhatASearchFinds) {
     EXPECT_EQ(evaluate("fill('#seek', 10000); find('#seek').dispatchEvent(new Event('change'));"
                        "return until(() => text('#position') > '0:10');"),
               "true");
+}
+
+// A server of music that others have written, in place of the folder.
+class Served {
+protected:
+    // No other thread is there before the browser, nor after it. NOLINTBEGIN(concurrency-mt-unsafe)
+    Served() { setenv("SONOLET_SERVER", server.url().c_str(), 1); }
+    ~Served() { unsetenv("SONOLET_SERVER"); }
+    // NOLINTEND(concurrency-mt-unsafe)
+
+private:
+    static std::string demo() {
+        const std::string folder = WORK_DIR "/served-demo";
+        const Outcome made = run({BIN_DIR "/sonolet-demo", folder}, {});
+        return made.exitCode == 0 ? folder : throw std::runtime_error(made.errors);
+    }
+    const MusicServer server{WORK_DIR "/served", demo()};
+};
+class ServedPlayer : Served, public PlayerPage {};
+
+TEST_F(ServedPlayer, PlaysWhatTheServerFindsAndShowsItsAlbums) {
+    EXPECT_THAT(evaluate("await until(() => !find('#signin').hidden); signIn('listener');"
+                         "await until(() => !find('#app').hidden);"
+                         "fill('#search', 'far ban');"
+                         "await until(() => find('.track'));"
+                         "find('.track').click();"
+                         "await until(() => text('#position') > '0:00');"
+                         "return text('#bar-text');"),
+                HasSubstr("The Far Bank"));
+    EXPECT_EQ(evaluate("await goTo('#/album/The Paper Ferries/Lanterns on the Water');"
+                       "await until(() => find('[aria-rowindex=\"4\"]'));"
+                       "return [...document.querySelectorAll('.track-title')].map((one) =>"
+                       "    one.textContent);"),
+              R"(["Ropes and Tar","Slow Crossing","The Far Bank","Moored"])");
 }
 
 TEST_F(Player, StartsTheNextTrackWithinTheEventThatEndsOne) {
