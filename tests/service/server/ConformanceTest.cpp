@@ -137,9 +137,8 @@ struct ConformanceOfRequests : testing::Test {
             hasMade = true;
         } else if (method == "getAlbumList2") {
             note = ' ' + value("type");
-        } else if (method == "getPlaylists" && hasMade) {
-            note = " made";
-        } else if (method == "getPlaylist" && value("id") != mix) {
+        } else if ((method == "getPlaylists" && hasMade) ||
+                   (method == "getPlaylist" && value("id") != mix)) {
             note = " made";
         } else if (method == "getPlaylist" && whileAskedForList != nullptr) {
             std::exchange(whileAskedForList, nullptr)();
