@@ -23,10 +23,20 @@ const MOST_SORTED = 2000;
  * @type {string}
  */
 let wanted = "";
+/** What the results that are shown answer. */
+let shown = "";
+/** Enter was pressed before the answer to what is in the field was there. */
+let isEntered = false;
 /** @type {Signal<string>} */
 const typed = new Signal();
 /** @type {() => HTMLInputElement} */
 const field = () => byId("search");
+
+/** To the first of what was found; to the field, if nothing was. */
+function enterResults() {
+    const first = byId("main").querySelector(".card, [role=row]");
+    (first instanceof HTMLElement ? first : field()).focus();
+}
 
 /** The field above all views. */
 export function startSearchField() {
@@ -45,6 +55,7 @@ export function startSearchField() {
     };
     const soon = () => {
         wanted = field().value.trim();
+        isEntered = false;
         clearTimeout(timer);
         const rest = asked + PAUSE - Date.now();
         if (rest > 0) {
@@ -59,9 +70,9 @@ export function startSearchField() {
             field().value = "";
             soon();
         } else if (event.key === "Enter") {
-            const first = byId("main").querySelector(".card, [role=row]");
-            if (first instanceof HTMLElement && parseAddress().name === "search") {
-                first.focus();
+            isEntered = shown !== wanted;
+            if (!isEntered && parseAddress().name === "search") {
+                enterResults();
             }
         }
     });
@@ -80,6 +91,7 @@ export async function searchView({ root, scope, args, title }) {
         }
         answers.close();
         answers = new Scope();
+        const wasInResults = root.contains(document.activeElement);
         replace(root, h("h1", { class: "unseen" }, "Search"));
         byId("main").scrollTop = 0;
         if (found === null) {
@@ -87,13 +99,22 @@ export async function searchView({ root, scope, args, title }) {
         } else {
             showResults(root, answers, query, found);
         }
+        shown = query;
+        if (wasInResults || (isEntered && document.activeElement === field())) {
+            isEntered = false;
+            enterResults();
+        }
     };
     const trouble = (/** @type {unknown} */ error) => {
         answers.close();
+        const wasInResults = root.contains(document.activeElement);
+        const again = h("button",
+            { type: "button", class: "button primary", onclick: () => ask(wanted) }, "Try again");
         replace(root, empty("alert", "The search failed",
-            error instanceof Error ? error.message : String(error),
-            h("button", { type: "button", class: "button primary", onclick: () => ask(wanted) },
-                "Try again")));
+            error instanceof Error ? error.message : String(error), again));
+        if (wasInResults) {
+            again.focus();
+        }
     };
     const ask = (/** @type {string} */ query) =>
         show(query).catch((error) => query === wanted && trouble(error));
@@ -107,7 +128,7 @@ export async function searchView({ root, scope, args, title }) {
         }
     }
     scope.onClose(() => {
-        field().value = "";
+        field().value = shown = "";
     });
     await show(query);
 }
