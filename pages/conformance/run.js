@@ -179,8 +179,10 @@ function watch(name, object) {
  * @param {(...values: any[]) => void} then
  */
 function when(object, event, wanted, then) {
+    var isOver = false; // calls that are queued come after the removal, too
     var listener = guarded(function () {
-        if (wanted.apply(null, Array.prototype.slice.call(arguments))) {
+        if (!isOver && wanted.apply(null, Array.prototype.slice.call(arguments))) {
+            isOver = true;
             object.removeEventListener(event, listener);
             then.apply(null, Array.prototype.slice.call(arguments));
         }
