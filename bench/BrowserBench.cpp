@@ -72,6 +72,33 @@ void browser(ScriptPage& page) {
     report(plain("memory of 10,000 wrappers, each called once", after - before, "MB"));
 }
 
+#ifdef SONOLET_BENCH_GLIB
+// What no way from script to native code over this interface can do without.
+void bare() {
+    JSCContext* const context = jsc_context_new();
+    constexpr int calls = 100000;
+    const auto call = [&](const char* what, GType result, GCallback function) {
+        JSCValue* const native = jsc_value_new_function(context, nullptr, function, nullptr,
+                                                        nullptr, result, 0, G_TYPE_NONE);
+        JSCValue* const loop = jsc_context_evaluate(
+            context, "(function (call, n) { for (let i = 0; i < n; ++i) { call(); } })", -1);
+        report(plain(what,
+                     measure(9, calls, processSeconds,
+                             [&] {
+                                 g_object_unref(jsc_value_function_call(
+                                     loop, JSC_TYPE_VALUE, native, G_TYPE_INT, calls, G_TYPE_NONE));
+                             }),
+                     "ns"));
+        g_object_unref(loop);
+        g_object_unref(native);
+    };
+    call("call of nothing over GLib's interface", G_TYPE_NONE, G_CALLBACK(+[] {}));
+    call("call of nothing that may answer a text", G_TYPE_STRING,
+         G_CALLBACK(+[]() -> char* { return nullptr; }));
+    g_object_unref(context);
+}
+#endif
+
 }  // namespace
 
 int main() {
@@ -84,6 +111,9 @@ int main() {
         page.evaluate("track = Spotify.Track.create('spotify:track:1');"
                       "playlist = Spotify.Playlist.create('spotify:playlist:1');");
         browser(page);
+#ifdef SONOLET_BENCH_GLIB
+        bare();
+#endif
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "sonolet-bench-browser: " << error.what() << '\n';

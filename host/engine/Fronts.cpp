@@ -1,5 +1,6 @@
 #include "engine/Fronts.h"
 
+#include "engine/EngineHooks.h"
 #include "engine/ObjectAccess.h"
 #include "engine/Text.h"
 
@@ -30,10 +31,20 @@ constexpr std::size_t reportAt = std::size_t{16} * 1024;
 class Table final {
 public:
     void add(JSObjectRef object, ObjectRecord& record) {
+        if (JSObjectSetOwner != nullptr) {
+            JSObjectSetOwner(object, &record);
+            return;
+        }
         records.insert_or_assign(object, &record);
         lately(object) = {object, &record};
     }
     void remove(JSObjectRef object, const ObjectRecord& record) noexcept {
+        if (JSObjectSetOwner != nullptr) {
+            if (object != nullptr && JSObjectGetOwner(object) == &record) {
+                JSObjectSetOwner(object, nullptr);
+            }
+            return;
+        }
         const auto found = records.find(object);
         if (found != records.end() && found->second == &record) {
             records.erase(found);
@@ -44,6 +55,9 @@ public:
     }
     // What was added for that address last; the front may have died.
     ObjectRecord* find(JSObjectRef object) noexcept {
+        if (JSObjectGetOwner != nullptr) {
+            return static_cast<ObjectRecord*>(JSObjectGetOwner(object));
+        }
         Entry& known = lately(object);
         if (known.first != object) {
             const auto found = records.find(object);
@@ -157,6 +171,9 @@ Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbe
     keepFor = member(context, kernel, "hold");
     shared = static_cast<Shared*>(
         JSObjectGetArrayBufferBytesPtr(context, member(context, kernel, "shared"), nullptr));
+    if (JSObjectFrontsBy != nullptr) {
+        JSObjectFrontsBy(context, member(context, kernel, "makeObjectFront"));
+    }
     living().push_back(this);
 }
 
@@ -233,6 +250,10 @@ std::int32_t Fronts::newNumber(ObjectRecord* record) {
 }
 
 JSObjectRef Fronts::makeObject(ObjectRecord& record) {
+    if (JSObjectMakeFront != nullptr) {
+        record.number = newNumber(&record);
+        return JSObjectMakeFront(context, record.number);
+    }
     if (used == batchSize) {
         for (std::int32_t& each : batchNumbers) {
             each = newNumber();

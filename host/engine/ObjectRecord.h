@@ -64,6 +64,11 @@ public:
         return whole == nullptr || whole->living() != nullptr ? object : nullptr;
     }
 
+    // Whether it has none, or one that had died by the last sweep.
+    bool isWithoutObject() const noexcept {
+        return weak && !rooted ? weak.hasDied() : living() == nullptr;
+    }
+
     JSObjectRef object = nullptr;  // the script object; may have died, see living()
     WeakObject weak;               // `object`, unless it is rooted or part of another
 

@@ -226,6 +226,7 @@ void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
         return;
     }
     fronts.dropUnused();
+    WeakObject::sweep(context);
     ++lastTrace;
     tracing = true;
     markingForDocument = true;
@@ -255,7 +256,7 @@ void ObjectStore::trace(std::uint64_t handedAfter, std::uint64_t madeAfter) {
                 unroot(*record);
             }
             if (record->heldTrace != lastTrace &&
-                (!isNative || (isFree && record->living() == nullptr))) {
+                (!isNative || (isFree && record->isWithoutObject()))) {
                 released.push_back(record);
             }
         }

@@ -1,12 +1,13 @@
 #ifndef SONOLET_HOST_ENGINE_WEAKOBJECT_H
 #define SONOLET_HOST_ENGINE_WEAKOBJECT_H
 
+#include "engine/EngineHooks.h"
+
 #include <JavaScriptCore/JavaScript.h>
 
 // Exported by the engine but in none of its public headers.
 // NOLINTBEGIN(readability-identifier-naming): the engine's names
 extern "C" {
-using JSWeakRef = struct OpaqueJSWeak*;
 JSWeakRef JSWeakCreate(JSContextGroupRef group, JSObjectRef object);
 JSObjectRef JSWeakGetObject(JSWeakRef weak);
 void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
@@ -40,6 +41,16 @@ public:
 
     // Null when the object has died.
     JSObjectRef get() const noexcept { return JSWeakGetObject(weak); }
+
+    // May tell of it later, but not later than after a sweep, and costs nothing.
+    bool hasDied() const noexcept {
+        return JSWeakHasDied != nullptr ? JSWeakHasDied(weak) : get() == nullptr;
+    }
+    static void sweep(JSContextRef context) {
+        if (JSWeakSweep != nullptr) {
+            JSWeakSweep(context);
+        }
+    }
 
 private:
     JSContextGroupRef group = nullptr;

@@ -51,10 +51,17 @@
         return number;
     }
 
-    // A function that is part of an object keeps it, so that the two go together.
-    const wholes = new WeakMap();
+    // A function that is part of an object keeps it, so that the two go together: by a field that
+    // no page sees.
+    class Part extends (function (object) { return object; }) {
+        #whole;
+        constructor(part, whole) {
+            super(part);
+            this.#whole = whole;
+        }
+    }
     const holders = new WeakMap();  // what else an object keeps
-    wholes.set = holders.set = WeakMap.prototype.set;
+    holders.set = WeakMap.prototype.set;
 
     function isSymbolOrPrototype(name) {
         return typeof name === 'symbol' || name === '__proto__';
@@ -125,7 +132,7 @@
         const answer = numbers[ANSWER];
         if ((answer & KEPT) !== 0) {
             if ((answer & PART) !== 0) {
-                wholes.set(value, handler.front);
+                new Part(value, handler.front);
             }
             if (!keep(handler, name, value) && (answer & PART) !== 0) {
                 partNative(value);
@@ -239,15 +246,20 @@
         return handler.front = new ProxyConstructor(target, handler);
     }
 
+    function makeObjectFront(number) {
+        return makeFront(number, new Target());
+    }
+
     return {
         __proto__: null,
         shared,
+        makeObjectFront,
 
         // A call makes many, for the numbers after BATCH: a call from the native half costs more
         // than several fronts.
         makeBatch() {
             for (let i = 0; i < BATCH_SIZE; ++i) {
-                batch[i] = makeFront(numbers[BATCH + i], new Target());
+                batch[i] = makeObjectFront(numbers[BATCH + i]);
             }
             apply(takeNative, undefined, batch);
         },

@@ -16,19 +16,6 @@ constexpr std::size_t mostPassing = 1024;
 constexpr std::int32_t thrown = 16;
 constexpr std::int32_t outside = 1 << 30;
 
-std::string textOf(JSCValue* value) {
-    // As bytes: there may be a NUL in it.
-    GBytes* const bytes = jsc_value_to_string_as_bytes(value);
-    if (bytes == nullptr) {
-        return {};
-    }
-    gsize size = 0;
-    const auto* const data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
-    std::string text(data != nullptr ? data : "", size);
-    g_bytes_unref(bytes);
-    return text;
-}
-
 void release(JSCValue*& value) {
     if (value != nullptr) {
         g_object_unref(std::exchange(value, nullptr));
@@ -40,16 +27,19 @@ void release(JSCValue*& value) {
 OpaqueJSContext::OpaqueJSContext(JSCContext* scriptContext)
     : context(JSC_CONTEXT(g_object_ref(scriptContext))),
       link(std::make_shared<OpaqueJSContext*>(this)), constants{
-                                                          OpaqueJSValue{*this},
-                                                          OpaqueJSValue{*this, Kind::Null},
-                                                          OpaqueJSValue{*this, Kind::Boolean, 0},
-                                                          OpaqueJSValue{*this, Kind::Boolean, 1}} {
+                                                          OpaqueJSValue{this},
+                                                          OpaqueJSValue{this, Kind::Null},
+                                                          OpaqueJSValue{this, Kind::Boolean, 0},
+                                                          OpaqueJSValue{this, Kind::Boolean, 1}} {
+    objects.emplace_back();
     const auto evaluated = jsc_context_evaluate(context, kernelScript, -1);
     JSCValue* natives[] = {
-        native(G_CALLBACK(callNative), JSC_TYPE_VALUE, {}),
+        native(G_CALLBACK(callNative), G_TYPE_NONE, {}),
+        native(G_CALLBACK(callForText), G_TYPE_STRING, {}),
         jsc_value_new_function_variadic(context, nullptr, G_CALLBACK(callWithTexts), new Link(link),
-                                        dropLink, JSC_TYPE_VALUE),
-        native(G_CALLBACK(diedNative), G_TYPE_NONE, {G_TYPE_DOUBLE}),
+                                        dropLink, G_TYPE_STRING),
+        native(G_CALLBACK(textNative), JSC_TYPE_VALUE, {}),
+        native(G_CALLBACK(numberNative), G_TYPE_DOUBLE, {}),
         native(G_CALLBACK(shareNative), G_TYPE_NONE, {JSC_TYPE_VALUE, JSC_TYPE_VALUE}),
     };
     kernel = jsc_value_function_callv(evaluated, std::size(natives), natives);
@@ -92,25 +82,31 @@ JSCValue* OpaqueJSContext::native(GCallback callback, GType result, std::vector<
                                    static_cast<guint>(parameters.size()), parameters.data());
 }
 
-JSCValue* OpaqueJSContext::callNative(const Link* link) {
+void OpaqueJSContext::callNative(const Link* link) {
+    OpaqueJSContext* const self = **link;
+    if (self != nullptr) {
+        self->called(nullptr, false);
+    }
+}
+
+char* OpaqueJSContext::callForText(const Link* link) {
     return callWithTexts(nullptr, link);
 }
 
-JSCValue* OpaqueJSContext::callWithTexts(GPtrArray* texts, const Link* link) {
+char* OpaqueJSContext::callWithTexts(GPtrArray* texts, const Link* link) {
     OpaqueJSContext* const self = **link;
-    return self != nullptr ? self->called(texts) : nullptr;
+    return self != nullptr && self->called(texts, true) ? g_strdup(self->textOfResult.c_str())
+                                                        : nullptr;
 }
 
-void OpaqueJSContext::diedNative(double number, const Link* link) {
+JSCValue* OpaqueJSContext::textNative(const Link* link) {
     OpaqueJSContext* const self = **link;
-    if (self == nullptr) {
-        return;
-    }
-    if (const auto found = self->objects.find(static_cast<std::uint64_t>(number));
-        found != self->objects.end()) {
-        found->second->hasDied = true;
-        self->forget(*found->second);
-    }
+    return self != nullptr ? self->makeText(self->textOfResult) : nullptr;
+}
+
+double OpaqueJSContext::numberNative(const Link* link) {
+    OpaqueJSContext* const self = **link;
+    return self != nullptr ? self->newObject().number : 0;
 }
 
 void OpaqueJSContext::shareNative(JSCValue* newKinds, JSCValue* newNumbers, const Link* link) {
@@ -126,7 +122,7 @@ void OpaqueJSContext::shareNative(JSCValue* newKinds, JSCValue* newNumbers, cons
     self->numbers = static_cast<double*>(jsc_value_typed_array_get_data(newNumbers, &self->room));
 }
 
-JSCValue* OpaqueJSContext::called(GPtrArray* texts) {
+bool OpaqueJSContext::called(GPtrArray* texts, bool bringsText) {
     const auto callback = callbacks[static_cast<std::size_t>(numbers[0])];
     const auto count = static_cast<std::size_t>(kinds[0]);
     const std::size_t before = passing.size();
@@ -141,6 +137,9 @@ JSCValue* OpaqueJSContext::called(GPtrArray* texts) {
                                        : nullptr);
         const_cast<OpaqueJSValue*>(values[i])->seenIn = calls;
     }
+    if (values[1]->kind == Kind::Undefined) {
+        values[1] = global();
+    }
     ++depth;
     JSValueRef exception = nullptr;
     const JSValueRef result =
@@ -148,19 +147,19 @@ JSCValue* OpaqueJSContext::called(GPtrArray* texts) {
                  count - 2, values + 2, &exception);
     --depth;
     innermost = outer;
-    JSCValue* text = nullptr;
+    bool isBrought = false;
     if (exception != nullptr) {
-        text = put(0, *exception);
+        isBrought = putResult(const_cast<OpaqueJSValue&>(*exception), bringsText);
         kinds[0] |= thrown;
     } else if (result != nullptr) {
-        text = put(0, *result);
+        isBrought = putResult(const_cast<OpaqueJSValue&>(*result), bringsText);
     } else {
         kinds[0] = static_cast<std::int32_t>(Kind::Undefined);
     }
     while (passing.size() > before) {
         passing.pop_back();
     }
-    return text;
+    return isBrought;
 }
 
 // ---- Values ----
@@ -169,34 +168,32 @@ OpaqueJSValue* OpaqueJSContext::make(Kind kind, double number, std::string text)
     if (depth == 0 && passing.size() >= mostPassing) {
         passing.pop_front();
     }
-    return &passing.emplace_back(OpaqueJSValue{*this, kind, number, std::move(text)});
+    return &passing.emplace_back(OpaqueJSValue{this, kind, number, std::move(text)});
 }
 
-OpaqueJSValue* OpaqueJSContext::object(double number) {
-    std::unique_ptr<OpaqueJSValue>& known = objects[static_cast<std::uint64_t>(number)];
-    if (known == nullptr) {
-        known = std::make_unique<OpaqueJSValue>(OpaqueJSValue{*this, Kind::Object, number});
+OpaqueJSValue& OpaqueJSContext::newObject() {
+    std::size_t number = objects.size();
+    if (freeNumbers.empty()) {
+        objects.emplace_back();
+    } else {
+        number = freeNumbers.back();
+        freeNumbers.pop_back();
     }
-    return known.get();
+    return objects[number] = OpaqueJSValue{this, Kind::Object, static_cast<double>(number)};
 }
 
-OpaqueJSValue* OpaqueJSContext::take(std::size_t place, JSCValue* text) {
-    const auto kind = static_cast<Kind>(kinds[place] & ~thrown);
-    return kind == Kind::Object   ? object(numbers[place])
-           : kind == Kind::String ? make(kind, 0, textOf(text))
-                                  : make(kind, numbers[place]);
-}
-
-JSCValue* OpaqueJSContext::put(std::size_t place, const OpaqueJSValue& value) {
-    kinds[place] = static_cast<std::int32_t>(value.kind);
-    numbers[place] = value.number;
-    if (value.kind != Kind::String) {
-        return nullptr;
+OpaqueJSValue*
+OpaqueJSContext::makeLater(OpaqueJSValue::Future future, std::int32_t futureOf, std::string name) {
+    OpaqueJSValue& made = newObject();
+    made.future = future;
+    made.futureOf = futureOf;
+    made.text = std::move(name);
+    if (innermost == 0) {
+        call("be", {&made});
+    } else {
+        made.seenIn = innermost;
     }
-    GBytes* const bytes = g_bytes_new(value.text.data(), value.text.size());
-    JSCValue* const text = jsc_value_new_string_from_bytes(context, bytes);
-    g_bytes_unref(bytes);
-    return text;
+    return &made;
 }
 
 // ---- Calls of script ----
@@ -256,10 +253,17 @@ OpaqueJSValue* OpaqueJSContext::call(const char* operation,
         release(nothing);
         release(size);
     }
+    // Before the first is put down: it may take a call of its own.
+    for (const JSValueRef each : values) {
+        if (each->future != OpaqueJSValue::Future::None && values.size() > 1) {
+            call("be", {each});
+        }
+    }
     std::vector<JSCValue*> texts;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (JSCValue* const text = put(i + 1, *values[i])) {
-            texts.push_back(text);
+        put(i + 1, const_cast<OpaqueJSValue&>(*values[i]));
+        if (values[i]->kind == Kind::String) {
+            texts.push_back(makeText(values[i]->text));
         }
     }
     kinds[0] = static_cast<std::int32_t>(values.size()) | (depth == 0 ? outside : 0);
@@ -299,9 +303,20 @@ OpaqueJSValue* OpaqueJSContext::makeFunction(const std::string& name,
     if (known == callbacks.end()) {
         known = callbacks.insert(callbacks.end(), callback);
     }
-    return call("makeFunction",
-                {make(Kind::String, 0, name),
-                 make(Kind::Number, static_cast<double>(known - callbacks.begin()))});
+    return makeLater(OpaqueJSValue::Future::Function,
+                     static_cast<std::int32_t>(known - callbacks.begin()), name);
+}
+
+OpaqueJSValue* OpaqueJSContext::makeFront(std::int32_t record) {
+    return makeLater(OpaqueJSValue::Future::Front, record, {});
+}
+
+OpaqueJSValue* OpaqueJSContext::global() {
+    if (globalObject == nullptr) {
+        globalObject = call("global", {});
+        ++globalObject->weaks;
+    }
+    return globalObject;
 }
 
 void* OpaqueJSContext::bytesOf(JSObjectRef buffer) {
@@ -335,15 +350,27 @@ void OpaqueJSContext::dropWeak(OpaqueJSValue& value) {
 
 bool OpaqueJSContext::isAlive(const OpaqueJSValue& value) {
     // Whoever calls has it on the stack.
-    if (innermost != 0 && value.seenIn == innermost) {
+    if ((innermost != 0 && value.seenIn == innermost) ||
+        value.future != OpaqueJSValue::Future::None) {
         return true;
     }
     const OpaqueJSValue* const answer = value.hasDied ? nullptr : call("isAlive", {&value});
     return answer != nullptr && answer->number != 0;
 }
 
+void OpaqueJSContext::sweep() {
+    JSCValue* nothing = jsc_value_function_callv(function("sweep"), 0, nullptr);
+    release(nothing);
+    for (std::int32_t i = 1; i <= kinds[0]; ++i) {
+        OpaqueJSValue& dead = objects[static_cast<std::size_t>(numbers[i])];
+        dead.hasDied = true;
+        forget(dead);
+    }
+}
+
 void OpaqueJSContext::forget(OpaqueJSValue& dead) {
     if (dead.hasDied && dead.weaks == 0) {
-        objects.erase(static_cast<std::uint64_t>(dead.number));
+        dead.text.clear();
+        freeNumbers.push_back(static_cast<std::size_t>(dead.number));
     }
 }

@@ -15,18 +15,25 @@
 // As kernel.js knows them; and JSType, as far as that goes.
 enum class Kind : std::int32_t { Undefined, Null, Boolean, Number, String, Object, Other };
 
-// One value. An object is known by its number, which is never used twice; its record lies where it
-// lies while the object lives or is referred to weakly. An object that comes to the native half
-// lives until that has returned to the script that called it, or to the main loop.
+// One value. An object is known by its number, and its record lies where it lies, while it lives or
+// is referred to weakly. An object that comes to the native half lives until that has returned to
+// the script that called it, or to the main loop.
+//
+// What the native half makes in a call from script is made by kernel.js when that has returned, so
+// that it takes no call of its own: until then it is only a number.
 struct OpaqueJSValue {
-    OpaqueJSContext& context;
+    OpaqueJSContext* context = nullptr;
     Kind kind = Kind::Undefined;
     double number = 0;      // also a boolean, and an object's number
     std::string text = {};  // UTF-8; a lone surrogate as the three bytes it would take
+    void* owner = nullptr;  // of an object: as JSObjectSetOwner() has said
     unsigned protections = 0;
     unsigned weaks = 0;
-    bool hasDied = false;
     std::uint64_t seenIn = 0;  // the last call from script that brought it
+    // What it is yet to be, if anything: a function of the name `text`, or the front of a number.
+    std::int32_t futureOf = 0;  // which of the callbacks; which number
+    enum class Future : std::uint8_t { None, Function, Front } future = Future::None;
+    bool hasDied = false;  // as far as the last sweep knows
 };
 
 // A document's context, over GLib's interface: kernel.js holds the objects, and here is where calls
@@ -60,7 +67,12 @@ public:
 
     OpaqueJSValue* evaluate(const std::string& script, JSValueRef* exception);
     OpaqueJSValue* makeFunction(const std::string& name, JSObjectCallAsFunctionCallback callback);
+    OpaqueJSValue* makeFront(std::int32_t record);
+    OpaqueJSValue* global();
     void* bytesOf(JSObjectRef buffer);
+
+    // Finds out who has died.
+    void sweep();
 
     // Counted; whoever protects first or last pays for a call.
     void protect(OpaqueJSValue& value);
@@ -74,18 +86,26 @@ private:
     // What the natives of kernel.js hold: the context, null once it is gone.
     using Link = std::shared_ptr<OpaqueJSContext*>;
     JSCValue* native(GCallback callback, GType result, std::vector<GType> parameters);
-    static JSCValue* callNative(const Link* link);
-    static JSCValue* callWithTexts(GPtrArray* texts, const Link* link);
-    static void dropLink(gpointer link);
-    static void diedNative(double number, const Link* link);
+    static void callNative(const Link* link);
+    static char* callForText(const Link* link);
+    static char* callWithTexts(GPtrArray* texts, const Link* link);
+    static JSCValue* textNative(const Link* link);
+    static double numberNative(const Link* link);
     static void shareNative(JSCValue* newKinds, JSCValue* newNumbers, const Link* link);
+    static void dropLink(gpointer link);
 
-    JSCValue* called(GPtrArray* texts);
-    OpaqueJSValue* object(double number);
+    // With the texts among its arguments, or null. Answers whether the result is a text that is to
+    // come along; where it cannot, kernel.js asks for it.
+    bool called(GPtrArray* texts, bool bringsText);
+    OpaqueJSValue& newObject();
+    OpaqueJSValue* makeLater(OpaqueJSValue::Future future, std::int32_t futureOf, std::string name);
     // Of a place in shared memory; `text` is its text, if it is one.
     OpaqueJSValue* take(std::size_t place, JSCValue* text);
-    // Answers the text, if it is one; owned by the caller.
-    JSCValue* put(std::size_t place, const OpaqueJSValue& value);
+    // A function that is yet to be may take a call here, if it is the first of its name.
+    void put(std::size_t place, OpaqueJSValue& value);
+    bool putResult(OpaqueJSValue& value, bool bringsText);
+    JSCValue* makeText(const std::string& text);
+    std::size_t shapeOf(const OpaqueJSValue& function);
     OpaqueJSValue* answered(JSCValue* text, JSValueRef* exception);
     JSCValue* function(const char* name);
     void forget(OpaqueJSValue& dead);
@@ -104,13 +124,23 @@ private:
 
     const std::array<OpaqueJSValue, 4> constants;
     std::vector<JSObjectCallAsFunctionCallback> callbacks;
-    std::unordered_map<std::uint64_t, std::unique_ptr<OpaqueJSValue>> objects;
+    std::deque<OpaqueJSValue> objects;  // by number; 0 is nobody's
+    std::vector<std::size_t> freeNumbers;
+    // What kernel.js keeps, by the hash of the text: what a plug-in answers repeats itself.
+    std::array<std::string, 256> keptTexts;
+    struct Shape {
+        std::string name;
+        std::int32_t callback = -1;
+    };
+    std::array<Shape, 256> shapes;
+    std::string textOfResult;
     std::deque<OpaqueJSValue> passing;  // values that are none
-    unsigned depth = 0;                 // of calls from script
-    std::uint64_t calls = 0;            // so many have been
-    std::uint64_t innermost = 0;        // which of them is under way; 0: none
-    unsigned calling = 0;               // calls of kernel.js under way
-    guint lettingGo = 0;                // the main loop's source; 0: none waits
+    OpaqueJSValue* globalObject = nullptr;
+    unsigned depth = 0;           // of calls from script
+    std::uint64_t calls = 0;      // so many have been
+    std::uint64_t innermost = 0;  // which of them is under way; 0: none
+    unsigned calling = 0;         // calls of kernel.js under way
+    guint lettingGo = 0;          // the main loop's source; 0: none waits
 };
 
 #endif

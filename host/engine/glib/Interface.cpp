@@ -73,7 +73,7 @@ JSContextGroupRef JSContextGetGroup(JSContextRef) {
 }
 
 JSObjectRef JSContextGetGlobalObject(JSContextRef context) {
-    return of(context).call("global", {});
+    return of(context).global();
 }
 
 JSGlobalContextRef JSGlobalContextRetain(JSGlobalContextRef context) {
@@ -204,18 +204,42 @@ JSWeakRef JSWeakCreate(JSContextGroupRef, JSObjectRef object) {
 
 JSObjectRef JSWeakGetObject(JSWeakRef weak) {
     auto* const object = reinterpret_cast<JSObjectRef>(weak);
-    return object->context.isAlive(*object) ? object : nullptr;
+    return object->context->isAlive(*object) ? object : nullptr;
+}
+
+bool JSWeakHasDied(JSWeakRef weak) {
+    return reinterpret_cast<JSObjectRef>(weak)->hasDied;
+}
+
+void JSWeakSweep(JSContextRef context) {
+    of(context).sweep();
 }
 
 void JSWeakRelease(JSContextGroupRef, JSWeakRef weak) {
     auto* const object = reinterpret_cast<JSObjectRef>(weak);
-    object->context.dropWeak(*object);
+    object->context->dropWeak(*object);
 }
 
 // ---- Objects ----
 
 JSObjectRef JSObjectMake(JSContextRef context, JSClassRef, void*) {
     return objectOrNull(of(context).call("object", {}));
+}
+
+void JSObjectSetOwner(JSObjectRef object, void* owner) {
+    object->owner = owner;
+}
+
+void* JSObjectGetOwner(JSObjectRef object) {
+    return object->owner;
+}
+
+void JSObjectFrontsBy(JSContextRef context, JSObjectRef maker) {
+    of(context).call("frontsBy", {maker});
+}
+
+JSObjectRef JSObjectMakeFront(JSContextRef context, int number) {
+    return of(context).makeFront(number);
 }
 
 JSObjectRef JSObjectMakeFunctionWithCallback(JSContextRef context,

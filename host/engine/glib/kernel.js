@@ -4,18 +4,22 @@
 //
 // Values cross as a kind and a number each, in memory that both sides see, and texts as arguments
 // and results, which is what GLib's interface does fastest. The first place is the header: how many
-// values follow; then the result's.
-(function (callNative, callWithTexts, diedNative, shareNative) {
+// values follow; then the result's. What the native half makes in a call is made here when that
+// returns, so that nothing else has to cross.
+(function (callNative, callForText, callWithTexts, textNative, numberNative, shareNative) {
     'use strict';
 
     const { apply, construct, get, set } = Reflect;
     const global = globalThis, ErrorConstructor = Error, toText = String, toObject = Object,
           Bytes = Uint8Array, Kinds = Int32Array, Numbers = Float64Array, Weak = WeakRef;
     const { deref } = WeakRef.prototype;
+    const nothing = Object.freeze({ __proto__: null, length: 0 });
 
     // As enum Kind in Context.h.
-    const UNDEFINED = 0, NULL = 1, BOOLEAN = 2, NUMBER = 3, STRING = 4, OBJECT = 5, OTHER = 6;
-    const THROWN = 16;  // a flag of the result's
+    const UNDEFINED = 0, NULL = 1, BOOLEAN = 2, NUMBER = 3, STRING = 4, OBJECT = 5, OTHER = 6,
+          KEPT_STRING = 7, NEW_STRING = 8, NEW_FUNCTION = 9, NEW_FRONT = 10;
+    const KIND = 15, THROWN = 16;  // a flag of the result's
+    const DETAIL = 5;  // from this bit on: which kept text, shape of function, or front
     const OUTSIDE = 1 << 30;  // a flag of the count's: no call from script is under way
 
     let room = 0, kinds, numbers;
@@ -37,29 +41,73 @@
         return made;
     }
     const numberOf = makeMap(WeakMap);
-    const weak = makeMap(Map);       // by number
     const protectedOnes = makeMap(Map);
-    let last = 0;
     let isClosed = false;
     let other;  // a symbol or big integer on its way
 
-    const registry = new FinalizationRegistry((number) => {
-        weak.delete(number);
-        diedNative(number);
-    });
-    registry.register = FinalizationRegistry.prototype.register;
+    // Which object has a number, weakly: the native half gives numbers, and takes them back from
+    // what is gone. Undefined: nobody's; null: that of one that could not be made.
+    const references = { __proto__: null };
+    let last = 0;
+    function objectNumbered(number) {
+        const reference = references[number];
+        return reference === undefined || reference === null ? undefined
+                                                             : apply(deref, reference, nothing);
+    }
+    function remember(object, number) {
+        references[number] = new Weak(object);
+        return object;
+    }
+
+    // A function of the native half's has its number with it, which costs less than an entry of a
+    // table.
+    class Numbered extends (function (object) { return object; }) {
+        #number;
+        constructor(object, number) {
+            super(object);
+            this.#number = number;
+        }
+        static of(object) { return #number in object ? object.#number : undefined; }
+    }
 
     function identify(object) {
         let number = numberOf.get(object);
+        if (number === undefined && typeof object === 'function') {
+            number = Numbered.of(object);
+        }
         if (number === undefined) {
-            number = ++last;
+            number = numberNative();
+            last = number > last ? number : last;
             numberOf.set(object, number);
-            const reference = new Weak(object);
-            reference.deref = deref;
-            weak.set(number, reference);
-            registry.register(object, number);
+            remember(object, number);
         }
         return number;
+    }
+
+    // Puts down the numbers of those that have gone since the last time. While what nobody holds is
+    // there, the engine has not collected, and none has.
+    let canary = new Weak({});
+    function sweep() {
+        kinds[0] = 0;
+        if (apply(deref, canary, nothing) !== undefined) {
+            return;
+        }
+        canary = new Weak({});
+        const gone = { __proto__: null };
+        let count = 0;
+        for (let number = 1; number <= last; ++number) {
+            const reference = references[number];
+            if (reference === null ||
+                (reference !== undefined && apply(deref, reference, nothing) === undefined)) {
+                references[number] = undefined;
+                gone[++count] = number;
+            }
+        }
+        makeRoom(count + 1);
+        for (let i = 1; i <= count; ++i) {
+            numbers[i] = gone[i];
+        }
+        kinds[0] = count;
     }
 
     // While a script runs, the engine keeps what weak references have seen. Outside of that nobody
@@ -70,6 +118,8 @@
         held[nextHeld] = value;
         nextHeld = (nextHeld + 1) % MOST_HELD;
     }
+
+    const keptTexts = { __proto__: null };
 
     // Answers the text, if it is one.
     function put(place, value) {
@@ -105,7 +155,8 @@
     }
 
     function take(place, text) {
-        switch (kinds[place] & ~THROWN) {
+        const kind = kinds[place];
+        switch (kind & KIND) {
         case NULL:
             return null;
         case BOOLEAN:
@@ -114,12 +165,16 @@
             return numbers[place];
         case STRING:
             return text;
-        case OBJECT: {
-            const reference = weak.get(numbers[place]);
-            return reference === undefined ? undefined : reference.deref();
-        }
+        case NEW_STRING:
+        case KEPT_STRING:
+            return keptTexts[kind >> DETAIL];
+        case OBJECT:
+            return objectNumbered(numbers[place]);
         case OTHER:
             return other;
+        case NEW_FUNCTION:
+        case NEW_FRONT:
+            return makeNumbered(kind & KIND, kind >> DETAIL, numbers[place]);
         default:
             return undefined;
         }
@@ -134,36 +189,65 @@
         }
     }
 
-    // A function of the native half's.
-    function makeFunction(name, callback) {
-        let number = 0;
-        const made = {
-            [name](...values) {
-                if (isClosed) {
-                    return undefined;
-                }
-                const count = values.length + 2;
-                makeRoom(count + 1);
-                texts.length = 0;
-                kinds[1] = OBJECT;
-                numbers[1] = number;
-                add(2, this === undefined || this === null ? global : toObject(this));
-                for (let i = 2; i < count; ++i) {
-                    add(i + 1, values[i - 2]);
-                }
-                kinds[0] = count;
-                numbers[0] = callback;
-                const text = texts.length === 0 ? callNative()
-                                                : apply(callWithTexts, undefined, texts);
-                const result = take(0, text);
-                if ((kinds[0] & THROWN) !== 0) {
-                    throw result;
-                }
-                return result;
-            },
-        }[name];
-        number = identify(made);
-        return made;
+    // What each function of the native half's does. A function that once answered a text is called
+    // in the way that brings one along, which takes the others longer.
+    function invoke(on, values, number, callback, shape) {
+        if (isClosed) {
+            return undefined;
+        }
+        const count = values.length + 2;
+        makeRoom(count + 1);
+        texts.length = 0;
+        kinds[1] = OBJECT;
+        numbers[1] = number;
+        add(2, on === undefined || on === null ? undefined : toObject(on));
+        for (let i = 2; i < count; ++i) {
+            add(i + 1, values[i - 2]);
+        }
+        kinds[0] = count;
+        numbers[0] = callback;
+        let text = texts.length !== 0 ? apply(callWithTexts, undefined, texts)
+            : shape.answersText ? callForText() : callNative();
+        // Before anything that fails where the stack ends: the native half counts on it.
+        const header = kinds[0], kind = header & KIND;
+        if (kind === NEW_STRING) {
+            keptTexts[header >> DETAIL] = text;
+        } else if (kind > NEW_STRING) {
+            references[numbers[0]] = null;
+        } else if (kind === STRING) {
+            shape.answersText = true;
+            text = text === undefined || text === null ? textNative() : text;
+        }
+        const result = take(0, text);
+        if ((header & THROWN) !== 0) {
+            throw result;
+        }
+        return result;
+    }
+
+    // What the native half has given a number to and is now to be: a function of a name, which it
+    // has told how to make, or a front.
+    const shapes = { __proto__: null };
+    let makeFront;
+    // What hangs on each outside of the engine's heap, about, and more: else it would let many
+    // thousand dead ones lie before it collects. An array that nobody holds tells it of so many.
+    const COST = 1024, TOLD_AT_ONCE = 64;
+    let untold = 0;
+    function makeNumbered(kind, detail, number) {
+        if (++untold === TOLD_AT_ONCE) {
+            untold = 0;
+            new Bytes(TOLD_AT_ONCE * COST);
+        }
+        references[number] = null;
+        last = number > last ? number : last;
+        if (kind === NEW_FUNCTION) {
+            const made = shapes[detail](number);
+            new Numbered(made, number);
+            return remember(made, number);
+        }
+        const made = makeFront(detail);
+        numberOf.set(made, number);
+        return remember(made, number);
     }
 
     // What the native half calls: takes the values that it has put down, puts the result, and
@@ -216,7 +300,8 @@
             hold(value);
             return put(0, value);
         },
-        bytes: (number) => new Bytes(weak.get(number).deref()),
+        bytes: (number) => new Bytes(objectNumbered(number)),
+        sweep,
         call: operation((values) => apply(values[0], values[1] === undefined ? global : values[1],
                                           rest(values, 2))),
         construct: operation((values) => construct(values[0], rest(values, 1))),
@@ -227,7 +312,11 @@
         global: operation(() => global),
         get: operation((values) => get(values[0], values[1])),
         set: operation((values) => set(values[0], values[1], values[2])),
-        makeFunction: operation((values) => makeFunction(values[0], values[1])),
+        shape(place, callback, makeMaker) {
+            shapes[place] = makeMaker(invoke, callback, { __proto__: null, answersText: false });
+        },
+        frontsBy: operation((values) => { makeFront = values[0]; }),
+        be: operation((values) => values[0]),
         isFunction: operation((values) => typeof values[0] === 'function'),
         isAlive: operation((values) => values[0] !== undefined),
         protect: operation((values) => { protectedOnes.set(identify(values[0]), values[0]); }),

@@ -1,0 +1,28 @@
+#ifndef SONOLET_HOST_ENGINE_ENGINEHOOKS_H
+#define SONOLET_HOST_ENGINE_ENGINEHOOKS_H
+
+#include <JavaScriptCore/JavaScript.h>
+
+// What an engine offers beside its C interface where each call between native code and script is
+// dear; null with one that needs none of it. Script thread.
+
+// NOLINTBEGIN(readability-identifier-naming): as the engine's names
+extern "C" {
+using JSWeakRef = struct OpaqueJSWeak*;
+
+// The function that makes the front of a number. What is made in a call from script is then made by
+// the engine's script half when that call has returned, and until then is the value alone.
+__attribute__((weak)) void JSObjectFrontsBy(JSContextRef context, JSObjectRef maker);
+__attribute__((weak)) JSObjectRef JSObjectMakeFront(JSContextRef context, int number);
+
+// A place in the object's value for whose it is; null at first.
+__attribute__((weak)) void JSObjectSetOwner(JSObjectRef object, void* owner);
+__attribute__((weak)) void* JSObjectGetOwner(JSObjectRef object);
+
+// Looks at all weak references; the other answers what the last one has found, and costs nothing.
+__attribute__((weak)) void JSWeakSweep(JSContextRef context);
+__attribute__((weak)) bool JSWeakHasDied(JSWeakRef weak);
+}
+// NOLINTEND(readability-identifier-naming)
+
+#endif
