@@ -8,7 +8,7 @@ command_pictures() {
         cat <<'TEXT'
 usage: ./sonolet pictures [--accept | --docs]
 
-Takes a picture of every view of the player at four sizes, light and dark, into build/pictures,
+Takes a picture of every view of the player at five sizes, light and dark, into build/pictures,
 and says which differ from what was accepted last. With --accept they are what later ones, and the
 tests, are compared with (tests/browser/accepted). With --docs those of README and docs are made
 anew (docs/images).
