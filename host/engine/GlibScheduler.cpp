@@ -3,33 +3,38 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
-#include <vector>
 
 namespace {
 
-// In which others have the thread when tasks are late, in microseconds: sound is requested in less
-// than a second.
+// In microseconds: sound is requested in less than a second.
 constexpr gint64 longestRest = 100000;
+// Below all that a browser does.
+constexpr int lastOfAll = 1000;
 
 }  // namespace
 
 GlibScheduler::GlibScheduler(double speedFactor) : speed(speedFactor) {
     static GSourceFuncs functions = {nullptr, nullptr, &GlibScheduler::dispatch,
                                      nullptr, nullptr, nullptr};
-    source = g_source_new(&functions, sizeof(GSource));
-    g_source_set_callback(
-        source,
-        [](gpointer self) -> gboolean {
-            static_cast<GlibScheduler*>(self)->runDue();
-            return G_SOURCE_CONTINUE;
-        },
-        this, nullptr);
-    g_source_attach(source, g_main_context_get_thread_default());
+    for (GSource*& source : sources) {
+        source = g_source_new(&functions, sizeof(GSource));
+        g_source_set_callback(
+            source,
+            [](gpointer self) -> gboolean {
+                static_cast<GlibScheduler*>(self)->runDue();
+                return G_SOURCE_CONTINUE;
+            },
+            this, nullptr);
+        g_source_attach(source, g_main_context_get_thread_default());
+    }
+    g_source_set_priority(sources[1], lastOfAll);
 }
 
 GlibScheduler::~GlibScheduler() {
-    g_source_destroy(source);
-    g_source_unref(source);
+    for (GSource* source : sources) {
+        g_source_destroy(source);
+        g_source_unref(source);
+    }
 }
 
 gboolean GlibScheduler::dispatch(GSource*, GSourceFunc callback, gpointer data) {
@@ -57,10 +62,12 @@ void GlibScheduler::cancel(unsigned id) {
 }
 
 void GlibScheduler::runDue() {
+    isRunning = true;
+    arm();
     const gint64 now = g_get_monotonic_time();
     // Tasks scheduled from here on wait for the next round, so that other sources get theirs.
     const unsigned long roundEnd = lastTurn;
-    std::vector<unsigned> late;
+    bool isLate = false;
     auto next = order.begin();
     while (next != order.end() && next->first.first <= now) {
         if (next->first.second > roundEnd) {
@@ -74,30 +81,29 @@ void GlibScheduler::runDue() {
         const bool again = task();
         if (const auto entry = entries.find(id); entry != entries.end()) {
             if (again) {
+                // A late task keeps its beat, but never runs twice to catch up.
                 Entry& repeated = entry->second;
-                repeated.place = Place(repeated.place.first + repeated.interval, ++lastTurn);
-                if (repeated.place.first > now) {
-                    order.emplace(repeated.place, id);
-                } else {
-                    late.push_back(id);
-                }
+                const gint64 due = repeated.place.first + repeated.interval;
+                isLate = isLate || due < now;
+                repeated.place = Place(std::max(due, now), ++lastTurn);
+                order.emplace(repeated.place, id);
             } else {
                 entries.erase(entry);
             }
         }
         next = order.begin();
     }
-    // What is late keeps its beat, but never runs twice to catch up.
-    const gint64 end = g_get_monotonic_time();
-    for (const unsigned id : late) {
-        if (const auto entry = entries.find(id); entry != entries.end()) {
-            entry->second.place.first = end + std::min(end - now, longestRest);
-            order.emplace(entry->second.place, id);
-        }
+    if (isLate) {
+        const gint64 end = g_get_monotonic_time();
+        restUntil = end + std::min(end - now, longestRest);
     }
+    isRunning = false;
     arm();
 }
 
 void GlibScheduler::arm() {
-    g_source_set_ready_time(source, order.empty() ? -1 : order.begin()->first.first);
+    const bool waits = !order.empty() && !isRunning;
+    const gint64 due = waits ? order.begin()->first.first : -1;
+    g_source_set_ready_time(sources[0], waits ? std::max(due, restUntil) : -1);
+    g_source_set_ready_time(sources[1], due);
 }

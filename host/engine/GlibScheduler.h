@@ -5,17 +5,19 @@
 
 #include <glib.h>
 
+#include <array>
 #include <map>
 #include <unordered_map>
 #include <utility>
 
 // Tasks on the thread's default GLib main context, `speed` times as fast as the clock.
 //
-// One source serves all tasks: GLib runs sources that are due in the order of their making, tasks
-// run in the order of their time. Those that repeat and are late, because the processor is, leave
-// the thread for as long as they had it, a tenth of a second at most: a browser's own sources may
-// rank below. Threads: the one that made it, on which tasks run. Tasks may schedule and cancel,
-// themselves included. Ownership: tasks that have not run go with it, unrun.
+// GLib runs sources that are due in the order of their making, tasks run in the order of their
+// time: so one source serves them all. When those that repeat are late, because the processor is,
+// whatever else the thread has to do comes first, for as long as they had the thread and at most a
+// tenth of a second: a browser's own sources may rank below, and a second source, the last of all,
+// serves tasks meanwhile. Threads: the one that made it, on which tasks run. Tasks may schedule and
+// cancel, themselves included. Ownership: tasks that have not run go with it, unrun.
 class GlibScheduler final : public Scheduler {
 public:
     // REQUIRES: `speed` is above 0; 2 halves each delay.
@@ -39,12 +41,14 @@ private:
 
     // Only what was due when it began: a task of no delay that schedules itself lets others in.
     void runDue();
-    // Sets the source to the first task that waits.
+    // Sets the sources to the first task that waits; none does while others run.
     void arm();
     static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer data);
 
     const double speed;
-    GSource* source;  // owned
+    std::array<GSource*, 2> sources{};  // owned
+    gint64 restUntil = 0;               // when others need no longer come first
+    bool isRunning = false;
     unsigned lastId = 0;
     unsigned long lastTurn = 0;
     std::unordered_map<unsigned, Entry> entries;
