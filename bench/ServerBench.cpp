@@ -131,19 +131,13 @@ void changeLists(TimedSession& timed, sp_playlist* list, sp_track* track) {
     }
 }
 
-std::string parameter(const std::string& head, const std::string& name) {
-    const std::size_t at = head.find('&' + name + '=');
-    const std::size_t begin = at + name.size() + 2;
-    return at == std::string::npos ? std::string()
-                                   : head.substr(begin, head.find_first_of("& ", begin) - begin);
-}
-
 // What a server finds that looks at every title.
 std::string found(const std::vector<bench::SyntheticTrack>& tracks, const std::string& head) {
-    const std::string words = parameter(head, "query");
+    const std::string words = BadServer::parameter(head, "query");
     const std::size_t count = std::min<std::size_t>(
-        std::strtoul(parameter(head, "songCount").c_str(), nullptr, 10), mostFound);
-    std::size_t skipped = std::strtoul(parameter(head, "songOffset").c_str(), nullptr, 10);
+        std::strtoul(BadServer::parameter(head, "songCount").c_str(), nullptr, 10), mostFound);
+    std::size_t skipped =
+        std::strtoul(BadServer::parameter(head, "songOffset").c_str(), nullptr, 10);
     std::string songs;
     std::size_t listed = 0;
     for (std::size_t i = 0; i < tracks.size() && listed < count; ++i) {

@@ -155,13 +155,7 @@ void ServerSource::answered(Subsonic::Clock::time_point asked) {
     }
     events.log("The connection to " + client.address().base + " is back");
     events.post([this] {
-        for (const Item& item : wanted) {
-            fetch(item);
-        }
-        fetcher->post([this] {
-            reportPlays();
-            meetUsers();
-        });
+        catchUp();
         lists.look();
         events.connection(SP_ERROR_OK);
     });
@@ -214,6 +208,11 @@ void ServerSource::enter(const Account& account) {
     }
     client.use(login);
     hopeless.clear();
+    catchUp();
+    lists.enter(account, login);
+}
+
+void ServerSource::catchUp() {
     for (const Item& item : wanted) {
         fetch(item);
     }
@@ -221,7 +220,6 @@ void ServerSource::enter(const Account& account) {
         reportPlays();
         meetUsers();
     });
-    lists.enter(account, login);
 }
 
 void ServerSource::leave() {

@@ -103,6 +103,8 @@ private:
     std::string fileOf(const StatePaths& paths) const;
     // The owner's.
     void fetch(const Item& item);
+    // With what had to wait for a server that answers.
+    void catchUp();
     // The fetching thread's.
     void find(const Item& item);
     void meetUsers();

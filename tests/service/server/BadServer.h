@@ -77,6 +77,16 @@ public:
         return asked[method];
     }
 
+    // Of the head of a request, as it stands there; empty if it is not.
+    static std::string parameter(const std::string& head, const std::string& name) {
+        const std::size_t from = head.find('&' + name + '=');
+        if (from == std::string::npos) {
+            return {};
+        }
+        const std::size_t begin = from + name.size() + 2;
+        return head.substr(begin, head.find_first_of("& ", begin) - begin);
+    }
+
     static std::string reply(const std::string& body,
                              const std::string& status = "200 OK",
                              const std::string& type = "application/json",

@@ -21,23 +21,25 @@ struct OneSong : testing::Test {
         setenv("SONOLET_SERVER_LOOK", "0", 1);
         // NOLINTEND(concurrency-mt-unsafe)
         server.answer("ping", [](const std::string& head) {
-            const std::string salt = parameter(head, "s");
-            const std::string token = parameter(head, "t");
+            const std::string salt = BadServer::parameter(head, "s");
+            const std::string token = BadServer::parameter(head, "t");
             return token == ServerLogin::tokenOf("s\xc3\xa9same", salt) && salt.size() >= 6
                        ? BadServer::envelope("")
                        : BadServer::failure(40);
         });
         server.answer("search3", [](const std::string& head) {
-            const bool first = parameter(head, "songOffset") == "0";
+            const bool first = BadServer::parameter(head, "songOffset") == "0";
             return BadServer::envelope(R"("searchResult3":{)" +
                                        (first ? R"("song":)" + song + "}" : std::string("}")));
         });
         server.answer("getSong", [](const std::string& head) {
-            return parameter(head, "id") == "7" ? BadServer::envelope(R"("song":)" + song)
-                                                : BadServer::failure(70);
+            return BadServer::parameter(head, "id") == "7"
+                       ? BadServer::envelope(R"("song":)" + song)
+                       : BadServer::failure(70);
         });
         server.answer("scrobble", [this](const std::string& head) {
-            plays += parameter(head, "id") + ' ' + parameter(head, "submission") + ';';
+            plays += BadServer::parameter(head, "id") + ' ' +
+                     BadServer::parameter(head, "submission") + ';';
             return BadServer::envelope("");
         });
         // As if it were the login that is wrong.
@@ -61,14 +63,6 @@ struct OneSong : testing::Test {
         setenv("SONOLET_SERVER_PATIENCE", seconds, 1);
     }
 
-    static std::string parameter(const std::string& head, const std::string& name) {
-        const std::size_t from = head.find('&' + name + '=');
-        if (from == std::string::npos) {
-            return {};
-        }
-        const std::size_t begin = from + name.size() + 2;
-        return head.substr(begin, head.find_first_of("& ", begin) - begin);
-    }
     // As many bytes as are to come at once.
     std::string part(const std::string& head) const { return part(head, file, most); }
     static std::string part(const std::string& head, const std::string& of, std::size_t atOnce) {

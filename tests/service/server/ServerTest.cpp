@@ -210,7 +210,7 @@ TEST_F(ServerTest, APasswordGoesWhereNobodyReadsItAndIsWrittenNowhere) {
         SCOPED_TRACE(each.url + each.allowed + ' ' + std::to_string(each.code));
         std::atomic<int> sent{0};
         server.answer("ping", [&](const std::string& head) {
-            const std::string plain = parameter(head, "p");
+            const std::string plain = BadServer::parameter(head, "p");
             sent += plain.empty() ? 0 : 1;
             return plain.empty()                     ? BadServer::failure(each.code)
                    : plain == "enc:" + hex(password) ? BadServer::envelope("")

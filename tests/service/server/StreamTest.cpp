@@ -102,7 +102,8 @@ TEST_F(StreamTest, WhatCannotBeDecodedHereIsMadeThere) {
     showSongs({songWith(R"("suffix":"WAV")", R"("suffix":"ape")")});
     std::string format;
     server.answer("stream", [&](const std::string& head) {
-        format = parameter(head, "format") + ' ' + parameter(head, "maxBitRate");
+        format =
+            BadServer::parameter(head, "format") + ' ' + BadServer::parameter(head, "maxBitRate");
         return BadServer::reply(file, "200 OK", "audio/mpeg");
     });
     TestSession session;
