@@ -93,7 +93,7 @@ TEST_F(StreamTest, ASeekAsksForItsPlace) {
     ASSERT_EQ(sp_session_player_seek(session.get(), 8000), SP_ERROR_OK);
     ASSERT_EQ(sp_session_player_play(session.get(), true), SP_ERROR_OK);
     ASSERT_TRUE(session.until([&] { return session.ended.load(); })) << session.log;
-    constexpr std::ptrdiff_t place = 8 * 44100 * 2;
+    constexpr std::ptrdiff_t place = 8L * 44100 * 2;
     EXPECT_TRUE(session.delivered == Samples(longSound.begin() + place, longSound.end()));
     EXPECT_THAT(askedFrom(), Contains(Gt(10 * first)));
 }
