@@ -71,6 +71,40 @@ TEST_F(Player, PlaysAndSeeksWhatASearchFinds) {
               "true");
 }
 
+TEST_F(Player, LeadsFromTheSearchFieldIntoTheAnswerAndKeepsBothTheSame) {
+    enter("#/home");
+    EXPECT_EQ(evaluate(R"js(
+        const { connection } = await import('./music/session.js');
+        const answered = (word) => until(() => find(`[aria-label="Tracks found for ${word}"]`));
+        const seen = [];
+        // Enter comes before the answer to the last letter.
+        for (const [from, ...typed] of [['#/albums', 'f', 'salt'], ['#/search/fog', 'f', 'salt']]) {
+            await goTo(from);
+            find('#search').focus();
+            typed.forEach((word) => fill('#search', word));
+            press('Enter');
+            await answered('salt');
+            await until(() => !find('.view[aria-busy]'));
+            seen.push(find('.view').contains(document.activeElement));
+        }
+        // The view comes again, and an earlier one, while the field has the focus.
+        find('#search').focus();
+        const before = find('.view');
+        connection.emit(false);
+        connection.emit(true);
+        await until(() => find('.view') !== before);
+        await answered('salt');
+        seen.push(find('#search').value);
+        await goTo('#/search/fog');
+        await goTo('#/albums');
+        find('#search').focus();
+        history.back();
+        await answered('fog');
+        return [...seen, find('#search').value].join();
+    )js"),
+              R"("true,true,salt,fog")");
+}
+
 // A server of music that others have written, in place of the folder.
 class Served {
 protected:

@@ -25,6 +25,11 @@ const MOST_SORTED = 2000;
 let wanted = "";
 /** What the results that are shown answer. */
 let shown = "";
+/**
+ * What of the field made the address; none: the address was there first, and fills the field.
+ * @type {string | null}
+ */
+let addressed = null;
 /** Enter was pressed before the answer to what is in the field was there. */
 let isEntered = false;
 /** @type {Signal<string>} */
@@ -46,10 +51,12 @@ export function startSearchField() {
         asked = Date.now();
         if (parseAddress().name !== "search") {
             if (wanted !== "") {
+                addressed = wanted;
                 go(path("search", wanted));
             }
             return;
         }
+        addressed = wanted;
         readdress(path("search", wanted));
         typed.emit(wanted);
     };
@@ -121,7 +128,7 @@ export async function searchView({ root, scope, args, title }) {
     scope.onClose(() => answers.close());
     scope.on(typed, ask);
     const query = args[0] || "";
-    if (document.activeElement !== field()) { // not on its way from the first letter to the next
+    if (query !== addressed) {
         field().value = wanted = query;
         if (query === "") {
             field().focus();
@@ -129,6 +136,7 @@ export async function searchView({ root, scope, args, title }) {
     }
     scope.onClose(() => {
         field().value = shown = "";
+        addressed = null;
     });
     await show(query);
 }
