@@ -4,7 +4,7 @@
 #include "replay/Parts.h"
 #include "tap/Imports.h"
 #include "tap/Taps.h"
-#include "tools/About.h"
+#include "tools/Arguments.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -165,7 +165,7 @@ int main(int argc, char* argv[]) {
         if (tellsAbout("sonolet-replay", help, words)) {
             return 0;
         }
-        replay(parse(words));
+        replay(parse(separated(words, {"--plugin"})));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-replay: %s\n", error.what());
         std::fflush(nullptr);

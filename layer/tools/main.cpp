@@ -1,6 +1,6 @@
 // sonolet-trace: reads what the layer has written.
 
-#include "tools/About.h"
+#include "tools/Arguments.h"
 #include "tools/Follow.h"
 #include "tools/Html.h"
 #include "tools/Summary.h"
@@ -173,7 +173,7 @@ int main(int argc, char* argv[]) {
         if (tellsAbout("sonolet-trace", help, words)) {
             return 0;
         }
-        return run(parse(words));
+        return run(parse(separated(words, {"--object", "--member", "--thread", "--rows"})));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-trace: %s\n", error.what());
         return 2;

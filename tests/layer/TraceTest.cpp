@@ -269,7 +269,7 @@ TEST(Reader, SaysWhatItIsGivenAndLeavesOutWhatIsBroken) {
         {{}, 2, "no file given"},
         {{"none.json"}, 1, "none.json: is no timeline of the layer"},
         {{"ok.json", "--rows", "0"}, 2, "--rows takes a number above 0, not \"0\""},
-        {{"ok.json", "--rows", "-1"}, 2, "--rows takes a number above 0, not \"-1\""},
+        {{"ok.json", "--rows=-1"}, 2, "--rows takes a number above 0, not \"-1\""},
         {{"ok.json", "--member", "x"}, 2, "belong to --follow"},
         {{"ok.json", "--html", "--follow"}, 2, "not for one call"},
         {{"ok.json"}, 0, "2 broken lines are left out"},
