@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <climits>
+#include <mutex>
 #include <unordered_map>
 
 using nlohmann::json;
@@ -18,7 +19,9 @@ namespace {
 
 // ---- The media backend ----
 
-// By the recorded address, what the plug-in is called by.
+// By the recorded address, what the plug-in is called by. A request for a backend goes on beside
+// the step of another thread, so it does not come by turns.
+std::mutex clientsMutex;
 std::unordered_map<Twins::Address, UVAClient*> clients;
 
 class Backend final : public UVABackend {
@@ -46,8 +49,11 @@ private:
 
 // Never freed: the plug-in may call late.
 UVABackend* request(UVABackend::UVABackendType, UVAClient* client) {
-    replayer().reading(
-        [&] { clients[Twins::address(replayer().argumentsOfNext().at(1))] = client; });
+    replayer().reading([&] {
+        const Twins::Address address = Twins::address(replayer().argumentsOfNext().at(1));
+        const std::lock_guard<std::mutex> lock(clientsMutex);
+        clients[address] = client;
+    });
     return replayer().answered<bool>() ? new Backend : nullptr;
 }
 
@@ -56,7 +62,9 @@ void release(UVABackend*) {
 }
 
 UVAClient& clientIn(const json& value) {
-    const auto found = clients.find(Twins::address(value));
+    const Twins::Address address = Twins::address(value);
+    const std::lock_guard<std::mutex> lock(clientsMutex);
+    const auto found = clients.find(address);
     if (found == clients.end() || found->second == nullptr) {
         throw NotReplayable("the plug-in has given no such client");
     }

@@ -224,10 +224,10 @@ T argumentFrom(const json& in, std::size_t i, Kept& kept) {
         return &kept.stats;
     } else if constexpr (std::is_same_v<T, const void*>) {
         // Only sound: the number of frames is the argument after it.
-        const std::size_t frame = 2 * in.at(i - 1).at(2).get<std::size_t>();
+        const std::int64_t channels = in.at(i - 1).at(2).get<int>();
         const json out = replayer().resultsOfThis();
         const auto taken = out.empty() ? in.at(i + 1) : out[0];
-        return soundFor(in.at(i + 1).get<std::size_t>() * frame, taken.get<std::size_t>() * frame);
+        return soundFor(in.at(i + 1).get<std::int64_t>(), taken.get<std::int64_t>(), 2 * channels);
     } else if constexpr (std::is_same_v<T, void*>) {
         // NOLINTNEXTLINE(performance-no-int-to-ptr): the number of a registration
         return reinterpret_cast<void*>(value.get<std::uintptr_t>());

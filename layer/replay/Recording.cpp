@@ -9,10 +9,14 @@
 
 namespace {
 
-// Empty when it cannot be read.
+// Empty when it is not there.
 std::string textOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    try {
+        return {std::istreambuf_iterator<char>(file), {}};
+    } catch (const std::ios_base::failure&) {
+        throw NotReplayable(path + ": " + std::generic_category().message(errno));
+    }
 }
 
 // A number of the head; 0 for what is none.

@@ -16,6 +16,7 @@ namespace {
 // Of the thread that asks.
 struct Self {
     Turns::Line* line = nullptr;
+    std::size_t read = 0;             // the step that was taken apart last
     std::vector<std::size_t> inside;  // calls into the plug-in, by the step of their beginning
     std::vector<json> marks;          // what is still to be marked in this row of gc_mark
 };
@@ -49,6 +50,11 @@ Replayer::Replayer(const Recording& itsRecording, std::string itsProgram)
     : turns(itsRecording.steps()), recording(itsRecording), steps(itsRecording.steps()),
       program(std::move(itsProgram)) {}
 
+TraceEvent Replayer::read(std::size_t step) const {
+    self.read = step;
+    return Recording::event(steps[step]);
+}
+
 // ---- Calls into the plug-in ----
 
 void Replayer::enter(Turns::Line& line) {
@@ -63,17 +69,18 @@ void Replayer::drive() {
 
 void Replayer::perform() {
     const std::size_t step = turns.make(*self.line);
+    const TraceEvent event = read(step);
     const auto how = invocations.find(steps[step].function);
     if (how == invocations.end()) {
         refuse(std::string(infoOf(steps[step].function).name) + " cannot be called here");
     }
     self.inside.push_back(step);
-    reading([&] { how->second(Recording::event(steps[step]).in()); });
+    reading([&] { how->second(event.in()); });
 }
 
 json Replayer::resultsOfThis() const {
-    const Step& step = steps[self.inside.back()];
-    return step.phase == 'X' ? Recording::event(step).out() : json::array();
+    const std::size_t step = self.inside.back();
+    return steps[step].phase == 'X' ? read(step).out() : json::array();
 }
 
 // ---- Calls of the plug-in ----
@@ -88,20 +95,21 @@ json Replayer::answered() {
         }
         step = turns.make(*self.line);
         if (steps[step].phase != 'E') {
+            self.read = step;
             refuse("the call around this one does not end");
         }
     }
-    return Recording::event(steps[step]).out();
+    return read(step).out();
 }
 
 json Replayer::argumentsOfNext() const {
-    return self.line->hasEnded() ? json() : Recording::event(steps[self.line->next()]).in();
+    return self.line->hasEnded() ? json() : read(self.line->next()).in();
 }
 
 json Replayer::answerOfNext(Fn function) const {
     const bool isNext = self.line != nullptr && !self.line->hasEnded() &&
                         steps[self.line->next()].function == function;
-    return isNext ? Recording::event(steps[self.line->next()]).out() : json();
+    return isNext ? read(self.line->next()).out() : json();
 }
 
 // ---- Comparison ----
@@ -160,6 +168,7 @@ void Replayer::compareCall(const Call& call) {
     const char* const name = infoOf(call.function).name;
     const json nothing = json::array();
     if (self.line == nullptr) {
+        self.read = std::max<std::size_t>(turns.made(), 1) - 1;
         refuse(std::string(name) + " comes from a thread that the plug-in has made");
     }
     if (self.line->hasEnded()) {
@@ -170,7 +179,7 @@ void Replayer::compareCall(const Call& call) {
     }
     const Step& step = steps[self.line->next()];
     const bool isThis = step.function == call.function && step.phase != 'E';
-    const json expected = isThis ? Recording::event(step).in() : nothing;
+    const json expected = isThis ? read(self.line->next()).in() : nothing;
     if (isThis && bringsOwn(call.function) && expected.size() > 1) {
         twins.pair(Twins::address(expected[1]), call.arguments[1].u.pointer);
     }
@@ -201,7 +210,7 @@ void Replayer::compareReturn(const Value* results, unsigned count) {
         turns.pass();
         step = turns.make(*self.line);
     }
-    const json expected = Recording::event(steps[step]).out();
+    const json expected = read(step).out();
     const json seen = told(results, count, expected);
     if (seen != expected) {
         differ(returnOf(name, expected), returnOf(name, seen));
@@ -254,8 +263,7 @@ void Replayer::stuck() {
 }
 
 void Replayer::refuse(const std::string& reason) {
-    const std::size_t made = turns.made();
-    std::fprintf(stderr, "%s: line %zu: %s\n", program.c_str(), steps[made > 0 ? made - 1 : 0].line,
+    std::fprintf(stderr, "%s: line %zu: %s\n", program.c_str(), steps[self.read].line,
                  reason.c_str());
     end(2, "");
 }

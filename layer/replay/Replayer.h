@@ -60,7 +60,7 @@ public:
     [[noreturn]] void differ(const std::string& expected, const std::string& seen);
     // The step under way does not come to its end.
     [[noreturn]] void stuck();
-    // With the line of the step under way.
+    // With the line that this thread has read last.
     [[noreturn]] void refuse(const std::string& reason);
 
     // What makes something of a recorded value. When the value is not as the layer writes it, that
@@ -83,6 +83,7 @@ public:
     Twins twins;
 
 private:
+    TraceEvent read(std::size_t step) const;
     void perform();
     void compareCall(const Call& call);
     void compareReturn(const Value* results, unsigned count);

@@ -16,19 +16,22 @@ std::size_t taken = 0;  // bytes so far
 
 }  // namespace
 
-const void* soundFor(std::size_t bytes, std::size_t takenOfThem) {
-    if (bytes > mostBytes || takenOfThem > bytes) {
-        throw NotReplayable(std::to_string(takenOfThem) + " of " + std::to_string(bytes) +
-                            " bytes of sound are no delivery");
+const void* soundFor(std::int64_t frames, std::int64_t takenOfThem, std::int64_t frameBytes) {
+    constexpr auto most = static_cast<std::int64_t>(mostBytes);
+    if (frameBytes <= 0 || frameBytes > most || takenOfThem < 0 || takenOfThem > frames ||
+        frames > most / frameBytes) {
+        throw NotReplayable(std::to_string(takenOfThem) + " of " + std::to_string(frames) +
+                            " frames of " + std::to_string(frameBytes) +
+                            " bytes are no delivery of sound");
     }
     static auto& sound = *new std::vector<unsigned char>;
-    sound.resize(bytes);
-    for (std::size_t i = 0; i < bytes; ++i) {
+    sound.resize(static_cast<std::size_t>(frames * frameBytes));
+    for (std::size_t i = 0; i < sound.size(); ++i) {
         const auto place = taken + i;
         const std::uint32_t word = firstWord | (static_cast<std::uint32_t>(place / 4) & ~wordMask);
         sound[i] = reinterpret_cast<const unsigned char*>(&word)[place % 4];
     }
-    taken += takenOfThem;
+    taken += static_cast<std::size_t>(takenOfThem * frameBytes);
     return sound.data();
 }
 

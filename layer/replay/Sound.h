@@ -10,9 +10,9 @@
 //
 // Threads: one at a time; whoever makes a step of the recording (replay/Turns.h).
 
-// A delivery of so many bytes, of which the plug-in took so many when it was recorded. Valid until
-// the next one. Throws NotReplayable for numbers that no delivery has.
-const void* soundFor(std::size_t bytes, std::size_t taken);
+// A delivery of so many frames of so many bytes each, of which the plug-in took so many when it was
+// recorded. Valid until the next one. Throws NotReplayable for numbers that no delivery has.
+const void* soundFor(std::int64_t frames, std::int64_t taken, std::int64_t frameBytes);
 
 // The way of one backend's stream.
 class SoundCheck final {

@@ -187,7 +187,10 @@ TEST_F(Replay, SaysWhyAFileCannotBeReplayed) {
                   "\"listener\",{\"secret\":2,\"bytes\":9999999"),
          "line [0-9]+: .*is no secret"},
         {replaced("},[0,44100,2],{},", "},[0,44100,2],{},99999999"),
-         "line [0-9]+: [0-9]+ of [0-9]+ bytes of sound are no delivery"},
+         "line [0-9]+: [0-9]+ of 99999999[0-9]+ frames of 4 bytes are no delivery of sound"},
+        // Of which 32 bits would have a few bytes.
+        {replaced("},[0,44100,2],{},2048", "},[0,44100,2],{},1073743872"),
+         "line [0-9]+: [0-9]+ of 1073743872 frames of 4 bytes are no delivery of sound"},
         {replaced("\"out\":[\"Fog Signal\"]", "\"out\":[7]"), "line [0-9]+: 7 is no text"},
         {replaced("\"name\":\"requestBackend\",\"args\":{\"in\":[1,{\"at\":\"",
                   "\"name\":\"requestBackend\",\"args\":{\"in\":[1,{\"at\":\"x"),
@@ -201,8 +204,14 @@ TEST_F(Replay, SaysWhyAFileCannotBeReplayed) {
         const Outcome outcome = replay(file);
         EXPECT_EQ(outcome.exitCode, 2) << why << outcome.output;
         EXPECT_THAT(outcome.errors, ContainsRegex(std::string("sonolet-replay: .*") + why));
+        if (std::string(why).rfind("line ", 0) == 0) {
+            const auto broken = std::mismatch(text.begin(), text.end(), recorded.begin()).first;
+            const auto line = std::count(text.begin(), broken, '\n') + 1;
+            EXPECT_THAT(outcome.errors, HasSubstr("line " + std::to_string(line) + ": "));
+        }
     }
     EXPECT_THAT(replay("nowhere.json").errors, HasSubstr("nowhere.json: No such file"));
+    EXPECT_THAT(replay(watched->folder).errors, HasSubstr(watched->folder + ": Is a directory"));
 }
 
 // The end of a process that was killed, and a file that has grown into two.
