@@ -1,6 +1,7 @@
 #include "music/PlaylistFile.h"
 
 #include "music/MusicFile.h"
+#include "store/GlibText.h"
 
 #include <glib.h>
 
@@ -9,7 +10,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <system_error>
 
 namespace sonolet::service {
@@ -19,8 +19,6 @@ namespace {
 constexpr std::int64_t largestFile = 16 << 20;
 constexpr std::size_t mostEntries = 100'000;
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-
-using GlibText = std::unique_ptr<char, decltype(&g_free)>;
 
 std::string contentsOf(const std::string& path) {
     std::string text;
@@ -132,7 +130,7 @@ std::string PlaylistFile::resolve(const std::string& entry,
     namespace fs = std::filesystem;
     std::string written = entry;
     if (startsWith(entry, "file:")) {
-        const GlibText plain(g_filename_from_uri(entry.c_str(), nullptr, nullptr), &g_free);
+        const GlibText plain(g_filename_from_uri(entry.c_str(), nullptr, nullptr));
         written = plain == nullptr ? "" : plain.get();
     } else if (written.find('/') == std::string::npos) {
         // As other systems write it.

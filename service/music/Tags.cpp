@@ -5,6 +5,7 @@
 #include "music/TagItems.h"
 #include "music/TagStream.h"
 #include "music/WaveFile.h"
+#include "store/GlibText.h"
 
 #include <attachedpictureframe.h>
 #include <flacfile.h>
@@ -55,10 +56,7 @@ std::string endingOf(std::string_view fileName) {
 // Tag libraries hand on what a file holds, lone surrogates and NULs included.
 std::string cleaned(const TagLib::String& text) {
     const std::string bytes = text.stripWhiteSpace().to8Bit(true);
-    gchar* valid = g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size()));
-    std::string result(valid);
-    g_free(valid);
-    return result;
+    return GlibText(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size()))).get();
 }
 
 std::string first(const TagLib::PropertyMap& properties, const char* name) {

@@ -1,5 +1,7 @@
 #include "search/SearchText.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -16,10 +18,6 @@ constexpr int lastYear = 9999;
 constexpr char spaces[] = " \t\n\v\f\r";
 constexpr char wordEnds[] = " \t\n\v\f\r\"";
 
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
 char lower(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
                                                 : character;
@@ -35,7 +33,7 @@ bool startsWith(std::string_view text, std::string_view start) {
 std::optional<int> takeYear(std::string_view& text) {
     int year = 0;
     std::size_t digits = 0;
-    while (digits < text.size() && digits < 4 && isDigit(text[digits])) {
+    while (digits < text.size() && digits < 4 && g_ascii_isdigit(text[digits])) {
         year = year * 10 + (text[digits++] - '0');
     }
     text.remove_prefix(digits);
@@ -208,7 +206,8 @@ SearchText::Expression SearchText::expression(const Columns& columns, bool ranke
             return {};
         }
         // Only a number can be taken for a year, and leaving the filter out is quicker.
-        const bool unfiltered = term.field == Field::any && !isDigit(term.tokens.front().word[0]);
+        const bool unfiltered =
+            term.field == Field::any && !g_ascii_isdigit(term.tokens.front().word[0]);
         const std::string filter = unfiltered ? std::string() : std::string(column) + " : ";
         std::string phrase;
         for (const Token& token : term.tokens) {

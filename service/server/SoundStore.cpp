@@ -99,7 +99,7 @@ SoundStore::open(const std::string& name, const std::string& path, std::int64_t 
 }
 
 void SoundStore::shrink() {
-    struct Kept {
+    struct StoredFile {
         fs::file_time_type used;
         std::uint64_t size;
         fs::path path;
@@ -116,7 +116,7 @@ void SoundStore::shrink() {
         }
     }
     std::error_code ignored;
-    std::vector<Kept> files;
+    std::vector<StoredFile> files;
     std::uint64_t sum = 0;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
         if (entry.path().extension() != ".sound") {
@@ -131,9 +131,10 @@ void SoundStore::shrink() {
     const std::uint64_t free = fs::space(folder, ignored).available;
     const std::uint64_t limit =
         megabytes > 0 ? megabytes * mebibyte : std::min((free + sum) / 10, mostByItself);
-    std::sort(files.begin(), files.end(),
-              [](const Kept& left, const Kept& right) { return left.used < right.used; });
-    for (const Kept& file : files) {
+    std::sort(files.begin(), files.end(), [](const StoredFile& left, const StoredFile& right) {
+        return left.used < right.used;
+    });
+    for (const StoredFile& file : files) {
         if (sum <= limit) {
             return;
         }

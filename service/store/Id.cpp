@@ -1,5 +1,7 @@
 #include "store/Id.h"
 
+#include "store/GlibText.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -25,11 +27,6 @@ int digitValue(char digit) {
     }
     return -1;
 }
-
-struct FreeWithGlib {
-    void operator()(void* memory) const { g_free(memory); }
-};
-using GlibText = std::unique_ptr<char, FreeWithGlib>;
 
 std::string checksum(GChecksumType type, std::string_view data) {
     const std::unique_ptr<GChecksum, decltype(&g_checksum_free)> sum(g_checksum_new(type),

@@ -1,12 +1,13 @@
 #include "store/LinkTarget.h"
 
+#include "store/GlibText.h"
+
 #include <glib.h>
 
 #include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdio>
-#include <memory>
 #include <utility>
 
 namespace sonolet::service {
@@ -16,10 +17,6 @@ namespace {
 constexpr std::string_view scheme = "spotify:";
 constexpr int msPerSecond = 1000;
 constexpr std::size_t imageDigits = 40;
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
 
 // "m:ss" in milliseconds.
 std::optional<int> parseOffset(std::string_view text) {
@@ -33,7 +30,7 @@ std::optional<int> parseOffset(std::string_view text) {
         if (place == colon) {
             continue;
         }
-        if (!isDigit(text[place])) {
+        if (!g_ascii_isdigit(text[place])) {
             return std::nullopt;
         }
         int& number = place < colon ? minutes : seconds;
@@ -56,7 +53,7 @@ bool isName(std::string_view text) {
 
 bool isImage(std::string_view text) {
     return text.size() == imageDigits && std::all_of(text.begin(), text.end(), [](char character) {
-               return isDigit(character) || (character >= 'a' && character <= 'f');
+               return g_ascii_isdigit(character) || (character >= 'a' && character <= 'f');
            });
 }
 
@@ -68,17 +65,13 @@ std::string_view takePart(std::string_view& rest) {
     return part;
 }
 
-using GlibText = std::unique_ptr<char, decltype(&g_free)>;
-
 // A name in a link: what would end it there is written as "%" and two digits.
 std::string written(std::string_view name) {
-    const GlibText escaped(g_uri_escape_string(std::string(name).c_str(), nullptr, TRUE), &g_free);
-    return escaped.get();
+    return GlibText(g_uri_escape_string(std::string(name).c_str(), nullptr, TRUE)).get();
 }
 
 std::string unwritten(std::string_view name) {
-    const GlibText plain(g_uri_unescape_segment(name.data(), name.data() + name.size(), nullptr),
-                         &g_free);
+    const GlibText plain(g_uri_unescape_segment(name.data(), name.data() + name.size(), nullptr));
     return normalised(plain == nullptr ? name : plain.get());
 }
 

@@ -1,5 +1,7 @@
 #include "subsonic/Reply.h"
 
+#include "store/GlibText.h"
+
 #include <json-glib/json-glib.h>
 
 #include <cmath>
@@ -37,12 +39,11 @@ bool isTooDeep(std::string_view json) {
 
 std::string clean(const char* text) {
     std::string cleaned;
-    gchar* valid = g_utf8_make_valid(text, -1);
-    for (const char* place = valid; *place != '\0'; ++place) {
+    const GlibText valid(g_utf8_make_valid(text, -1));
+    for (const char* place = valid.get(); *place != '\0'; ++place) {
         const bool control = static_cast<unsigned char>(*place) < ' ' || *place == 0x7f;
         cleaned += control ? ' ' : *place;
     }
-    g_free(valid);
     return cleaned;
 }
 

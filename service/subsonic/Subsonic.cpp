@@ -1,5 +1,6 @@
 #include "subsonic/Subsonic.h"
 
+#include "store/GlibText.h"
 #include "store/Id.h"
 
 #include <glib.h>
@@ -21,11 +22,8 @@ constexpr std::size_t largestAnswer = 64 << 20;
 constexpr std::size_t saltLength = 16;
 
 std::string escaped(const std::string& text) {
-    gchar* value =
-        g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), "");
-    std::string result = value;
-    g_free(value);
-    return result;
+    return GlibText(g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), ""))
+        .get();
 }
 
 // The interface's numbers of failures.
@@ -133,19 +131,16 @@ ServerAddress::ServerAddress(const std::string& url) {
 
 std::string ServerLogin::tokenOf(const std::string& password, const std::string& salt) {
     const std::string salted = password + salt;
-    gchar* digest = g_compute_checksum_for_data(
-        G_CHECKSUM_MD5, reinterpret_cast<const guchar*>(salted.data()), salted.size());
-    std::string token = digest;
-    g_free(digest);
-    return token;
+    return GlibText(g_compute_checksum_for_data(G_CHECKSUM_MD5,
+                                                reinterpret_cast<const guchar*>(salted.data()),
+                                                salted.size()))
+        .get();
 }
 
 ServerLogin ServerLogin::withToken(const std::string& user, const std::string& password) {
     ServerLogin login;
     login.user = user;
-    gchar* random = g_uuid_string_random();
-    login.salt = hex(sha256(random)).substr(0, saltLength);
-    g_free(random);
+    login.salt = hex(sha256(GlibText(g_uuid_string_random()).get())).substr(0, saltLength);
     login.token = tokenOf(password, login.salt);
     return login;
 }
