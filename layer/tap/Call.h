@@ -54,6 +54,16 @@ public:
     void end(const Value& result) noexcept { end(&result, 1); }
     void end() noexcept { end(nullptr, 0); }
 
+    // Whether a call of this function, on the same thread, waits for this one.
+    bool isInside(Fn which) const noexcept {
+        for (const Call* around = outer; around != nullptr; around = around->outer) {
+            if (around->function == which) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     const Fn function;
     const unsigned count;
     const Value* const arguments;

@@ -15,15 +15,6 @@ bool isOneOf(std::int64_t code, std::initializer_list<int> codes) {
     return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
 
-bool isInside(const Call& call, Fn function) {
-    for (const Call* around = call.outer; around != nullptr; around = around->outer) {
-        if (around->function == function) {
-            return true;
-        }
-    }
-    return false;
-}
-
 const void* first(const Call& call) {
     return call.arguments[0].u.pointer;
 }
@@ -84,7 +75,7 @@ void HostRules::began(const Call& call) {
         break;
     case Fn::gc_mark:
         use(call, 0, Party::Plugin);
-        if (!isInside(call, Fn::document_gc_trace) && !isInside(call, Fn::gc_trace)) {
+        if (!call.isInside(Fn::document_gc_trace) && !call.isInside(Fn::gc_trace)) {
             findings.add(116, Party::Plugin, &call, call.arguments[0]);
         }
         break;

@@ -26,15 +26,6 @@ bool mayComeAnytime(Fn function) {
            function == Fn::log_message || function == Fn::notify_main_thread;
 }
 
-bool isInside(const Call& call, Fn function) {
-    for (const Call* around = call.outer; around != nullptr; around = around->outer) {
-        if (around->function == function) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // The number that the layer has given to a registration: the last argument.
 std::int64_t registrationOf(const Call& call) {
     return call.arguments[call.count - 1].u.integer;
@@ -228,7 +219,7 @@ void LibraryRules::beganCallback(const Call& call) {
         findings.add(209, Party::Library, &call, subject);
         return;
     }
-    if (!mayComeAnytime(call.function) && !isInside(call, Fn::sp_session_process_events) &&
+    if (!mayComeAnytime(call.function) && !call.isInside(Fn::sp_session_process_events) &&
         call.function != Fn::get_audio_buffer_stats) {
         findings.add(208, Party::Library, &call, subject, "outside sp_session_process_events");
     }
