@@ -17,7 +17,7 @@ constexpr std::size_t longestName = 64;
 constexpr std::size_t blobBytes = 32;
 constexpr char rememberedSetting[] = "remembered";
 
-constexpr char schema[] = R"(
+constexpr char accountsSchema[] = R"(
 CREATE TABLE accounts(
     id INTEGER PRIMARY KEY,
     name TEXT NOT NULL UNIQUE,
@@ -61,7 +61,7 @@ Blob digestOf(const Secret& blob) {
 }  // namespace
 
 Accounts::Migration::Migration(Database& database) {
-    database.migrate({schema, countrySchema, listSchema});
+    database.migrate({accountsSchema, countrySchema, listSchema});
 }
 
 Accounts::Accounts(const std::string& file, First first)

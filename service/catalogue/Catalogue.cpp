@@ -7,7 +7,7 @@ namespace {
 // A row of tracks is a file. Files whose tags say the same share a key; the order of their paths
 // tells them apart, and gives each its link. Rows of files that went away stay, so that what a user
 // kept still has its name. Times are nanoseconds.
-constexpr char schema[] = R"(
+constexpr char catalogueSchema[] = R"(
 CREATE TABLE folders(
     id INTEGER PRIMARY KEY,
     path TEXT NOT NULL UNIQUE,
@@ -106,7 +106,7 @@ INSERT INTO artist_index(artist_index) VALUES('rebuild');
 }  // namespace
 
 void migrateCatalogue(Database& database) {
-    database.migrate({schema, searchSchema});
+    database.migrate({catalogueSchema, searchSchema});
 }
 
 std::string setCatalogueAside(const DatabaseError& damage) {

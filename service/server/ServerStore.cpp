@@ -9,7 +9,7 @@ namespace sonolet::service {
 namespace {
 
 // Kinds are those of links; covers have the one of images.
-constexpr char schema[] = R"(
+constexpr char serverSchema[] = R"(
 CREATE TABLE items(
     kind INTEGER NOT NULL,
     link BLOB NOT NULL,
@@ -97,7 +97,7 @@ std::string nameOf(sp_linktype kind) {
 }  // namespace
 
 ServerStore::Migration::Migration(Database& database) {
-    database.migrate({schema, schemaOfUsers});
+    database.migrate({serverSchema, schemaOfUsers});
 }
 
 ServerStore::ServerStore(const std::string& file)
