@@ -43,7 +43,7 @@ void Spans::add(std::int64_t from, std::int64_t to) {
     spans[from] = to;
 }
 
-std::int64_t Spans::endFrom(std::int64_t place) const {
+std::int64_t Spans::firstMissing(std::int64_t place) const {
     const auto behind = spans.upper_bound(place);
     return behind == spans.begin() ? place : std::max(place, std::prev(behind)->second);
 }
@@ -79,7 +79,7 @@ Download::Download(SoundStore& soundStore, Wanted what)
     if (map >> total && std::getline(map, etag) && std::getline(map, etag)) {
         there = Spans::fromText({std::istreambuf_iterator<char>(map), {}});
         struct stat status {};
-        if (fstat(file.get(), &status) != 0 || status.st_size < there.endFrom(0)) {
+        if (fstat(file.get(), &status) != 0 || status.st_size < there.end()) {
             there.clear();
         }
     } else {
@@ -131,7 +131,7 @@ Download::read(std::int64_t offset, void* to, std::size_t count, const std::atom
         }
         end = offset + static_cast<std::int64_t>(count);
         end = total >= 0 ? std::min(end, total) : end;
-        if (end <= offset || there.endFrom(offset) >= end) {
+        if (end <= offset || there.firstMissing(offset) >= end) {
             break;
         }
         if (!failure.empty()) {
@@ -263,7 +263,7 @@ bool Download::comes(const char* bytes, std::size_t count) {
     pause = {};
     changed.notify_all();
     // What is there already need not come again.
-    return !isPart || there.endFrom(place) == place || place == total;
+    return !isPart || there.firstMissing(place) == place || place == total;
 }
 
 // The network's thread, without the lock.

@@ -20,10 +20,10 @@ namespace sonolet::service {
 class Spans final {
 public:
     void add(std::int64_t from, std::int64_t to);
-    // Where the bytes end that are there from this one on; the place itself, if it is not there.
-    std::int64_t endFrom(std::int64_t place) const;
-    // The first place from there on that is not there.
-    std::int64_t firstMissing(std::int64_t place) const { return endFrom(place); }
+    // The first place from this one on that is not there: where the bytes end that are, or it.
+    std::int64_t firstMissing(std::int64_t place) const;
+    // Behind the last byte that is there; 0: none is.
+    std::int64_t end() const { return spans.empty() ? 0 : spans.rbegin()->second; }
     void clear() { spans.clear(); }
 
     // A line for each; what cannot be read is none.
@@ -68,7 +68,7 @@ public:
 private:
     using Lock = std::unique_lock<std::mutex>;
 
-    bool isWhole() const { return total >= 0 && there.endFrom(0) >= total; }
+    bool isWhole() const { return total >= 0 && there.firstMissing(0) >= total; }
     void fetch(std::int64_t from);
     void demand(std::int64_t offset);
     bool begins(const HttpHead& received);

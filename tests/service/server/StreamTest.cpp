@@ -141,5 +141,26 @@ TEST_F(StreamTest, TheCacheHasItsSize) {
     EXPECT_TRUE(session.delivered == longSound) << "what was heard last stays";
 }
 
+// As after a fall of the power: it says of two parts that they are there, and has half of one.
+TEST_F(StreamTest, WhatTheCacheHasLostIsFetchedAgain) {
+    const auto hear = [&] {
+        TestSession session;
+        play(session, enter(session));
+        EXPECT_TRUE(session.delivered == sound) << session.log;
+    };
+    hear();
+    for (const auto& entry :
+         std::filesystem::directory_iterator(TestMusic::paths().cache + "/music")) {
+        if (entry.path().extension() == ".map") {
+            const std::string whole = std::to_string(file.size());
+            std::ofstream(entry.path()) << whole << "\n\n0 2000\n3000 " << whole << '\n';
+        } else {
+            std::filesystem::resize_file(entry.path(), file.size() / 2);
+        }
+    }
+    hear();
+    EXPECT_EQ(server.count("download"), 2U);
+}
+
 }  // namespace
 }  // namespace sonolet::test
