@@ -16,4 +16,4 @@ misuse() {
     exit 2
 }
 # needs_value OPTION [VALUE]
-needs_value() { (($# > 1)) || misuse "$1 takes a value (--help lists the options)"; }
+needs_value() { [[ -n ${2:-} ]] || misuse "$1 takes a value (--help lists the options)"; }

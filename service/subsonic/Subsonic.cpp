@@ -67,6 +67,9 @@ std::optional<ServerError> errorOfStatus(int status) {
         return ServerError(SP_ERROR_BAD_USERNAME_OR_PASSWORD, text, false);
     case 403:
         return ServerError(SP_ERROR_ACCESS_DENIED, text, false);
+    case 404:
+        return ServerError(SP_ERROR_OTHER_PERMANENT,
+                           text + ": nothing is there; its address may be another", false);
     case 429:
         return ServerError(SP_ERROR_OTHER_TRANSIENT, text + ": it is asked too often", false);
     case 501:
@@ -100,12 +103,15 @@ Reply opened(const std::string& body) {
 }  // namespace
 
 ServerAddress::ServerAddress(const std::string& url) {
+    const std::string refusal = '"' + url +
+                                "\" is no address of a server: http://HOST:PORT/PATH or https, "
+                                "without user, password or query";
     GError* error = nullptr;
     GUri* uri = g_uri_parse(url.c_str(), G_URI_FLAGS_ENCODED, &error);
     if (uri == nullptr) {
         const std::string why = error->message;
         g_error_free(error);
-        throw std::runtime_error("\"" + url + "\" is no address of a server: " + why);
+        throw std::runtime_error(refusal + " (" + why + ')');
     }
     const std::string scheme = g_uri_get_scheme(uri);
     const std::string host = g_uri_get_host(uri) == nullptr ? "" : g_uri_get_host(uri);
@@ -115,9 +121,7 @@ ServerAddress::ServerAddress(const std::string& url) {
     const int port = g_uri_get_port(uri);
     g_uri_unref(uri);
     if ((scheme != "http" && scheme != "https") || host.empty() || !plain) {
-        throw std::runtime_error("\"" + url +
-                                 "\" is no address of a server: http://HOST:PORT/PATH or https, "
-                                 "without user, password or query");
+        throw std::runtime_error(refusal);
     }
     while (!path.empty() && path.back() == '/') {
         path.pop_back();
