@@ -73,6 +73,9 @@ private:
         Visit& operator=(const Visit&) = delete;
 
         static void awaitOthers() noexcept;
+
+    private:
+        int& ofThisThread;
     };
 
     static const sp_session_callbacks& libraryCallbacks();

@@ -7,12 +7,13 @@ namespace {
 std::atomic<int> visits{0};
 thread_local int ownVisits = 0;
 
-// Where a destructor sleeps until the others have left. Never freed: the library's threads go on
-// after the exit handlers.
+// A destructor sleeps in the leaving room until the others have left.
+std::atomic<bool> isAwaited{false};
+
+// Never freed: the library's threads go on after the exit handlers.
 struct LeavingRoom {
     orvo::Mutex mutex;
     orvo::Condition left;
-    std::atomic<bool> isInUse{false};
 };
 
 LeavingRoom& leavingRoom() {
@@ -25,16 +26,16 @@ LeavingRoom& leavingRoom() {
 
 }  // namespace
 
-Session::Visit::Visit() noexcept {
-    ++ownVisits;
+Session::Visit::Visit() noexcept : ofThisThread(ownVisits) {
+    ++ofThisThread;
     visits.fetch_add(1);
 }
 
 Session::Visit::~Visit() {
-    --ownVisits;
+    --ofThisThread;
     visits.fetch_sub(1);
-    LeavingRoom& room = leavingRoom();
-    if (room.isInUse.load()) {
+    if (isAwaited.load()) {
+        LeavingRoom& room = leavingRoom();
         const orvo::scoped_lock lock(room.mutex);
         room.left.notify_all();
     }
@@ -43,9 +44,9 @@ Session::Visit::~Visit() {
 void Session::Visit::awaitOthers() noexcept {
     LeavingRoom& room = leavingRoom();
     const orvo::scoped_lock lock(room.mutex);
-    room.isInUse.store(true);
+    isAwaited.store(true);
     while (visits.load() != ownVisits) {
         room.left.wait(room.mutex);
     }
-    room.isInUse.store(false);
+    isAwaited.store(false);
 }

@@ -4,7 +4,6 @@
 #include "jspp/orvo/mutex.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace jspp {
 
@@ -29,30 +28,32 @@ template <class Base>
 void event_dispatcher<Base>::add_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
-    const orvo::scoped_lock lock(this->table_mutex());
     subscriptions& all = made_subscriptions();
+    listener_map gone;
+    const orvo::scoped_lock lock(__detail::callbacks().mutex);
     all.listeners.emplace(name, listener);
     // Pages come and go, and the event may never be raised.
     if (all.listeners.size() >= all.listeners_to_clean_at) {
-        drop_dead_listeners();
+        all.drop_dead(gone);
         all.listeners_to_clean_at = std::max<std::size_t>(16, 2 * all.listeners.size());
     }
 }
 
 template <class Base>
 typename event_dispatcher<Base>::subscriptions& event_dispatcher<Base>::made_subscriptions() {
-    if (!tables) {
-        tables = std::make_unique<subscriptions>();
+    if (!tables.load()) {
+        tables.store(new subscriptions);
     }
-    return *tables;
+    return *tables.load();
 }
 
-// REQUIRES: the mutex is held, and there is a listener.
 template <class Base>
-void event_dispatcher<Base>::drop_dead_listeners() {
-    listener_map& listeners = tables->listeners;
+void event_dispatcher<Base>::subscriptions::drop_dead(listener_map& gone) {
     for (auto entry = listeners.begin(); entry != listeners.end();) {
-        entry = entry->second.get() ? std::next(entry) : listeners.erase(entry);
+        const auto listener = entry++;
+        if (!listener->second.get()) {
+            gone.insert(listeners.extract(listener));
+        }
     }
 }
 
@@ -60,14 +61,16 @@ template <class Base>
 void event_dispatcher<Base>::remove_event_listener(function_context& context) {
     const std::string name = context.string(0);
     const object listener = context.object(1);
-    const orvo::scoped_lock lock(this->table_mutex());
-    if (!tables) {
+    typename listener_map::node_type removed;
+    subscriptions* const all = tables.load();
+    if (!all) {
         return;
     }
-    const auto [first, last] = tables->listeners.equal_range(name);
+    const orvo::scoped_lock lock(__detail::callbacks().mutex);
+    const auto [first, last] = all->listeners.equal_range(name);
     for (auto entry = first; entry != last; ++entry) {
         if (entry->second == listener) {
-            tables->listeners.erase(entry);
+            removed = all->listeners.extract(entry);
             return;
         }
     }
@@ -76,13 +79,11 @@ void event_dispatcher<Base>::remove_event_listener(function_context& context) {
 template <class Base>
 void event_dispatcher<Base>::get_handler(const std::string& event, result_context& context) const {
     object handler;
-    if (this->has_table_mutex()) {
-        const orvo::scoped_lock lock(this->table_mutex());
-        if (tables) {
-            const auto stored = tables->handlers.find(event);
-            if (stored != tables->handlers.end()) {
-                handler = stored->second;
-            }
+    if (const subscriptions* const all = tables.load()) {
+        const orvo::scoped_lock lock(__detail::callbacks().mutex);
+        const auto stored = all->handlers.find(event);
+        if (stored != all->handlers.end()) {
+            handler = stored->second;
         }
     }
     context.return_object(handler);
@@ -92,29 +93,31 @@ template <class Base>
 void event_dispatcher<Base>::set_handler(const std::string& event,
                                          const parameter_context& context) {
     object handler = context.object(0);
-    const orvo::scoped_lock lock(this->table_mutex());
-    std::swap(made_subscriptions().handlers[event], handler);
+    subscriptions& all = made_subscriptions();
+    const orvo::scoped_lock lock(__detail::callbacks().mutex);
+    std::swap(all.handlers[event], handler);
 }
 
 template <class Base>
 void event_dispatcher<Base>::raise(const std::string& name, const call_parameters& parameters) {
-    // Nobody can have listened yet.
-    if (!this->has_table_mutex()) {
+    subscriptions* const all = tables.load();
+    if (!all) {
         return;
     }
-    const orvo::scoped_lock lock(this->table_mutex());
-    if (!tables) {
-        return;
+    listener_map gone;
+    __detail::callback_manager& queue = __detail::callbacks();
+    const orvo::scoped_lock lock(queue.mutex);
+    listener_map& listeners = all->listeners;
+    for (auto entry = listeners.lower_bound(name);
+         entry != listeners.end() && entry->first == name;) {
+        const auto listener = entry++;
+        if (!queue.add(listener->second, parameters)) {
+            gone.insert(listeners.extract(listener));
+        }
     }
-    listener_map& listeners = tables->listeners;
-    const auto [first, last] = listeners.equal_range(name);
-    for (auto entry = first; entry != last;) {
-        const bool queued = __detail::callbacks().add(entry->second, parameters);
-        entry = queued ? std::next(entry) : listeners.erase(entry);
-    }
-    const auto handler = tables->handlers.find(name);
-    if (handler != tables->handlers.end()) {
-        __detail::callbacks().add(handler->second, parameters);
+    const auto handler = all->handlers.find(name);
+    if (handler != all->handlers.end()) {
+        queue.add(handler->second, parameters);
     }
 }
 

@@ -6,8 +6,9 @@
 #include "jspp/name_table.h"
 #include "jspp/object.h"
 
+#include <atomic>
+#include <cstddef>
 #include <map>
-#include <memory>
 #include <string>
 
 namespace jspp {
@@ -34,6 +35,8 @@ public:
         }
     }
 
+    ~event_dispatcher() override { delete tables.load(); }
+
 protected:
     event_dispatcher() = default;
 
@@ -56,21 +59,23 @@ private:
     using listener_map = std::multimap<std::string, object>;
     using handler_map = std::map<std::string, object>;
 
-    void raise(const std::string& name, const call_parameters& parameters);
-    void drop_dead_listeners();
-
-    // By event name.
+    // By event name. Guarded by the mutex of the queue of calls; what is dropped goes when that
+    // has been let go.
     struct subscriptions {
         listener_map listeners;
         handler_map handlers;
         std::size_t listeners_to_clean_at = 16;
+
+        // Moves the listeners whose script function has gone to `gone`.
+        void drop_dead(listener_map& gone);
     };
 
-    // REQUIRES: the mutex is held.
+    void raise(const std::string& name, const call_parameters& parameters);
+    // Script thread.
     subscriptions& made_subscriptions();
 
-    // Made with the first, since most objects have none; guarded by the interface's mutex.
-    std::unique_ptr<subscriptions> tables;
+    // Made with the first listener, since most objects have none.
+    std::atomic<subscriptions*> tables{nullptr};
 };
 
 extern template class event_dispatcher<interface>;

@@ -44,10 +44,6 @@ interface::own_part* interface::own_in_use() const noexcept {
     return part && part->in_use.load(std::memory_order_acquire) ? part : nullptr;
 }
 
-bool interface::has_table_mutex() const noexcept {
-    return own_storage.load(std::memory_order_acquire) != nullptr;
-}
-
 void interface::add_own(const std::string& name, name_table::readable value) {
     own_part& part = own();
     const orvo::scoped_lock lock(part.mutex);

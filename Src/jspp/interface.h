@@ -88,10 +88,6 @@ protected:
     // property afterwards; a function object that it kept answers no call.
     void _remove(const std::string& name);
 
-    // Guards the object's own names, and what a derived class keeps that several threads use.
-    orvo::Mutex& table_mutex() const { return own().mutex; }
-    bool has_table_mutex() const noexcept;  // false: nobody has asked for it yet
-
 private:
     friend struct __detail::inspection;  // tests
 

@@ -19,7 +19,6 @@ constexpr std::size_t later_pieces = 64;
 }  // namespace
 
 bool callback_manager::add(const object& function, const call_parameters& parameters) {
-    const orvo::scoped_lock lock(mutex);
     // Asked under the lock: a document that unloads takes its calls out after its functions went.
     jsplugin_obj* const document = function.document();
     if (document) {

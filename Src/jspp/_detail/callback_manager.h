@@ -15,7 +15,8 @@ namespace jspp::__detail {
 // The script calls that wait for their document's next tick.
 //
 // Threads: any. Nothing is called and nothing destroyed while the lock is held: dropping a call may
-// drop the last reference to a native object.
+// drop the last reference to a native object. Whoever adds calls takes the lock, for all that he
+// adds at once; event_dispatcher keeps who listens under it too.
 class callback_manager final {
 public:
     using call = std::pair<object, call_parameters>;
@@ -28,14 +29,15 @@ public:
     callback_manager& operator=(const callback_manager&) = delete;
 
     // False when the function refers to nothing any more; then nothing is queued.
-    bool add(const object& function, const call_parameters& parameters) ORVO_EXCLUDES(mutex);
+    bool add(const object& function, const call_parameters& parameters) ORVO_REQUIRES(mutex);
 
     // Hands over everything that waits for the document, in the order queued. Empty when nothing
     // waits; what is queued from here on waits for the next tick.
     pending take(jsplugin_obj* document) ORVO_EXCLUDES(mutex);
 
-private:
     orvo::Mutex mutex;
+
+private:
     std::map<jsplugin_obj*, pending> calls ORVO_GUARDED_BY(mutex);
 };
 

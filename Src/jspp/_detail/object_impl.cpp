@@ -207,7 +207,12 @@ void object::call(const call_parameters& parameters) const {
 }
 
 bool object::call_delayed(const call_parameters& parameters) const {
-    const bool queued = __detail::callbacks().add(*this, parameters);
+    bool queued = false;
+    {
+        __detail::callback_manager& queue = __detail::callbacks();
+        const orvo::scoped_lock lock(queue.mutex);
+        queued = queue.add(*this, parameters);
+    }
     if (!queued) {
         logger.error("jspp::object::call_delayed", "Illegal Spotify object called, returning.");
     }
