@@ -18,14 +18,20 @@ namespace sonolet::service {
 template <typename Key, typename Object>
 class Shelf final {
 public:
-    // The living handle, or a new one from `make`, which returns a reference.
+    // The living handle, or a new one from `make`, which returns a reference. What it throws comes
+    // through, and there is none then.
     template <typename Make>
     Ref<Object> get(const Key& key, Make make) {
         const std::lock_guard<std::mutex> lock(mutex);
         Object*& place = living[key];
         // A handle whose last reference has just gone is replaced; it will find that out below.
         if (place == nullptr || !place->tryAddRef()) {
-            place = make();
+            try {
+                place = make();
+            } catch (...) {
+                living.erase(key);
+                throw;
+            }
         }
         return Ref<Object>::adopt(place);
     }

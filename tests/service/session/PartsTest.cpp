@@ -1,6 +1,7 @@
 // The parts of a session by themselves: what is told, in which order, and what ends it.
 
 #include "../../fakes/Test.h"
+#include "objects/Shelf.h"
 #include "session/LateAnswers.h"
 
 namespace sonolet::test {
@@ -71,6 +72,15 @@ TEST(SessionParts, AnswersComeLateAndInOrder) {
             EXPECT_EQ(told, late ? "" : "one|two|");
         }
     }
+}
+
+// A list is read as its handle is made, from a file that may be damaged.
+TEST(Shelf, KeepsNothingOfAHandleThatCouldNotBeMade) {
+    Shelf<int, Handle> shelf;
+    const auto fail = []() -> Handle* { throw std::runtime_error("the file is damaged"); };
+    EXPECT_THROW(shelf.get(1, fail), std::runtime_error);
+    EXPECT_FALSE(shelf.find(1));
+    EXPECT_TRUE(shelf.all().empty());
 }
 
 }  // namespace
