@@ -335,10 +335,10 @@ void ServerSource::played(const Id& track) {
 void ServerSource::reportPlays() {
     try {
         ServerStore& links = fetching().links;
-        for (const ServerStore::Play& play : links.plays()) {
+        while (const std::optional<ServerStore::Play> play = links.oldestPlay()) {
             try {
-                client.call("scrobble", {{"id", links.serverId(SP_LINKTYPE_TRACK, play.track)},
-                                         {"time", std::to_string(play.timeMs)},
+                client.call("scrobble", {{"id", links.serverId(SP_LINKTYPE_TRACK, play->track)},
+                                         {"time", std::to_string(play->timeMs)},
                                          {"submission", "true"}});
             } catch (const ServerError& error) {
                 if (error.code() < 0) {
@@ -346,7 +346,7 @@ void ServerSource::reportPlays() {
                 }
                 events.log(std::string("A play is not counted: ") + error.what());
             }
-            links.removePlay(play.number);
+            links.removePlay(play->number);
         }
     } catch (const std::exception& error) {
         events.log(error.what());

@@ -118,7 +118,7 @@ ServerStore::ServerStore(const std::string& file)
       deleteBase(database, "DELETE FROM bases WHERE user = ?1 AND list = ?2"),
       listBases(database, "SELECT list FROM bases WHERE user = ?1"),
       insertPlay(database, "INSERT INTO plays(track, time) VALUES(?1, ?2)"),
-      listPlays(database, "SELECT number, track, time FROM plays ORDER BY number LIMIT 100"),
+      findPlay(database, "SELECT number, track, time FROM plays ORDER BY number LIMIT 1"),
       deletePlay(database, "DELETE FROM plays WHERE number = ?1") {}
 
 Id ServerStore::link(sp_linktype kind, const std::string& serverId) {
@@ -216,12 +216,12 @@ void ServerStore::addPlay(const Id& track, std::int64_t timeMs) {
     insertPlay.execute(track, timeMs);
 }
 
-std::vector<ServerStore::Play> ServerStore::plays() {
-    std::vector<Play> waiting;
-    for (Cursor row = listPlays.run(); row.next();) {
-        waiting.push_back({row.integer(0), row.id(1).value_or(Id()), row.integer(2)});
+std::optional<ServerStore::Play> ServerStore::oldestPlay() {
+    Cursor row = findPlay.run();
+    if (!row.next()) {
+        return std::nullopt;
     }
-    return waiting;
+    return Play{row.integer(0), row.id(1).value_or(Id()), row.integer(2)};
 }
 
 void ServerStore::removePlay(std::int64_t number) {

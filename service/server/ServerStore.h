@@ -25,7 +25,7 @@ class ServerStore final {
 public:
     explicit ServerStore(const std::string& file);
 
-    // What `action` changes is one transaction.
+    // What `action` changes is one transaction: what it throws undoes it.
     template <typename Action>
     void together(Action action) {
         Transaction transaction(database);
@@ -33,6 +33,7 @@ public:
         transaction.commit();
     }
 
+    // The link of one of the server's ids, which is kept from here on.
     Id link(sp_linktype kind, const std::string& serverId);
     // What to ask the server for. For a link that was never seen its UUID, as it may be one.
     std::string serverId(sp_linktype kind, const Id& link);
@@ -41,6 +42,7 @@ public:
     // Nothing for one that was never seen.
     std::optional<std::string> cover(const std::string& digest);
 
+    // Of this server and machine, by name; nothing: never set, or forgotten.
     std::optional<std::string> setting(const char* name);
     // An empty value: forgotten.
     void setSetting(const char* name, std::string_view value);
@@ -52,24 +54,28 @@ public:
         bool isPublic = false;
         // The server's; empty: what it has answered to the last change is still to be read.
         std::string version;
-        std::vector<Id> songs;
+        std::vector<Id> songs;  // links, in the list's order
     };
+    // Users by their canonical names. Nothing: both sides have never agreed on it.
     std::optional<Base> base(const std::string& user, const Id& list);
     void setBase(const std::string& user, const Id& list, const Base& base);
     void forgetBase(const std::string& user, const Id& list);
+    // The lists that there are bases of, in no order.
     std::vector<Id> bases(const std::string& user);
     // The list that stands for a playlist of the server: one that was made here, or the one with
     // the server's link.
     void setListId(const Id& list, const std::string& serverId);
     Id listOf(const std::string& serverId);
 
+    // A track that was heard to its end, and of which the server does not know yet.
     struct Play {
         std::int64_t number = 0;
         Id track;
         std::int64_t timeMs = 0;  // since 1970
     };
     void addPlay(const Id& track, std::int64_t timeMs);
-    std::vector<Play> plays();
+    // Nothing: the server knows of all.
+    std::optional<Play> oldestPlay();
     void removePlay(std::int64_t number);
 
 private:
@@ -89,7 +95,7 @@ private:
     Statement deleteBase;
     Statement listBases;
     Statement insertPlay;
-    Statement listPlays;
+    Statement findPlay;
     Statement deletePlay;
 };
 

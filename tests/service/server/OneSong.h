@@ -97,6 +97,18 @@ struct OneSong : testing::Test {
         ASSERT_EQ(sp_session_player_play(session.get(), true), SP_ERROR_OK);
         ASSERT_TRUE(session.until([&] { return session.ended.load(); })) << session.log;
     }
+    // What is kept of each server that there was.
+    static std::vector<std::string> storeFiles() {
+        std::vector<std::string> files;
+        for (const auto& entry : std::filesystem::directory_iterator(TestMusic::paths().settings)) {
+            const std::string name = entry.path().filename();
+            if (name.rfind("server-", 0) == 0 && entry.path().extension() == ".db" &&
+                name.find("-lists") == std::string::npos) {
+                files.push_back(entry.path());
+            }
+        }
+        return files;
+    }
     // What a query is answered with.
     sp_error ask(TestSession& session, const char* words) {
         return sp_search_error(session.found(words).get());
