@@ -53,9 +53,10 @@ constexpr const char* handleNames[] = {
 // An argument or a result as it crosses the border. Owns nothing: what it points to is valid as
 // long as for the function that gets it.
 //
-// 16 bytes, copied as they are. `size` has a meaning for the tags that say so, and for Nothing with
-// `kind` 1, where it is the number of a type that does not exist. REQUIRES: only the member of `u`
-// that the tag means is read.
+// Threads: any; a value is its owner's alone, what it points to is whoever's that made the call.
+// Errors: none. 16 bytes, copied as they are. `size` has a meaning for the tags that say so, and
+// for Nothing with `kind` 1, where it is the number of a type that does not exist. REQUIRES: only
+// the member of `u` that the tag means is read.
 struct Value {
     Tag tag = Tag::Nothing;
     std::uint8_t kind = 0;

@@ -26,6 +26,7 @@ public:
     std::optional<ArtistContents> artist(const Id& id, bool withAlbums, bool withTracks) override {
         return store.browser.artist(id, withAlbums, withTracks);
     }
+    // The scan learns.
     int learn(int) override { return 0; }
     bool hasUser(const std::string& canonicalName) override {
         return store.browser.hasUser(canonicalName);

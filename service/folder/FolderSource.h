@@ -29,6 +29,7 @@ public:
     void stop() override;
     void rebuild(const DatabaseError& error) override { scan.rebuild(error); }
 
+    // While the first scan goes on, what is missing may still come; afterwards it is nowhere.
     bool isSettling() const override { return settling; }
     sp_error absence(sp_linktype, const Id&) override {
         return settling ? SP_ERROR_IS_LOADING : SP_ERROR_OTHER_PERMANENT;
@@ -49,6 +50,7 @@ public:
     std::shared_ptr<const Sound> openSound(const std::string& soundPath) override;
 
 private:
+    // The owner's: a pass is over, and what is in the folder is in the catalogue.
     void scanned(Scan::Pass pass);
     // What fails is a line that begins with the consequence.
     template <typename Action>

@@ -126,7 +126,8 @@ public:
 private:
     using Numbers = std::vector<std::int64_t>;
 
-    // Takes the entries from `first` on out, in one pass.
+    // Takes the entries from `first` on out, in one pass: those of `numbers` that are there, in the
+    // order of their places.
     Effect take(Numbers::const_iterator first, const Numbers& numbers) {
         Effect effect;
         if (numbers.end() - first == 1) {

@@ -31,7 +31,8 @@ public:
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
-    // The handle of that id, whether the catalogue knows it or not.
+    // The handle of that id, whether the catalogue knows it or not: never an empty one. One that is
+    // alive is shared; nothing is read before somebody asks the handle.
     Ref<sp_track> track(const Id& id);
     Ref<sp_album> album(const Id& id);
     Ref<sp_artist> artist(const Id& id);
@@ -54,7 +55,7 @@ public:
 
     // What a handle has read is good for one edition.
     unsigned edition() const { return currentEdition; }
-    // True when something has changed since; begins a new edition.
+    // True when something has changed since, here or in another process; begins a new edition.
     bool refreshCatalogue();
     // The same for users, plays and stars.
     bool refreshAccounts();

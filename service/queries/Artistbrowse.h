@@ -12,6 +12,7 @@ namespace sonolet::service {
 // and ownership are as for Query.
 class Artistbrowse : public QueryFor<sp_artistbrowse> {
 public:
+    // Under way once it is handed to Queries::ask(), as Albumbrowse.
     Artistbrowse(Ref<sp_artist> browsedArtist,
                  sp_artistbrowse_type browseType,
                  Callback* completion,

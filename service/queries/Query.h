@@ -55,7 +55,9 @@ private:
     sp_error result = SP_ERROR_IS_LOADING;
 };
 
-// A query that tells its completion to a function of the interface.
+// A query that tells its completion to a function of the interface, or to nobody: a program may
+// give NULL and look from time to time. The function is called once the query is loaded, whether it
+// has found anything or not, and with an error too.
 template <typename Result>
 class QueryFor : public Query {
 public:

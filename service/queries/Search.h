@@ -30,7 +30,8 @@ public:
     // As it was typed.
     const std::string& query() const { return request.text; }
 
-    // Empty, 0 or NULL until it is loaded. Indexes outside give NULL.
+    // Empty, 0 or NULL until it is loaded. Indexes outside give NULL. Counts and indexes are of the
+    // page that was asked for.
     const std::string& didYouMean() const { return meant; }
     int trackCount() const { return size(tracks); }
     int albumCount() const { return size(albums); }

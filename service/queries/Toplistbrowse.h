@@ -46,7 +46,7 @@ private:
     const std::string home;
 
     // The worker's until it is taken.
-    std::vector<Id> found;
+    std::vector<Id> found;  // of the list's type, the most liked first
 
     std::vector<Ref<sp_artist>> artists;
     std::vector<Ref<sp_album>> albums;

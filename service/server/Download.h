@@ -16,7 +16,8 @@
 
 namespace sonolet::service {
 
-// The parts of a file that are there: spans of bytes that neither touch nor overlap.
+// The parts of a file that are there: spans of bytes that neither touch nor overlap. Places are
+// bytes from the file's start; `from` is in a span, `to` behind it.
 class Spans final {
 public:
     void add(std::int64_t from, std::int64_t to);
@@ -26,7 +27,7 @@ public:
     std::int64_t end() const { return spans.empty() ? 0 : spans.rbegin()->second; }
     void clear() { spans.clear(); }
 
-    // A line for each; what cannot be read is none.
+    // A line for each, in order; what cannot be read is none.
     std::string asText() const;
     static Spans fromText(const std::string& text);
 
@@ -37,7 +38,9 @@ private:
 // One sound on its way into a file of the cache. Beside the file another says which parts of it are
 // there, as soon as nobody reads it any more.
 //
-// Threads: read() is for any and waits; the rest of what happens comes on the network's thread.
+// Threads: read() is for any and waits; the rest of what happens comes on the network's thread,
+// which keeps nothing alive: a transfer ends with the last reader. Errors: UnreadableFile from
+// read(), once no more of it can be had; a lost connection is none, it is tried again.
 class Download final : public std::enable_shared_from_this<Download> {
 public:
     struct Wanted {
@@ -49,16 +52,19 @@ public:
         int bitrate = 0;         // kbit/s
     };
 
-    // Throws UnreadableFile when there can be no such file.
+    // Throws UnreadableFile when there can be no such file. Of one that is there already it takes
+    // what the file beside it says, unless it is too short for that.
     Download(SoundStore& soundStore, Wanted what);
+    // Writes what is there into the file beside it, for the next one to go on with.
     ~Download();
 
     Download(const Download&) = delete;
     Download& operator=(const Download&) = delete;
 
-    // Begins to fetch what is missing.
+    // Begins to fetch what is missing. REQUIRES: a shared_ptr has it.
     void start();
 
+    // Bytes; negative while nobody knows, as of what the server makes.
     std::int64_t size() const;
     // As Sound's; given up once the flag is set and wake() called.
     std::size_t

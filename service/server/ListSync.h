@@ -63,14 +63,21 @@ private:
     };
 
     void agreePlaylists();
+    // `readAnyway`: though nothing tells that either side has changed it.
     void agree(Meeting meeting, bool readAnyway);
+    // Writes here first, in one transaction, and sends what the server lacks after it.
     void merge(const Meeting& meeting, std::optional<Base> base);
+    // `known`: what the server had before, so that the new one is told from them.
     void publish(const ListRow& row, const std::vector<PlaylistItem>& known);
+    // It is gone at the server: here too, unless it was changed here meanwhile.
     void lose(const Id& link);
     void agreeStars();
+    // Name, comment and who may see it, as far as they differ.
     void sendAbout(const Meeting& meeting, const Base& agreed);
+    // Songs as links. A list that is only cut and added to keeps the rest in its place.
     void sendSongs(const std::string& id, const Ids& from, const Ids& to);
     void sendStars(const char* method, const Ids& songs);
+    // As many requests as it takes: addresses have a length that servers end at.
     void sendInParts(const char* method,
                      const Subsonic::Parameters& first,
                      const char* name,

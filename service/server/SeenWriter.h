@@ -12,7 +12,8 @@
 
 namespace sonolet::service {
 
-// What answers of the server are about.
+// What answers of the server are about. A song brings its album and artists with it, so an answer
+// about songs alone needs no more.
 struct Seen {
     std::vector<ArtistItem> artists;
     std::vector<AlbumItem> albums;
@@ -26,14 +27,17 @@ struct Seen {
 // Threads: belongs to one at a time; each has its own. Errors: DatabaseError.
 class SeenWriter final {
 public:
+    // The store, which gives the links, is borrowed; the catalogue's tables are there.
     SeenWriter(const std::string& catalogueFile, ServerStore& serverStore);
 
     // All or nothing. What stands in an answer by itself is said to be there still.
     void write(const Seen& seen);
-    // The server has it no more, or hides it.
+    // The server has it no more, or hides it. A track keeps its name, and is found no more; of an
+    // album or artist nothing changes here.
     void lose(sp_linktype kind, const Id& link);
 
 private:
+    // Of the catalogue's table for what was written.
     struct Row {
         std::int64_t id = 0;
         bool isNew = false;
@@ -43,7 +47,8 @@ private:
     // `whole`: from an answer about albums, which says more than a song does.
     Row album(const AlbumItem& item, bool whole);
     void song(const SongItem& item);
-    // What is done to them is done to their words too.
+    // `change` to rows whose names others are found by: words go by the texts of their moment, so
+    // those of `tracks` and `albums` are taken out before it and put back behind it.
     template <typename Change>
     void reindexed(const std::vector<std::int64_t>& tracks,
                    const std::vector<std::int64_t>& albums,

@@ -20,12 +20,15 @@ namespace sonolet::service {
 // A server finds the text of a query in names; what else a query may say, and how good an answer
 // is, only the catalogue's index knows. So a search shows what the server finds, in its order, and
 // behind that what the index finds among all that was seen.
+//
+// Threads: as Answers'; connections of its own. Ownership: the client is borrowed. Errors: as
+// Answers', ServerError for SourceError; what was written before one stays.
 class ServerAnswers final : public Answers {
 public:
     ServerAnswers(Subsonic& client,
                   const Kept& kept,
                   const std::string& storeFile,
-                  std::function<bool()> away);
+                  std::function<bool()> away);  // any thread; asked before each question
 
     SearchAnswer search(const SearchRequest& request) override;
     std::optional<AlbumContents> album(const Id& id) override;
@@ -46,9 +49,13 @@ private:
         FoundPage page(const Page& wanted) const;
     };
 
+    // Asks on until the pages and one more are there, or all: so one knows whether there is more.
     void fetchMore(const std::string& text, const Page (&wanted)[3]);
+    // Fetches what the artists and albums that were found have, for the index to find.
     void widen();
+    // Puts what the index finds behind what the server has found, once and for all of this query.
     void addLocal(const SearchRequest& request);
+    // Written by then, with its songs; nothing when the server does not have it.
     std::optional<AlbumItem> fetchAlbum(const std::string& id);
     std::vector<Id> topTracks(const ToplistScope& scope);
 
@@ -58,7 +65,7 @@ private:
     SeenWriter writer;
     QueryStore store;
 
-    // Of the query that was asked last.
+    // Of the query that was asked last: its next page goes on with it.
     std::string lastText;
     Found found[3];  // artists, albums, tracks
 };

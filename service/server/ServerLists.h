@@ -32,10 +32,12 @@ public:
                 Log logLine,
                 std::function<bool()> away);
 
+    // The server's store and the accounts that are kept the same; once more, goes on with others.
     void start(const std::string& storeFile, const Kept& kept);
     // Once the network is stopped, which ends its waits.
     void stop();
 
+    // Whose lists from here on. What is under way for another one ends by itself, with an error.
     void enter(const Account& account, const ServerLogin& login);
     void leave();
     // Something has changed here, or the server is back.
@@ -46,6 +48,7 @@ public:
 private:
     enum class Why { period, change };
 
+    // The worker's. One that belongs to a visit that is over does nothing.
     void pass(unsigned ofVisit, Why why);
     ListSync& syncing();
 

@@ -41,7 +41,8 @@ struct ServerOptions {
 // learnt from every answer; while it is away, it is asked every few seconds whether it is back.
 //
 // Threads: as Source's. Beside the network's thread one fetches what handles want, one keeps the
-// lists the same.
+// lists the same. Errors: as Source's; what the server does not answer is a line of the log, and
+// asked again once it is back.
 class ServerSource final : public Source, public Subsonic::Watch {
 public:
     ServerSource(SourceEvents toSession, const ServerOptions& serverOptions);
@@ -92,13 +93,16 @@ private:
         SeenWriter writer;
     };
 
-    // Any thread.
+    // Any thread. An answer that was asked for before the connection was lost does
+    // not bring it back.
     void answered(Subsonic::Clock::time_point asked) override;
     void failed(const ServerError& error) override;
+    // Asks after the pause whether it is back, and then after twice as long, up to four seconds.
     void probeLater(std::chrono::milliseconds pause);
     ServerLogin proven(const std::string& name, const std::string& password);
     std::optional<ServerLogin>
     loginOfBlob(Accounts& store, const std::string& name, const std::string& blob);
+    // Lets in whom the server, or what is kept of it, has proven.
     Admission let(Accounts& store, const ServerLogin& login, bool remember);
     std::string fileOf(const StatePaths& paths) const;
     // The owner's.
@@ -106,6 +110,7 @@ private:
     // With what had to wait for a server that answers.
     void catchUp();
     // The fetching thread's.
+    // An answer is in the catalogue when the owner hears that there is one.
     void find(const Item& item);
     void meetUsers();
     void reportPlays();

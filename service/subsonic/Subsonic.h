@@ -51,6 +51,7 @@ struct ServerLogin {
     std::string token;
     std::string password;  // in place of the two
 
+    // With a fresh salt: two tokens of one password are not the same.
     static ServerLogin withToken(const std::string& user, const std::string& password);
     static std::string tokenOf(const std::string& password, const std::string& salt);
 };
@@ -78,7 +79,7 @@ public:
 
     const ServerAddress& address() const { return place; }
 
-    // Who asks from here on.
+    // Who asks from here on; nobody: each call is a ServerError. What is under way goes on.
     void use(const std::optional<ServerLogin>& login);
     bool hasLogin() const;
 
@@ -87,7 +88,7 @@ public:
     // The same without telling the watch: of what many servers do not say, and as somebody else.
     Reply callAside(const char* method);
     Reply callAs(const ServerLogin& login, const char* method, const Parameters& parameters = {});
-    // An answer that is no JSON: a picture.
+    // An answer that is no JSON, of at most `largest` bytes: a picture.
     std::string bytes(const char* method, const Parameters& parameters, std::size_t largest);
 
     // For a transfer of somebody else's. It holds secrets.
@@ -97,6 +98,7 @@ public:
     static ServerError errorOf(const HttpError& error, const std::string& base);
 
 private:
+    // Throws when nobody is logged in.
     ServerLogin current() const;
     std::string
     url(const ServerLogin& login, const char* method, const Parameters& parameters) const;
