@@ -176,12 +176,14 @@ TEST_F(Playing, EndsWhenItsFileVanishesOrIsCut) {
     fs::remove(music.path("a/song.wav"));
     ASSERT_TRUE(session->until(over)) << "whether it was open already or not";
     EXPECT_TRUE(!session->ended || session->delivered == sweep(songFrames));
-    EXPECT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_NO_STREAM_AVAILABLE);
+    // Before and after the folder was looked at again.
+    const auto load = [this] { return sp_session_player_load(session->get(), track.get()); };
+    EXPECT_THAT(load(), testing::AnyOf(SP_ERROR_NO_STREAM_AVAILABLE, SP_ERROR_TRACK_NOT_PLAYABLE));
 
     music.add("a/song.wav", "TITLE=Song", songFrames);
     session->ended = false;
     session->events.clear();
-    ASSERT_EQ(sp_session_player_load(session->get(), track.get()), SP_ERROR_OK);
+    ASSERT_TRUE(session->until([&] { return load() == SP_ERROR_OK; }));
     fs::resize_file(music.path("a/song.wav"), 100000);
     ASSERT_EQ(play(), SP_ERROR_OK);
     EXPECT_TRUE(session->until(over));
