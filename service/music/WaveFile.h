@@ -18,7 +18,8 @@ namespace sonolet::service {
 // taken here, the first of each: the tag with frames that end, the list when it is of a length that
 // texts have.
 //
-// Threads: belongs to one. Ownership: borrows stream and frames.
+// Threads: belongs to one. Ownership: borrows stream and frames. Errors: UnreadableFile for more
+// sound than can be played.
 class WaveFile final : public TagLib::RIFF::WAV::File {
 public:
     WaveFile(TagStream& stream, TagFrames& frames);

@@ -224,6 +224,12 @@ TEST(Catalogue, KnowsSizesOver2GiBAndDatesAfter2038) {
     } else {
         EXPECT_THAT(scanned(), HasSubstr("song.wav: it has more than 2 GiB"));
     }
+    // What tells so itself would end there without a word.
+    std::string header = wavFile("");
+    header.replace(40, 4, "\0\0\0\x80", 4);
+    music.write("long.wav", header);
+    music.resize("long.wav", (std::int64_t{1} << 31) + 44);
+    EXPECT_THAT(scanned(), HasSubstr("long.wav: it has more than 2 GiB"));
     music.write("cover.jpg", "");
     music.write("list.m3u", "");
     for (const char* const name : {"cover.jpg", "list.m3u"}) {
