@@ -156,9 +156,13 @@ TEST(ImageTest, WhatCannotBeShownIsAnError) {
     add(music, "Text", "no picture");
     add(music, "Changed", picture("jpeg", 2, 2));
     TestSession session(TestSession::State::Scanned);
-    music.write("Changed/cover.jpg", jpeg);
+    std::vector<std::pair<std::string, std::string>> covers;
     for (const char* title : {"Vast", "Vast PNG", "Cut", "Cut PNG", "Text", "Changed"}) {
-        TestImage image(session, cover(title));
+        covers.emplace_back(title, cover(title));
+    }
+    music.write("Changed/cover.jpg", jpeg);
+    for (const auto& [title, id] : covers) {
+        TestImage image(session, id);
         EXPECT_EQ(sp_image_error(image.image), SP_ERROR_IS_LOADING);
         EXPECT_EQ(image.load(), SP_ERROR_OTHER_PERMANENT) << title;
     }

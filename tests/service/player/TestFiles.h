@@ -55,7 +55,7 @@ public:
         GstBus* bus = gst_element_get_bus(pipeline);
         gst_element_set_state(pipeline, GST_STATE_PLAYING);
         constexpr auto types = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR);
-        GstMessage* message = gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, types);
+        GstMessage* message = gst_bus_timed_pop_filtered(bus, GST_CLOCK_TIME_NONE, types);
         const bool done = message != nullptr && GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS;
         gst_element_set_state(pipeline, GST_STATE_NULL);
         gst_clear_message(&message);
