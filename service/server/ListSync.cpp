@@ -233,12 +233,16 @@ void ListSync::merge(const Meeting& meeting, std::optional<Base> base) {
     const bool isSent = agreed.name != theirName || agreed.comment != theirs.comment ||
                         agreed.isPublic != theirs.isPublic || agreed.songs != theirSongs;
     if (isSent && meeting.isOwn) {
-        sendAbout(meeting, agreed);
+        // First what would be missed most.
         if (agreed.songs != theirSongs) {
             base->version = unfinished;
             links.setBase(user.name, meeting.link, *base);
             sendSongs(theirs.id, theirSongs, agreed.songs);
+            base->songs = agreed.songs;
+            base->version.clear();
+            links.setBase(user.name, meeting.link, *base);
         }
+        sendAbout(meeting, agreed);
     }
     agreed.version = isSent ? std::string() : meeting.version;
     links.setBase(user.name, meeting.link, agreed);
@@ -340,7 +344,17 @@ void ListSync::sendAbout(const Meeting& meeting, const Base& agreed) {
     if (agreed.isPublic != meeting.theirs.isPublic) {
         changes.emplace_back("public", agreed.isPublic ? "true" : "false");
     }
-    if (changes.size() > 1) {
+    if (changes.size() == 1) {
+        return;
+    }
+    try {
+        server.call("updatePlaylist", changes);
+    } catch (const ServerError& error) {
+        if (error.code() != 0 || !agreed.songs.empty()) {
+            throw;
+        }
+        // A server that fails with a list that never had a song: it takes one that has none now.
+        server.call("createPlaylist", {changes.front()});
         server.call("updatePlaylist", changes);
     }
 }
