@@ -58,7 +58,7 @@ TEST(Browser, TellsWhatIsWrong) {
          "refused"},
         {{browser, "http://127.0.0.1:1/", "--screenshot", place.file("page.png")},
          1,
-         "http://127.0.0.1:1/: could not be loaded"},
+         "sonolet-browser: http://127.0.0.1:1/: "},
     };
     for (const auto& each : cases) {
         const Outcome outcome = run(each.command, {});

@@ -4,6 +4,7 @@
 #include "Command.h"
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -282,11 +283,14 @@ TEST(RunnerTest, NoScriptKeepsAPageFromEnding) {
          lost},
     };
     for (const auto& each : cases) {
-        EXPECT_EQ(each.exitCode, each.outcome.exitCode) << each.outcome.errors;
-        EXPECT_THAT(each.outcome.errors, StartsWith(each.errors));
+        const std::string& errors = each.outcome.errors;
+        EXPECT_EQ(each.exitCode, each.outcome.exitCode) << errors;
+        // Later engines stop promises without end too.
+        const char* const also = each.errors == lost ? stopped : each.errors;
+        EXPECT_THAT(errors, AnyOf(StartsWith(each.errors), StartsWith(also)));
         EXPECT_THAT(each.outcome.output, Not(HasSubstr("never")));
-        // As any page that ends, but for the last.
-        EXPECT_EQ(each.outcome.errors.find("probe: ") != std::string::npos, each.errors != lost);
+        // As any page that ends, but for the one that is lost.
+        EXPECT_NE(errors.find("probe: ") != std::string::npos, errors.find(lost) == 0);
     }
 }
 
