@@ -44,8 +44,13 @@ bool PluginCalls::isTime() {
         return false;
     }
     lookAt = made + someAfterCollection;
-    return made > std::max(many, store.size() / 2) ||
-           (made > store.size() / 8 && canary && canary.get() == nullptr);
+    if (canary && made > store.size() / 8) {
+        WeakObject::sweep(context);
+        if (canary.hasDied()) {
+            return true;
+        }
+    }
+    return made > std::max(many, store.size() / 2);
 }
 
 PluginCalls::Wait::Wait(PluginCalls& waiting) : calls(waiting), before(waiting.waitsSince) {

@@ -12,6 +12,10 @@ namespace {
 // Outside of calls from script so many values that are no objects are kept.
 constexpr std::size_t mostPassing = 1024;
 
+// The engine is told of no less; and of no more at once, which makes it collect by itself.
+constexpr std::size_t worthTelling = std::size_t{1} << 20;
+constexpr std::size_t mostTold = std::size_t{64} << 20;
+
 // As kernel.js knows them.
 constexpr std::int32_t thrown = 16;
 constexpr std::int32_t outside = 1 << 30;
@@ -26,11 +30,10 @@ void release(JSCValue*& value) {
 
 OpaqueJSContext::OpaqueJSContext(JSCContext* scriptContext)
     : context(JSC_CONTEXT(g_object_ref(scriptContext))),
-      link(std::make_shared<OpaqueJSContext*>(this)), constants{
-                                                          OpaqueJSValue{this},
-                                                          OpaqueJSValue{this, Kind::Null},
-                                                          OpaqueJSValue{this, Kind::Boolean, 0},
-                                                          OpaqueJSValue{this, Kind::Boolean, 1}} {
+      link(std::make_shared<OpaqueJSContext*>(this)),
+      constants{OpaqueJSValue{this}, OpaqueJSValue{this, Kind::Null},
+                OpaqueJSValue{this, Kind::Boolean, 0}, OpaqueJSValue{this, Kind::Boolean, 1}},
+      hasCollected(std::make_shared<std::atomic<bool>>(false)) {
     objects.emplace_back();
     const auto evaluated = jsc_context_evaluate(context, kernelScript, -1);
     JSCValue* natives[] = {
@@ -52,6 +55,7 @@ OpaqueJSContext::OpaqueJSContext(JSCContext* scriptContext)
         jsc_context_clear_exception(context);
         throw std::runtime_error("the script engine lacks what kernel.js needs: " + reason);
     }
+    tell();
 }
 
 OpaqueJSContext::~OpaqueJSContext() {
@@ -226,7 +230,7 @@ OpaqueJSValue* OpaqueJSContext::answered(JSCValue* text, JSValueRef* exception) 
 }
 
 void OpaqueJSContext::letGoLater() {
-    if (depth > 0 || lettingGo != 0) {
+    if (lettingGo != 0) {
         return;
     }
     const GSourceFunc letGo = [](gpointer self) -> gboolean {
@@ -238,6 +242,9 @@ void OpaqueJSContext::letGoLater() {
         JSCValue* nothing = jsc_value_function_callv(of->function("letGo"), 0, nullptr);
         release(nothing);
         of->passing.clear();
+        if (of->untold >= worthTelling) {
+            of->tell();
+        }
         return G_SOURCE_REMOVE;
     };
     lettingGo = g_idle_add_full(G_PRIORITY_DEFAULT, letGo, this, nullptr);
@@ -246,7 +253,9 @@ void OpaqueJSContext::letGoLater() {
 OpaqueJSValue* OpaqueJSContext::call(const char* operation,
                                      const std::vector<JSValueRef>& values,
                                      JSValueRef* exception) {
-    letGoLater();
+    if (depth == 0) {
+        letGoLater();
+    }
     if (values.size() >= room) {
         JSCValue* size = jsc_value_new_number(context, static_cast<double>(values.size() + 1));
         JSCValue* nothing = jsc_value_function_callv(function("makeRoom"), 1, &size);
@@ -278,7 +287,9 @@ OpaqueJSValue* OpaqueJSContext::call(const char* operation,
 }
 
 OpaqueJSValue* OpaqueJSContext::evaluate(const std::string& script, JSValueRef* exception) {
-    letGoLater();
+    if (depth == 0) {
+        letGoLater();
+    }
     JSCValue* result =
         jsc_context_evaluate(context, script.data(), static_cast<gssize>(script.size()));
     JSCException* const failure = jsc_context_get_exception(context);
@@ -358,7 +369,31 @@ bool OpaqueJSContext::isAlive(const OpaqueJSValue& value) {
     return answer != nullptr && answer->number != 0;
 }
 
+void OpaqueJSContext::report(std::size_t bytes) {
+    untold += bytes;
+    if (untold >= worthTelling) {
+        letGoLater();
+    }
+}
+
+void OpaqueJSContext::tell() {
+    // By an array that nobody holds. Nobody reads it, either, so it has no bytes.
+    using Flag = std::shared_ptr<std::atomic<bool>>;
+    const auto collected = [](gpointer flag) {
+        **static_cast<Flag*>(flag) = true;
+        delete static_cast<Flag*>(flag);
+    };
+    const std::size_t size = std::clamp(std::exchange(untold, 0), std::size_t{1}, mostTold);
+    JSCValue* array =
+        jsc_value_new_array_buffer(context, nullptr, size, collected, new Flag(hasCollected));
+    release(array);
+}
+
 void OpaqueJSContext::sweep() {
+    if (!hasCollected->exchange(false)) {
+        return;
+    }
+    tell();
     JSCValue* nothing = jsc_value_function_callv(function("sweep"), 0, nullptr);
     release(nothing);
     for (std::int32_t i = 1; i <= kinds[0]; ++i) {

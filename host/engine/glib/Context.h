@@ -5,6 +5,7 @@
 #include <jsc/jsc.h>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -71,8 +72,12 @@ public:
     OpaqueJSValue* global();
     void* bytesOf(JSObjectRef buffer);
 
-    // Finds out who has died.
+    // Finds out who has died, if the engine has collected since the last time.
     void sweep();
+
+    // So much outside of the engine's heap hangs on what is new in it. The engine learns of it when
+    // no script runs: what it takes for alive while one does, it would keep for long.
+    void report(std::size_t bytes);
 
     // Counted; whoever protects first or last pays for a call.
     void protect(OpaqueJSValue& value);
@@ -93,6 +98,8 @@ private:
     static double numberNative(const Link* link);
     static void shareNative(JSCValue* newKinds, JSCValue* newNumbers, const Link* link);
     static void dropLink(gpointer link);
+    // Of what report() was told; and the engine's next collection shows.
+    void tell();
 
     // With the texts among its arguments, or null. Answers whether the result is a text that is to
     // come along; where it cannot, kernel.js asks for it.
@@ -109,8 +116,7 @@ private:
     OpaqueJSValue* answered(JSCValue* text, JSValueRef* exception);
     JSCValue* function(const char* name);
     void forget(OpaqueJSValue& dead);
-    // Before a call of kernel.js: what it holds outside of calls from script goes once the main
-    // loop is reached.
+    // What kernel.js holds outside of calls from script goes once the main loop is reached.
     void letGoLater();
 
     JSCContext* const context;  // owned
@@ -141,6 +147,9 @@ private:
     std::uint64_t innermost = 0;  // which of them is under way; 0: none
     unsigned calling = 0;         // calls of kernel.js under way
     guint lettingGo = 0;          // the main loop's source; 0: none waits
+    std::size_t untold = 0;       // bytes
+    // Since the last sweep; the engine says so on any of its threads, and after the context's end.
+    const std::shared_ptr<std::atomic<bool>> hasCollected;
 };
 
 #endif

@@ -106,7 +106,9 @@ void JSReportExtraMemoryCost(JSContextRef context, size_t size);
 void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 }
 // NOLINTEND(readability-identifier-naming)
-void JSReportExtraMemoryCost(JSContextRef, size_t) {}
+void JSReportExtraMemoryCost(JSContextRef context, size_t size) {
+    of(context).report(size);
+}
 void JSSynchronousGarbageCollectForDebugging(JSContextRef) {}
 
 // ---- Strings ----

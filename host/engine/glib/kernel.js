@@ -84,15 +84,8 @@
         return number;
     }
 
-    // Puts down the numbers of those that have gone since the last time. While what nobody holds is
-    // there, the engine has not collected, and none has.
-    let canary = new Weak({});
+    // Puts down the numbers of those that have gone since the last time.
     function sweep() {
-        kinds[0] = 0;
-        if (apply(deref, canary, nothing) !== undefined) {
-            return;
-        }
-        canary = new Weak({});
         const gone = { __proto__: null };
         let count = 0;
         for (let number = 1; number <= last; ++number) {
@@ -229,15 +222,7 @@
     // has told how to make, or a front.
     const shapes = { __proto__: null };
     let makeFront;
-    // What hangs on each outside of the engine's heap, about, and more: else it would let many
-    // thousand dead ones lie before it collects. An array that nobody holds tells it of so many.
-    const COST = 1024, TOLD_AT_ONCE = 64;
-    let untold = 0;
     function makeNumbered(kind, detail, number) {
-        if (++untold === TOLD_AT_ONCE) {
-            untold = 0;
-            new Bytes(TOLD_AT_ONCE * COST);
-        }
         references[number] = null;
         last = number > last ? number : last;
         if (kind === NEW_FUNCTION) {
