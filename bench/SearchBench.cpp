@@ -1,6 +1,7 @@
 // sonolet-bench-search: how fast the music service answers and scans, beside what it promises.
 
 #include "Figures.h"
+#include "MusicSession.h"
 #include "SyntheticMusic.h"
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
@@ -19,7 +20,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -27,10 +27,8 @@
 #include <future>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -65,76 +63,17 @@ void inChild(const std::function<void()>& work) {
     }
 }
 
-// A session whose owner sleeps until it is asked for attention.
-class BenchSession final {
-public:
-    BenchSession() {
-        callbacks.notify_main_thread = [](sp_session* caller) {
-            auto* self = static_cast<BenchSession*>(sp_session_userdata(caller));
-            if (self != nullptr) {
-                self->wake();
-            }
-        };
-        callbacks.log_message = [](sp_session* caller, const char* line) {
-            auto* self = static_cast<BenchSession*>(sp_session_userdata(caller));
-            self->scanned = self->scanned || std::string(line).rfind("Scanned ", 0) == 0;
-        };
-        sp_session_config config{};
-        config.api_version = SPOTIFY_API_VERSION;
-        config.application_key = "key";
-        config.application_key_size = 3;
-        config.user_agent = "bench";
-        config.callbacks = &callbacks;
-        config.userdata = this;
-        if (sp_session_create(&config, &session) != SP_ERROR_OK) {
-            throw std::runtime_error("no session");
-        }
-        until(scanned);
-    }
-    ~BenchSession() { sp_session_release(session); }
-    BenchSession(const BenchSession&) = delete;
-    BenchSession& operator=(const BenchSession&) = delete;
-
-    // From asking to the completion callback. Says how many tracks there are.
-    int search(const std::string& query, sp_search_type type) {
-        bool completed = false;
-        sp_search* search = sp_search_create(
-            session, query.c_str(), 0, resultsAsked, 0, resultsAsked, 0, resultsAsked, 0, 0, type,
-            [](sp_search*, void* done) { *static_cast<bool*>(done) = true; }, &completed);
-        until(completed);
-        const int total =
-            sp_search_error(search) == SP_ERROR_OK ? sp_search_total_tracks(search) : -1;
-        sp_search_release(search);
-        return total;
-    }
-
-private:
-    void wake() {
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            notified = true;
-        }
-        called.notify_one();
-    }
-    void until(const bool& condition) {
-        int timeout = 0;
-        sp_session_process_events(session, &timeout);
-        while (!condition) {
-            std::unique_lock<std::mutex> lock(mutex);
-            called.wait_for(lock, std::chrono::milliseconds(timeout), [this] { return notified; });
-            notified = false;
-            lock.unlock();
-            sp_session_process_events(session, &timeout);
-        }
-    }
-
-    sp_session_callbacks callbacks{};
-    sp_session* session = nullptr;
-    bool scanned = false;
-    std::mutex mutex;
-    std::condition_variable called;
-    bool notified = false;
-};
+// From asking to the completion callback. Says how many tracks there are; negative: it failed.
+int search(bench::MusicSession& session, const std::string& query, sp_search_type type) {
+    bool completed = false;
+    sp_search* asked = sp_search_create(
+        session.get(), query.c_str(), 0, resultsAsked, 0, resultsAsked, 0, resultsAsked, 0, 0, type,
+        [](sp_search*, void* done) { *static_cast<bool*>(done) = true; }, &completed);
+    session.until([&] { return completed; });
+    const int total = sp_search_error(asked) == SP_ERROR_OK ? sp_search_total_tracks(asked) : -1;
+    sp_search_release(asked);
+    return total;
+}
 
 std::string firstLetters(const std::string& text, std::size_t count) {
     std::size_t place = 0;
@@ -201,7 +140,7 @@ double processorMilliseconds() {
 
 // One iteration is one query.
 void measureSearch(benchmark::State& state,
-                   BenchSession& session,
+                   bench::MusicSession& session,
                    const std::vector<std::string>& asked,
                    sp_search_type type) {
     std::vector<double> samples;
@@ -213,7 +152,7 @@ void measureSearch(benchmark::State& state,
         const std::string& query = asked[samples.size() % asked.size()];
         const double processorStart = processorMilliseconds();
         const Clock::time_point start = Clock::now();
-        const int total = session.search(query, type);
+        const int total = search(session, query, type);
         const Clock::duration taken = Clock::now() - start;
         processorSamples.push_back(processorMilliseconds() - processorStart);
         if (total < 0) {
@@ -317,10 +256,11 @@ void run() {
     malloc_trim(0);
     const double before = residentMegabytes();
 
-    auto session = std::make_unique<BenchSession>();
+    auto session = std::make_unique<bench::MusicSession>();
+    session->until([&] { return session->scanned(); });
     const double opened = residentMegabytes();
     const Clock::time_point start = Clock::now();
-    session->search("the first of all", SP_SEARCH_STANDARD);
+    search(*session, "the first of all", SP_SEARCH_STANDARD);
     figures::report(
         figures::plain("the very first search", milliseconds(Clock::now() - start), "ms"));
     for (const sp_search_type type : {SP_SEARCH_STANDARD, SP_SEARCH_SUGGEST}) {

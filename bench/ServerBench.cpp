@@ -3,22 +3,19 @@
 
 #include "BadServer.h"
 #include "Figures.h"
+#include "MusicSession.h"
 #include "SyntheticMusic.h"
 
 #include "libspotify/api.h"
 
 #include <stdlib.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -35,97 +32,28 @@ double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// How often the processor was taken from this thread though it could go on.
-long timesTakenAway() {
-    rusage usage{};
-    getrusage(RUSAGE_THREAD, &usage);
-    return usage.ru_nivcsw;
+void logIn(bench::MusicSession& session) {
+    session.time([&] { sp_session_login(session.get(), "ann", "secret", false, nullptr); });
+    session.until([&] { return session.loggedIn(); });
 }
 
-// A session whose owner measures each call of the library.
-class TimedSession final {
-public:
-    TimedSession() {
-        callbacks.notify_main_thread = [](sp_session* caller) {
-            if (auto* self = static_cast<TimedSession*>(sp_session_userdata(caller))) {
-                const std::lock_guard<std::mutex> lock(self->mutex);
-                self->notified = true;
-                self->called.notify_one();
-            }
-        };
-        callbacks.logged_in = [](sp_session* caller, sp_error error) {
-            static_cast<TimedSession*>(sp_session_userdata(caller))->loggedIn =
-                error == SP_ERROR_OK;
-        };
-        sp_session_config config{};
-        config.api_version = SPOTIFY_API_VERSION;
-        config.application_key = "key";
-        config.application_key_size = 3;
-        config.user_agent = "bench";
-        config.callbacks = &callbacks;
-        config.userdata = this;
-        if (sp_session_create(&config, &session) != SP_ERROR_OK) {
-            throw std::runtime_error("no session");
-        }
-    }
-    ~TimedSession() { sp_session_release(session); }
-    TimedSession(const TimedSession&) = delete;
-    TimedSession& operator=(const TimedSession&) = delete;
-
-    void logIn() {
-        time([&] { sp_session_login(session, "ann", "secret", false, nullptr); });
-        until([&] { return loggedIn; });
-    }
-    std::shared_ptr<sp_search> ask(const std::string& words) {
-        std::shared_ptr<sp_search> search;
-        time([&] {
-            search.reset(sp_search_create(session, words.c_str(), 0, 20, 0, 20, 0, 20, 0, 0,
-                                          SP_SEARCH_STANDARD, nullptr, nullptr),
-                         sp_search_release);
-        });
-        return search;
-    }
-    void until(const std::function<bool()>& condition) {
-        constexpr int often = 20;  // milliseconds
-        for (int timeout = 0; !condition();) {
-            std::unique_lock<std::mutex> lock(mutex);
-            called.wait_for(lock, std::chrono::milliseconds(std::min(timeout, often)),
-                            [this] { return notified; });
-            notified = false;
-            lock.unlock();
-            time([&] { sp_session_process_events(session, &timeout); });
-        }
-    }
-    template <typename Call>
-    void time(Call call) {
-        const long before = timesTakenAway();
-        const Clock::time_point start = Clock::now();
-        call();
-        const double taken = secondsSince(start);
-        // A busy machine is not the network.
-        if (timesTakenAway() == before) {
-            longest = std::max(longest, taken);
-        }
-    }
-
-    sp_session* session = nullptr;
-    double longest = 0;  // seconds
-
-private:
-    sp_session_callbacks callbacks{};
-    bool loggedIn = false;
-    std::mutex mutex;
-    std::condition_variable called;
-    bool notified = false;
-};
+std::shared_ptr<sp_search> ask(bench::MusicSession& session, const std::string& words) {
+    std::shared_ptr<sp_search> search;
+    session.time([&] {
+        search.reset(sp_search_create(session.get(), words.c_str(), 0, 20, 0, 20, 0, 20, 0, 0,
+                                      SP_SEARCH_STANDARD, nullptr, nullptr),
+                     sp_search_release);
+    });
+    return search;
+}
 
 // All that a page can change of lists and stars, each of which waits to be told to the server.
-void changeLists(TimedSession& timed, sp_playlist* list, sp_track* track) {
+void changeLists(bench::MusicSession& session, sp_playlist* list, sp_track* track) {
     sp_track* const tracks[] = {track, track, track};
     const int before = sp_playlist_num_tracks(list);
-    timed.time([&] { sp_playlist_add_tracks(list, tracks, 3, 0, timed.session); });
-    timed.time([&] { sp_track_set_starred(timed.session, tracks, 1, true); });
-    timed.time([&] { sp_track_set_starred(timed.session, tracks, 1, false); });
+    session.time([&] { sp_playlist_add_tracks(list, tracks, 3, 0, session.get()); });
+    session.time([&] { sp_track_set_starred(session.get(), tracks, 1, true); });
+    session.time([&] { sp_track_set_starred(session.get(), tracks, 1, false); });
     if (sp_playlist_num_tracks(list) != before + 3) {
         throw std::runtime_error("a list was not changed");
     }
@@ -173,10 +101,10 @@ void run(const std::string& root) {
     // NOLINTEND(concurrency-mt-unsafe)
 
     for (const char* when : {"new", "known"}) {
-        TimedSession session;
+        bench::MusicSession session;
         const Clock::time_point start = Clock::now();
-        session.logIn();
-        const auto search = session.ask(word);
+        logIn(session);
+        const auto search = ask(session, word);
         session.until([&] { return sp_search_is_loaded(search.get()); });
         if (sp_search_num_tracks(search.get()) == 0) {
             throw std::runtime_error("nothing is found");
@@ -186,16 +114,16 @@ void run(const std::string& root) {
                             secondsSince(start), "s", 1));
     }
 
-    auto session = std::make_unique<TimedSession>();
-    session->logIn();
-    const auto known = session->ask(word);
+    auto session = std::make_unique<bench::MusicSession>();
+    logIn(*session);
+    const auto known = ask(*session, word);
     session->until([&] { return sp_search_is_loaded(known.get()); });
-    sp_playlistcontainer* const container = sp_session_playlistcontainer(session->session);
+    sp_playlistcontainer* const container = sp_session_playlistcontainer(session->get());
     session->until([&] { return sp_playlistcontainer_num_playlists(container) == 1; });
     sp_playlist* const list = sp_playlistcontainer_playlist(container, 0);
     server.answerAll("");
-    session->longest = 0;
-    const auto search = session->ask("more");
+    session->takeLongest();
+    const auto search = ask(*session, "more");
     sp_track* const track = sp_search_track(known.get(), 0);
     const Clock::time_point start = Clock::now();
     int round = 0;
@@ -207,22 +135,21 @@ void run(const std::string& root) {
             static_cast<void>(sp_track_is_loaded(sp_link_as_track(of.get())));
         });
         session->time(
-            [&] { static_cast<void>(sp_session_player_prefetch(session->session, track)); });
-        session->time([&] { static_cast<void>(sp_session_player_load(session->session, track)); });
-        session->time([&] { static_cast<void>(sp_session_connectionstate(session->session)); });
+            [&] { static_cast<void>(sp_session_player_prefetch(session->get(), track)); });
+        session->time([&] { static_cast<void>(sp_session_player_load(session->get(), track)); });
+        session->time([&] { static_cast<void>(sp_session_connectionstate(session->get())); });
         ++round;
         return secondsSince(start) > 3;
     });
-    figures::report(
-        figures::within("the longest call while a server hangs", session->longest * 1000, "ms", 1));
-    session->longest = 0;
+    figures::report(figures::within("the longest call while a server hangs",
+                                    session->takeLongest() * 1000, "ms", 1));
     int rounds = 200;
     session->until([&] {
         changeLists(*session, list, track);
         return --rounds == 0;
     });
     figures::report(figures::within("the longest change of a list while a server hangs",
-                                    session->longest * 1000, "ms", 1));
+                                    session->takeLongest() * 1000, "ms", 1));
     const Clock::time_point end = Clock::now();
     session.reset();
     figures::report(
