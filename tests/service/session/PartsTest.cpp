@@ -76,8 +76,8 @@ TEST(SessionParts, AnswersComeLateAndInOrder) {
 
 // A list is read as its handle is made, from a file that may be damaged.
 TEST(Shelf, KeepsNothingOfAHandleThatCouldNotBeMade) {
-    Shelf<int, Handle> shelf;
-    const auto fail = []() -> Handle* { throw std::runtime_error("the file is damaged"); };
+    Shelf<int, service::Handle> shelf;
+    const auto fail = []() -> service::Handle* { throw std::runtime_error("the file is damaged"); };
     EXPECT_THROW(shelf.get(1, fail), std::runtime_error);
     EXPECT_FALSE(shelf.find(1));
     EXPECT_TRUE(shelf.all().empty());
