@@ -157,6 +157,9 @@ int run(const Options& options) {
             std::fputs(summary.text(options.rows).c_str(), stdout);
         }
     }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::runtime_error("standard output: " + std::generic_category().message(errno));
+    }
     if (!isTrace) {
         std::fprintf(stderr, "sonolet-trace: %s: is no timeline of the layer\n",
                      options.file.c_str());

@@ -1,8 +1,11 @@
 #ifndef SONOLET_SERVICE_TOOLS_ABOUT_H
 #define SONOLET_SERVICE_TOOLS_ABOUT_H
 
+#include <cerrno>
 #include <iostream>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace sonolet::service {
 
@@ -19,6 +22,14 @@ inline bool tellsAbout(const std::string& program, const char* usage, int argc, 
         return false;
     }
     return true;
+}
+
+// Before a program ends: throws std::runtime_error when not all that it has said on standard output
+// got there, as into a file on a full disk.
+inline void finishOutput() {
+    if (!std::cout.flush()) {
+        throw std::runtime_error("standard output: " + std::generic_category().message(errno));
+    }
 }
 
 }  // namespace sonolet::service

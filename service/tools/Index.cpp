@@ -93,6 +93,7 @@ int main(int argc, char** argv) {
     try {
         if (!serverAddress().empty()) {
             visitServer(user, query);
+            finishOutput();
             return 0;
         }
         const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
@@ -112,6 +113,7 @@ int main(int argc, char** argv) {
         }
         const Accounts accounts(paths.accountsFile());
         show(catalogue, {paths.accountsFile(), file}, query);
+        finishOutput();
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "sonolet-index: " << error.what() << '\n';

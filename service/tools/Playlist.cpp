@@ -417,6 +417,7 @@ int main(int argc, char** argv) {
         const StatePaths paths = StatePaths::prepare(defaultSettingsLocation, defaultCacheLocation);
         const auto runOver = serverAddress().empty() ? runOverFolder : runOverServer;
         runOver(paths, std::move(arguments), std::move(options));
+        finishOutput();
         return 0;
     } catch (const Misuse& error) {
         std::cerr << "sonolet-playlist: " << error.what() << "\n\n" << usage;

@@ -90,7 +90,9 @@ int main(int argc, char** argv) {
         return 0;
     }
     try {
-        return run(std::vector<std::string>(argv + 1, argv + argc));
+        const int code = run(std::vector<std::string>(argv + 1, argv + argc));
+        finishOutput();
+        return code;
     } catch (const std::exception& error) {
         std::cerr << "sonolet-user: " << error.what() << '\n';
         return failure;

@@ -45,6 +45,7 @@ TEST(UserCommand, MakesListsAndRemovesAccounts) {
           {"add ''", "x\\n", 1, "1 to 64 bytes"},
           {"remove nobody", "", 1, "there is no user nobody"},
           {"passwd nobody", "x\\n", 1, "there is no user nobody"},
+          {"list >/dev/full", "", 1, ""},
           {"shout", "", 2, "usage:"}}) {
         const Ran ran = user(arguments, input);
         EXPECT_EQ(ran.status, status) << arguments;
