@@ -2,6 +2,7 @@
 #define SONOLET_SERVICE_MUSIC_TAG_FRAMES_H
 
 #include "music/MusicFile.h"
+#include "music/TagSizes.h"
 
 #include <id3v2frame.h>
 #include <id3v2framefactory.h>

@@ -2,8 +2,8 @@
 #define SONOLET_SERVICE_MUSIC_TAG_STREAM_H
 
 #include "music/MusicFile.h"
+#include "music/TagSizes.h"
 
-#include <taglib.h>
 #include <tiostream.h>
 
 #include <algorithm>
@@ -15,17 +15,6 @@
 #include <vector>
 
 namespace sonolet::service {
-
-// How TagLib counts bytes: in words, and from its version 2 on as the system does for files.
-#if TAGLIB_MAJOR_VERSION >= 2
-using TagOffset = TagLib::offset_t;
-using TagStart = TagLib::offset_t;
-using TagSize = std::size_t;
-#else
-using TagOffset = long;
-using TagStart = unsigned long;
-using TagSize = unsigned long;
-#endif
 
 // A music file as the tag library reads it: to be read alone, and not for ever.
 //
