@@ -10,8 +10,8 @@ readonly impossible=77
 # Where the project stands in a root.
 readonly home_in_root=/sonolet
 # What a root has: its release of Debian and its architecture; this machine's where none is said.
-declare -A root_release=([trixie]=trixie)
-declare -A root_architecture=([i386]=i386 [armhf]=armhf)
+declare -A root_release=([trixie]=trixie [i386-trixie]=trixie)
+declare -A root_architecture=([i386]=i386 [i386-trixie]=i386 [armhf]=armhf)
 
 # in_namespaces COMMAND...: runs it as root of namespaces, without input.
 in_namespaces() {
