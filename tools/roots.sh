@@ -234,6 +234,7 @@ in_root() {
     fi
     # shellcheck disable=SC2016 # the inner shell's
     in_namespaces bash -c 'set -e
+        mount --bind "$1" "$1" # else no namespaces could be made inside
         mount --rbind /dev "$1/dev"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
         mount -t proc proc "$1/proc"
