@@ -1,13 +1,11 @@
 #include "ScriptPage.h"
 
+#include "engine/EngineHooks.h"
 #include "engine/Text.h"
 #include "library/Library.h"
 
 #include <iostream>
 #include <stdexcept>
-
-// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
-extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 
 unsigned ManualScheduler::schedule(Delay delay, Task task) {
     tasks.emplace(++lastId, std::make_pair(delay.count(), std::move(task)));

@@ -3,12 +3,19 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
-// What an engine offers beside its C interface where each call between native code and script is
-// dear; null with one that needs none of it. Script thread.
+// What stands in none of the engine's public headers. Script thread.
 
 // NOLINTBEGIN(readability-identifier-naming): as the engine's names
 extern "C" {
+// Exported by every engine.
 using JSWeakRef = struct OpaqueJSWeak*;
+JSWeakRef JSWeakCreate(JSContextGroupRef group, JSObjectRef object);
+JSObjectRef JSWeakGetObject(JSWeakRef weak);
+void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
+void JSReportExtraMemoryCost(JSContextRef context, size_t size);
+void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
+
+// What follows is offered where each call between native code and script is dear; null elsewhere.
 
 // The function that makes the front of a number. What is made in a call from script is then made by
 // the engine's script half when that call has returned, and until then is the value alone.

@@ -13,10 +13,6 @@
 
 extern const char frontsScript[];  // fronts.js
 
-// Exported by the engine but in none of its public headers; null with an engine that has it not.
-// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
-extern "C" __attribute__((weak)) void JSReportExtraMemoryCost(JSContextRef context, size_t size);
-
 namespace {
 
 // What hangs on a script object outside of the engine's heap, about: without knowing of it the
@@ -125,19 +121,17 @@ JSObjectRef member(JSContextRef context, JSObjectRef object, const char* name) {
 
 }  // namespace
 
-template <Fronts::Callback callback>
-JSValueRef Fronts::native(JSContextRef context,
-                          JSObjectRef,
-                          JSObjectRef,
-                          size_t argc,
-                          const JSValueRef argv[],
-                          JSValueRef* exception) noexcept {
-    for (Fronts* const fronts : living()) {
-        if (fronts->context == context) {
-            return (fronts->*callback)(argc, argv, exception);
+template <Fronts::Native native>
+JSObjectCallAsFunctionCallback Fronts::callbackOf() noexcept {
+    return [](JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef argv[],
+              JSValueRef* exception) noexcept -> JSValueRef {
+        for (Fronts* const fronts : living()) {
+            if (fronts->context == context) {
+                return (fronts->*native)(argv, exception);
+            }
         }
-    }
-    return nullptr;
+        return nullptr;
+    };
 }
 
 Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbered(1) {
@@ -154,11 +148,11 @@ Fronts::Fronts(JSGlobalContextRef scriptContext) : context(scriptContext), numbe
                             JSObjectMakeFunctionWithCallback(context, key.get(), function), 0,
                             nullptr);
     };
-    offer("read", native<&Fronts::readNative>);
-    offer("write", native<&Fronts::writeNative>);
-    offer("name", native<&Fronts::nameNative>);
-    offer("take", native<&Fronts::takeNative>);
-    offer("part", native<&Fronts::partNative>);
+    offer("read", callbackOf<&Fronts::readNative>());
+    offer("write", callbackOf<&Fronts::writeNative>());
+    offer("name", callbackOf<&Fronts::nameNative>());
+    offer("take", callbackOf<&Fronts::takeNative>());
+    offer("part", callbackOf<&Fronts::partNative>());
     kernel = call(context, JSValueToObject(context, evaluated, nullptr), {natives});
     if (kernel == nullptr) {
         throw std::runtime_error("the script engine lacks what fronts.js needs");
@@ -184,7 +178,7 @@ Fronts::~Fronts() {
 
 // ---- Calls of fronts.js ----
 
-JSValueRef Fronts::readNative(size_t, const JSValueRef[], JSValueRef* exception) {
+JSValueRef Fronts::readNative(const JSValueRef[], JSValueRef* exception) {
     ObjectRecord* const record = recordNumbered(shared->record);
     const bool isQuiet = shared->quiet != 0;
     Reading reading;
@@ -202,7 +196,7 @@ JSValueRef Fronts::readNative(size_t, const JSValueRef[], JSValueRef* exception)
     return reading.value;
 }
 
-JSValueRef Fronts::writeNative(size_t, const JSValueRef argv[], JSValueRef* exception) {
+JSValueRef Fronts::writeNative(const JSValueRef argv[], JSValueRef* exception) {
     ObjectRecord* const record = recordNumbered(shared->record);
     bool isTaken = false;
     if (record != nullptr && record->callbacks.setter != nullptr) {
@@ -213,7 +207,7 @@ JSValueRef Fronts::writeNative(size_t, const JSValueRef argv[], JSValueRef* exce
     return nullptr;
 }
 
-JSValueRef Fronts::nameNative(size_t, const JSValueRef argv[], JSValueRef*) {
+JSValueRef Fronts::nameNative(const JSValueRef argv[], JSValueRef*) {
     const auto number = static_cast<std::size_t>(JSValueToNumber(context, argv[0], nullptr));
     if (number >= names.size()) {
         names.resize(number + 1);
@@ -222,14 +216,13 @@ JSValueRef Fronts::nameNative(size_t, const JSValueRef argv[], JSValueRef*) {
     return nullptr;
 }
 
-JSValueRef Fronts::takeNative(size_t argc, const JSValueRef argv[], JSValueRef*) {
-    for (std::size_t i = 0; i < argc; ++i) {
-        batch[i] = const_cast<JSObjectRef>(argv[i]);
-    }
+JSValueRef Fronts::takeNative(const JSValueRef argv[], JSValueRef*) {
+    std::transform(argv, argv + batchSize, batch.begin(),
+                   [](JSValueRef front) { return const_cast<JSObjectRef>(front); });
     return nullptr;
 }
 
-JSValueRef Fronts::partNative(size_t, const JSValueRef argv[], JSValueRef*) {
+JSValueRef Fronts::partNative(const JSValueRef argv[], JSValueRef*) {
     if (ObjectRecord* const function = recordOf(const_cast<JSObjectRef>(argv[0]))) {
         function->access.drop(*function);
     }
@@ -323,7 +316,7 @@ void Fronts::defineGlobals(ObjectRecord& global, char** globalNames) {
     for (char** name = globalNames; name != nullptr && *name != nullptr; ++name) {
         call(context, defineGlobal,
              {JSValueMakeNumber(context, global.number),
-              JSValueMakeString(context, text::strings().get(*name))});
+              JSValueMakeString(context, text::shared(*name))});
     }
 }
 
@@ -354,7 +347,7 @@ void Fronts::dropUnused() {
 
 void Fronts::reportMemory(std::size_t bytes) {
     unreported += bytes;
-    if (unreported >= reportAt && JSReportExtraMemoryCost != nullptr) {
+    if (unreported >= reportAt) {
         JSReportExtraMemoryCost(context, std::exchange(unreported, 0));
     }
 }

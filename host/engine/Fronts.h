@@ -67,21 +67,15 @@ private:
         std::array<std::int32_t, batchSize> batch;
     };
 
-    using Callback = JSValueRef (Fronts::*)(size_t argc,
-                                            const JSValueRef argv[],
-                                            JSValueRef* exception);
-    template <Callback callback>
-    static JSValueRef native(JSContextRef context,
-                             JSObjectRef function,
-                             JSObjectRef thisObject,
-                             size_t argc,
-                             const JSValueRef argv[],
-                             JSValueRef* exception) noexcept;
-    JSValueRef readNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
-    JSValueRef writeNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
-    JSValueRef nameNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
-    JSValueRef takeNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
-    JSValueRef partNative(size_t argc, const JSValueRef argv[], JSValueRef* exception);
+    // What fronts.js calls.
+    using Native = JSValueRef (Fronts::*)(const JSValueRef argv[], JSValueRef* exception);
+    template <Native native>
+    static JSObjectCallAsFunctionCallback callbackOf() noexcept;
+    JSValueRef readNative(const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef writeNative(const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef nameNative(const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef takeNative(const JSValueRef argv[], JSValueRef* exception);
+    JSValueRef partNative(const JSValueRef argv[], JSValueRef* exception);
 
     // The number by which fronts.js knows the record of a front; 0 is nobody's.
     std::int32_t newNumber(ObjectRecord* record = nullptr);

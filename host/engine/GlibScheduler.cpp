@@ -14,8 +14,10 @@ constexpr int lastOfAll = 1000;
 }  // namespace
 
 GlibScheduler::GlibScheduler(double speedFactor) : speed(speedFactor) {
-    static GSourceFuncs functions = {nullptr, nullptr, &GlibScheduler::dispatch,
-                                     nullptr, nullptr, nullptr};
+    static GSourceFuncs functions = {};
+    functions.dispatch = [](GSource*, GSourceFunc callback, gpointer data) {
+        return callback(data);
+    };
     for (GSource*& source : sources) {
         source = g_source_new(&functions, sizeof(GSource));
         g_source_set_callback(
@@ -35,10 +37,6 @@ GlibScheduler::~GlibScheduler() {
         g_source_destroy(source);
         g_source_unref(source);
     }
-}
-
-gboolean GlibScheduler::dispatch(GSource*, GSourceFunc callback, gpointer data) {
-    return callback(data);
 }
 
 unsigned GlibScheduler::schedule(Delay delay, Task task) {

@@ -43,7 +43,6 @@ private:
     void runDue();
     // Sets the sources to the first task that waits; none does while others run.
     void arm();
-    static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer data);
 
     const double speed;
     std::array<GSource*, 2> sources{};  // owned

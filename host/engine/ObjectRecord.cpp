@@ -1,10 +1,11 @@
 #include "engine/ObjectRecord.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cstdlib>
+#include <cstring>
+#include <deque>
 #include <new>
-#include <set>
-#include <tuple>
 #include <unordered_set>
 #include <vector>
 
@@ -46,19 +47,14 @@ Slabs& slabs() {
     return made;
 }
 
-struct Less {
-    bool operator()(const NativeCallbacks& a, const NativeCallbacks& b) const {
-        const auto all = [](const NativeCallbacks& each) {
-            return std::tie(each.getter, each.setter, each.call, each.destructor, each.trace);
-        };
-        return all(a) < all(b);
-    }
-};
-
 // A plug-in has few combinations. Never freed.
 const NativeCallbacks& oneOf(const NativeCallbacks& callbacks) {
-    static auto& known = *new std::set<NativeCallbacks, Less>;
-    return *known.insert(callbacks).first;
+    static auto& known = *new std::deque<NativeCallbacks>;
+    const auto found =
+        std::find_if(known.begin(), known.end(), [&callbacks](const NativeCallbacks& each) {
+            return std::memcmp(&each, &callbacks, sizeof each) == 0;
+        });
+    return found != known.end() ? *found : known.emplace_back(callbacks);
 }
 
 }  // namespace

@@ -174,7 +174,7 @@ JSValueRef ObjectStore::toScript(const jsplugin_value& value, JSValueRef* except
         break;
     case JSP_TYPE_STRING:
         if (value.u.string != nullptr) {
-            return JSValueMakeString(context, text::strings().get(value.u.string));
+            return JSValueMakeString(context, text::shared(value.u.string));
         }
         break;
     case JSP_TYPE_NUMBER:
@@ -202,7 +202,7 @@ ObjectRecord* ObjectStore::named(const jsplugin_value& value, const std::string&
         return nullptr;
     }
     if (record->name == nullptr) {
-        record->name = JSStringRetain(text::strings().get(name.c_str()));
+        record->name = JSStringRetain(text::shared(name.c_str()));
     }
     return record;
 }

@@ -5,10 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-// Exported by the engine but in none of its public headers; null with an engine that has it not.
-// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
-extern "C" __attribute__((weak)) void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
-
 namespace {
 
 // In a script that runs for long without a break objects are let go between two of its calls: when
@@ -84,9 +80,5 @@ void PluginCalls::collect() {
         return;
     }
     letGo();
-    if (JSSynchronousGarbageCollectForDebugging != nullptr) {
-        JSSynchronousGarbageCollectForDebugging(context);
-    } else {
-        JSGarbageCollect(context);
-    }
+    JSSynchronousGarbageCollectForDebugging(context);
 }

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include <array>
 #include <cstring>
 
 namespace text {
@@ -70,27 +71,19 @@ JSValueRef makeError(JSContextRef context, const std::string& message) {
 }
 
 EngineString::EngineString(const char* utf8) {
-    if (g_utf8_validate(utf8, -1, nullptr) != FALSE) {
-        string = JSStringCreateWithUTF8CString(utf8);
-        return;
-    }
     char* valid = g_utf8_make_valid(utf8, -1);
     string = JSStringCreateWithUTF8CString(valid);
     g_free(valid);
 }
 
-Strings::~Strings() {
-    for (const Kept& kept : table) {
-        if (kept.string != nullptr) {
-            JSStringRelease(kept.string);
-        }
-    }
-    if (latest != nullptr) {
-        JSStringRelease(latest);
-    }
-}
-
-JSStringRef Strings::get(const char* utf8) {
+JSStringRef shared(const char* utf8) {
+    struct Kept {
+        std::array<char, 32> text;  // with its NUL
+        JSStringRef string;         // owned; null: nothing is kept here
+    };
+    // By the text's hash. Never freed: documents go up to process exit.
+    static std::array<Kept, 128> table;
+    static JSStringRef latest;  // owned; one that is too long to be kept
     const auto replace = [utf8](JSStringRef& kept) {
         const EngineString made(utf8);
         if (kept != nullptr) {
@@ -113,11 +106,6 @@ JSStringRef Strings::get(const char* utf8) {
     }
     std::memcpy(kept.text.data(), utf8, length + 1);
     return replace(kept.string);
-}
-
-Strings& strings() {
-    static Strings& kept = *new Strings;  // documents go up to process exit
-    return kept;
 }
 
 }  // namespace text

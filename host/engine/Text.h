@@ -3,7 +3,6 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
-#include <array>
 #include <string>
 
 // Text between the engine (UTF-16, any code unit) and the plug-in (UTF-8, NUL-terminated). What the
@@ -37,31 +36,10 @@ private:
     JSStringRef string;  // owned
 };
 
-// Engine strings of UTF-8 texts. Short ones are kept for the next time: what a plug-in answers
-// repeats itself, and to make an engine string takes longer than to find it. Script thread.
-class Strings final {
-public:
-    Strings() = default;
-    ~Strings();
-
-    Strings(const Strings&) = delete;
-    Strings& operator=(const Strings&) = delete;
-
-    // Valid until the next call.
-    JSStringRef get(const char* utf8);
-
-private:
-    struct Kept {
-        std::array<char, 32> text;  // with its NUL
-        JSStringRef string;         // owned; null: nothing is kept here
-    };
-    // By the text's hash.
-    std::array<Kept, 128> table = {};
-    JSStringRef latest = nullptr;  // owned; one that is too long to be kept
-};
-
-// The process's.
-Strings& strings();
+// The engine string of a UTF-8 text, valid until the next call. Short ones are kept for the next
+// time: what a plug-in answers repeats itself, and to make an engine string takes longer than to
+// find it. Script thread.
+JSStringRef shared(const char* utf8);
 
 }  // namespace text
 

@@ -5,15 +5,6 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
-// Exported by the engine but in none of its public headers.
-// NOLINTBEGIN(readability-identifier-naming): the engine's names
-extern "C" {
-JSWeakRef JSWeakCreate(JSContextGroupRef group, JSObjectRef object);
-JSObjectRef JSWeakGetObject(JSWeakRef weak);
-void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
-}
-// NOLINTEND(readability-identifier-naming)
-
 // A script object that may die meanwhile; the collector empties it before any finalizer has run.
 // Script thread.
 class WeakObject final {

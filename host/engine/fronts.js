@@ -1,7 +1,7 @@
-// The script half of the fronts: a front is a Proxy, and this is how it behaves, and how the plug-in's
-// names on the global object do. Evaluated once in each document, before any script of the page. Nothing here is looked up where a page could have
-// put something of its own: functions are taken now, and no object that is read has a prototype of
-// the page's.
+// The script half of the fronts: a front is a Proxy, and this is how it behaves, and how the
+// plug-in's names on the global object do. Evaluated once in each document, before any script of the
+// page. Nothing here is looked up where a page could have put something of its own: functions are
+// taken now, and no object that is read has a prototype of the page's.
 //
 // `native` is the other half. A call of it takes and gives numbers through shared memory, since each
 // value of the engine's interface costs as much as the call.
@@ -13,8 +13,7 @@
     const { apply, get: reflectGet, set: reflectSet, has: reflectHas, defineProperty,
             deleteProperty, getOwnPropertyDescriptor, getPrototypeOf, isExtensible,
             ownKeys } = Reflect;
-    const global = globalThis, ProxyConstructor = Proxy, MapConstructor = Map;
-    const { get: getOfMap, set: setOfMap } = Map.prototype;
+    const global = globalThis, ProxyConstructor = Proxy;
 
     // As struct Shared in Fronts.h.
     const shared = new ArrayBuffer(512);
@@ -29,23 +28,16 @@
     const MOST_NAMES = 1000;
 
     // Names cross as numbers: a string costs as much as a call.
-    function makeNames() {
-        const made = new MapConstructor();
-        made.get = getOfMap;
-        made.set = setOfMap;
-        return made;
-    }
-    let named = makeNames();
+    let named = { __proto__: null };
     let names = 0;
     function numberOf(name) {
-        let number = named.get(name);
+        let number = named[name];
         if (number === undefined) {
             if (names === MOST_NAMES) {
-                named = makeNames();
+                named = { __proto__: null };
                 names = 0;
             }
-            number = names++;
-            named.set(name, number);
+            number = named[name] = names++;
             nameNative(number, name);
         }
         return number;
@@ -62,10 +54,6 @@
     }
     const holders = new WeakMap();  // what else an object keeps
     holders.set = WeakMap.prototype.set;
-
-    function isSymbolOrPrototype(name) {
-        return typeof name === 'symbol' || name === '__proto__';
-    }
 
     // Answers by their names.
     function Kept() {}
@@ -104,8 +92,10 @@
         }
     }
 
-    function isPagesOwn(handler, target, name) {
-        return handler.hasOwn && getOwnPropertyDescriptor(target, name) !== undefined;
+    // Whether a name is the plug-in's to answer: a symbol never is, nor what is the page's own.
+    function isPlugins(handler, target, name) {
+        return typeof name !== 'symbol' && name !== '__proto__' &&
+            !(handler.hasOwn && getOwnPropertyDescriptor(target, name) !== undefined);
     }
 
     // Asks the plug-in; numbers[ANSWER] tells what came. Throws what it throws, unless `quiet`.
@@ -142,7 +132,7 @@
     }
 
     function askOrInherit(handler, target, name, receiver) {
-        if (!isSymbolOrPrototype(name) && !isPagesOwn(handler, target, name)) {
+        if (isPlugins(handler, target, name)) {
             const value = ask(handler, name, 0);
             if (numbers[ANSWER] !== NONE) {
                 return value;
@@ -172,7 +162,7 @@
         },
 
         has(target, name) {
-            if (!isSymbolOrPrototype(name) && !isPagesOwn(this, target, name)) {
+            if (isPlugins(this, target, name)) {
                 if (this.kept[name] !== undefined) {
                     return true;
                 }
@@ -185,8 +175,7 @@
         },
 
         set(target, name, value, receiver) {
-            if (!isSymbolOrPrototype(name) && !isPagesOwn(this, target, name) &&
-                isFront(this, target, receiver)) {
+            if (isPlugins(this, target, name) && isFront(this, target, receiver)) {
                 const isTaken = write(this.number, name, value);
                 drop(this, name);
                 if (isTaken) {
@@ -236,10 +225,7 @@
 
     // `batch` has all its elements from the start: what a page does to Array.prototype changes
     // nothing. It keeps what is in it alive.
-    const batch = [];
-    for (let i = 0; i < BATCH_SIZE; ++i) {
-        batch.push(undefined);
-    }
+    const batch = new Array(BATCH_SIZE).fill(undefined);
 
     function makeFront(number, target) {
         const handler = new Handler(number);

@@ -1,7 +1,7 @@
 #include "runner/Console.h"
 
-#include "engine/Function.h"
 #include "engine/Text.h"
+#include "runner/Function.h"
 
 #include <cstdio>
 #include <string>

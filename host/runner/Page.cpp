@@ -1,9 +1,9 @@
 #include "runner/Page.h"
 
-#include "engine/Function.h"
 #include "engine/Text.h"
 #include "options/Folders.h"
 #include "runner/Console.h"
+#include "runner/Function.h"
 
 #include <cerrno>
 #include <fstream>

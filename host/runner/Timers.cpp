@@ -1,6 +1,6 @@
 #include "runner/Timers.h"
 
-#include "engine/Function.h"
+#include "runner/Function.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,10 @@
 #include "DocumentHarness.h"
 
+#include "engine/EngineHooks.h"
 #include "engine/Text.h"
 
 #include <dlfcn.h>
 #include <glib.h>
-
-// NOLINTNEXTLINE(readability-identifier-naming): the engine's name
-extern "C" void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
 
 namespace {
 

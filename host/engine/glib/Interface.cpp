@@ -96,19 +96,11 @@ JSValueRef JSEvaluateScript(JSContextRef context,
     return of(context).evaluate(script->text, exception);
 }
 
-void JSGarbageCollect(JSContextRef) {}
-
-// host/engine uses these where they are. In a process that has the engine's own, they are not for
-// contexts of this kind.
-// NOLINTBEGIN(readability-identifier-naming): the engine's names
-extern "C" {
-void JSReportExtraMemoryCost(JSContextRef context, size_t size);
-void JSSynchronousGarbageCollectForDebugging(JSContextRef context);
-}
-// NOLINTEND(readability-identifier-naming)
 void JSReportExtraMemoryCost(JSContextRef context, size_t size) {
     of(context).report(size);
 }
+
+// GLib's interface has no way to it.
 void JSSynchronousGarbageCollectForDebugging(JSContextRef) {}
 
 // ---- Strings ----

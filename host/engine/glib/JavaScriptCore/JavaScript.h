@@ -54,8 +54,6 @@ JSValueRef JSEvaluateScript(JSContextRef context,
                             JSStringRef sourceURL,
                             int startingLineNumber,
                             JSValueRef* exception);
-// Nothing: GLib's interface has no way to it.
-void JSGarbageCollect(JSContextRef context);
 
 JSStringRef JSStringCreateWithUTF8CString(const char* string);
 JSStringRef JSStringRetain(JSStringRef string);

@@ -1,4 +1,4 @@
-#include "engine/Function.h"
+#include "runner/Function.h"
 
 #include "engine/Text.h"
 
