@@ -11,13 +11,4 @@ SANITIZER_HOOK __tsan_default_options() {
     return "ignore_noninstrumented_modules=1";
 }
 
-// GLib's initialiser lets a grown table of names go on purpose. Only a full stack tells that from a
-// leaked sample: the quick unwinder stops at g_malloc.
-SANITIZER_HOOK __asan_default_options() {
-    return "fast_unwind_on_malloc=0";
-}
-SANITIZER_HOOK __lsan_default_suppressions() {
-    return "leak:_dl_init\n";
-}
-
 // NOLINTEND(readability-identifier-naming, bugprone-reserved-identifier)

@@ -29,11 +29,7 @@ public:
     }
 
     std::map<std::string, std::string> environment() const {
-        return {// What sanitized programs are told; others read none of it.
-                {"ASAN_OPTIONS", "fast_unwind_on_malloc=0"},
-                {"LSAN_OPTIONS", "print_suppressions=0:suppressions=" PAGES_DIR "/leaks.supp"},
-                {"SONOLET_MUSIC", music},
-                {"SONOLET_STATE", folder + "/state"}};
+        return {{"SONOLET_MUSIC", music}, {"SONOLET_STATE", folder + "/state"}};
     }
 
     // The command that runs the page; the harness comes before it.

@@ -9,13 +9,6 @@ namespace {
 constexpr char bin[] = BIN_DIR "/";
 constexpr char conformancePage[] = PAGES_DIR "/../../pages/conformance/conformance.js";
 
-// What sanitized programs are told; others read none of it. Only a full stack tells GLib's leaks
-// from ours.
-const std::map<std::string, std::string> sanitizers = {
-    {"ASAN_OPTIONS", "fast_unwind_on_malloc=0"},
-    {"LSAN_OPTIONS", "print_suppressions=0:suppressions=" PAGES_DIR "/leaks.supp"},
-};
-
 // The words of a variable that says how the pages are run.
 std::vector<std::string> wordsOf(const char* variable) {
     const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread
@@ -53,11 +46,9 @@ public:
         state = folderOf(name);
         fs::remove_all(state);
         fs::create_directories(state);
-        environment = sanitizers;
-        environment.merge(
-            std::map<std::string, std::string>{{"SONOLET_MUSIC", musicFolder},
-                                               {"SONOLET_SERVER", server},
-                                               {"SONOLET_STATE", (state / "state").string()}});
+        environment = {{"SONOLET_MUSIC", musicFolder},
+                       {"SONOLET_SERVER", server},
+                       {"SONOLET_STATE", (state / "state").string()}};
     }
 
     // A constant LINKS for a page: the links of the folder's tracks, by title.
@@ -93,7 +84,7 @@ std::string demoMusic() {
     static const std::string folder = [] {
         fs::create_directories(WORK_DIR);
         std::string made = WORK_DIR "/demo";
-        const Outcome outcome = run({std::string(bin) + "sonolet-demo", made}, sanitizers);
+        const Outcome outcome = run({std::string(bin) + "sonolet-demo", made}, {});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
         return made;
     }();
