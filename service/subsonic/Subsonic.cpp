@@ -22,7 +22,8 @@ constexpr std::size_t largestAnswer = 64 << 20;
 constexpr std::size_t saltLength = 16;
 
 std::string escaped(const std::string& text) {
-    return GlibText(g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), ""))
+    return GlibText(
+               g_uri_escape_bytes(reinterpret_cast<const guint8*>(text.data()), text.size(), ""))
         .get();
 }
 
