@@ -92,7 +92,7 @@ sp_error release(Object* object) noexcept {
 }
 
 // A reference of the callee's own to a handle that the caller holds. Borrowed handles come in from
-// the interface; whatever keeps one begins with this.
+// the interface; whatever keeps one begins with this. REQUIRES: it is not NULL.
 template <typename Object>
 Ref<Object> shared(Object* object) noexcept {
     object->addRef();
@@ -101,7 +101,8 @@ Ref<Object> shared(Object* object) noexcept {
 
 // The query that `make` makes, under way, with a reference for the caller; NULL without a session.
 // The session keeps a reference of its own until the query is told, so that one that was released
-// at once is told all the same.
+// at once is told all the same. `make` answers a reference that nobody else has; what it throws is
+// a line on standard error, and NULL.
 template <typename Object, typename Make>
 Object* askSession(const sp_session* handle, Make make) noexcept {
     return guardedOr<Object*>(nullptr, [&]() -> Object* {

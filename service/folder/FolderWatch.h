@@ -63,12 +63,16 @@ private:
 
     void run();
     void after(Milliseconds pause, Action action);
+    // Every folder anew; what is watched already (`before`) goes on, so that nothing is missed.
     void watchAll();
     void watch(const std::string& path, std::map<std::string, Monitor>& before);
     // Something of that path has happened.
     void notice(const std::string& path);
+    // Nothing has changed for a while: it is told.
     void settle();
+    // For what cannot be watched.
     void lookAgain();
+    // Whether a scan would look at a file of that name.
     bool matters(const std::string& path) const;
 
     // Constant after construction.

@@ -39,7 +39,8 @@ public:
         std::vector<Place> gone;
     };
 
-    // Takes these entries for all there are; the handles of those before go.
+    // Takes these entries for all there are; the handles of those before go. No effect tells of it:
+    // whoever must tell the program asks compare() first.
     void load(std::vector<ListEntry> entries) {
         places.clear();
         places.reserve(entries.size());
@@ -86,7 +87,7 @@ public:
         return take(entries.begin(), entries);
     }
 
-    // `numbers`: the entry to stand before, then the entries.
+    // `numbers`: the entry to stand before, then the entries. REQUIRES: there is the first of them.
     Effect move(const std::vector<std::int64_t>& numbers) {
         Effect effect = take(numbers.begin() + 1, numbers);
         effect.position = numbers.front() == 0 ? size() : find(numbers.front());

@@ -21,7 +21,7 @@ public:
 
     // It was in the catalogue at some time.
     bool isLoaded();
-    // Empty or NULL until it is loaded.
+    // Empty or NULL until it is loaded. Good until the library's next edition.
     const std::string& name();
     // An image id of 20 bytes, which lives as long as this, or NULL.
     const byte* portrait(sp_image_size size);

@@ -21,6 +21,7 @@ public:
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 
+    // REQUIRES: the caller knows of one that stays meanwhile.
     void addRef() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
 
     // False when the last reference has gone already: for a shelf, which may meet a handle that is
@@ -53,6 +54,7 @@ template <typename Object>
 class Ref final {
 public:
     Ref() = default;
+    // A copy has a reference of its own; what was moved from is empty.
     Ref(const Ref& other) : object(other.object) {
         if (object != nullptr) {
             object->addRef();

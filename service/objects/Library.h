@@ -53,7 +53,8 @@ public:
         return faults != nullptr && faults->isUnavailable(track);
     }
 
-    // What a handle has read is good for one edition.
+    // What a handle has read is good for one edition: it reads its row again when it is asked in
+    // another one.
     unsigned edition() const { return currentEdition; }
     // True when something has changed since, here or in another process; begins a new edition.
     bool refreshCatalogue();

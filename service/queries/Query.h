@@ -37,7 +37,8 @@ public:
     virtual void notify() = 0;
 
 protected:
-    // Makes handles of what was found.
+    // Makes handles of what was found, once, on the owner's thread. What it throws is
+    // SP_ERROR_OTHER_TRANSIENT.
     virtual void take(Library& library) = 0;
 
     // An element, or NULL for an index outside.
