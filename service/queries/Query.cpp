@@ -16,7 +16,8 @@ void Query::finish(sp_error error, Library& library) {
     try {
         take(library);
     } catch (const std::exception&) {
-        // Memory is missing, or a list that was found cannot be read. Who asked is told in any case.
+        // Memory is missing, or a list that was found cannot be read. Who asked is told in any
+        // case.
         result = SP_ERROR_OTHER_TRANSIENT;
     }
 }
