@@ -18,12 +18,12 @@ tell_times() {
 }
 
 # run_tests PRESET LOG: failures are counted from what CTest prints; its lines about tests that pass
-# stay in the log. Many tests wait for sound or timers most of their time, so there are twice as many
+# stay in the log. Many tests wait for sound or timers most of their time, so there are three times as many
 # at once as processors. Where a few have failed, they alone are run again, one after the other,
 # into LOG.again: what passes then is told, and does not hold up a change that has no part in it.
 run_tests() {
     local log=$2 few=3 bad all
-    run_ctest "$1" "$log" --parallel $((jobs * 2))
+    run_ctest "$1" "$log" --parallel $((jobs * 3))
     rm -f "$log.again"
     if read -r bad all < <(counts_in "$log") && ((bad > 0 && bad <= few && bad < all)); then
         run_ctest "$1" "$log.again" --rerun-failed
