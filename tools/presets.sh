@@ -18,9 +18,10 @@ tell_times() {
 }
 
 # run_tests PRESET LOG: failures are counted from what CTest prints; its lines about tests that pass
-# stay in the log. Many tests wait for sound or timers most of their time, so there are three times as many
-# at once as processors. Where a few have failed, they alone are run again, one after the other,
-# into LOG.again: what passes then is told, and does not hold up a change that has no part in it.
+# stay in the log. Many tests wait for sound or timers most of their time, so there are three times
+# as many at once as processors. Where a few have failed, they alone are run again, one after the
+# other, into LOG.again: what passes then is told, and does not hold up a change that has no part in
+# it.
 run_tests() {
     local log=$2 few=3 bad all
     run_ctest "$1" "$log" --parallel $((jobs * 3))
