@@ -188,7 +188,9 @@ void Story::followSound(const Event& event, const Place& place) {
             requests.erase(request);
         }
         written += static_cast<std::uint64_t>(std::max<std::int64_t>(0, event.integer(2)));
-        while (!deliveries.empty() && deliveries.front().begin < written) {
+        // By the header of the stream more is written than was delivered: no arrow leads back.
+        while (!deliveries.empty() && deliveries.front().begin < written &&
+               deliveries.front().place.time <= place.time) {
             arrows.push_back({"sound", deliveries.front().place, place});
             deliveries.pop_front();
         }

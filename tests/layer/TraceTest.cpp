@@ -120,7 +120,8 @@ TEST(Trace, TellsWhatThePageDid) {
             begins[event["id"]] = event;
         } else if (event.value("ph", "") == "f") {
             ASSERT_EQ(begins.count(event["id"]), 1U);
-            EXPECT_LE(begins[event["id"]]["ts"].get<double>(), event["ts"].get<double>());
+            EXPECT_LE(begins[event["id"]]["ts"].get<double>(), event["ts"].get<double>())
+                << event["name"];
             arrows.insert(event["name"]);
         }
     }
