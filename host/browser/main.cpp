@@ -27,10 +27,9 @@ bool hasGraphicsProcessor() {
 }
 
 // Without one, WebKit has an emulation of it put each frame together, which takes three times as
-// long as to paint what has changed. WebKit's own variable says otherwise. The driver's
-// screenshots are taken from such frames.
-void paintWithoutGraphicsProcessor(const Options& options) {
-    if (!options.automation && !hasGraphicsProcessor()) {
+// long as to paint what has changed. WebKit's own variable says otherwise.
+void paintWithoutGraphicsProcessor() {
+    if (!hasGraphicsProcessor()) {
         setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", 0);  // NOLINT(concurrency-mt-unsafe)
     }
 }
@@ -50,7 +49,7 @@ int main(int argc, char* argv[]) {
         }
         checkLimits();
         options.setEnvironment();
-        paintWithoutGraphicsProcessor(options);
+        paintWithoutGraphicsProcessor();
         const auto findings = options.validates ? std::make_unique<Findings>() : nullptr;
         if (!gtk_init_check(nullptr, nullptr)) {
             throw std::runtime_error("no display: neither DISPLAY nor WAYLAND_DISPLAY leads to one "
