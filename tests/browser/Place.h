@@ -9,14 +9,10 @@ public:
     explicit Place(const std::string& name) : folder(WORK_DIR "/" + browser() + name) {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder);
-        const std::string demo = WORK_DIR "/" + browser() + "demo";
-        if (const Outcome made = run({BIN_DIR "/sonolet-demo", demo}, {}); made.exitCode != 0) {
-            throw std::runtime_error(made.errors);
-        }
         // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet
         setenv("DISPLAY", (":" + display.awaitLine("")).c_str(), 1);
         setenv("SONOLET_STATE", file("state").c_str(), 1);
-        setenv("SONOLET_MUSIC", demo.c_str(), 1);
+        setenv("SONOLET_MUSIC", MUSIC_DIR, 1);
         unsetenv("WAYLAND_DISPLAY");
         // NOLINTEND(concurrency-mt-unsafe)
     }

@@ -114,12 +114,7 @@ protected:
     // NOLINTEND(concurrency-mt-unsafe)
 
 private:
-    static std::string demo() {
-        const std::string folder = WORK_DIR "/served-demo";
-        const Outcome made = run({BIN_DIR "/sonolet-demo", folder}, {});
-        return made.exitCode == 0 ? folder : throw std::runtime_error(made.errors);
-    }
-    const MusicServer server{WORK_DIR "/served", demo()};
+    const MusicServer server{WORK_DIR "/served", MUSIC_DIR};
 };
 class ServedPlayer : Served, public PlayerPage {};
 

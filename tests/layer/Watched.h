@@ -11,7 +11,7 @@
 
 inline const std::string programs = BIN_DIR;
 
-// A folder with the demo library and a fresh state, and pages that are run there with the layer in
+// A folder with a fresh state, and pages that are run there with the demo library and the layer in
 // between.
 class Watched {
 public:
@@ -19,7 +19,6 @@ public:
         : folder(std::string(WORK_DIR) + "/" + name), trace(folder + "/trace.json") {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder);
-        run({BIN_DIR "/sonolet-demo", music}, {});
         const Outcome index =
             run({"/bin/sh", "-c",
                  R"sh("$0/sonolet-index" | awk -F'\t' '{ printf "\"%s\": \"%s\", ", $4, $1 }')sh",
@@ -29,7 +28,7 @@ public:
     }
 
     std::map<std::string, std::string> environment() const {
-        return {{"SONOLET_MUSIC", music}, {"SONOLET_STATE", folder + "/state"}};
+        return {{"SONOLET_MUSIC", MUSIC_DIR}, {"SONOLET_STATE", folder + "/state"}};
     }
 
     // The command that runs the page; the harness comes before it.
@@ -60,7 +59,6 @@ public:
     const std::string trace;
 
 private:
-    const std::string music = WORK_DIR "/demo";  // the same for all
     std::string head;
 };
 

@@ -80,17 +80,6 @@ private:
     std::map<std::string, std::string> environment;
 };
 
-std::string demoMusic() {
-    static const std::string folder = [] {
-        fs::create_directories(WORK_DIR);
-        std::string made = WORK_DIR "/demo";
-        const Outcome outcome = run({std::string(bin) + "sonolet-demo", made}, {});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        return made;
-    }();
-    return folder;
-}
-
 std::size_t count(const std::string& text, const std::string& wanted) {
     std::size_t found = 0;
     for (auto at = text.find(wanted); at != std::string::npos; at = text.find(wanted, at + 1)) {
@@ -117,7 +106,7 @@ void expectPassed(const Outcome& outcome, std::size_t atLeast) {
 class SelfCheckingPage : public testing::TestWithParam<const char*> {};
 
 TEST_P(SelfCheckingPage, Passes) {
-    const Place place(GetParam(), demoMusic());
+    const Place place(GetParam(), MUSIC_DIR);
     expectPassed(place.page(contentsOf(std::string(PAGES_DIR "/scripts/") + GetParam() + ".js"),
                             {"--log", "none"}),
                  3);
@@ -128,8 +117,8 @@ class ServedPage : public testing::TestWithParam<const char*> {};
 
 TEST_P(ServedPage, Passes) {
     const std::string name = std::string("served-") + GetParam();
-    const MusicServer server(folderOf(name + "-server"), demoMusic());
-    const Place place(name, demoMusic(), server.url());
+    const MusicServer server(folderOf(name + "-server"), MUSIC_DIR);
+    const Place place(name, MUSIC_DIR, server.url());
     const bool isConformance = GetParam() == std::string("conformance");
     // That at its own speed: its steps have limits in page time, which a busy machine keeps.
     expectPassed(isConformance ? run(hostCommand({conformancePage, "--for", "1200", "--audio",
@@ -153,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Pages,
 
 // The scan of a new state takes real time: the first fault waits until it is surely over.
 TEST(Faults, ReachThePageAtTheirTimes) {
-    const Place place("faults", demoMusic());
+    const Place place("faults", MUSIC_DIR);
     const std::string links = place.links();
     const std::size_t at = links.find("spotify:track:", links.find("\"Salt Wind\""));
     const std::string spec = "login=bad-password@0s-40s,slow=3s@0s-50s,unavailable=" +
@@ -182,7 +171,7 @@ TEST(Faults, ReachThePageAtTheirTimes) {
 }
 
 TEST(Conformance, OfThisHostAndLibraryIsWhole) {
-    const Place place("conformance", demoMusic());
+    const Place place("conformance", MUSIC_DIR);
     const Outcome made =
         run({std::string(bin) + "sonolet-playlist", "new", "A list"}, place.variables());
     ASSERT_EQ(made.exitCode, 0) << made.errors;
@@ -216,7 +205,7 @@ std::string samplesOf(const std::string& wav) {
 class ExamplePage : public testing::TestWithParam<const char*> {};
 
 TEST_P(ExamplePage, PlaysItsTrackToTheEnd) {
-    const Place place(std::string("example-") + GetParam(), demoMusic());
+    const Place place(std::string("example-") + GetParam(), MUSIC_DIR);
     const std::string file = (place.state / "out.wav").string();
     const Outcome outcome =
         run(hostCommand({std::string(PAGES_DIR "/../../pages/") + GetParam() + ".js", "--speed",
@@ -234,7 +223,7 @@ INSTANTIATE_TEST_SUITE_P(Pages,
 
 // The page in one process, the changes in another, each once the page has told the one before.
 TEST(ExamplePlaylists, PrintsTheTreeAndEachEventWithItsArguments) {
-    const Place place("example-playlists", demoMusic());
+    const Place place("example-playlists", MUSIC_DIR);
     place.links();  // the library is known from the start
     const std::string file = PAGES_DIR "/../../pages/playlists.js";
     const std::string shell = R"sh(
@@ -330,7 +319,7 @@ TEST(Sound, OfATrackReachesTheSinkSampleForSampleAndStopsWithThePage) {
 // ---- The page's life ----
 
 TEST(Reloading, StopsTheSoundAndStartsThePageAfresh) {
-    const Place place("reload", demoMusic());
+    const Place place("reload", MUSIC_DIR);
     // The session is the process's: a page finds out whether it is the first to create it.
     const Outcome outcome = place.page(R"js(
         let runs = 0;
@@ -367,7 +356,7 @@ std::string onlyLine(const std::string& text, const std::string& start) {
 }
 
 TEST(Secrets, AreInNoLogLineAndNoFileThatOthersCouldRead) {
-    const Place place("log", demoMusic());
+    const Place place("log", MUSIC_DIR);
     const mode_t before = umask(0);
     const Outcome added = run(
         {"/bin/sh", "-c", "echo very-secret-words | " + std::string(bin) + "sonolet-user add ann"},
