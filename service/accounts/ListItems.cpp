@@ -4,6 +4,7 @@
 #include <iterator>
 #include <list>
 #include <optional>
+#include <set>
 
 namespace sonolet::service {
 
@@ -71,6 +72,17 @@ std::vector<Id> itemsOf(const std::vector<ListEntry>& entries) {
         items.push_back(entry.item);
     }
     return items;
+}
+
+std::vector<Id> itemsWithout(const std::vector<Id>& some, const std::vector<Id>& others) {
+    const std::set<Id> known(others.begin(), others.end());
+    std::vector<Id> rest;
+    for (const Id& id : some) {
+        if (known.count(id) == 0) {
+            rest.push_back(id);
+        }
+    }
+    return rest;
 }
 
 void setItems(ListStore& store,

@@ -28,6 +28,9 @@ private:
 // The items of those entries, in their order.
 std::vector<Id> itemsOf(const std::vector<ListEntry>& entries);
 
+// Those of `some` that are not among `others`.
+std::vector<Id> itemsWithout(const std::vector<Id>& some, const std::vector<Id>& others);
+
 // Makes them the items of a list of tracks. Entries that stay are the same entries; as few as
 // possible move.
 void setItems(ListStore& store,

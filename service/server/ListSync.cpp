@@ -12,8 +12,6 @@ namespace {
 // The version of a list of which only a part may have been sent.
 constexpr char unfinished[] = "unfinished";
 
-// As many ids as every server takes in one address.
-constexpr std::size_t idsAtOnce = 50;
 constexpr int mostRefusals = 3;
 
 // Some name a list of someone else "[owner] name".
@@ -22,18 +20,6 @@ std::string nameOf(const PlaylistItem& item, bool isOwn) {
     return !isOwn && item.name.compare(0, prefix.size(), prefix) == 0
                ? item.name.substr(prefix.size())
                : item.name;
-}
-
-// Those of `some` that are not among `others`.
-std::vector<Id> without(const std::vector<Id>& some, const std::vector<Id>& others) {
-    const std::set<Id> known(others.begin(), others.end());
-    std::vector<Id> rest;
-    for (const Id& id : some) {
-        if (known.count(id) == 0) {
-            rest.push_back(id);
-        }
-    }
-    return rest;
 }
 
 }  // namespace
@@ -46,7 +32,8 @@ ListSync::ListSync(Subsonic& client,
                    const StopFlag& stopFlag)
     : server(client), user(std::move(account)), log(std::move(logLine)), stop(stopFlag),
       lockFile(storeFile + ".lock"), accounts(kept.accounts, Accounts::First::nobody),
-      lists(accounts.connection()), links(storeFile), writer(kept.catalogue, links),
+      lists(accounts.connection()), links(storeFile), sender(client, links),
+      writer(kept.catalogue, links),
       container(lists.ofAccount(user.id, ListKind::container).value()),
       starred(lists.ofAccount(user.id, ListKind::starred).value()) {}
 
@@ -237,12 +224,12 @@ void ListSync::merge(const Meeting& meeting, std::optional<Base> base) {
         if (agreed.songs != theirSongs) {
             base->version = unfinished;
             links.setBase(user.name, meeting.link, *base);
-            sendSongs(theirs.id, theirSongs, agreed.songs);
+            sender.songs(theirs.id, theirSongs, agreed.songs);
             base->songs = agreed.songs;
             base->version.clear();
             links.setBase(user.name, meeting.link, *base);
         }
-        sendAbout(meeting, agreed);
+        sender.about(theirs, agreed);
     }
     agreed.version = isSent ? std::string() : meeting.version;
     links.setBase(user.name, meeting.link, agreed);
@@ -311,108 +298,23 @@ void ListSync::agreeStars() {
             const Ids mine = itemsOf(lists.entries(starred));
             const Ids before = isGivenUp(starred.link) ? mine : base.value_or(Base()).songs;
             agreed.songs = mergedItems(before, mine, theirs);
-            lists.removeItems(starred, without(mine, agreed.songs));
+            lists.removeItems(starred, itemsWithout(mine, agreed.songs));
             std::vector<NewEntry> fresh;
-            for (const Id& song : without(agreed.songs, mine)) {
+            for (const Id& song : itemsWithout(agreed.songs, mine)) {
                 fresh.push_back({EntryKind::item, song, std::nullopt});
             }
             lists.insert(starred, 0, fresh, user.name);
         });
-        sendStars("star", without(agreed.songs, theirs));
-        sendStars("unstar", without(theirs, agreed.songs));
+        sender.stars(theirs, agreed.songs);
         // In the server's order, in which it is compared with the next answer.
-        Ids kept = without(theirs, without(theirs, agreed.songs));
-        const Ids added = without(agreed.songs, theirs);
+        Ids kept = itemsWithout(theirs, itemsWithout(theirs, agreed.songs));
+        const Ids added = itemsWithout(agreed.songs, theirs);
         kept.insert(kept.end(), added.begin(), added.end());
         agreed.songs = std::move(kept);
         if (!base || base->songs != agreed.songs) {
             links.setBase(user.name, starred.link, agreed);
         }
     });
-}
-
-// ---- What goes to the server ----
-
-void ListSync::sendAbout(const Meeting& meeting, const Base& agreed) {
-    Subsonic::Parameters changes = {{"playlistId", meeting.theirs.id}};
-    if (agreed.name != meeting.theirs.name) {
-        changes.emplace_back("name", agreed.name);
-    }
-    if (agreed.comment != meeting.theirs.comment) {
-        changes.emplace_back("comment", agreed.comment);
-    }
-    if (agreed.isPublic != meeting.theirs.isPublic) {
-        changes.emplace_back("public", agreed.isPublic ? "true" : "false");
-    }
-    if (changes.size() == 1) {
-        return;
-    }
-    try {
-        server.call("updatePlaylist", changes);
-    } catch (const ServerError& error) {
-        if (error.code() != 0 || !agreed.songs.empty()) {
-            throw;
-        }
-        // A server that fails with a list that never had a song: it takes one that has none now.
-        server.call("createPlaylist", {changes.front()});
-        server.call("updatePlaylist", changes);
-    }
-}
-
-// Removing and adding are never in one request: servers differ in which they do first.
-void ListSync::sendSongs(const std::string& id, const Ids& from, const Ids& to) {
-    ItemNumbers numbers;
-    const std::vector<std::size_t> before = numbers.of(from);
-    const std::vector<std::size_t> after = numbers.of(to);
-    const std::set<std::size_t> wanted(after.begin(), after.end());
-    std::vector<std::string> gone;
-    std::vector<std::size_t> stay;
-    for (std::size_t place = before.size(); place-- > 0;) {
-        if (wanted.count(before[place]) == 0) {
-            gone.push_back(std::to_string(place));  // the last first: others keep their places
-        } else {
-            stay.push_back(before[place]);
-        }
-    }
-    std::reverse(stay.begin(), stay.end());
-    std::vector<std::string> come;
-    for (const Id& song : to) {
-        come.push_back(idOf(song));
-    }
-    const Subsonic::Parameters list = {{"playlistId", id}};
-    const bool isOrderSame =
-        stay.size() <= after.size() && std::equal(stay.begin(), stay.end(), after.begin());
-    if (isOrderSame) {
-        sendInParts("updatePlaylist", list, "songIndexToRemove", gone);
-        come.erase(come.begin(), come.begin() + static_cast<std::ptrdiff_t>(stay.size()));
-    } else {
-        const auto end =
-            come.begin() + static_cast<std::ptrdiff_t>(std::min(come.size(), idsAtOnce));
-        sendInParts("createPlaylist", list, "songId", {come.begin(), end});
-        come.erase(come.begin(), end);
-    }
-    sendInParts("updatePlaylist", list, "songIdToAdd", come);
-}
-
-void ListSync::sendStars(const char* method, const Ids& songs) {
-    std::vector<std::string> ids;
-    for (const Id& song : songs) {
-        ids.push_back(idOf(song));
-    }
-    sendInParts(method, {}, "id", ids);
-}
-
-void ListSync::sendInParts(const char* method,
-                           const Subsonic::Parameters& first,
-                           const char* name,
-                           const std::vector<std::string>& values) {
-    for (std::size_t done = 0; done < values.size(); done += idsAtOnce) {
-        Subsonic::Parameters parameters = first;
-        for (std::size_t place = done; place < std::min(done + idsAtOnce, values.size()); ++place) {
-            parameters.emplace_back(name, values[place]);
-        }
-        server.call(method, parameters);
-    }
 }
 
 }  // namespace sonolet::service

@@ -4,6 +4,7 @@
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 #include "music/MusicFile.h"
+#include "server/ListSender.h"
 #include "server/SeenWriter.h"
 #include "server/ServerStore.h"
 #include "source/Source.h"
@@ -72,19 +73,8 @@ private:
     // It is gone at the server: here too, unless it was changed here meanwhile.
     void lose(const Id& link);
     void agreeStars();
-    // Name, comment and who may see it, as far as they differ.
-    void sendAbout(const Meeting& meeting, const Base& agreed);
-    // Songs as links. A list that is only cut and added to keeps the rest in its place.
-    void sendSongs(const std::string& id, const Ids& from, const Ids& to);
-    void sendStars(const char* method, const Ids& songs);
-    // As many requests as it takes: addresses have a length that servers end at.
-    void sendInParts(const char* method,
-                     const Subsonic::Parameters& first,
-                     const char* name,
-                     const std::vector<std::string>& values);
 
     Ids linksOf(const std::vector<SongItem>& songs);
-    std::string idOf(const Id& track) { return links.serverId(SP_LINKTYPE_TRACK, track); }
     bool isOwn(const PlaylistItem& item) const;
     Base stateOf(const ListRow& row);
     bool isChanged(const ListRow& row, const Base& base);
@@ -103,6 +93,7 @@ private:
     Accounts accounts;
     ListStore lists;
     ServerStore links;
+    ListSender sender;
     SeenWriter writer;
     const ListRow container;
     const ListRow starred;
