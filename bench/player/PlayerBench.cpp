@@ -5,7 +5,7 @@
 #include "Command.h"
 #include "Figures.h"
 #include "Process.h"
-#include "SyntheticMusic.h"
+#include "service/SyntheticMusic.h"
 #include "store/StatePaths.h"
 
 #include <stdlib.h>

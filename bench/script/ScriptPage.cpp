@@ -1,8 +1,8 @@
-#include "ScriptPage.h"
+#include "script/ScriptPage.h"
 
+#include "around/Library.h"
 #include "engine/EngineHooks.h"
 #include "engine/Text.h"
-#include "library/Library.h"
 
 #include <iostream>
 #include <stdexcept>

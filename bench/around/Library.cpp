@@ -1,4 +1,4 @@
-#include "library/Library.h"
+#include "around/Library.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "Backend.h"
-#include "BareHost.h"
 #include "CircularBuffer.h"
 #include "Figures.h"
-#include "PluginBench.h"
 #include "Session.h"
+#include "around/Backend.h"
+#include "around/BareHost.h"
+#include "around/Library.h"
 #include "jspp/global_functions.h"
-#include "library/Library.h"
 #include "main.h"
+#include "plugin/PluginBench.h"
 
 #include <jack/ringbuffer.h>
 #include <sched.h>

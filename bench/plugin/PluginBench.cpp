@@ -1,14 +1,14 @@
-#include "PluginBench.h"
+#include "plugin/PluginBench.h"
 
-#include "BareHost.h"
 #include "Factory.h"
 #include "Figures.h"
 #include "Groups.h"
 #include "Playlist.h"
 #include "Track.h"
+#include "around/BareHost.h"
+#include "around/Library.h"
 #include "jspp/orvo/mutex.h"
 #include "jspp/orvo/shared_ptr.h"
-#include "library/Library.h"
 
 #include <array>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "Backend.h"
+#include "around/Backend.h"
 
 BenchBackend& BenchBackend::get() {
     static BenchBackend backend;

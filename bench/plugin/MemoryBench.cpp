@@ -1,8 +1,8 @@
 // sonolet-bench-memory: what the plug-in keeps on the heap, for any machine. The plug-in is linked
 // in; every operator new of the process is counted, with what the allocator adds.
 
-#include "BareHost.h"
 #include "Figures.h"
+#include "around/BareHost.h"
 
 #include "jsplugin.h"
 

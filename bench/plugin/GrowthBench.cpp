@@ -1,9 +1,9 @@
-#include "BareHost.h"
 #include "Factory.h"
 #include "Figures.h"
-#include "PluginBench.h"
 #include "Track.h"
-#include "library/Library.h"
+#include "around/BareHost.h"
+#include "around/Library.h"
+#include "plugin/PluginBench.h"
 
 #include <algorithm>
 #include <cmath>

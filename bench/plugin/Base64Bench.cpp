@@ -1,6 +1,6 @@
 #include "Figures.h"
-#include "PluginBench.h"
 #include "base64.h"
+#include "plugin/PluginBench.h"
 
 #include <openssl/evp.h>
 

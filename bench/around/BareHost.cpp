@@ -1,4 +1,4 @@
-#include "BareHost.h"
+#include "around/BareHost.h"
 
 #include <cstdlib>
 #include <new>

@@ -3,8 +3,8 @@
 
 #include "BadServer.h"
 #include "Figures.h"
-#include "MusicSession.h"
-#include "SyntheticMusic.h"
+#include "service/MusicSession.h"
+#include "service/SyntheticMusic.h"
 
 #include "libspotify/api.h"
 

@@ -1,4 +1,4 @@
-#include "SyntheticMusic.h"
+#include "service/SyntheticMusic.h"
 
 #include "catalogue/CatalogueWriter.h"
 #include "demo/Encoder.h"

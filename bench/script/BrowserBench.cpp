@@ -3,7 +3,7 @@
 // the C one of the runner.
 
 #include "Figures.h"
-#include "ScriptPage.h"
+#include "script/ScriptPage.h"
 
 #ifdef SONOLET_BENCH_GLIB
 #include "engine/glib/Context.h"

@@ -1,12 +1,12 @@
 // sonolet-bench-search: how fast the music service answers and scans, beside what it promises.
 
 #include "Figures.h"
-#include "MusicSession.h"
-#include "SyntheticMusic.h"
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 #include "catalogue/Catalogue.h"
 #include "catalogue/Scanner.h"
+#include "service/MusicSession.h"
+#include "service/SyntheticMusic.h"
 #include "store/StatePaths.h"
 
 #include "libspotify/api.h"

@@ -1,4 +1,4 @@
-#include "Listening.h"
+#include "playing/Listening.h"
 
 #include "Command.h"
 #include "demo/Encoder.h"

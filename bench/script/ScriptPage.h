@@ -1,5 +1,5 @@
-#ifndef SONOLET_BENCH_SCRIPTPAGE_H
-#define SONOLET_BENCH_SCRIPTPAGE_H
+#ifndef SONOLET_BENCH_SCRIPT_SCRIPTPAGE_H
+#define SONOLET_BENCH_SCRIPT_SCRIPTPAGE_H
 
 #include "engine/Document.h"
 #include "engine/ErrorReporter.h"

@@ -1,6 +1,6 @@
-#include "ScriptPeer.h"
+#include "script/ScriptPeer.h"
 
-#include "library/Library.h"
+#include "around/Library.h"
 
 namespace peer {
 

@@ -1,12 +1,12 @@
 // sonolet-bench-script: what the plug-in costs a page, in the development host's script engine,
 // beside what classes written by hand for that engine cost.
 
-#include "BareHost.h"
 #include "Figures.h"
 #include "Groups.h"
-#include "ScriptPage.h"
-#include "ScriptPeer.h"
-#include "library/Library.h"
+#include "around/BareHost.h"
+#include "around/Library.h"
+#include "script/ScriptPage.h"
+#include "script/ScriptPeer.h"
 
 #include <dlfcn.h>
 #include <stdlib.h>

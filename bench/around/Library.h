@@ -1,5 +1,5 @@
-#ifndef SONOLET_BENCH_LIBRARY_H
-#define SONOLET_BENCH_LIBRARY_H
+#ifndef SONOLET_BENCH_AROUND_LIBRARY_H
+#define SONOLET_BENCH_AROUND_LIBRARY_H
 
 #include "libspotify/api.h"
 

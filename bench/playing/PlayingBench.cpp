@@ -4,8 +4,8 @@
 
 #include "Command.h"
 #include "Figures.h"
-#include "Listening.h"
 #include "Process.h"
+#include "playing/Listening.h"
 
 #include <stdlib.h>
 #include <unistd.h>
