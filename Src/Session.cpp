@@ -284,14 +284,14 @@ template <auto Handler, class... Arguments>
 std::invoke_result_t<decltype(Handler), Session&, Arguments...>
 Session::forward(sp_session*, Arguments... arguments) noexcept {
     using Result = std::invoke_result_t<decltype(Handler), Session&, Arguments...>;
-    return answered<Result>([&](Session& session) { return (session.*Handler)(arguments...); });
+    return answered<Result>([&](Session& self) { return (self.*Handler)(arguments...); });
 }
 
 template <const SessionEvent& Event, class... Arguments>
 void Session::tell(sp_session*, Arguments... arguments) noexcept {
-    answered<void>([&](Session& session) {
+    answered<void>([&](Session& self) {
         logger.trace(Event.handler);
-        session.dispatch_event(Event.name, asScript(arguments)...);
+        self.dispatch_event(Event.name, asScript(arguments)...);
     });
 }
 

@@ -67,11 +67,11 @@ void Screenshot::awaitReady() {
     webkit_web_view_call_async_javascript_function(
         view, readyScript, -1, nullptr, "sonolet", nullptr, waiting,
         [](GObject* source, GAsyncResult* result, gpointer self) {
-            g_autoptr(GError) error = nullptr;
-            g_autoptr(JSCValue) value = webkit_web_view_call_async_javascript_function_finish(
-                WEBKIT_WEB_VIEW(source), result, &error);
-            // An error is a page that went on to another one, whose load comes next.
-            if (error == nullptr) {
+            JSCValue* const answer = webkit_web_view_call_async_javascript_function_finish(
+                WEBKIT_WEB_VIEW(source), result, nullptr);
+            // There is none from a page that went on to another one, whose load comes next.
+            if (answer != nullptr) {
+                g_object_unref(answer);
                 static_cast<Screenshot*>(self)->ready();
             }
         },

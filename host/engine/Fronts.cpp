@@ -123,10 +123,10 @@ JSObjectRef member(JSContextRef context, JSObjectRef object, const char* name) {
 
 template <Fronts::Native native>
 JSObjectCallAsFunctionCallback Fronts::callbackOf() noexcept {
-    return [](JSContextRef context, JSObjectRef, JSObjectRef, size_t, const JSValueRef argv[],
+    return [](JSContextRef from, JSObjectRef, JSObjectRef, size_t, const JSValueRef argv[],
               JSValueRef* exception) noexcept -> JSValueRef {
         for (Fronts* const fronts : living()) {
-            if (fronts->context == context) {
+            if (fronts->context == from) {
                 return (fronts->*native)(argv, exception);
             }
         }

@@ -68,7 +68,7 @@ public:
     std::size_t consumed = 0;  // bytes
 
 private:
-    void build(const std::shared_ptr<const Sound>& file);
+    void build(const std::shared_ptr<const Sound>& encoded);
     void note(std::string why);
     std::string explain(const GError& cause) const;
     void moved() {
@@ -110,8 +110,8 @@ Decoder::Pipeline::~Pipeline() {
     const Handover fromTheirThreads(this);
 }
 
-void Decoder::Pipeline::build(const std::shared_ptr<const Sound>& file) {
-    GstElement* source = makeFileSource(file);
+void Decoder::Pipeline::build(const std::shared_ptr<const Sound>& encoded) {
+    GstElement* source = makeFileSource(encoded);
     gst_bin_add(GST_BIN(bin.get()), source);
     const auto add = [this](const char* factory) {
         GstElement* element = gst_element_factory_make(factory, nullptr);

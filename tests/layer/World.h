@@ -225,7 +225,7 @@ public:
         (session, &next);
     }
     void searched() const {
-        process([this] { given.searched(handle<sp_search>(0x30), given.userdata); });
+        process([] { given.searched(handle<sp_search>(0x30), given.userdata); });
     }
     void releaseSearch() {
         LIBRARY(sp_search_release, [](sp_search*) { return SP_ERROR_OK; })(handle<sp_search>(0x30));
