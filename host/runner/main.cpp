@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 
 int main(int argc, char* argv[]) {
     try {
@@ -28,7 +29,11 @@ int main(int argc, char* argv[]) {
         Runner runner(options);
         // Last, since it creates the file: a page that is not there leaves none behind.
         setAudioOptions(options.audio);
-        return runner.run();
+        const int exitCode = runner.run();
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+            throw std::runtime_error("standard output: not all that the page wrote got there");
+        }
+        return exitCode;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sonolet-host: %s\n", error.what());
         return 2;

@@ -339,6 +339,10 @@ TEST(RunnerTest, ConsoleShowsWhatItIsGiven) {
               "   id  name\n0  1   \"a\"\n1  20\n"
               "\n");
     EXPECT_THAT(result.errors, StartsWith("to the other\nstream\n"));
+
+    const Outcome full = runPage("console.log('lost'); close()", {}, "exec \"$@\" >/dev/full");
+    EXPECT_EQ(full.exitCode, 2);
+    EXPECT_THAT(full.errors, HasSubstr("sonolet-host: standard output: not all"));
 }
 
 TEST(RunnerTest, TheOptionsReachThePluginAndThePage) {
