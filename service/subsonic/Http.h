@@ -34,6 +34,7 @@ struct HttpHead {
     std::int64_t total = -1;
 };
 
+// All of an answer, in memory.
 struct HttpReply {
     HttpHead head;
     std::string body;

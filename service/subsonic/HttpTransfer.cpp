@@ -1,6 +1,7 @@
 #include "subsonic/HttpTransfer.h"
 
 #include <algorithm>
+#include <string>
 
 namespace sonolet::service {
 
@@ -60,6 +61,78 @@ HttpHead headOf(SoupMessage* message) {
 }
 
 }  // namespace
+
+// ---- The thread ----
+
+void Http::Loop::invoke(std::function<void()> action) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (refusing) {
+            return;
+        }
+        actions.push_back(std::move(action));
+    }
+    g_main_context_wakeup(context.get());
+}
+
+void Http::Loop::invokeAfter(std::chrono::milliseconds pause, std::function<void()> action) const {
+    GSource* source = g_timeout_source_new(static_cast<guint>(pause.count()));
+    g_source_set_callback(
+        source,
+        [](gpointer data) -> gboolean {
+            (*static_cast<std::function<void()>*>(data))();
+            return G_SOURCE_REMOVE;
+        },
+        new std::function<void()>(std::move(action)),
+        [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
+    g_source_attach(source, context.get());
+    g_source_unref(source);
+}
+
+Http::Loop::Actions Http::Loop::take() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return std::exchange(actions, {});
+}
+
+void Http::Loop::run() {
+    g_main_context_push_thread_default(context.get());
+    // Waits are bounded by the transfers; connections that rest cost the server a worker.
+    session = soup_session_new_with_options("timeout", 0, "idle-timeout", 5, "max-conns-per-host",
+                                            6, nullptr);
+    while (!stopped || !transfers.empty()) {
+        for (const auto& action : take()) {
+            action();
+        }
+        if (!stopped || !transfers.empty()) {
+            g_main_context_iteration(context.get(), TRUE);
+        }
+    }
+    soup_session_abort(session);
+    g_object_unref(session);
+    g_main_context_pop_thread_default(context.get());
+    // Whoever waits for what was asked last waits in vain.
+    take();
+}
+
+void Http::Loop::stop() {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (refusing) {
+            return;
+        }
+        refusing = true;
+        actions.emplace_back([this] {
+            stopped = true;
+            for (const auto& transfer : transfers) {
+                transfer->cancel();
+            }
+        });
+    }
+    g_main_context_wakeup(context.get());
+    thread.join();
+}
+
+// ---- A request on its way ----
 
 void Http::Transfer::start() {
     const Self self = shared_from_this();

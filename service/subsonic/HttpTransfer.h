@@ -5,7 +5,11 @@
 
 #include <libsoup/soup.h>
 
+#include <chrono>
+#include <cstdint>
 #include <deque>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -29,8 +33,8 @@ struct HttpRelease {
 template <typename Object>
 using HttpOwned = std::unique_ptr<Object, HttpRelease>;
 
-// One request on its way. But for `stopped`, which any thread may ask for, it is the network
-// thread's.
+// One request on its way. But for cancel(), which any thread may call, it is the network thread's.
+// Ownership: the loop keeps it until it is over.
 class Http::Transfer final : public std::enable_shared_from_this<Transfer> {
 public:
     Transfer(Loop& owner, HttpRequest what, Listener whom)
@@ -64,6 +68,9 @@ private:
     std::vector<char> buffer;
 };
 
+// The network's thread, with a main loop and a session of connections.
+//
+// Threads: any, where nothing else is said. Errors: std::system_error when there can be no thread.
 class Http::Loop final {
 public:
     explicit Loop(std::chrono::milliseconds longestWait)
@@ -73,6 +80,7 @@ public:
     void invoke(std::function<void()> action);
     // The network thread's.
     void invokeAfter(std::chrono::milliseconds pause, std::function<void()> action) const;
+    // Ends all transfers and joins the thread; not to be called on it.
     void stop();
 
     const std::chrono::milliseconds patience;

@@ -19,6 +19,7 @@ namespace sonolet::service {
 // Threads: constant, for any. Ownership: a part keeps the whole.
 class Reply final {
 public:
+    // Text that is no answer: why.
     class Malformed final : public std::runtime_error {
     public:
         using std::runtime_error::runtime_error;
