@@ -15,6 +15,7 @@
 #include <atomic>
 #include <boost/lockfree/spsc_queue.hpp>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>

@@ -14,7 +14,9 @@
 
 #include <exception>
 #include <fstream>
+#include <functional>
 #include <iostream>
+#include <string>
 
 using namespace figures;
 
