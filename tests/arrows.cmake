@@ -12,6 +12,13 @@ set(layer_sees platform)
 set(service_sees platform)
 
 # Rooms, each with those that it may include. What stands beside the rooms is everybody's.
+set(host_rooms
+    "engine:"
+    "log:"
+    "media:"
+    "options: log media"
+    "runner: engine log media options"
+    "browser: engine media options")
 set(layer_rooms
     "tap:"
     "calls: tap"
@@ -31,7 +38,7 @@ set(service_rooms
     "folder: accounts catalogue music search source store"
     "objects: accounts catalogue faults source store"
     "lists: accounts objects"
-    "queries: lists objects search source"
+    "queries: lists objects source"
     "images: catalogue music objects source store threads"
     "player: music"
     "session: accounts catalogue faults images lists objects player queries source store threads"
