@@ -19,6 +19,7 @@ public:
     virtual unsigned getSpace() const;
     virtual bool canRead(const unsigned& offset, const unsigned& length) const;
     virtual bool canWrite(const unsigned& length) const;
+    // A ring writes nothing.
     virtual void writeToFile(const char* path) = 0;
 
     // For buffers that tell their space. Equality is enough.

@@ -93,12 +93,13 @@ public:
     SpRelationTypeEnums();
 };
 
-// The two first arguments of Toplistbrowse.create; a region may be a country's number, too.
+// The first argument of Toplistbrowse.create.
 class SpToplistTypeEnums final : public Enumeration {
 public:
     SpToplistTypeEnums();
 };
 
+// Its second argument, which may be a country's number, too.
 class SpToplistRegionEnums final : public Enumeration {
 public:
     SpToplistRegionEnums();

@@ -75,8 +75,8 @@ void Playlist::init() {
         {"trackMessage", &Playlist::reads<&sp_playlist_track_message>, "n"},
         {"name", &Playlist::reads<&sp_playlist_name>, ""},
         {"uri", &Playlist::uri, ""},
-        {"addTracks", &Playlist::addTracks, ""},
-        {"placeholderUri", &Playlist::placeholderUri, ""},
+        {"addTracks", &Playlist::addTracks, ""},            // takes a track and a position
+        {"placeholderUri", &Playlist::placeholderUri, ""},  // takes an index
         {"release", &Playlist::release, ""},
     };
     static const attribute_row events[] = {

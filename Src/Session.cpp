@@ -74,6 +74,7 @@ auto asScript(Value value) {
 std::atomic<Session*> Session::instance{nullptr};
 
 Session::Session(const orvo::shared_ptr<Sonolet>& pluginObject) : sonolet(pluginObject) {
+    // Those that only ask libspotify are in SessionAccount.cpp.
     static const function_row members[] = {
         {"create", &Session::create, "o"},
         {"relogin", &Session::relogin, ""},

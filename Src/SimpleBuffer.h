@@ -6,7 +6,7 @@
 #include <memory>
 
 // A linear buffer of fixed size, filled once and read at any offset, any number of times. One
-// thread.
+// thread. Part of the buffers' interface: what plays uses CircularBuffer.
 class SimpleBuffer final : public Buffer {
 public:
     // In bytes, fixed from here on; throws std::bad_alloc.

@@ -25,8 +25,7 @@ typedef struct jsplugin_obj {
     void* plugin_private;
 } jsplugin_obj;
 
-// A string of the host is UTF-8 and valid for the call that brings it; the host copies one of the
-// plug-in's before it calls the plug-in again.
+// What a jsplugin_value holds.
 enum jsplugin_type {
     JSP_TYPE_UNDEFINED = 0,
     JSP_TYPE_NATIVE_OBJECT = 1,  // made by a plug-in

@@ -76,13 +76,15 @@ public:
     };
 
     // `sources` is null-terminated; the backend copies it before it returns, and the caller frees
-    // its own. An empty url: the data comes through NeedDataEvents. 1 on success.
+    // its own. An empty url: the data comes through NeedDataEvents. 1 on success; any
+    // other answer refuses the stream, and nothing will be asked for.
     virtual int setSource(const char* url, SourceDescription** sources, int flags) = 0;
     // Begins or goes on with what was asked for; requests come as long as there is room.
     virtual void play() = 0;
     // Holds the output where it is; `mode` 0. What is buffered stays.
     virtual void pause(int mode) = 0;
-    // Stores the seconds that have been played; 0 at the beginning.
+    // Stores the seconds that have been played; 0 at the beginning. A backend that does not know
+    // leaves it as it is, which is 0.
     virtual void getPosition(double& position) = 0;
 
     // Answers a request with `size` bytes in its data; the event is the backend's again.

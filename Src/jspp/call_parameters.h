@@ -39,6 +39,7 @@ public:
     void add(const std::string& text);
     // Undefined when the object has gone by the time of the call.
     void add(const object& script_object);
+    // Part of the framework's interface; no class here calls them.
     void add_null();
     void add_undefined();
 

@@ -37,6 +37,7 @@ public:
     void return_js_expression(const std::string& expression);
 
     // A Date made from milliseconds since 1970, or from a date's text, both as script writes them.
+    // Part of the framework's interface; no class here calls it.
     void return_js_date(const std::string& date);
 
     void return_null() noexcept;

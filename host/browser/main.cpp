@@ -26,8 +26,8 @@ bool hasGraphicsProcessor() {
     return fs::exists("/dev/nvidiactl", none);
 }
 
-// Without one, WebKit has an emulation of it put each frame together, which takes three times as
-// long as to paint what has changed. WebKit's own variable says otherwise.
+// Without one, WebKit has an emulation of it put each frame together, which takes several times
+// as long as to paint what has changed. WebKit's own variable says otherwise.
 void paintWithoutGraphicsProcessor() {
     if (!hasGraphicsProcessor()) {
         setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", 0);  // NOLINT(concurrency-mt-unsafe)

@@ -4,6 +4,8 @@
 #include <JavaScriptCore/JavaScript.h>
 
 // Where exceptions go that no script can catch: those thrown by functions that a plug-in calls.
+//
+// Threads: the script thread. Ownership: the exception is the engine's. Errors: none may be thrown.
 class ErrorReporter {
 public:
     virtual ~ErrorReporter() = default;

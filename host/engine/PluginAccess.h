@@ -13,7 +13,7 @@ class PluginCalls;
 //
 // Threads, requirements and errors are as for ObjectAccess: an exception is an Error with the text
 // that the plug-in gave, and a TypeError where it says that there is nothing to be called.
-// Ownership: borrows all four, which outlive it.
+// Ownership: borrows all three, which outlive it.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and a member
 class PluginAccess final : public ObjectAccess {
 public:

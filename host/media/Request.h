@@ -13,6 +13,7 @@
 // once it was sent, the asker's again with the answer.
 class Request final : public NeedDataEvent {
 public:
+    // Who waits for the answer.
     class Asker {
     public:
         // The request is deleted and will not be answered. Any thread.

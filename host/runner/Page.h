@@ -26,9 +26,12 @@ public:
 
 // One load of a page script, in an engine context of its own, which goes with it: unload listeners
 // have run and every object of the plug-in is destructed when the destructor returns.
+//
+// Threads: the script thread.
 class Page final {
 public:
-    // Opens the document; nothing of the page runs yet. Borrows all five, which outlive it.
+    // Opens the document; nothing of the page runs yet. Borrows all five, which outlive it. Throws
+    // std::runtime_error, as Document.
     Page(const PluginLibrary& plugin,
          Scheduler& scheduler,
          PageOwner& pageOwner,

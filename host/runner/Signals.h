@@ -8,7 +8,7 @@
 // SIGINT and SIGTERM as events of the main loop. Only the first of each: the second ends the
 // process as usual, for the loop never comes to the first while a script runs without end.
 //
-// One at a time in a process.
+// Threads: the main loop's. One at a time in a process.
 class Signals final {
 public:
     // `handler` is called at once, inside the signal's handler. Throws std::runtime_error when the

@@ -7,12 +7,13 @@
 #include <atomic>
 #include <cstdint>
 
+class Call;
+
 // Who wants to know of calls: from when the layer is made until its exit handler.
 //
 // Threads: any, several at once. Ownership: call, values and what they point to are the caller's
 // and gone when began() or ended() returns; what is to be kept is copied. The layer never frees a
 // watcher: a thread may be in it to the end of the process.
-class Call;
 class Watcher {
 public:
     virtual ~Watcher() = default;

@@ -9,6 +9,13 @@
 #include <unordered_map>
 
 // What the plug-in has asked the library to call, and with which user data.
+struct Registration {
+    const void* handle;
+    const void* callbacks;  // a function, or a record of functions
+    void* userdata;
+};
+
+// The registrations of a process.
 //
 // The library gets a function of the layer and the registration's number in the place of the
 // user data. Numbers are never used twice in a process, and what has been taken away is remembered
@@ -17,12 +24,6 @@
 // Threads: any. Ownership: nothing is owned, callbacks must stay where they are for as long as the
 // library may call. It remembers the last 1024 that were taken away. Errors: none but
 // std::bad_alloc.
-struct Registration {
-    const void* handle;
-    const void* callbacks;  // a function, or a record of functions
-    void* userdata;
-};
-
 class Registrations final {
 public:
     // The number, in the form of user data.

@@ -13,6 +13,8 @@ namespace sonolet::service {
 
 // Numbers the items of several lists, so that they can be compared though an item may stand in a
 // list more than once: the n-th of an item has the same number in each. Numbers are from 0.
+//
+// Threads: one.
 class ItemNumbers final {
 public:
     std::vector<std::size_t> of(const std::vector<Id>& list);
@@ -28,7 +30,7 @@ private:
 // The items of those entries, in their order.
 std::vector<Id> itemsOf(const std::vector<ListEntry>& entries);
 
-// Those of `some` that are not among `others`.
+// Those of `some` that are not among `others`, in their order.
 std::vector<Id> itemsWithout(const std::vector<Id>& some, const std::vector<Id>& others);
 
 // Makes them the items of a list of tracks. Entries that stay are the same entries; as few as

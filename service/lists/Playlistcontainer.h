@@ -20,6 +20,7 @@ namespace sonolet::service {
 // that was asked for; entries are borrowed until the next change.
 class Playlistcontainer : public Handle {
 public:
+    // As its owner sees it, or as others do.
     enum class View { own, published };
 
     // For Playlists alone, which has one handle for each container and view. Reads the entries.

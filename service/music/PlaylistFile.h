@@ -14,7 +14,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// What an M3U, M3U8 or PLS file says, all UTF-8. Entries stand as they are written there.
+// What an M3U, M3U8 or PLS file says, all UTF-8. Entries stand as they are written there. Its
+// functions may be called on any thread.
 struct PlaylistFile {
     std::string name;  // empty: it has none
     std::vector<std::string> entries;

@@ -30,9 +30,10 @@ public:
         Failed   // failure() says why; what was sound came before
     };
 
+    // What one read() gave.
     struct Outcome {
         Status status;
-        std::size_t frames;
+        std::size_t frames;  // copied
     };
 
     // Starts to decode at once. `readyToRead` is called whenever read() may have something new to

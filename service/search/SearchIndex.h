@@ -54,6 +54,7 @@ struct FoundPlaylists {
     int total = 0;  // on all pages
 };
 
+// All that one query finds: a page of each kind.
 struct SearchAnswer {
     FoundPage tracks;
     FoundPage albums;

@@ -10,7 +10,8 @@
 
 namespace sonolet::service {
 
-// Makes a user's lists at the server what they are here, in as few requests as it takes.
+// Makes a user's lists at the server what they are here: `from` is what the server has, `to` what
+// it shall have, songs as links.
 //
 // Threads: belongs to one at a time; each function waits for the server. Errors: ServerError, after
 // which a part may have been sent; DatabaseError.
@@ -21,10 +22,12 @@ public:
     // Borrows both.
     ListSender(Subsonic& client, ServerStore& serverIds) : server(client), links(serverIds) {}
 
-    // Name, comment and who may see it, as far as they differ.
+    // Name, comment and who may see it, as far as `agreed` differs from what the server has.
     void about(const PlaylistItem& theirs, const ServerStore::Base& agreed);
-    // Songs as links. A list that is only cut and added to keeps the rest in its place.
+    // Those of the playlist with the server's id. One that is only cut and added to keeps the rest
+    // in its place.
     void songs(const std::string& id, const Ids& from, const Ids& to);
+    // Their order does not matter.
     void stars(const Ids& from, const Ids& to);
 
 private:

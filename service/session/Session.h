@@ -75,10 +75,10 @@ public:
     // kept.
     sp_error setCacheSize(std::size_t megabytes) const;
 
-    // As Playlists::setStarred(); metadata_updated follows from the events.
     // In kbit/s, where the source has the choice.
     void setBitrate(int kilobits) const { source->setBitrate(kilobits); }
 
+    // As Playlists::setStarred(); metadata_updated follows from the events.
     sp_error setStarred(const std::vector<Id>& tracks, bool star);
 
 protected:

@@ -13,6 +13,8 @@ static_assert(sizeof(off_t) == 8 && sizeof(time_t) == 8, "files over 2 GiB, date
 
 // Owns an open file, or none, and closes it. It is not opened here, so that whoever opens says with
 // which flags, and looks at errno at once.
+//
+// Threads: constant, for any.
 class FileDescriptor final {
 public:
     explicit FileDescriptor(int openFile) : number(openFile) {}
@@ -32,6 +34,8 @@ private:
 };
 
 // A lock that processes, and whoever else opens its file, have one at a time.
+//
+// Threads: constant, for any; the lock is the object's and not a thread's.
 class FileLock final {
 public:
     enum class Wait { no, yes };
