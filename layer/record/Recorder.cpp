@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t usualCapacity = 1U << 20U;
 constexpr std::size_t wholeCapacity = 16U << 20U;
-constexpr std::chrono::milliseconds interval{50};
+constexpr std::chrono::milliseconds writeInterval{50};
 constexpr std::chrono::seconds longestWait{1};
 
 std::uint64_t clockNs() {
@@ -177,7 +177,7 @@ void Recorder::run() {
         std::size_t lostNow = 0;
         {
             std::unique_lock<std::mutex> lock(mutex);
-            wake.wait_for(lock, interval,
+            wake.wait_for(lock, writeInterval,
                           [this] { return ending || filling.size >= capacity / 2; });
             isLast = ending;
             std::swap(filling, writing);

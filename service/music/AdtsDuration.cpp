@@ -14,7 +14,6 @@ constexpr std::array<int, 13> sampleRates = {96000, 88200, 64000, 48000, 44100, 
                                              22050, 16000, 12000, 11025, 8000,  7350};
 constexpr std::size_t headerSize = 7;
 constexpr std::int64_t samplesInBlock = 1024;
-constexpr int mostFrames = 1'000'000;  // six to twelve hours
 
 }  // namespace
 
@@ -31,6 +30,7 @@ std::int64_t adtsStart(const MusicFile& file) {
 }
 
 int adtsDurationMs(const MusicFile& file, const StopFlag& stop) {
+    constexpr int mostFrames = 1'000'000;  // six to twelve hours
     std::array<unsigned char, 4096> window{};
     std::int64_t start = 0;
     std::int64_t size = 0;

@@ -4,10 +4,8 @@
 
 namespace {
 
-using Frames = SoundServer::Frames;
-
 // The frames that are not silent: where a sound server's clock is late it puts silence between.
-Frames soundOf(Frames frames) {
+SoundServer::Frames soundOf(SoundServer::Frames frames) {
     frames.erase(std::remove(frames.begin(), frames.end(), 0U), frames.end());
     return frames;
 }
@@ -23,7 +21,7 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
     const Outcome played =
         run({host, page, "--speed", "20", "--audio", "wav:" + place.file("source.wav")}, {});
     ASSERT_EQ(played.exitCode, 0) << played.errors;
-    const Frames source =
+    const SoundServer::Frames source =
         soundOf(SoundServer::framesOf(contentsOf(place.file("source.wav")).substr(44)));
     ASSERT_GT(source.size(), 10U * 44100) << "the file has no sound to compare with";
     SoundServer server(place.file(""));
@@ -32,7 +30,7 @@ TEST(BrowserSound, ReachesTheSoundServerAsItIs) {
     player.awaitLine("both complete");
     player.signal(SIGTERM);
     player.wait();
-    const Frames heard = soundOf(server.heard());
+    const SoundServer::Frames heard = soundOf(server.heard());
     // A machine so busy that nobody runs for a second leaves sound out, never at the ends.
     auto next = source.begin();
     std::ptrdiff_t missing = 0;

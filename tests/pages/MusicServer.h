@@ -79,13 +79,13 @@ private:
         }
         close(said[1]);
         std::string lines;
-        char byte = 0;
+        char letter = 0;
         // Its last line before it answers.
         while (lines.find("Booting worker") == std::string::npos) {
-            if (read(said[0], &byte, 1) != 1) {
+            if (read(said[0], &letter, 1) != 1) {
                 throw std::runtime_error("supysonic-server does not start: " + lines);
             }
-            lines += byte;
+            lines += letter;
         }
         close(said[0]);
     }
