@@ -63,7 +63,7 @@ test_presets() {
 
 build_tests() {
     local options=(-DSONOLET_BUILD_TESTS=ON)
-    if [[ $1 == dev ]]; then
+    if [[ $1 == dev || $1 == unity ]]; then
         install_axe
         options+=(-DSONOLET_BUILD_BROWSER=ON "-DSONOLET_BUILD_WPE=$build_wpe")
     fi
