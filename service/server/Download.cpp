@@ -90,7 +90,7 @@ Download::Download(SoundStore& soundStore, Wanted what)
 
 Download::~Download() {
     if (transfer != nullptr) {
-        Http::cancel(transfer);
+        store.network().cancel(transfer);
     }
     const std::string map = wanted.file + ".map";
     const FileDescriptor parts(
@@ -167,7 +167,7 @@ void Download::demand(std::int64_t offset) {
     }
     next = offset;
     if (transfer != nullptr) {
-        Http::cancel(transfer);
+        store.network().cancel(transfer);
     }
 }
 

@@ -29,7 +29,7 @@ std::shared_ptr<Http::Transfer> Http::begin(HttpRequest request, Listener listen
 }
 
 void Http::cancel(const std::shared_ptr<Transfer>& transfer) {
-    transfer->cancel();
+    loop->invoke([transfer] { transfer->cancel(); });
 }
 
 HttpReply Http::fetch(const HttpRequest& request, std::size_t largest) {

@@ -76,7 +76,7 @@ public:
 
     // Begins a transfer, which ends by itself; or soon after cancel().
     std::shared_ptr<Transfer> begin(HttpRequest request, Listener listener);
-    static void cancel(const std::shared_ptr<Transfer>& transfer);
+    void cancel(const std::shared_ptr<Transfer>& transfer);
 
     // Has `action` called on the network's thread, unless it is stopped before.
     void after(std::chrono::milliseconds pause, std::function<void()> action);

@@ -33,8 +33,8 @@ struct HttpRelease {
 template <typename Object>
 using HttpOwned = std::unique_ptr<Object, HttpRelease>;
 
-// One request on its way. But for cancel(), which any thread may call, it is the network thread's.
-// Ownership: the loop keeps it until it is over.
+// One request on its way. Threads: once begun it is the network thread's, cancel() too: GLib may
+// lose what waits while another thread cancels it. Ownership: the loop keeps it until it is over.
 class Http::Transfer final : public std::enable_shared_from_this<Transfer> {
 public:
     Transfer(Loop& owner, HttpRequest what, Listener whom)
