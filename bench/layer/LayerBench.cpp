@@ -3,14 +3,13 @@
 // there is nothing to measure.
 
 #include "Figures.h"
+#include "Program.h"
 #include "record/Recorder.h"
 #include "tap/Call.h"
 #include "tap/Taps.h"
 
 #include "libspotify/api.h"
 
-#include <cstdio>
-#include <exception>
 #include <limits>
 
 using namespace figures;
@@ -59,13 +58,9 @@ double costOfRecording(bool isReplayable) {
 }  // namespace
 
 int main() {
-    try {
+    return runProgram([] {
         report(within("a call that is recorded: what it costs more", costOfRecording(false), "ns",
                       150));
         report(within("a call that is recorded to be replayed", costOfRecording(true), "ns", 150));
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "sonolet-bench-layer: %s\n", error.what());
-        return 1;
-    }
+    });
 }

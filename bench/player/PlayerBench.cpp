@@ -5,6 +5,7 @@
 #include "Command.h"
 #include "Figures.h"
 #include "Process.h"
+#include "Program.h"
 #include "service/SyntheticMusic.h"
 #include "store/StatePaths.h"
 
@@ -16,7 +17,6 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -135,13 +135,8 @@ void measure(const std::string& folder, std::size_t tracks, std::size_t length) 
 }
 
 void run() {
-    const std::string root =
-        fs::temp_directory_path() / ("sonolet-player-" + std::to_string(getpid()));
-    const std::unique_ptr<const std::string, void (*)(const std::string*)> cleaning(
-        &root, [](const std::string* folder) {
-            std::error_code ignored;
-            fs::remove_all(*folder, ignored);
-        });
+    const figures::WorkFolder folder;
+    const std::string& root = folder.path();
     Process display(
         {"/bin/sh", "-c",
          "exec Xvfb -displayfd 1 -noreset -screen 0 1920x1200x24 -nolisten tcp 2>/dev/null"});
@@ -155,11 +150,5 @@ void run() {
 }  // namespace
 
 int main() {
-    try {
-        run();
-        return 0;
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-player: " << error.what() << '\n';
-        return 1;
-    }
+    return figures::runProgram([] { run(); });
 }

@@ -5,6 +5,7 @@
 #include "Command.h"
 #include "Figures.h"
 #include "Process.h"
+#include "Program.h"
 #include "playing/Listening.h"
 
 #include <signal.h>
@@ -18,7 +19,6 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -249,19 +249,10 @@ void measure(const std::string& folder) {
 }  // namespace
 
 int main() {
-    const std::string folder =
-        fs::temp_directory_path() / ("sonolet-device-" + std::to_string(getpid()));
-    int status = 0;
-    try {
-        fs::create_directories(folder);
+    return figures::runProgram([] {
+        const figures::WorkFolder folder;
         // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread is there yet
-        setenv("SONOLET_STATE", (folder + "/state").c_str(), 1);
-        measure(folder);
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-device: " << error.what() << '\n';
-        status = 1;
-    }
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-    return status;
+        setenv("SONOLET_STATE", (folder.path() + "/state").c_str(), 1);
+        measure(folder.path());
+    });
 }

@@ -5,6 +5,7 @@
 #include "Command.h"
 #include "Figures.h"
 #include "Process.h"
+#include "Program.h"
 #include "playing/Listening.h"
 
 #include <stdlib.h>
@@ -121,13 +122,8 @@ void countUnderruns(const std::string& folder, SoundServer& server) {
 }
 
 void run() {
-    const std::string root =
-        std::filesystem::temp_directory_path() / ("sonolet-playing-" + std::to_string(getpid()));
-    const std::unique_ptr<const std::string, void (*)(const std::string*)> cleaning(
-        &root, [](const std::string* folder) {
-            std::error_code ignored;
-            std::filesystem::remove_all(*folder, ignored);
-        });
+    const figures::WorkFolder folder;
+    const std::string& root = folder.path();
     std::filesystem::create_directories(root);
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread is there yet
     setenv("SONOLET_STATE", (root + "/state").c_str(), 1);
@@ -139,11 +135,5 @@ void run() {
 }  // namespace
 
 int main() {
-    try {
-        run();
-        return 0;
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-playing: " << error.what() << '\n';
-        return 1;
-    }
+    return figures::runProgram([] { run(); });
 }

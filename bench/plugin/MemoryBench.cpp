@@ -2,6 +2,7 @@
 // in; every operator new of the process is counted, with what the allocator adds.
 
 #include "Figures.h"
+#include "Program.h"
 #include "around/BareHost.h"
 
 #include "jsplugin.h"
@@ -10,7 +11,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <new>
 #include <string>
 #include <vector>
@@ -77,15 +77,11 @@ void operator delete(void* block, std::size_t) noexcept {
 }
 
 int main() {
-    try {
+    return figures::runProgram([] {
         if (sizeof(void*) == 4) {
             run("i686", 224);
         } else {
             run("x86-64", 320);
         }
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "sonolet-bench-memory: %s\n", error.what());
-        return 1;
-    }
+    });
 }

@@ -2,8 +2,8 @@
 
 #include "Factory.h"
 #include "Figures.h"
-#include "Groups.h"
 #include "Playlist.h"
+#include "Program.h"
 #include "Track.h"
 #include "around/BareHost.h"
 #include "around/Library.h"

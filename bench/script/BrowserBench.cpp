@@ -3,6 +3,7 @@
 // the C one of the runner.
 
 #include "Figures.h"
+#include "Program.h"
 #include "script/ScriptPage.h"
 
 #ifdef SONOLET_BENCH_GLIB
@@ -12,10 +13,8 @@
 #include <glib.h>
 #include <unistd.h>
 
-#include <exception>
 #include <fstream>
 #include <functional>
-#include <iostream>
 #include <string>
 
 using namespace figures;
@@ -106,7 +105,7 @@ void bare() {
 int main() {
     // Where the engine's own tasks come, as in a browser.
     g_main_context_push_thread_default(g_main_context_default());
-    try {
+    return figures::runProgram([] {
         const PluginLibrary plugin(SONOLET_BENCH_PLUGIN);
         ScriptPage page(plugin, makeContext());
         const SecondThread second;
@@ -116,9 +115,5 @@ int main() {
 #ifdef SONOLET_BENCH_GLIB
         bare();
 #endif
-        return 0;
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-browser: " << error.what() << '\n';
-        return 1;
-    }
+    });
 }

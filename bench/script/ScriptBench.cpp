@@ -2,7 +2,7 @@
 // beside what classes written by hand for that engine cost.
 
 #include "Figures.h"
-#include "Groups.h"
+#include "Program.h"
 #include "around/BareHost.h"
 #include "around/Library.h"
 #include "script/ScriptPage.h"

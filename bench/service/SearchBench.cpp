@@ -1,6 +1,7 @@
 // sonolet-bench-search: how fast the music service answers and scans, beside what it promises.
 
 #include "Figures.h"
+#include "Program.h"
 #include "accounts/Accounts.h"
 #include "accounts/ListStore.h"
 #include "catalogue/Catalogue.h"
@@ -20,7 +21,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -211,13 +211,8 @@ double residentMegabytes() {
 }
 
 void run() {
-    const std::string root =
-        std::filesystem::temp_directory_path() / ("sonolet-bench-" + std::to_string(getpid()));
-    const std::unique_ptr<const std::string, void (*)(const std::string*)> cleaning(
-        &root, [](const std::string* folder) {
-            std::error_code ignored;
-            std::filesystem::remove_all(*folder, ignored);
-        });
+    const figures::WorkFolder folder;
+    const std::string& root = folder.path();
     const std::string music = root + "/music";
     const std::string tagged = root + "/tagged";
     std::filesystem::create_directories(music);
@@ -294,11 +289,5 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }
-    try {
-        run();
-        return 0;
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-search: " << error.what() << '\n';
-        return 1;
-    }
+    return figures::runProgram(run);
 }

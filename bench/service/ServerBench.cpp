@@ -3,6 +3,7 @@
 
 #include "BadServer.h"
 #include "Figures.h"
+#include "Program.h"
 #include "service/MusicSession.h"
 #include "service/SyntheticMusic.h"
 
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -160,20 +160,11 @@ void run(const std::string& root) {
 }  // namespace
 
 int main() {
-    // In memory, if it can be: what a disk takes is not the network's.
-    const std::filesystem::path memory = "/dev/shm";
-    const std::string root =
-        (access(memory.c_str(), W_OK) == 0 ? memory : std::filesystem::temp_directory_path()) /
-        ("sonolet-bench-" + std::to_string(getpid()));
-    int status = 0;
-    try {
-        std::filesystem::create_directories(root);
-        run(root);
-    } catch (const std::exception& error) {
-        std::cerr << "sonolet-bench-server: " << error.what() << '\n';
-        status = 1;
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(root, ignored);
-    return status;
+    return figures::runProgram([] {
+        // In memory, if it can be: what a disk takes is not the network's.
+        const std::filesystem::path memory = "/dev/shm";
+        const figures::WorkFolder folder(
+            access(memory.c_str(), W_OK) == 0 ? memory : std::filesystem::temp_directory_path());
+        run(folder.path());
+    });
 }
