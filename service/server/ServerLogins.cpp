@@ -176,9 +176,15 @@ void ServerSource::meetUsers() {
         std::vector<std::string> names;
         for (const Reply& each : client.callAside("getUsers")["users"]["user"].list()) {
             const std::string name = each["username"].text();
-            if (Accounts::canBeName(name) && names.size() < mostUsers) {
-                names.push_back(name);
+            if (!Accounts::canBeName(name)) {
+                continue;
             }
+            if (names.size() == mostUsers) {
+                events.log("The server has more than " + std::to_string(mostUsers) +
+                           " users; the others are no friends here");
+                break;
+            }
+            names.push_back(name);
         }
         Kept files;
         {

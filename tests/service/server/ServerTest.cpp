@@ -264,6 +264,22 @@ TEST_F(ServerTest, ALinkIsAskedForAndLeadsBack) {
     EXPECT_EQ(server.count("getSong"), 1U);
 }
 
+TEST_F(ServerTest, OfVeryManyUsersSomeAreFriendsAndTheLogSaysSo) {
+    server.answer("getUsers", [](const std::string&) {
+        std::string users;
+        for (int number = 0; number <= 1000; ++number) {
+            users +=
+                (number == 0 ? "" : ",") + (R"({"username":"u)" + std::to_string(number) + "\"}");
+        }
+        return BadServer::envelope(R"("users":{"user":[)" + users + "]}");
+    });
+    TestSession session;
+    ASSERT_EQ(session.login("ann", "s\xc3\xa9same"), SP_ERROR_OK);
+    EXPECT_TRUE(session.until([&] { return sp_session_num_friends(session.get()) == 1000; }));
+    EXPECT_TRUE(session.until(
+        [&] { return session.log.find("more than 1000 users") != std::string::npos; }));
+}
+
 // A list of 120 songs is put in another order, which takes three requests; the server goes after
 // the first. Then it refuses one that is added.
 TEST_F(ServerTest, AChangeIsSentUntilItIsTakenOrRefused) {
