@@ -75,7 +75,6 @@ Download::Download(SoundStore& soundStore, Wanted what)
     }
     futimens(file.get(), nullptr);  // used now; which goes first is all that depends on it
     std::istringstream map(contentsOf(wanted.file + ".map"));
-    std::string known;
     if (map >> total && std::getline(map, etag) && std::getline(map, etag)) {
         there = Spans::fromText({std::istreambuf_iterator<char>(map), {}});
         struct stat status {};

@@ -13,10 +13,10 @@ namespace sonolet::service {
 // What a session tells the program that made it, and the queue in which the news of other threads
 // wait until that program processes events.
 //
-// Threads: post() and log() are for any; raise() belongs to the thread that processes events, as no
-// callback but the player's two runs on another. No lock is held while one runs. Once closed, what
-// is posted is dropped and no callback is called. Ownership: the handle is borrowed and is only
-// handed on.
+// Threads: post() and log() are for any, and call notify_main_thread there; raise() belongs to the
+// thread that processes events, as no other callback but the player's two runs elsewhere. No lock
+// is held while one runs. Once closed, what is posted is dropped and no callback is called.
+// Ownership: the handle is borrowed and is only handed on.
 class Callbacks final {
 public:
     Callbacks(const sp_session_callbacks& wantedOnes, sp_session* sessionHandle);

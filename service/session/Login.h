@@ -57,7 +57,8 @@ public:
     sp_error forgetMe() const;
     // A canonical name.
     std::optional<std::string> rememberedUser() const;
-    // Disconnected: somebody is logged in, and a fault has taken the connection.
+    // Disconnected: somebody is logged in, and the server is away or a fault has taken the
+    // connection.
     sp_connectionstate connectionState() const;
 
     // NULL while nobody is logged in.

@@ -147,7 +147,10 @@ sp_error Session::processEvents(int* nextTimeout) {
     if (!dispatching) {
         // A callback may release the session.
         const std::shared_ptr<Session> keep = shared_from_this();
+        // Also when there is no memory to say what has failed.
         dispatching = true;
+        const std::unique_ptr<bool, void (*)(bool*)> ending(&dispatching,
+                                                            [](bool* flag) { *flag = false; });
         try {
             lookForChanges();
         } catch (const std::exception& error) {
@@ -157,7 +160,6 @@ sp_error Session::processEvents(int* nextTimeout) {
         faultShow->post();
         late.release();
         callbacks.handleEvents();
-        dispatching = false;
     }
     if (nextTimeout != nullptr) {
         *nextTimeout = timeout();

@@ -35,16 +35,15 @@ private:
 // which none outlives what it uses; what it can do is theirs.
 //
 // Threads: the operations belong to the thread that calls processEvents(). The source, the workers
-// and the player have threads of their own, which reach the owner through the event queue;
-// music_delivery and end_of_track alone are called on the player's. No lock is held while a
-// callback runs. A callback may call any operation: a processEvents() inside one does nothing, and
-// after close() no further callback runs.
+// and the player have threads of their own, which reach the owner through the event queue.
+// notify_main_thread is called on any of them, music_delivery and end_of_track on the player's, all
+// others on the owner's. No lock is held while a callback runs. A callback may call any operation:
+// a processEvents() inside one does nothing, and after close() no further callback runs.
 class Session : public std::enable_shared_from_this<Session> {
 public:
-    // Throws ServiceError for a configuration that cannot be used.
+    // Throws ServiceError for a configuration that cannot be used. It leaves no thread then, and
+    // has called nothing but notify_main_thread.
     explicit Session(const sp_session_config& config);
-
-    // A session that could not be made has no thread and has called nothing but its log.
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 

@@ -51,7 +51,8 @@ struct HttpRequest {
 // certificates say for https. Redirections are not followed, since addresses hold secrets.
 //
 // Threads: any but its own. Units: bytes. Errors: HttpError. A wait for the next byte, or for the
-// first, ends after `patience`. After stop() nothing waits, and everything is an HttpError.
+// first, ends after `patience`. After stop() nothing waits: fetch() throws, and a transfer that is
+// begun tells nothing.
 class Http final {
 public:
     explicit Http(std::chrono::milliseconds longestWait);

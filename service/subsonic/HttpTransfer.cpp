@@ -110,8 +110,6 @@ void Http::Loop::run() {
     soup_session_abort(session);
     g_object_unref(session);
     g_main_context_pop_thread_default(context.get());
-    // Whoever waits for what was asked last waits in vain.
-    take();
 }
 
 void Http::Loop::stop() {
@@ -136,11 +134,6 @@ void Http::Loop::stop() {
 
 void Http::Transfer::start() {
     const Self self = shared_from_this();
-    if (loop.stopped) {
-        const HttpError error(HttpError::Kind::stopped, "the session has ended");
-        listener.over(&error);
-        return;
-    }
     message.reset(soup_message_new("GET", request.url.c_str()));
     if (message == nullptr) {
         const HttpError error(HttpError::Kind::unknownHost, "the address is no address");
