@@ -48,7 +48,7 @@ public:
     // Without a backend these do nothing; the position is 0 then.
     void pause() ORVO_EXCLUDES(mutex);
     void resume() ORVO_EXCLUDES(mutex);
-    double getPosition() ORVO_EXCLUDES(mutex);  // the backend's unit
+    double getPosition() ORVO_EXCLUDES(mutex);  // seconds
 
     // Answers every queued request that can be served now. Once per tick.
     void handleEventQueue() ORVO_EXCLUDES(mutex);

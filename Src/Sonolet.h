@@ -14,8 +14,8 @@ public:
     // Asks libspotify for its text once, which needs no session.
     Sonolet();
 
-    // Raise "TrackProgress" with the backend's position, in the backend's unit, and "TrackComplete"
-    // without arguments. Any thread; what fails loses that event alone.
+    // Raise "TrackProgress" with the backend's position in seconds, and "TrackComplete" without
+    // arguments. Any thread; what fails loses that event alone.
     void triggerTrackProgress(double position) noexcept;
     void triggerTrackCompleteEvent() noexcept;
 

@@ -45,7 +45,7 @@ void Story::follow(const Event& event, std::string_view member) {
     }
     const FunctionInfo& function = infoOf(event.head.function);
     if (function.caller == Party::Host) {
-        followScript(event, member, place);
+        followScript(event, member);
     } else if (event.is(Fn::call_function)) {
         followListener(event, place);
     } else if (function.caller == Party::Library) {
@@ -85,7 +85,7 @@ void Story::remember(std::string key, const Place& place) {
     }
 }
 
-void Story::followScript(const Event& event, std::string_view member, const Place&) {
+void Story::followScript(const Event& event, std::string_view member) {
     if (!event.hasArguments()) {
         return;
     }

@@ -77,7 +77,7 @@ private:
     // changes nothing.
     void listen(const void* function, const std::string& key, std::string_view name);
     void remember(std::string key, const Place& place);
-    void followScript(const Event& event, std::string_view member, const Place& place);
+    void followScript(const Event& event, std::string_view member);
     void followListener(const Event& event, const Place& place);
     void followLibrary(const Event& event, const Place& place);
     // Counts the frames that the plug-in took, in bytes of the format given with them.

@@ -72,7 +72,7 @@ TEST_F(MediaLifetime, ReleaseWaitsForAnEventUnderWay) {
         }
     };
     ASSERT_EQ(player.open(), 1);
-    ASSERT_EQ(inside.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    ASSERT_EQ(inside.get_future().wait_for(std::chrono::minutes(10)), std::future_status::ready);
     const auto released = std::async(std::launch::async, [&] { player.release(); });
     EXPECT_EQ(released.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
     mayLeave.set_value();

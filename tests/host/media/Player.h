@@ -74,7 +74,7 @@ public:
 
     // Whether `condition` came true within the time; it is checked with the lock held.
     bool await(const std::function<bool()>& condition,
-               std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+               std::chrono::milliseconds limit = std::chrono::minutes(10)) {
         std::unique_lock<std::mutex> lock(mutex);
         return changed.wait_for(lock, limit, condition);
     }
