@@ -4,7 +4,6 @@
 #include "kellog.h"
 
 #include <sstream>
-#include <string>
 
 // The lines that one source file writes to the device's log.
 //

@@ -10,11 +10,8 @@
 #include "Track.h"
 #include "TrackFactory.h"
 
-#include <algorithm>
 #include <stdexcept>
-#include <string>
 #include <type_traits>
-#include <vector>
 
 using TellusClientNamespace::AudioTrack;
 using TellusClientNamespace::Player;

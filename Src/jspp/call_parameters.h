@@ -8,7 +8,6 @@
 #include "jsplugin.h"
 
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace jspp {

@@ -4,6 +4,7 @@
 #include "jspp/orvo/shared_ptr.h"
 
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <string>

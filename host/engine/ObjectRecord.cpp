@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bitset>
-#include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <new>

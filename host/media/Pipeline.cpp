@@ -10,7 +10,6 @@
 #include <atomic>
 #include <mutex>
 #include <stdexcept>
-#include <utility>
 
 // What the bus calls, from any thread at any time: outlives the pipeline as long as a call lasts.
 struct Pipeline::BusLink {

@@ -4,6 +4,7 @@
 #include "uva.h"
 
 #include <memory>
+#include <utility>
 
 // A NeedDataEvent that knows who asked, keeps the asker in memory until it is answered or deleted,
 // and tells it when the client deletes it without an answer. So an answer that comes after the

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace {

@@ -3,6 +3,7 @@
 #include "engine/Text.h"
 #include "options/Memory.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {

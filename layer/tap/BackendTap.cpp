@@ -6,7 +6,6 @@
 #include "kellog.h"
 #include "uva.h"
 
-#include <array>
 #include <atomic>
 #include <climits>
 #include <cstdarg>

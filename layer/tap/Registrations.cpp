@@ -1,5 +1,7 @@
 #include "tap/Registrations.h"
 
+#include <cstddef>
+
 namespace {
 
 constexpr std::size_t mostGone = 1024;

@@ -1,7 +1,6 @@
 #ifndef SONOLET_LAYER_TAP_REGISTRATIONS_H
 #define SONOLET_LAYER_TAP_REGISTRATIONS_H
 
-#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <mutex>

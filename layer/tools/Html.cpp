@@ -3,6 +3,8 @@
 #include "tools/Follow.h"
 #include "tools/Timeline.h"
 
+#include <cstddef>
+
 namespace {
 
 using nlohmann::json;

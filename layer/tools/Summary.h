@@ -3,6 +3,7 @@
 
 #include "tools/TraceReader.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>

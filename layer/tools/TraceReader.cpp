@@ -1,6 +1,8 @@
 #include "tools/TraceReader.h"
 
 #include <cmath>
+#include <cstddef>
+#include <utility>
 
 namespace {
 

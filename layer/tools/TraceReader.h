@@ -1,6 +1,7 @@
 #ifndef SONOLET_LAYER_TOOLS_TRACEREADER_H
 #define SONOLET_LAYER_TOOLS_TRACEREADER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <nlohmann/json.hpp>

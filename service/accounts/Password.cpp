@@ -5,6 +5,7 @@
 #include <sys/random.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <system_error>

@@ -1,6 +1,7 @@
 #ifndef SONOLET_SERVICE_ACCOUNTS_PASSWORD_H
 #define SONOLET_SERVICE_ACCOUNTS_PASSWORD_H
 
+#include <cstddef>
 #include <string>
 
 namespace sonolet::service {

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <new>
 #include <string>
 
 // The door between the C interface and the classes behind it. Nothing is thrown through it, a NULL

@@ -1,7 +1,6 @@
 #include "api/Api.h"
 #include "objects/User.h"
 
-#include <cstdio>
 #include <mutex>
 #include <utility>
 

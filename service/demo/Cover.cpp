@@ -2,7 +2,6 @@
 
 #include "demo/Encoder.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace sonolet::service {

@@ -17,6 +17,7 @@
 #include <iterator>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 namespace fs = std::filesystem;

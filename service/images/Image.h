@@ -5,7 +5,6 @@
 
 #include "libspotify/api.h"
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>

@@ -1,6 +1,5 @@
 #include "lists/Playlist.h"
 
-#include <cstring>
 #include <utility>
 
 namespace sonolet::service {

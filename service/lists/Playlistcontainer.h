@@ -8,7 +8,6 @@
 #include "libspotify/api.h"
 
 #include <memory>
-#include <string>
 
 namespace sonolet::service {
 

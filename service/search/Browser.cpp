@@ -1,6 +1,7 @@
 #include "search/Browser.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sonolet::service {
 

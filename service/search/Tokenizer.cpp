@@ -1,6 +1,7 @@
 #include "search/Tokenizer.h"
 
 #include <exception>
+#include <new>
 
 namespace sonolet::service {
 

@@ -6,7 +6,6 @@
 #include "libspotify/api.h"
 
 #include <tuple>
-#include <utility>
 
 namespace sonolet::service {
 

@@ -2,8 +2,6 @@
 
 #include "catalogue/Catalogue.h"
 
-#include <utility>
-
 namespace sonolet::service {
 
 namespace {

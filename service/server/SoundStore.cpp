@@ -10,6 +10,7 @@
 #include <array>
 #include <filesystem>
 #include <set>
+#include <system_error>
 #include <utility>
 #include <vector>
 

@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace sonolet::service {
 

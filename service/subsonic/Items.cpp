@@ -1,6 +1,7 @@
 #include "subsonic/Items.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <utility>
 

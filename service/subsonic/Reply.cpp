@@ -5,8 +5,8 @@
 #include <json-glib/json-glib.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <limits>
+#include <cstddef>
+#include <utility>
 
 namespace sonolet::service {
 

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cassert>
+#include <cstddef>
 #include <type_traits>
 #include <utility>
 

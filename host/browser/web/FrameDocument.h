@@ -8,7 +8,6 @@
 #include "engine/glib/Context.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 
 // The plug-in in one document of a frame.

@@ -1,6 +1,7 @@
 #include "engine/glib/Context.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <stdexcept>
 #include <utility>

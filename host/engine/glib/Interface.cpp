@@ -3,6 +3,7 @@
 #include "engine/WeakObject.h"
 #include "engine/glib/Context.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
