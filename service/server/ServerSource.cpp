@@ -7,9 +7,7 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
-#include <vector>
 
 namespace sonolet::service {
 
@@ -17,6 +15,16 @@ namespace {
 
 constexpr std::chrono::milliseconds firstProbe{500};
 constexpr std::chrono::milliseconds lastProbe{4000};
+constexpr std::chrono::milliseconds firstPause{2000};  // of a server that has no time
+constexpr std::chrono::milliseconds longestPause{60000};
+
+// Whether the same question may have an answer at another time or after another login; the rest is
+// refused.
+bool mayAnswerLater(const ServerError& error) {
+    const bool nobodyAsks = error.number() == SP_ERROR_PERMISSION_DENIED && error.code() < 0;
+    return error.isLost() || nobodyAsks || error.number() == SP_ERROR_OTHER_TRANSIENT ||
+           error.number() == SP_ERROR_BAD_USERNAME_OR_PASSWORD;
+}
 
 std::string environment(const char* name) {
     const char* value = g_getenv(name);
@@ -117,6 +125,9 @@ void ServerSource::start(const Kept& files) {
     }
     fetcher->post([this] { fetched.reset(); });
     lists.start(storeFile, files);
+    if (user) {
+        catchUp();  // with what could not be written before
+    }
 }
 
 void ServerSource::stop() {
@@ -293,12 +304,20 @@ void ServerSource::find(const Item& item) {
                 isThere = !seen.artists.empty();
             }
         } catch (const ServerError& error) {
-            isThere = !error.isNotThere();
-            if (isThere) {
+            if (!error.isNotThere()) {
                 events.log(error.what());
-                return;  // when it is back
+            }
+            isThere = !error.isNotThere() && mayAnswerLater(error);
+            if (isThere && !error.isLost() && error.number() == SP_ERROR_OTHER_TRANSIENT) {
+                busyPause =
+                    busyPause.count() == 0 ? firstPause : std::min(busyPause * 2, longestPause);
+                http.after(busyPause, [this, item] { events.post([this, item] { fetch(item); }); });
+            }
+            if (isThere) {
+                return;  // until it is back, or somebody logs in
             }
         }
+        busyPause = {};
         with.writer.write(seen);
     } catch (const std::exception& error) {
         events.log(error.what());

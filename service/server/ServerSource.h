@@ -42,7 +42,8 @@ struct ServerOptions {
 //
 // Threads: as Source's. Beside the network's thread one fetches what handles want, one keeps the
 // lists the same. Errors: as Source's; what the server does not answer is a line of the log, and
-// asked again once it is back.
+// asked again: once it is back, or soon where it is there and has no time. What it refuses is not
+// there until somebody logs in anew.
 class ServerSource final : public Source, public Subsonic::Watch {
 public:
     ServerSource(SourceEvents toSession, const ServerOptions& serverOptions);
@@ -138,12 +139,15 @@ private:
     // State below is the owner's.
     std::optional<Account> user;
     std::set<Item> wanted;    // asked for, or to be
-    std::set<Item> hopeless;  // the server does not have them
+    std::set<Item> hopeless;  // the server does not have them, or refuses them
     std::unique_ptr<ServerStore> ownLinks;
     std::unique_ptr<Database> sizes;
     std::unique_ptr<Statement> findSize;
 
-    std::unique_ptr<Fetching> fetched;  // the fetching thread's
+    // State below is the fetching thread's.
+    std::unique_ptr<Fetching> fetched;
+    std::chrono::milliseconds busyPause{0};  // 0: the server has time
+
     Http http;
     Subsonic client;
     ServerLists lists;

@@ -5,7 +5,6 @@
 
 #include <glib.h>
 
-#include <array>
 #include <cstring>
 #include <utility>
 
@@ -156,11 +155,6 @@ Subsonic::Subsonic(Http& network, ServerAddress where, Watch& connection)
 void Subsonic::use(const std::optional<ServerLogin>& login) {
     const std::lock_guard<std::mutex> lock(mutex);
     user = login;
-}
-
-bool Subsonic::hasLogin() const {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return user.has_value();
 }
 
 std::string

@@ -6,7 +6,6 @@
 #include "subsonic/Items.h"
 
 #include <chrono>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -81,7 +80,6 @@ public:
 
     // Who asks from here on; nobody: each call is a ServerError. What is under way goes on.
     void use(const std::optional<ServerLogin>& login);
-    bool hasLogin() const;
 
     // What the server answers under its envelope.
     Reply call(const char* method, const Parameters& parameters = {});

@@ -262,6 +262,25 @@ TEST_F(ServerTest, ALinkIsAskedForAndLeadsBack) {
     EXPECT_TRUE(
         session.until([&] { return sp_track_error(seven.get()) == SP_ERROR_OTHER_PERMANENT; }));
     EXPECT_EQ(server.count("getSong"), 1U);
+
+    // What it refuses is as good as not there; where it has no time it is asked again.
+    const std::string eight = "84e47682-111d-4767-a20f-6f9f452fa1d8";
+    const std::string nine = "84e47682-111d-4767-a20f-6f9f452fa1d9";
+    const auto asked = std::make_shared<std::atomic<int>>(0);
+    server.answer("getSong", [=](const std::string& head) {
+        if (BadServer::parameter(head, "id") == eight) {
+            return BadServer::failure(50);
+        }
+        return ++*asked == 1 ? BadServer::reply("", "429 Slowly", "text/html")
+                             : BadServer::envelope(R"("song":{"id":")" + nine +
+                                                   R"(","title":"Late","album":"Blue"})");
+    });
+    const auto late = trackOf("spotify:track:" + store.link(SP_LINKTYPE_TRACK, nine).text());
+    const auto refused = trackOf("spotify:track:" + store.link(SP_LINKTYPE_TRACK, eight).text());
+    EXPECT_EQ(sp_track_error(late.get()), SP_ERROR_IS_LOADING);
+    EXPECT_TRUE(
+        session.until([&] { return sp_track_error(refused.get()) == SP_ERROR_OTHER_PERMANENT; }));
+    EXPECT_TRUE(session.until([&] { return sp_track_error(late.get()) == SP_ERROR_OK; }));
 }
 
 TEST_F(ServerTest, OfVeryManyUsersSomeAreFriendsAndTheLogSaysSo) {
