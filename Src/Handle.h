@@ -47,7 +47,8 @@ Kind* retrieved(Kind* handle) {
 }
 
 // What the link in a text names, borrowed from the link. Throws when it names nothing of that kind.
-// The link is deliberately never released: nothing but its borrower's own reference counts on it.
+// The link is deliberately never released, as libspotify knows it of this plug-in: what the link
+// names is kept by the wrapper's own reference.
 template <class Kind>
 Kind* namedBy(const std::string& text, Kind* (*convert)(sp_link*)) {
     return retrieved(convert(retrieved(sp_link_create_from_string(text.c_str()))));

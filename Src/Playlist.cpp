@@ -20,7 +20,8 @@ namespace {
 
 const Logger logger SONOLET_AT_LOAD("Src/Playlist");
 
-// The text of a link, cut at the size of the buffer. The link is deliberately never released.
+// The text of a link, cut at the size of the buffer. The link is deliberately never released, as
+// in namedBy().
 std::string textOf(sp_link* link) {
     std::array<char, 100> buffer{};
     sp_link_as_string(retrieved(link), buffer.data(), static_cast<int>(buffer.size()));
@@ -128,7 +129,7 @@ void Playlist::create(jspp::function_context& context) {
     const std::string text = context.string(0);
     logger.trace("Playlist::create", "uri = ", text);
     sp_session* const session = Session::requireLibrarySession();
-    // Deliberately never released.
+    // Deliberately never released, as in namedBy().
     sp_link* const link = retrieved(sp_link_create_from_string(text.c_str()));
     answer(Created<sp_playlist>(sp_playlist_create(session, link)), context);
 }

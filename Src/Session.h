@@ -63,8 +63,8 @@ public:
     void triggerTrackCompleteEvent() noexcept;
 
 private:
-    // Who is inside withInstance(), on any thread. The destructor sleeps until everybody has left,
-    // but for its own thread: a process may exit from inside a callback.
+    // Who is inside withInstance() or answered(), on any thread. The destructor sleeps until
+    // everybody has left, but for its own thread: a process may exit from inside a callback.
     class Visit final {
     public:
         Visit() noexcept;

@@ -12,7 +12,8 @@ public:
     // The context of a place in the source. Owned by the library, never freed; may be null.
     static KlogContext* GetLogContext(const char* module, const char* file, int line);
 
-    // Lines whose level lies below this are not wanted.
+    // Lines whose level lies below this are not wanted. The plug-in writes two: 2, what happens
+    // every day, and 5, what went wrong.
     int threshold() const;
 };
 

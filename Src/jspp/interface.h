@@ -80,6 +80,8 @@ protected:
     void _attribute_set(const std::string& name, set_member member);
     void _enum(const std::string& name, int value);
     void _string(const std::string& name, const std::string& value);
+
+    // Part of the framework's interface; from here on no class here calls them.
     void _boolean(const std::string& name, bool value);
     // The object it names is held by this one, and is answered as an attribute.
     void _child(const std::string& name, const orvo::shared_ptr<interface>& value);

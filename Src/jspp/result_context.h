@@ -41,6 +41,7 @@ public:
     void return_js_date(const std::string& date);
 
     void return_null() noexcept;
+    // Part of the framework's interface; no class here calls it.
     void return_undefined() noexcept;
 
     // Null when the script object has gone.

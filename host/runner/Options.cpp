@@ -64,6 +64,7 @@ Runs a page script with the plug-in's globals, until the page calls close().
   --version        print the version
 
 Exit codes: 0 the page was closed; 1 an exception was not caught; 2 an option,
-the page's file or the plug-in is wrong; 3 --validate found something.
+the page's file or the plug-in is wrong, or what it printed was lost; 3
+--validate found something.
 )";
 }

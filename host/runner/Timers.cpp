@@ -66,7 +66,8 @@ Timers::add(JSContextRef callContext, size_t argc, const JSValueRef argv[], bool
 
 void Timers::fire(unsigned id) {
     const auto found = timers.find(id);
-    // Protected until clear(), which the function itself may call: the stack keeps them from here.
+    // Protected until clear(), which the function itself may call: from here the stack keeps the
+    // function, and the arguments are protected once more.
     const JSObjectRef callee = found->second.function;
     const std::vector<JSValueRef> arguments = found->second.arguments;
     for (const JSValueRef argument : arguments) {

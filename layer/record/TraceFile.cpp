@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <stdexcept>
 #include <system_error>
 
@@ -78,6 +77,9 @@ bool TraceFile::turn() {
         return false;
     }
     write("{}]\n");
+    if (descriptor < 0) {
+        return false;
+    }
     close();
     std::rename(path.c_str(), (path + ".old").c_str());
     open();

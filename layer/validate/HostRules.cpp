@@ -236,7 +236,7 @@ void HostRules::checkAnswer(const Call& call, const Value* results, unsigned cou
     const bool isGetter = call.function == Fn::getter || call.function == Fn::global_getter;
     const bool isThere = isGetter                    ? isOneOf(code, {0, 1, 2, 3, 5})
                          : call.function == Fn::call ? isOneOf(code, {0, 1, 2, 4})
-                                                     : isOneOf(code, {1, 4, 5});
+                                                     : isOneOf(code, {1, 3, 4, 5});
     if (!isThere) {
         findings.add(107, Party::Plugin, &call, call.arguments[0],
                      "answer " + std::to_string(code));

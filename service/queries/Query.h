@@ -14,7 +14,7 @@ namespace sonolet::service {
 // A question to the catalogue, and its answer once it is there.
 //
 // find() is called first, then finish(), then notify(), each once; a query that is cancelled misses
-// the first.
+// the first, or is still in it when the second comes.
 //
 // Threads: find() runs on the worker; everything else is for the thread that uses the library. What
 // find() leaves aside is the owner's from finish() on. Ownership: whoever has a reference; the

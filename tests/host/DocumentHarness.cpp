@@ -49,7 +49,7 @@ void DocumentHarness::collectAll() const {
 }
 
 bool DocumentHarness::waitUntil(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(10);
     // Wakes the loop now and then, lest it waits for an event that never comes.
     const guint wake = g_timeout_add(
         20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);

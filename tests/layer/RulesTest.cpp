@@ -148,6 +148,11 @@ TEST(Rules, AllowWhatTheHeadersAllow) {
     world.clock.time += 9000000000;
     world.get();
     given.poll(&world.document);
+    // A property that the plug-in does not know stays the page's.
+    jsplugin_value value = {};
+    code = JSP_GET_NO_PROPERTY;
+    given.setter(&world.object, "x", &value);
+    code = JSP_GET_VALUE;
     // Another object comes to the address of one that has gone.
     given.destructor(&world.object);
     world.create(world.object);

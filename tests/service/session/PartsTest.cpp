@@ -48,8 +48,7 @@ TEST(SessionParts, EventsComeInOrderAndWhatTheyPostWaits) {
 }
 
 TEST(SessionParts, AnswersComeLateAndInOrder) {
-    for (const auto& [spec, late] :
-         {std::pair("", false), {"slow=10ms", true}, {"slow=1h", true}}) {
+    for (const auto& [spec, late] : {std::pair("", false), {"slow=1h", true}}) {
         Callbacks callbacks(everything(), nullptr);
         LateAnswers answers(callbacks, std::make_shared<Faults>(spec));
         for (const char* text : {"one|", "two|"}) {
@@ -58,20 +57,22 @@ TEST(SessionParts, AnswersComeLateAndInOrder) {
         callbacks.handleEvents();
         EXPECT_EQ(told, late ? "" : "one|two|") << spec;
         EXPECT_EQ(answers.untilNext().has_value(), late) << spec;
-        if (*spec != '\0' && answers.untilNext() < std::chrono::minutes(1)) {
-            while (told.size() < 8) {
-                answers.release();
-                callbacks.handleEvents();
-            }
-            EXPECT_EQ(told, "one|two|");
-        } else {
-            answers.release();
-            answers.clear();
-            callbacks.handleEvents();
-            EXPECT_EQ(answers.untilNext(), std::nullopt) << "nobody waits any more";
-            EXPECT_EQ(told, late ? "" : "one|two|");
-        }
+        answers.release();
+        answers.clear();
+        callbacks.handleEvents();
+        EXPECT_EQ(answers.untilNext(), std::nullopt) << "nobody waits any more";
+        EXPECT_EQ(told, late ? "" : "one|two|");
     }
+    Callbacks callbacks(everything(), nullptr);
+    LateAnswers answers(callbacks, std::make_shared<Faults>("slow=10ms"));
+    for (const char* text : {"one|", "two|"}) {
+        answers.answer([text] { told += text; });
+    }
+    while (told.size() < 8) {
+        answers.release();
+        callbacks.handleEvents();
+    }
+    EXPECT_EQ(told, "one|two|");
 }
 
 // A list is read as its handle is made, from a file that may be damaged.
