@@ -2,9 +2,10 @@
 // any other build.
 //
 // The engine finds values on the real stack only, so locals must not be moved off it; it leaves a
-// few bytes behind at times; its own threads synchronise in ways that cannot be seen from outside,
-// and its collector stops other threads by signals, which ThreadSanitizer may hold back for ever.
-// ASAN_OPTIONS and the like in the environment go before these.
+// few bytes behind at times; its own threads synchronise in ways that cannot be seen from outside;
+// its collector, and what ends a script, stop threads by signals, which ThreadSanitizer may hold
+// back for ever, and their handlers change errno. ASAN_OPTIONS and the like in the environment go
+// before these.
 
 #include <jsc/jsc.h>
 
@@ -33,11 +34,12 @@ const char* __lsan_default_suppressions() {
 #ifdef __SANITIZE_THREAD__
 const char* __tsan_default_options();
 const char* __tsan_default_options() {
-    return "ignore_noninstrumented_modules=1";
+    return "ignore_noninstrumented_modules=1:report_signal_unsafe=0";
 }
 
-__attribute__((constructor)) static void collectOnTheScriptThread() {
+__attribute__((constructor)) static void workWithoutSignals() {
     jsc_options_set_boolean("useConcurrentGC", FALSE);
+    jsc_options_set_boolean("usePollingTraps", TRUE);
 }
 #endif
 
