@@ -182,9 +182,9 @@ struct jsplugin_capabilities {
     jsplugin_gc_trace* gc_trace;                                            // for a document
 };
 
-// The one entry point of a plug-in, called once after it is loaded. Answers 0; anything else when it
-// has nothing to offer now, and a later call tries again. In C++ the record is written
-// `struct jsplugin_capabilities`, since the function has the same name.
+// The one entry point of a plug-in, called once after it is loaded. Answers 0; anything else when
+// it has nothing to offer now, and a later call tries again. In C++ the record is written `struct
+// jsplugin_capabilities`, since the function has the same name.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
 __attribute__((visibility("default"))) int
