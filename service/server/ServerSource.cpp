@@ -304,17 +304,13 @@ void ServerSource::find(const Item& item) {
                 isThere = !seen.artists.empty();
             }
         } catch (const ServerError& error) {
+            isThere = false;
             if (!error.isNotThere()) {
                 events.log(error.what());
-            }
-            isThere = !error.isNotThere() && mayAnswerLater(error);
-            if (isThere && !error.isLost() && error.number() == SP_ERROR_OTHER_TRANSIENT) {
-                busyPause =
-                    busyPause.count() == 0 ? firstPause : std::min(busyPause * 2, longestPause);
-                http.after(busyPause, [this, item] { events.post([this, item] { fetch(item); }); });
-            }
-            if (isThere) {
-                return;  // until it is back, or somebody logs in
+                if (mayAnswerLater(error)) {
+                    askLater(item, error);
+                    return;
+                }
             }
         }
         busyPause = {};
@@ -330,6 +326,21 @@ void ServerSource::find(const Item& item) {
             hopeless.insert(item);
             events.settled();
         }
+    });
+}
+
+// What is lost is asked for when it is back, and who is refused logs in again.
+void ServerSource::askLater(const Item& item, const ServerError& error) {
+    if (error.isLost() || error.number() != SP_ERROR_OTHER_TRANSIENT) {
+        return;
+    }
+    busyPause = busyPause.count() == 0 ? firstPause : std::min(busyPause * 2, longestPause);
+    http.after(busyPause, [this, item] {
+        events.post([this, item] {
+            if (wanted.count(item) > 0) {
+                fetch(item);
+            }
+        });
     });
 }
 

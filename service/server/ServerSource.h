@@ -113,6 +113,7 @@ private:
     // The fetching thread's.
     // An answer is in the catalogue when the owner hears that there is one.
     void find(const Item& item);
+    void askLater(const Item& item, const ServerError& error);
     void meetUsers();
     void reportPlays();
     Fetching& fetching();

@@ -147,10 +147,12 @@ sp_error Session::processEvents(int* nextTimeout) {
     if (!dispatching) {
         // A callback may release the session.
         const std::shared_ptr<Session> keep = shared_from_this();
-        // Also when there is no memory to say what has failed.
-        dispatching = true;
-        const std::unique_ptr<bool, void (*)(bool*)> ending(&dispatching,
-                                                            [](bool* flag) { *flag = false; });
+        // Ends also when there is no memory to say what has failed.
+        const struct Dispatching {
+            explicit Dispatching(bool& itsFlag) : flag(itsFlag) { flag = true; }
+            ~Dispatching() { flag = false; }
+            bool& flag;
+        } turn(dispatching);
         try {
             lookForChanges();
         } catch (const std::exception& error) {
